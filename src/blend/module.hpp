@@ -1,0 +1,20 @@
+#pragma once
+
+#include "biseam/records.h"
+#include "engine/status.hpp"
+
+namespace biseam {
+
+// Sizes one instance's block; the base is set to null.
+void size_blend_memory(const BlendConfig& config, BlendMemory& memory);
+
+// Carves an instance out of its zero-filled block.  no_memory: some piece did not fit and the instance must not be used.
+Status create_blend(const BlendConfig& config, const BlendMemory& memory, BlendInstance& instance);
+
+// Writes every image record of the instance.
+void layout_blend(BlendInstance& instance);
+
+// One frame of one band.  no_memory: a temporary could not be had; output is undefined, the instance stays usable.
+Status blend_band(BlendInstance& instance, const BlendImage& source1, const BlendImage& source2, BlendImage& output);
+
+}  // namespace biseam

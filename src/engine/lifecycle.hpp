@@ -1,0 +1,17 @@
+#pragma once
+
+#include "biseam/records.h"
+#include "engine/status.hpp"
+#include "geometry/lens_table.hpp"
+
+namespace biseam {
+
+// Makes an engine over the caller's configuration.  no_memory: nothing is left allocated, engine is not written.
+Status create_engine(StitchConfig& config, StitchEngine*& engine);
+
+// Builds the tables and lays out every record.
+void configure_engine(StitchEngine& engine, BuildStrip build = build_strip);
+
+void destroy_engine(StitchEngine* engine);
+
+}  // namespace biseam

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "biseam/records.h"
+
+namespace biseam {
+
+// The seam-search strip of a source: side 1 for source 1, 0 for source 2.
+void copy_strip(const BlendImage& source, BlendImage& strip, int findpath_width, int trans_width, int side);
+
+// The fixed mask: weight 64 left of the middle.
+void fill_left_half(BlendImage& mask);
+
+}  // namespace biseam
