@@ -1,0 +1,28 @@
+#include "engine/arena.hpp"
+
+#include <cstdint>
+
+namespace biseam {
+
+MemoryCursor open_block(void* base, int64_t size) {
+  uint8_t* first = static_cast<uint8_t*>(base);
+  return {first, first + size - 1, first};
+}
+
+void* take_piece(MemoryCursor& cursor, int32_t bytes) {
+  // Addresses as numbers: the cursor may come to lie past the end of the block.
+  const uintptr_t current = reinterpret_cast<uintptr_t>(cursor.current);
+  const intptr_t left = static_cast<intptr_t>(reinterpret_cast<uintptr_t>(cursor.last) - current);
+  if (left < bytes) return nullptr;
+  void* piece = cursor.current;
+  const uintptr_t next = current + (kPieceAlignment - 1) + static_cast<uintptr_t>(static_cast<intptr_t>(bytes));
+  cursor.current = reinterpret_cast<uint8_t*>(next & ~uintptr_t{kPieceAlignment - 1});
+  return piece;
+}
+
+void* take_checked_piece(MemoryCursor& cursor, int64_t bytes) {
+  if (bytes < 0 || bytes > INT32_MAX) return nullptr;
+  return take_piece(cursor, static_cast<int32_t>(bytes));
+}
+
+}  // namespace biseam

@@ -1,0 +1,191 @@
+#include "engine/frame.hpp"
+
+#include <algorithm>
+
+#include "blend/module.hpp"
+#include "engine/composition.hpp"
+#include "engine/threads.hpp"
+#include "format/convert.hpp"
+#include "geometry/flip.hpp"
+
+namespace biseam {
+
+namespace {
+
+struct RemapTask {
+  RemapThreadArgs args;
+  SampleRegion sample;
+};
+
+void* run_edge_strip(void* task) {
+  const RemapTask& t = *static_cast<const RemapTask*>(task);
+  remap_edge_strip(t.args, t.sample);
+  return nullptr;
+}
+
+void* run_middle_strip(void* task) {
+  const RemapTask& t = *static_cast<const RemapTask*>(task);
+  remap_middle_strip(t.args, t.sample);
+  return nullptr;
+}
+
+// Rows that tables, bands and panorama all have.
+int shared_rows(const StitchEngine& engine) { return std::min(engine.config->in_h, engine.config->out_h[0]); }
+
+RemapThreadArgs left_args(const StitchEngine& e) {
+  RemapThreadArgs args = {};
+  args.table = e.map_left.entries;
+  args.source = e.src_image[0];
+  args.band0 = e.band_yuv[0];
+  args.pano = e.pano;
+  args.plain_width = e.left_inner;
+  args.plain_column = 0;
+  args.band0_column = e.left_inner;
+  args.pano_column = 0;
+  args.first_row = 0;
+  args.end_row = shared_rows(e);
+  args.format = e.config->in_yuv_type;
+  return args;
+}
+
+RemapThreadArgs middle_args(const StitchEngine& e, int first_row, int end_row) {
+  RemapThreadArgs args = {};
+  args.table = e.map_middle.entries;
+  args.source = e.src_image[1];
+  args.band0 = e.band_yuv[1];
+  args.band1 = e.band_yuv[2];
+  args.pano = e.pano;
+  args.plain_width = e.middle_inner;
+  args.plain_column = e.band_width;
+  args.band0_column = 0;
+  args.band1_column = e.band_width + e.middle_inner;
+  args.pano_column = e.left_inner + e.config->trans_width + e.band_width;
+  args.first_row = first_row;
+  args.end_row = end_row;
+  args.format = e.config->in_yuv_type;
+  return args;
+}
+
+RemapThreadArgs right_args(const StitchEngine& e) {
+  RemapThreadArgs args = {};
+  args.table = e.map_right.entries;
+  args.source = e.src_image[0];
+  args.band0 = e.band_yuv[3];
+  args.pano = e.pano;
+  args.plain_width = e.right_inner;
+  args.plain_column = e.band_width;
+  args.band0_column = 0;
+  args.pano_column = e.left_inner + e.middle_inner + 2 * (e.config->trans_width + e.band_width);
+  args.first_row = 0;
+  args.end_row = shared_rows(e);
+  args.format = e.config->in_yuv_type;
+  return args;
+}
+
+void remap_stage(const StitchEngine& e, SampleRegion sample) {
+  const int rows = shared_rows(e);
+  const int half = rows / 2;
+  RemapTask left{left_args(e), sample};
+  RemapTask upper{middle_args(e, 0, half), sample};
+  RemapTask lower{middle_args(e, half, rows), sample};
+  RemapTask right{right_args(e), sample};
+  if (half % 2 == 0) {
+    const ThreadTask tasks[] = {
+        {run_edge_strip, &left}, {run_middle_strip, &upper}, {run_middle_strip, &lower}, {run_edge_strip, &right}};
+    run_together(tasks, 4);
+  } else {
+    // Rows go in pairs, so with an odd half both middle tasks write the rows at the split.  One after the other, the lower half
+    // wins in every run.
+    const ThreadTask tasks[] = {{run_edge_strip, &left}, {run_middle_strip, &upper}, {run_edge_strip, &right}};
+    run_together(tasks, 3);
+    run_middle_strip(&lower);
+  }
+}
+
+// The converters know pairs in U, V order only.  V, U layouts take the same ones: what is exchanged on the way in is exchanged
+// back on the way out.
+int converter_format(int format) {
+  if (format == BISEAM_YUV420_SEMIPLANAR_VU) return BISEAM_YUV420_SEMIPLANAR;
+  if (format == BISEAM_YUV422_SEMIPLANAR_VU) return BISEAM_YUV422_SEMIPLANAR;
+  return format;
+}
+
+void* run_conversion(void* task) {
+  const ConversionArgs& args = *static_cast<const ConversionArgs*>(task);
+  convert_image(args.source, args.destination, args.code);
+  return nullptr;
+}
+
+void conversion_stage(StitchEngine& e) {
+  ConversionArgs args[4];
+  ThreadTask tasks[4];
+  for (int k = 0; k < 4; ++k) {
+    args[k] = {&e.band_yuv[k], &e.band_rgb[k], e.band_rgb[k].type | converter_format(e.band_yuv[k].format) << 4};
+    tasks[k] = {run_conversion, &args[k]};
+  }
+  run_together(tasks, 4);
+}
+
+struct BlendTask {
+  BlendThreadArgs args;
+  Status status;
+};
+
+void* run_blend(void* task) {
+  BlendTask& t = *static_cast<BlendTask*>(task);
+  t.status = blend_band(*t.args.instance, *t.args.source1, *t.args.source2, *t.args.output);
+  return nullptr;
+}
+
+Status blend_stage(StitchEngine& e) {
+  BlendTask blends[2];
+  ThreadTask tasks[2];
+  for (int k = 0; k < 2; ++k) {
+    blends[k] = {{e.blend[k], &e.band_rgb[2 * k], &e.band_rgb[2 * k + 1], &e.blend_out[k]}, Status::ok};
+    tasks[k] = {run_blend, &blends[k]};
+  }
+  run_together(tasks, 2);
+  return blends[0].status != Status::ok ? blends[0].status : blends[1].status;
+}
+
+void compose_stage(StitchEngine& e) {
+  const StitchConfig& config = *e.config;
+  for (int k = 0; k < 2; ++k) {
+    convert_image(&e.blend_out[k], &e.blend_yuv[k], converter_format(e.blend_yuv[k].format) | e.blend_out[k].type << 4);
+  }
+  ImageHeader strips[2] = {e.blend_yuv[0], e.blend_yuv[1]};
+  for (ImageHeader& strip : strips) strip.height = shared_rows(e);
+  compose_panorama(strips[0], strips[1], e.pano, e.left_inner, e.middle_inner, config.trans_width + e.band_width,
+                   config.in_yuv_type);
+  if (config.out_flip[0] != 0) flip_rows(e.pano);
+  if (config.out_mirror[0] != 0) mirror_columns(e.pano);
+}
+
+bool is_semi_planar(int format) {
+  return format == BISEAM_YUV420_SEMIPLANAR || format == BISEAM_YUV420_SEMIPLANAR_VU || format == BISEAM_YUV422_SEMIPLANAR ||
+         format == BISEAM_YUV422_SEMIPLANAR_VU;
+}
+
+void point_to(ImageHeader& image, const FisheyePlanes& planes) {
+  image.planes[0] = planes.luma;
+  image.planes[1] = planes.chroma;
+}
+
+}  // namespace
+
+Status process_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const FisheyePlanes& panorama, SampleRegion sample) {
+  for (int k = 0; k < 2; ++k) {
+    point_to(engine.src_image[k], fisheye[k]);
+    engine.src_image[k].planes[2] = fisheye[k].chroma == nullptr ? nullptr : fisheye[k].chroma + 1;
+  }
+  point_to(engine.pano, panorama);
+  // Two planes a picture are all a frame record carries: nothing can be read or written safely as planar or packed.
+  if (!is_semi_planar(engine.config->in_yuv_type)) return Status::mismatch;
+  remap_stage(engine, sample);
+  conversion_stage(engine);
+  const Status status = blend_stage(engine);
+  compose_stage(engine);
+  return status;
+}
+
+}  // namespace biseam
