@@ -1,0 +1,47 @@
+#include "geometry/lens_row.hpp"
+
+#include <math.h>
+
+#include "geometry/estimate.hpp"
+#include "geometry/trig.hpp"
+
+namespace biseam {
+
+namespace {
+
+// One panorama position, to the eight bits of the estimates.
+void map_pixel(const LensRecord& lens, float scale, Latitude latitude, float longitude, float* entry) noexcept {
+  const float x = static_cast<float>(fast_sine(longitude) * static_cast<double>(latitude.cosine));
+  const float y = latitude.sine;
+  const float z = static_cast<float>(fast_cosine(longitude) * static_cast<double>(latitude.cosine));
+  const float inverse_radius = reciprocal_root_estimate(x * x + y * y);
+  const float radius = reciprocal_estimate(inverse_radius);
+  float axis_angle = fast_arctangent(reciprocal_estimate(z) * radius, 1.0f);
+  if (axis_angle < 0.0f) axis_angle += kPi;  // behind the lens plane
+  const float distance = scale * axis_angle;
+  const float a = (x * inverse_radius) * distance, b = (y * inverse_radius) * distance;
+  const float* m = lens.matrix;
+  entry[0] = m[0] * a + m[1] * b + m[2] * z + lens.cx;
+  entry[1] = m[3] * a + m[4] * b + m[5] * z + lens.cy;
+}
+
+}  // namespace
+
+Latitude row_latitude(const LensRecord& lens, int row) {
+  const float angle = -kHalfPi + static_cast<float>(row + 1) * lens.row_step + lens.row_offset;
+  double sine, cosine;
+  sincos(angle, &sine, &cosine);
+  return {static_cast<float>(sine), static_cast<float>(cosine)};
+}
+
+void map_row(const LensRecord& lens, float scale, Latitude latitude, int width, float* entries) noexcept {
+  // Every fourth longitude comes from the column index, the others by float addition.
+  float longitude = 0.0f;
+  for (int column = 0; column < width; ++column, entries += 2) {
+    longitude = column % 4 == 0 ? -kHalfPi + static_cast<float>(column + 1) * lens.column_step + lens.column_offset
+                                : longitude + lens.column_step;
+    map_pixel(lens, scale, latitude, longitude, entries);
+  }
+}
+
+}  // namespace biseam

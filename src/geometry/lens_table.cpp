@@ -1,0 +1,53 @@
+#include "geometry/lens_table.hpp"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "engine/threads.hpp"
+#include "geometry/lens_row.hpp"
+#include "geometry/lens_strip.hpp"
+
+namespace biseam {
+
+namespace {
+
+struct BuildTask {
+  BuildStrip build;
+  LutBuilderArgs args;
+};
+
+void* run_build(void* task) {
+  const auto& [build, args] = *static_cast<const BuildTask*>(task);
+  build(args);
+  return nullptr;
+}
+
+}  // namespace
+
+void build_strip(const LutBuilderArgs& args) {
+  const LensRecord& lens = *args.lens;
+  const float scale = lens.focal * lens.focus;
+  const int middle = args.rows / 2;
+  const int first = args.part == 2 ? middle : 0, end = args.part == 1 ? middle : args.rows;
+  for (int row = first; row < end && args.width > 0; ++row) {
+    float* entries = args.map->entries + static_cast<std::size_t>(row) * static_cast<std::size_t>(args.width) * 2;
+    map_row(lens, scale, row_latitude(lens, row), args.width, entries);
+  }
+}
+
+void build_tables(const StitchConfig& config, StitchEngine& engine, BuildStrip build) {
+  LensRecord lenses[kStripCount];
+  for (int strip = 0; strip < kStripCount; ++strip) lenses[strip] = describe_strip(config, strip);
+  MAPTIHeader* maps[kStripCount] = {&engine.map_left, &engine.map_middle, &engine.map_right};
+
+  // The tables are carved with in_h rows.
+  const int rows = std::min(config.out_h[0], config.in_h);
+  const auto task = [&](int strip, int part) {
+    return BuildTask{build, {lenses[strip].width, rows, maps[strip], &lenses[strip], part}};
+  };
+  BuildTask tasks[] = {task(0, 0), task(1, 1), task(1, 2), task(2, 0)};
+  const ThreadTask threads[] = {{run_build, &tasks[0]}, {run_build, &tasks[1]}, {run_build, &tasks[2]}, {run_build, &tasks[3]}};
+  run_together(threads, 4);
+}
+
+}  // namespace biseam

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace biseam {
+
+// Rows of one table, source plane and destination.  Entries are u, v pairs in luma pixels; no position is checked against the
+// source's size.
+
+// Luma: count entries, count bytes.  Mixes a pixel with the one below; the horizontal neighbour is not read.
+void sample_luma_row(const float* entries, const uint8_t* source, std::ptrdiff_t stride, uint8_t* destination,
+                     int count) noexcept;
+
+// Chroma: count byte pairs, each from every second entry, divided by the chroma factors.  Bilinear.
+void sample_chroma_row(const float* entries, const uint8_t* source, std::ptrdiff_t stride, float x_factor, float y_factor,
+                       uint8_t* destination, int count) noexcept;
+
+}  // namespace biseam
