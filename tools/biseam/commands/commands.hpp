@@ -1,0 +1,11 @@
+// One function and one file per command.  Each adds its subcommand; the callback does the work when the command was chosen,
+// throws Failure, and may set exit_code on success.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace biseam::tool {
+
+void add_stitch_command(CLI::App& app, int& exit_code);
+
+}  // namespace biseam::tool

@@ -1,0 +1,173 @@
+#include "input/decode.hpp"
+
+extern "C" {
+#include <libavutil/imgutils.h>
+#include <libavutil/pixdesc.h>
+}
+
+#include <cstring>
+
+#include "failure.hpp"
+#include "libav.hpp"
+
+namespace biseam::tool {
+namespace {
+
+constexpr int kBufferBytes = 1 << 16;
+
+[[noreturn]] void refuse(const ByteSource& source, const std::string& what) {
+  throw Failure(ExitCode::input, source.name() + ": " + what);
+}
+
+int read_bytes(void* opaque, std::uint8_t* to, int count) {
+  std::FILE* stream = static_cast<std::FILE*>(opaque);
+  const std::size_t got = std::fread(to, 1, std::size_t(count), stream);
+  if (got > 0) return int(got);
+  return std::ferror(stream) ? AVERROR(EIO) : AVERROR_EOF;
+}
+
+std::int64_t seek_bytes(void* opaque, std::int64_t offset, int whence) {
+  std::FILE* stream = static_cast<std::FILE*>(opaque);
+  if (whence & AVSEEK_SIZE) {
+    const off_t here = ftello(stream);
+    if (here < 0 || fseeko(stream, 0, SEEK_END) != 0) return AVERROR(ENOSYS);
+    const off_t end = ftello(stream);
+    return fseeko(stream, here, SEEK_SET) == 0 ? end : AVERROR(EIO);
+  }
+  return fseeko(stream, offset, whence & ~AVSEEK_FORCE) == 0 ? ftello(stream) : AVERROR(EIO);
+}
+
+Libav<AVIOContext> open_bytes(std::FILE* stream) {
+  auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferBytes));
+  if (!buffer) throw std::bad_alloc();
+  const bool seekable = fseeko(stream, 0, SEEK_CUR) == 0;
+  AVIOContext* io = avio_alloc_context(buffer, kBufferBytes, 0, stream, read_bytes, nullptr, seekable ? seek_bytes : nullptr);
+  if (!io) {
+    av_free(buffer);
+    throw std::bad_alloc();
+  }
+  return Libav<AVIOContext>(io);
+}
+
+// No name is given, so that the content decides and nothing but these bytes is ever opened.
+Libav<AVFormatContext> open_container(const ByteSource& source, AVIOContext* io) {
+  AVFormatContext* container = avformat_alloc_context();
+  if (!container) throw std::bad_alloc();
+  container->pb = io;
+  container->protocol_whitelist = av_strdup("none");
+  if (avformat_open_input(&container, "", nullptr, nullptr) < 0) refuse(source, "is not a picture");
+  return Libav<AVFormatContext>(container);
+}
+
+Libav<AVCodecContext> open_decoder(const ByteSource& source, const AVStream* stream) {
+  const AVCodec* codec = avcodec_find_decoder(stream->codecpar->codec_id);
+  if (!codec) refuse(source, "there is no decoder for this picture");
+  Libav<AVCodecContext> decoder(avcodec_alloc_context3(codec));
+  if (!decoder) throw std::bad_alloc();
+  decoder->err_recognition = AV_EF_EXPLODE | AV_EF_CRCCHECK | AV_EF_BITSTREAM | AV_EF_BUFFER;
+  int status = avcodec_parameters_to_context(decoder.get(), stream->codecpar);
+  if (status >= 0) status = avcodec_open2(decoder.get(), codec, nullptr);
+  if (status < 0) refuse(source, "can't be decoded: " + libav_reason(status));
+  return decoder;
+}
+
+// The first frame the decoder gives, fed from the stream and drained at its end.
+Libav<AVFrame> first_frame(const ByteSource& source, AVFormatContext* container, int stream, AVCodecContext* decoder) {
+  Libav<AVPacket> packet(av_packet_alloc());
+  Libav<AVFrame> frame(av_frame_alloc());
+  if (!packet || !frame) throw std::bad_alloc();
+  bool drained = false;
+  for (;;) {
+    const int received = avcodec_receive_frame(decoder, frame.get());
+    if (received == 0) break;
+    if (received != AVERROR(EAGAIN)) refuse(source, "damaged or cut short: " + libav_reason(received));
+    if (drained) refuse(source, "holds no whole picture");
+    const int read = av_read_frame(container, packet.get());
+    drained = read < 0;
+    if (!drained && packet->stream_index != stream) {
+      av_packet_unref(packet.get());
+      continue;
+    }
+    const int sent = avcodec_send_packet(decoder, drained ? nullptr : packet.get());
+    av_packet_unref(packet.get());
+    if (sent < 0) refuse(source, "damaged or cut short: " + libav_reason(sent));
+  }
+  if (frame->decode_error_flags != 0 || (frame->flags & AV_FRAME_FLAG_CORRUPT) != 0) refuse(source, "damaged or cut short");
+  return frame;
+}
+
+bool is_jpeg_like(const AVFrame& frame) {
+  const bool bt601 = frame.colorspace == AVCOL_SPC_UNSPECIFIED || frame.colorspace == AVCOL_SPC_BT470BG ||
+                     frame.colorspace == AVCOL_SPC_SMPTE170M;
+  if (frame.format == AV_PIX_FMT_YUVJ420P) return bt601;
+  return bt601 && frame.color_range == AVCOL_RANGE_JPEG && frame.format == AV_PIX_FMT_YUV420P;
+}
+
+Nv12 copy_planes(const AVFrame& frame) {
+  Nv12 out(frame.width & ~1, frame.height & ~1);
+  const std::size_t width = std::size_t(out.width);
+  for (int y = 0; y < out.height; ++y) {
+    std::memcpy(&out.luma[std::size_t(y) * width], frame.data[0] + std::ptrdiff_t(y) * frame.linesize[0], width);
+  }
+  for (int y = 0; y < out.height / 2; ++y) {
+    const std::uint8_t* cb = frame.data[1] + std::ptrdiff_t(y) * frame.linesize[1];
+    const std::uint8_t* cr = frame.data[2] + std::ptrdiff_t(y) * frame.linesize[2];
+    std::uint8_t* pair = &out.chroma[std::size_t(y) * width];
+    for (int x = 0; x < out.width / 2; ++x, pair += 2) {
+      pair[0] = cb[x];
+      pair[1] = cr[x];
+    }
+  }
+  return out;
+}
+
+bool is_full_range(const AVFrame& frame) {
+  if (frame.color_range != AVCOL_RANGE_UNSPECIFIED) return frame.color_range == AVCOL_RANGE_JPEG;
+  const AVPixFmtDescriptor* format = av_pix_fmt_desc_get(AVPixelFormat(frame.format));
+  return (format->flags & AV_PIX_FMT_FLAG_RGB) != 0 || std::strncmp(format->name, "yuvj", 4) == 0 || format->nb_components < 3;
+}
+
+// The matrix of the frame, or the one that its size makes likely.
+int colour_matrix(const AVFrame& frame) {
+  switch (frame.colorspace) {
+    case AVCOL_SPC_BT709:
+      return SWS_CS_ITU709;
+    case AVCOL_SPC_BT2020_NCL:
+    case AVCOL_SPC_BT2020_CL:
+      return SWS_CS_BT2020;
+    default:
+      return SWS_CS_ITU601;
+  }
+}
+
+Rgb convert_to_rgb(const ByteSource& source, const AVFrame& frame) {
+  Rgb out(frame.width, frame.height);
+  Libav<SwsContext> scaler(sws_getContext(
+      frame.width, frame.height, AVPixelFormat(frame.format), frame.width, frame.height, AV_PIX_FMT_RGB24,
+      SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP | SWS_BITEXACT, nullptr, nullptr, nullptr));
+  if (!scaler) refuse(source, "its pixel format can't be converted");
+  sws_setColorspaceDetails(scaler.get(), sws_getCoefficients(colour_matrix(frame)), is_full_range(frame),
+                           sws_getCoefficients(SWS_CS_ITU601), 1, 0, 1 << 16, 1 << 16);
+  std::uint8_t* const planes[4] = {out.bytes.data(), nullptr, nullptr, nullptr};
+  const int strides[4] = {frame.width * 3, 0, 0, 0};
+  const int rows = sws_scale(scaler.get(), frame.data, frame.linesize, 0, frame.height, planes, strides);
+  if (rows != frame.height) refuse(source, "its pixel format can't be converted");
+  return out;
+}
+
+}  // namespace
+
+Nv12 decode_picture(ByteSource& source) {
+  const Libav<AVIOContext> io = open_bytes(source.stream());
+  const Libav<AVFormatContext> container = open_container(source, io.get());
+  if (avformat_find_stream_info(container.get(), nullptr) < 0) refuse(source, "damaged or cut short");
+  const int stream = av_find_best_stream(container.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+  if (stream < 0) refuse(source, "is not a picture");
+  const Libav<AVCodecContext> decoder = open_decoder(source, container->streams[stream]);
+  const Libav<AVFrame> frame = first_frame(source, container.get(), stream, decoder.get());
+  if (frame->width < 2 || frame->height < 2) refuse(source, "is smaller than 2 x 2 pixels");
+  if (is_jpeg_like(*frame)) return copy_planes(*frame);
+  return to_nv12(convert_to_rgb(source, *frame));
+}
+
+}  // namespace biseam::tool

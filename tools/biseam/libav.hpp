@@ -1,0 +1,36 @@
+// Owners of libav objects.
+#pragma once
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libswscale/swscale.h>
+}
+
+#include <memory>
+#include <string>
+
+namespace biseam::tool {
+
+struct LibavDelete {
+  void operator()(AVFrame* p) const { av_frame_free(&p); }
+  void operator()(AVPacket* p) const { av_packet_free(&p); }
+  void operator()(AVCodecContext* p) const { avcodec_free_context(&p); }
+  void operator()(AVFormatContext* p) const { avformat_close_input(&p); }
+  void operator()(SwsContext* p) const { sws_freeContext(p); }
+  void operator()(AVIOContext* p) const {
+    av_freep(&p->buffer);
+    avio_context_free(&p);
+  }
+};
+
+template <class T>
+using Libav = std::unique_ptr<T, LibavDelete>;
+
+inline std::string libav_reason(int code) {
+  char text[AV_ERROR_MAX_STRING_SIZE] = "";
+  av_strerror(code, text, sizeof text);
+  return text;
+}
+
+}  // namespace biseam::tool

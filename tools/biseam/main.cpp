@@ -1,0 +1,53 @@
+#include <csignal>
+#include <cstdio>
+#include <exception>
+
+extern "C" {
+#include <libavutil/log.h>
+}
+
+#include "commands/commands.hpp"
+#include "failure.hpp"
+
+namespace {
+
+using biseam::tool::ExitCode;
+
+int fail(ExitCode code, const char* line) {
+  std::fprintf(stderr, "biseam: %s\n", line);
+  return int(code);
+}
+
+int run(int argc, char** argv) {
+  CLI::App app("Stitches the two pictures of a back-to-back fisheye camera into an equirectangular panorama.", "biseam");
+  app.require_subcommand(1);
+  app.footer(
+      "Exit codes: 0 done, 1 compare found a difference, 2 command line, 3 an input can't be read,\n"
+      "4 the result can't be written, 5 profile or settings can't work.");
+  int exit_code = int(ExitCode::done);
+  biseam::tool::add_stitch_command(app, exit_code);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::Success& help) {
+    return app.exit(help);
+  } catch (const CLI::ParseError& error) {
+    return fail(ExitCode::usage, error.what());
+  }
+  return exit_code;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_IGN);  // a reader that went away is a write error with a message
+  av_log_set_level(AV_LOG_QUIET);
+  try {
+    return run(argc, argv);
+  } catch (const biseam::tool::Failure& failure) {
+    return fail(failure.code(), failure.what());
+  } catch (const std::bad_alloc&) {
+    return fail(ExitCode::settings, "not enough memory for pictures of this size");
+  } catch (const std::exception& error) {
+    return fail(ExitCode::settings, error.what());
+  }
+}

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+#include "picture.hpp"
+
+namespace biseam::tool {
+
+// Writes a picture by the name's extension, .png, .jpg, .jpeg or .nv12, or raw NV12 to standard output under the name "-".
+// A file appears whole or not at all.  Throws Failure naming the file.
+void write_picture(const std::string& path, const Nv12& picture);
+void write_picture(const std::string& path, const Rgb& picture);
+
+// Throws Failure (usage) when write_picture() would not know the kind, for a check before the work starts.
+void check_picture_name(const std::string& path);
+
+}  // namespace biseam::tool

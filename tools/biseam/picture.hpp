@@ -1,0 +1,48 @@
+// The two kinds of pictures the tool works on.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace biseam::tool {
+
+struct Size {
+  int width = 0, height = 0;
+  bool operator==(const Size&) const = default;
+};
+
+// 4:2:0: a luma plane, and a plane of interleaved Cb, Cr pairs of half the size.  Rows without padding, width and height
+// even, BT.601 full range as in JPEG files; a chroma sample is the mean of its 2 x 2 block.
+struct Nv12 {
+  int width = 0, height = 0;
+  std::vector<std::uint8_t> luma, chroma;
+
+  Nv12() = default;
+  Nv12(int w, int h)
+      : width(w), height(h), luma(std::size_t(w) * std::size_t(h)), chroma(std::size_t(w) * std::size_t(h) / 2) {}
+};
+
+// Packed R, G, B bytes, rows without padding, any size.
+struct Rgb {
+  int width = 0, height = 0;
+  std::vector<std::uint8_t> bytes;
+
+  Rgb() = default;
+  Rgb(int w, int h) : width(w), height(h), bytes(std::size_t(w) * std::size_t(h) * 3) {}
+};
+
+// Bytes of a raw NV12 picture.
+constexpr std::size_t nv12_bytes(Size size) { return std::size_t(size.width) * std::size_t(size.height) * 3 / 2; }
+
+// Full-range BT.601, rounded to nearest; y, cb, cr and r, g, b are three bytes each.
+void rgb_to_ycc(const std::uint8_t* rgb, std::uint8_t* ycc);
+void ycc_to_rgb(const std::uint8_t* ycc, std::uint8_t* rgb);
+
+// Chroma is averaged before it is rounded.  A last odd row or column is dropped.
+Nv12 to_nv12(const Rgb& picture);
+
+// A chroma sample serves its 2 x 2 block.
+Rgb to_rgb(const Nv12& picture);
+
+}  // namespace biseam::tool
