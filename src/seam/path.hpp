@@ -4,10 +4,11 @@
 
 namespace biseam {
 
-// The seam-search strip of a source: side 1 for source 1, 0 for source 2.
+// The seam-search strip of a source: side 1 for source 1, 0 for source 2.  The strip's size decides how much is copied; what
+// would lie outside the source repeats its edge.
 void copy_strip(const BlendImage& source, BlendImage& strip, int findpath_width, int trans_width, int side);
 
-// The fixed mask: weight 64 left of the middle.
+// The fixed mask: weight 64 left of the middle.  The right half is not written.
 void fill_left_half(BlendImage& mask);
 
 }  // namespace biseam

@@ -1,0 +1,97 @@
+#include "seam/smooth.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <limits>
+
+#include "engine/heap.hpp"
+
+namespace biseam {
+
+namespace {
+
+struct Kernel {
+  const float* taps;
+  int count;
+};
+
+// Null also when the size in bytes does not fit 32 bits.
+HeapArray<float> allocate_floats(int64_t count) {
+  const bool fits = count <= int64_t{std::numeric_limits<int32_t>::max()} / int64_t{sizeof(float)};
+  return HeapArray<float>::plain(fits ? static_cast<std::size_t>(count)
+                                      : std::numeric_limits<std::size_t>::max() / sizeof(float));
+}
+
+// Mean around one of `length` samples that lie `stride` apart: taps beyond either end are dropped and the rest renormalised.
+// No tap at all gives NaN.
+template <class Sample>
+float window_mean(const Sample* centre, std::ptrdiff_t stride, int position, int length, Kernel kernel) noexcept {
+  const int reach = kernel.count / 2;
+  const int first = std::max(-reach, -position);
+  const int last = std::min({reach, length - 1 - position, kernel.count - 1 - reach});
+  float numerator = 0.0f;
+  float denominator = 0.0f;
+  for (int j = first; j <= last; ++j) {
+    const float tap = kernel.taps[reach + j];
+    numerator += tap * static_cast<float>(centre[j * stride]);
+    denominator += tap;
+  }
+  return numerator / denominator;
+}
+
+void smooth_row(const int32_t* src, float* out, int width, Kernel kernel) noexcept {
+  for (int x = 0; x < width; ++x) out[x] = window_mean(src + x, 1, x, width, kernel);
+}
+
+// Toward zero; saturates, NaN gives 0.
+int32_t truncate(float value) noexcept {
+  constexpr float limit = 2147483648.0f;
+  if (value >= limit) return std::numeric_limits<int32_t>::max();
+  if (value <= -limit) return std::numeric_limits<int32_t>::min();
+  return value == value ? static_cast<int32_t>(value) : 0;
+}
+
+// Row y of the smoothed columns; work points to that row of an image of width x height.
+void smooth_columns(const float* work, int32_t* out, int width, int y, int height, Kernel kernel) noexcept {
+  for (int x = 0; x < width; ++x) out[x] = truncate(window_mean(work + x, width, y, height, kernel));
+}
+
+}  // namespace
+
+void fill_flat_kernel(float sigma, float* kernel, int taps) {
+  const int centre = taps / 2;
+  float sum = 0.0f;
+  for (int i = 0; i < taps; ++i) {
+    const float x = static_cast<float>(i - centre);
+    // The coefficient 0 makes the bell flat on purpose: detail is measured against a box mean, and seams depend on it.
+    const float exponent = x * 0.0f * x / (sigma * sigma);
+    kernel[i] = static_cast<float>(std::exp(static_cast<double>(exponent)) / (static_cast<double>(sigma) * 2.5066282746310002));
+    sum += kernel[i];
+  }
+  for (int i = 0; i < taps; ++i) kernel[i] /= sum;
+}
+
+Status smooth(const BlendGray& src, BlendGray& dst, float sigma, int taps) {
+  const int width = src.width;
+  const int height = src.height;
+  if (width < 1 || height < 1) return Status::ok;
+  HeapArray<float> work = allocate_floats(int64_t{width} * height);
+  if (!work) std::fputs("melloc memory for pdTemp failed!!", stdout);
+  HeapArray<float> taps_block = allocate_floats(std::max(taps, 1));
+  if (!taps_block) std::fputs("malloc memory for pdKernel,failed!!", stdout);
+  if (!work || !taps_block) return Status::no_memory;
+
+  fill_flat_kernel(sigma, taps_block.data(), taps);
+  const Kernel kernel{taps_block.data(), std::max(taps, 0)};
+  for (int y = 0; y < height; ++y)
+    smooth_row(src.data + std::ptrdiff_t{y} * src.stride, work.data() + std::ptrdiff_t{y} * width, width, kernel);
+  for (int y = 0; y < height; ++y)
+    smooth_columns(work.data() + std::ptrdiff_t{y} * width, dst.data + std::ptrdiff_t{y} * dst.stride, width, y, height,
+                   kernel);
+  return Status::ok;
+}
+
+}  // namespace biseam
