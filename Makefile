@@ -1,0 +1,36 @@
+# The short way to the usual things; cmake and the scripts do the work.
+BUILD := build/release
+
+.PHONY: help build demo test format tidy install-packages
+
+help:
+	@echo 'make demo     build the tool and stitch the demo picture'
+	@echo 'make test     build everything with g++ and run all tests'
+	@echo 'make build    build the libraries, the tool and the tests'
+	@echo 'make format   lay the sources out with clang-format'
+	@echo 'make tidy     check the sources with clang-tidy'
+	@echo
+	@echo 'Packages that are missing are installed first (Debian 12, as root or with sudo).'
+
+install-packages:
+	@scripts/install_packages.sh build
+
+build: install-packages
+	@cmake --preset release
+	@cmake --build --preset release
+
+demo: install-packages
+	@cmake --preset release
+	@cmake --build --preset release --target biseam_tool
+	@scripts/demo.sh $(BUILD)
+
+test: build
+	@ctest --preset release
+
+format:
+	@scripts/install_packages.sh check
+	@git ls-files -z '*.c' '*.h' '*.cpp' '*.hpp' | xargs -0 clang-format -i
+
+tidy:
+	@scripts/install_packages.sh build check
+	@scripts/tidy.sh
