@@ -196,8 +196,8 @@ BISEAM_API int32_t SubImage(BlendImage* a, BlendImage* b, BlendImage* out);
 BISEAM_API int32_t AddImage(BlendImage* a, BlendImage* b, BlendImage* out);
 BISEAM_API int32_t MulImage(BlendImage* a, BlendImage* b, BlendImage* out);
 
-/* Copies dst->height * dst->stride samples when the strides are equal, or dst->stride equals src->height, or the types are
- * equal.  Returns dst's sample pointer, or -1. */
+/* Copies dst->height * dst->stride samples, which src must hold, when the strides are equal, or dst->stride equals src->height,
+ * or the types are equal.  Returns dst's sample pointer, or -1. */
 BISEAM_API intptr_t MemCopyImage(BlendImage* src, BlendImage* dst);
 
 /* Widens a source to the band by mirroring its inner edge; side 1 for source 1 (left), 0 for source 2. */
@@ -224,7 +224,8 @@ BISEAM_API int32_t GetMemSize(BlendConfig* config, BlendMemory* memory);
 /* As QOR_AllocBuffer_bi. */
 BISEAM_API void* BLEND_AllocBuffer(BlendArena* arena, int32_t bytes);
 
-/* Carves an instance out of a zero-filled block of GetMemSize bytes, which stays the caller's.  Returns 0. */
+/* Carves an instance out of a zero-filled block of GetMemSize bytes, which stays the caller's.  Returns 0, or -1 when a piece
+ * does not fit: the instance is empty then and blends nothing. */
 BISEAM_API int32_t Blend_Creat(BlendConfig* config, BlendMemory* memory, BlendInstance* instance);
 
 /* Writes every image record of the instance.  Returns the status of the last one. */
@@ -244,7 +245,8 @@ BISEAM_API int32_t PyrDown(BlendImage* src, BlendImage* dst);
 BISEAM_API int32_t PyrDownNormal(BlendImage* src, BlendImage* dst);
 BISEAM_API int32_t PyrDownBorder(BlendImage* src, BlendImage* dst);
 
-/* Expansion to the double size, or one less. */
+/* Expansion by the same kernel: exact doubles of three channels (sources below 2 pixels leave dst unwritten), or one pixel off a
+ * double of any channel count.  -1 when the sizes or channels do not fit. */
 BISEAM_API int32_t PyrUp(BlendImage* src, BlendImage* dst);
 BISEAM_API int32_t PyrUpNormal(BlendImage* src, BlendImage* dst);
 BISEAM_API int32_t PyrUpBorder(BlendImage* src, BlendImage* dst);

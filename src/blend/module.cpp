@@ -1,0 +1,96 @@
+#include "blend/module.hpp"
+
+#include <cstdint>
+
+#include "blend/pyramid.hpp"
+#include "blend/widen.hpp"
+#include "engine/threads.hpp"
+#include "imgproc/resize.hpp"
+#include "seam/cut.hpp"
+#include "seam/detail.hpp"
+#include "seam/path.hpp"
+
+namespace biseam {
+
+namespace {
+
+// The strips of both sources, shrunk and turned into detail images.
+Status prepare_details(BlendInstance& instance, const BlendImage* const sources[2]) {
+  for (int i = 0; i < 2; ++i) {
+    const int side = i == 0 ? 1 : 0;
+    copy_strip(*sources[i], instance.strip[i], instance.findpath_width, instance.trans_width, side);
+    if (resize(instance.strip[i], instance.scaled_strip[i]) == Status::no_memory) return Status::no_memory;
+    to_gray(instance.scaled_strip[i], instance.gray[i]);
+    if (extract_detail(instance.gray[i], instance.detail[i]) == Status::no_memory) return Status::no_memory;
+  }
+  return Status::ok;
+}
+
+// Column of the shrunk band at which the shrunk strips start.
+int strip_column(const BlendInstance& instance) {
+  return static_cast<int>((int64_t{instance.scaled_trans_width} + instance.scaled_band_width - instance.scaled_findpath_width) /
+                          2);
+}
+
+Status search_seam(BlendInstance& instance, const BlendImage* const sources[2]) {
+  if (prepare_details(instance, sources) == Status::no_memory) return Status::no_memory;
+  const Status cut = cut_seam(strip_column(instance), instance.seam_mask, instance.detail[0], instance.detail[1]);
+  if (cut == Status::no_memory) return Status::no_memory;
+  return resize(instance.seam_mask, instance.mask);
+}
+
+// One source's share of the work: widening to the band and the band's Laplacian pyramid.
+struct Decomposition {
+  const BlendImage* source;
+  BlendImage* band;
+  int trans_width, side;
+  Pyramid pyramid;
+  int level_count;
+  Status status;
+};
+
+void* run_decomposition(void* task) {
+  Decomposition& d = *static_cast<Decomposition*>(task);
+  widen(*d.source, *d.band, d.trans_width, d.side);
+  d.status = build_laplacian(*d.band, d.pyramid, d.level_count);
+  return nullptr;
+}
+
+Status decompose_sources(BlendInstance& instance, const BlendImage* const sources[2]) {
+  Decomposition decompositions[2];
+  ThreadTask tasks[2];
+  for (int i = 0; i < 2; ++i) {
+    decompositions[i] = {.source = sources[i],
+                         .band = &instance.band[i],
+                         .trans_width = instance.trans_width,
+                         .side = i == 0 ? 1 : 0,
+                         .pyramid = {instance.levels[i], &instance.top[i]},
+                         .level_count = instance.pyr_level,
+                         .status = Status::ok};
+    tasks[i] = {run_decomposition, &decompositions[i]};
+  }
+  run_together(tasks, 2);
+  return decompositions[0].status == Status::ok ? decompositions[1].status : decompositions[0].status;
+}
+
+}  // namespace
+
+Status blend_band(BlendInstance& instance, const BlendImage& source1, const BlendImage& source2, BlendImage& output) {
+  if (instance.mask.data[0] == nullptr) return Status::no_memory;  // an instance that could not be carved
+  const BlendImage* const sources[2] = {&source1, &source2};
+  if (instance.findpath_enable != 0) {
+    if (search_seam(instance, sources) == Status::no_memory) return Status::no_memory;
+  } else {
+    fill_left_half(instance.mask);
+  }
+  if (decompose_sources(instance, sources) != Status::ok) return Status::no_memory;
+  const Pyramid pyramid1{instance.levels[0], &instance.top[0]};
+  const Pyramid pyramid2{instance.levels[1], &instance.top[1]};
+  const Pyramid mask{instance.levels[2], &instance.top[2]};
+  const Pyramid blended{instance.levels[3], &instance.top[3]};
+  if (build_gaussian(instance.mask, mask, instance.pyr_level) == Status::no_memory) return Status::no_memory;
+  mix_pyramids(pyramid1, pyramid2, mask, blended, instance.pyr_level);
+  return collapse(*blended.top, blended.levels, output, instance.pyr_level);
+}
+
+}  // namespace biseam

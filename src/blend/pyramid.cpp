@@ -1,0 +1,69 @@
+#include "blend/pyramid.hpp"
+
+#include <cstdint>
+#include <optional>
+
+#include "blend/arithmetic.hpp"
+#include "engine/records.hpp"
+#include "imgproc/pyr_down.hpp"
+#include "imgproc/pyr_up.hpp"
+
+namespace biseam {
+
+namespace {
+
+using WorkImage = Temporary<BlendImage>;
+
+}  // namespace
+
+Status build_laplacian(const BlendImage& image, const Pyramid& out, int level_count) {
+  // Sizes that the pyramid routines leave alone count as zero: the work images start out so.
+  std::optional<WorkImage> reduced[2];  // of this level and of the one before, in turn
+  const BlendImage* current = &image;
+  for (int k = 0; k < level_count; ++k) {
+    WorkImage& down = reduced[k & 1].emplace(next_size(current->width), next_size(current->height));
+    WorkImage up(current->width, current->height);
+    if (!down || !up) return Status::no_memory;
+    if (pyr_down(*current, *down) == Status::no_memory) return Status::no_memory;
+    if (pyr_up(*down, *up) == Status::no_memory) return Status::no_memory;
+    subtract(*current, *up, out.levels[k]);
+    current = &*down;
+  }
+  if (level_count > 0) copy_samples(*current, *out.top);
+  return Status::ok;
+}
+
+Status build_gaussian(const BlendImage& image, const Pyramid& out, int level_count) {
+  if (level_count < 1) return Status::ok;
+  copy_samples(image, out.levels[0]);
+  for (int k = 1; k < level_count; ++k) {
+    if (pyr_down(out.levels[k - 1], out.levels[k]) == Status::no_memory) return Status::no_memory;
+  }
+  const BlendImage& last = out.levels[level_count - 1];
+  WorkImage down(next_size(last.width), next_size(last.height));
+  if (!down) return Status::no_memory;
+  if (pyr_down(last, *down) == Status::no_memory) return Status::no_memory;
+  copy_samples(*down, *out.top);
+  return Status::ok;
+}
+
+void mix_pyramids(const Pyramid& a, const Pyramid& b, const Pyramid& mask, const Pyramid& out, int level_count) {
+  mix(*a.top, *b.top, *mask.top, *out.top);
+  for (int k = 0; k < level_count; ++k) mix(a.levels[k], b.levels[k], mask.levels[k], out.levels[k]);
+}
+
+Status collapse(const BlendImage& top, const BlendImage* levels, BlendImage& out, int level_count) {
+  std::optional<WorkImage> work[2];  // of this level and of the one below, in turn
+  const BlendImage* current = &top;
+  for (int k = level_count - 1; k >= 0; --k) {
+    WorkImage& up = work[k & 1].emplace(levels[k].width, levels[k].height);
+    if (!up) return Status::no_memory;
+    if (pyr_up(*current, *up) == Status::no_memory) return Status::no_memory;
+    add(*up, levels[k], *up);
+    current = &*up;
+  }
+  copy_samples(*current, out);
+  return Status::ok;
+}
+
+}  // namespace biseam

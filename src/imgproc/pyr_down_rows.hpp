@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+// Row kernels of the reduction.  Samples are 32-bit integers in pixels of three; sums wrap.
+namespace biseam {
+
+// a + 4 b + 6 c + 4 d + e
+constexpr int32_t binomial_sum(int32_t a, int32_t b, int32_t c, int32_t d, int32_t e) noexcept {
+  return static_cast<int32_t>(6 * static_cast<uint32_t>(c) + 4 * (static_cast<uint32_t>(b) + static_cast<uint32_t>(d)) +
+                              static_cast<uint32_t>(a) + static_cast<uint32_t>(e));
+}
+
+// row[x] = binomial sum around source pixel 2x, for pixels that have two neighbours on both sides.  Reads source pixels
+// -2 .. 2 pixels.
+void reduce_pixels(const int32_t* src, int32_t* row, ptrdiff_t pixels) noexcept;
+
+// One pixel from five source pixels given by their columns.
+void reduce_pixel_at(const int32_t* src, const int32_t columns[5], int32_t* row) noexcept;
+
+// out = (binomial sum of five rows + 128) >> 8, rounding toward minus infinity.
+void reduce_rows(const int32_t* const rows[5], int32_t* out, ptrdiff_t count) noexcept;
+
+}  // namespace biseam
