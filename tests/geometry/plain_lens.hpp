@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+
+#include "biseam/records.h"
+
+// The formulas of the lens tables, one value at a time and without the library's helpers.
+namespace biseam::test {
+
+float plain_arctangent(float y, float x);  // from a table made of the C library's atan
+double plain_sine(double x);
+double plain_cosine(double x);
+
+// The published definition of the vector unit's estimates, in double arithmetic.
+float plain_reciprocal_estimate(float x);
+float plain_root_estimate(float x);
+
+struct SourcePosition {
+  float u, v;
+};
+SourcePosition plain_entry(const LensRecord& lens, int row, int column);
+
+}  // namespace biseam::test
