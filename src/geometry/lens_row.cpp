@@ -2,12 +2,18 @@
 
 #include <math.h>
 
+#include <bit>
+
 #include "geometry/estimate.hpp"
+#include "geometry/estimate_portable.hpp"
 #include "geometry/trig.hpp"
 
 namespace biseam {
 
 namespace {
+
+// Hosts differ in the sign of the NaN that 0 times infinity gives; the table holds the default NaN of the ARM vector unit.
+float one_nan(float value) noexcept { return value == value ? value : std::bit_cast<float>(portable::kDefaultNan); }
 
 // One panorama position, to the eight bits of the estimates.
 void map_pixel(const LensRecord& lens, float scale, Latitude latitude, float longitude, float* entry) noexcept {
@@ -21,8 +27,8 @@ void map_pixel(const LensRecord& lens, float scale, Latitude latitude, float lon
   const float distance = scale * axis_angle;
   const float a = (x * inverse_radius) * distance, b = (y * inverse_radius) * distance;
   const float* m = lens.matrix;
-  entry[0] = m[0] * a + m[1] * b + m[2] * z + lens.cx;
-  entry[1] = m[3] * a + m[4] * b + m[5] * z + lens.cy;
+  entry[0] = one_nan(m[0] * a + m[1] * b + m[2] * z + lens.cx);
+  entry[1] = one_nan(m[3] * a + m[4] * b + m[5] * z + lens.cy);
 }
 
 }  // namespace

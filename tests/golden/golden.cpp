@@ -40,6 +40,7 @@ constexpr Case kCases[] = {
     {"odd_levels", 600, 0, 1, 0, 0, 0, false, 18, 20, 30, 5, 3.0f},
     {"unscaled", 480, 0, 1, 0, 0, 0, false, 8, 16, 16, 2, 1.0f},
     {"width_not_of_four", 488, 0, 1, 0, 0, 0, false, 16, 30, 32, 3, 2.0f},
+    {"axis_on_a_pixel", 480, 0, 1, 0, 0, 0, false, 14, 30, 28, 3, 2.0f},  // a table entry that is no number
     {"middle", 960, 0, 1, 0, 0, 0, true, 24, 48, 48, 4, 2.5f},
     {"middle_422", 960, 4, 1, 0, 0, 16, true, 24, 48, 48, 4, 2.5f},
     {"large", 1920, 0, 1, 0, 0, 0, false, 32, 64, 64, 5, 4.0f},
