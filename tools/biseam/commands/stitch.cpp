@@ -177,8 +177,9 @@ void add_blend_options(CLI::App& command, BlendSettings& blend) {
   command.add_option("--feather", blend.feather, "overlap on each side of a seam (from the overlap there is)")->group(group);
   command.add_option("--trans-width", blend.trans_width, "transition width of the blend (as feather)")->group(group);
   command.add_option("--pyr-level", blend.pyr_level, "levels of the blend")->group(group);
-  command.add_flag("--search,!--no-search", blend.search, "search a seam through each overlap (default), or cut straight")
+  command.add_flag_callback("--search", [&blend] { blend.search = true; }, "search a seam through each overlap (default)")
       ->group(group);
+  command.add_flag_callback("--no-search", [&blend] { blend.search = false; }, "cut straight instead")->group(group);
   command.add_option("--findpath-width", blend.findpath_width, "width of the strip searched (2 x feather)")->group(group);
   command.add_option("--inv-scale", blend.inv_scale, "the search runs on pictures shrunk by this")->group(group);
 }
