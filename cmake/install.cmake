@@ -13,13 +13,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/biseam-config-version.cma
 install(FILES ${PROJECT_BINARY_DIR}/biseam-config.cmake ${PROJECT_BINARY_DIR}/biseam-config-version.cmake
         DESTINATION ${package_dir})
 
-# Paths under the prefix stay relative to ${prefix}, so that an installed tree can be moved.
-foreach(kind INCLUDEDIR LIBDIR)
-  if(IS_ABSOLUTE ${CMAKE_INSTALL_${kind}})
-    set(pc_${kind} ${CMAKE_INSTALL_${kind}})
-  else()
-    set(pc_${kind} "\${prefix}/${CMAKE_INSTALL_${kind}}")
-  endif()
-endforeach()
+# Paths in biseam.pc are relative to the file, so that an installed tree can be moved.
+file(RELATIVE_PATH up_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/biseam.pc.in ${PROJECT_BINARY_DIR}/biseam.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/biseam.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

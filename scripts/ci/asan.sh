@@ -1,0 +1,7 @@
+#!/usr/bin/env bash
+# Library and tests under the address, leak and undefined behaviour sanitizers.
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+cmake --preset asan
+cmake --build --preset asan
+ctest --preset asan
