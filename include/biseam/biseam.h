@@ -245,8 +245,8 @@ BISEAM_API int32_t PyrDown(BlendImage* src, BlendImage* dst);
 BISEAM_API int32_t PyrDownNormal(BlendImage* src, BlendImage* dst);
 BISEAM_API int32_t PyrDownBorder(BlendImage* src, BlendImage* dst);
 
-/* Expansion by the same kernel: exact doubles of three channels (sources below 2 pixels leave dst unwritten), or one pixel off a
- * double of any channel count.  -1 when the sizes or channels do not fit. */
+/* Expansion by the same kernel: exact doubles of three channels (sources below 2 pixels leave dst unwritten), or one pixel off
+ * a double of any channel count.  -1 when the sizes or channels do not fit. */
 BISEAM_API int32_t PyrUp(BlendImage* src, BlendImage* dst);
 BISEAM_API int32_t PyrUpNormal(BlendImage* src, BlendImage* dst);
 BISEAM_API int32_t PyrUpBorder(BlendImage* src, BlendImage* dst);
