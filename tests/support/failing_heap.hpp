@@ -14,8 +14,9 @@ class FailingHeap {
   FailingHeap(const FailingHeap&) = delete;
   FailingHeap& operator=(const FailingHeap&) = delete;
 
-  int requests() const;         // since the start
-  std::ptrdiff_t held() const;  // blocks allocated less blocks freed since the start
+  int requests() const;                     // since the start
+  std::ptrdiff_t held() const;              // blocks allocated less blocks freed since the start
+  std::size_t bytes_of(int request) const;  // what the request with this number asked for; the first 64 are known
 };
 
 }  // namespace biseam::test

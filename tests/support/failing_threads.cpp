@@ -1,0 +1,36 @@
+#include "support/failing_threads.hpp"
+
+#include <pthread.h>
+
+#include <atomic>
+#include <cerrno>
+
+namespace {
+
+std::atomic<bool> refusing{false};
+std::atomic<int> refused_count{0};
+
+}  // namespace
+
+extern "C" {
+int __real_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*entry)(void*), void* args);
+
+int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*entry)(void*), void* args) {
+  if (!refusing) return __real_pthread_create(thread, attributes, entry, args);
+  ++refused_count;
+  return EAGAIN;
+}
+}
+
+namespace biseam::test {
+
+FailingThreads::FailingThreads() {
+  refused_count = 0;
+  refusing = true;
+}
+
+FailingThreads::~FailingThreads() { refusing = false; }
+
+int FailingThreads::refused() const { return refused_count; }
+
+}  // namespace biseam::test
