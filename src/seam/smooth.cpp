@@ -18,11 +18,17 @@ struct Kernel {
   int count;
 };
 
-// Null also when the size in bytes does not fit 32 bits.
-HeapArray<float> allocate_floats(int64_t count) {
-  const bool fits = count <= int64_t{std::numeric_limits<int32_t>::max()} / int64_t{sizeof(float)};
-  return HeapArray<float>::plain(fits ? static_cast<std::size_t>(count)
-                                      : std::numeric_limits<std::size_t>::max() / sizeof(float));
+// Bytes of so many floats stay within 31 bits.
+bool can_be_had(int64_t floats) noexcept { return floats <= std::numeric_limits<int32_t>::max() / int64_t{sizeof(float)}; }
+
+Status no_work_image() {
+  std::fputs("melloc memory for pdTemp failed!!", stdout);
+  return Status::no_memory;
+}
+
+Status no_kernel() {
+  std::fputs("malloc memory for pdKernel,failed!!", stdout);
+  return Status::no_memory;
 }
 
 // Mean around one of `length` samples that lie `stride` apart: taps beyond either end are dropped and the rest renormalised.
@@ -78,11 +84,13 @@ Status smooth(const BlendGray& src, BlendGray& dst, float sigma, int taps) {
   const int width = src.width;
   const int height = src.height;
   if (width < 1 || height < 1) return Status::ok;
-  HeapArray<float> work = allocate_floats(int64_t{width} * height);
-  if (!work) std::fputs("melloc memory for pdTemp failed!!", stdout);
-  HeapArray<float> taps_block = allocate_floats(std::max(taps, 1));
-  if (!taps_block) std::fputs("malloc memory for pdKernel,failed!!", stdout);
-  if (!work || !taps_block) return Status::no_memory;
+  const int64_t pixels = int64_t{width} * height;
+  if (!can_be_had(pixels)) return no_work_image();
+  auto work = HeapArray<float>::plain(static_cast<std::size_t>(pixels));
+  if (!work) return no_work_image();
+  if (!can_be_had(taps)) return no_kernel();
+  auto taps_block = HeapArray<float>::plain(static_cast<std::size_t>(std::max(taps, 1)));
+  if (!taps_block) return no_kernel();
 
   fill_flat_kernel(sigma, taps_block.data(), taps);
   const Kernel kernel{taps_block.data(), std::max(taps, 0)};
