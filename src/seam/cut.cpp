@@ -21,7 +21,7 @@ int32_t* mask_row(BlendImage& mask, int64_t y) {
   return mask.data[0] + static_cast<std::ptrdiff_t>(y) * mask.width * mask.steps[0];
 }
 
-bool has_row(const BlendImage& mask, int64_t y) { return y >= 0 && y < mask.height; }
+bool has_row(const BlendImage& mask, int64_t y) { return mask.width > 0 && y >= 0 && y < mask.height; }
 
 // Columns [first, end) of row y, as far as the mask has them.
 void fill_span(BlendImage& mask, int64_t y, int64_t first, int64_t end) {

@@ -33,12 +33,14 @@ void difference_row(const int32_t* a, const int32_t* b, int32_t* out, int width)
 }  // namespace
 
 void to_gray(const BlendImage& src, BlendGray& dst) {
+  if (src.width < 1) return;
   for (int y = 0; y < src.height; ++y)
     gray_row(src.data[0] + std::ptrdiff_t{y} * src.stride, src.steps[0], dst.data + std::ptrdiff_t{y} * src.width, src.width);
 }
 
 Status subtract_gray(const BlendGray& a, const BlendGray& b, BlendGray& out) {
   if (a.channels != 1 || b.channels != 1 || a.height != b.height || a.width != b.width) return Status::mismatch;
+  if (a.width < 1) return Status::ok;
   for (int y = 0; y < a.height; ++y) {
     const std::ptrdiff_t start = std::ptrdiff_t{y} * a.stride;
     difference_row(a.data + start, b.data + start, out.data + start, a.width);

@@ -22,7 +22,7 @@ void copy_strip_row(const int32_t* source, int source_step, int source_width, in
 }  // namespace
 
 void copy_strip(const BlendImage& source, BlendImage& strip, int findpath_width, int trans_width, int side) {
-  if (source.width < 1 || source.height < 1) return;
+  if (source.width < 1 || source.height < 1 || strip.width < 1) return;
   const int64_t shift = side != 0 ? int64_t{trans_width} : -int64_t{trans_width};
   const int64_t first_column = (source.width + shift - findpath_width) / 2;
   for (int y = 0; y < strip.height; ++y) {
@@ -33,6 +33,7 @@ void copy_strip(const BlendImage& source, BlendImage& strip, int findpath_width,
 }
 
 void fill_left_half(BlendImage& mask) {
+  if (mask.width < 2) return;
   for (int y = 0; y < mask.height; ++y) {
     int32_t* pixel = mask.data[0] + std::ptrdiff_t{y} * mask.stride;
     for (int x = 0; x < mask.width >> 1; ++x, pixel += mask.steps[0]) pixel[0] = pixel[1] = pixel[2] = BISEAM_WEIGHT_ONE;

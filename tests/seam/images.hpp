@@ -28,6 +28,7 @@ class GuardedSamples {
 inline BlendGray gray_record(int32_t* data, int width, int height) { return {width, height, 1, width, 1, data, 8}; }
 
 inline BlendImage color_record(int32_t* data, int width, int height) {
+  if (data == nullptr) return {width, height, 3, {}, 3 * width, {3, 3, 3}, 7};
   return {width, height, 3, {data, data + 1, data + 2}, 3 * width, {3, 3, 3}, 7};
 }
 
