@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <cstdlib>
 #include <mutex>
@@ -310,6 +311,16 @@ TEST(CreateLUTTablePht, ThirdMatrixRowIsNotRead) {
   map.entries = second.data();
   CreateLUTTablePht(&args);
   EXPECT_EQ(std::memcmp(first.data(), second.data(), first.bytes()), 0);
+}
+
+TEST(CreateLUTTablePht, EntryExactlyOnTheAxisIsTheDefaultNanOnEveryHost) {
+  LensRecord lens = plain_lens(make_config(64, 256, 0), 0);
+  lens.column_offset = 1.5707964f - lens.column_step;  // column 0 and row 127: both angles zero to the last bit
+  std::vector<float> entries(2 * 16 * 256);
+  MAPTIHeader map{entries.data()};
+  LutBuilderArgs args{16, 256, &map, &lens, 0};
+  CreateLUTTablePht(&args);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(std::bit_cast<uint32_t>(entries[2 * 127 * 16 + i]), 0x7FC00000u);
 }
 
 TEST(FreeMAPTIHeader, FreesAndClears) {

@@ -122,7 +122,9 @@ SourcePosition plain_entry(const LensRecord& lens, int row, int column) {
   const float rho = (lens.focal * lens.focus) * alpha;
   const float a = (x * inv_r) * rho, b = (y * inv_r) * rho;
   const float* m = lens.matrix;
-  return {m[0] * a + m[1] * b + m[2] * z + lens.cx, m[3] * a + m[4] * b + m[5] * z + lens.cy};
+  const float u = m[0] * a + m[1] * b + m[2] * z + lens.cx, v = m[3] * a + m[4] * b + m[5] * z + lens.cy;
+  const float nan = std::numeric_limits<float>::quiet_NaN();  // of one sign on every host
+  return {std::isnan(u) ? nan : u, std::isnan(v) ? nan : v};
 }
 
 }  // namespace biseam::test
