@@ -124,6 +124,9 @@ void expect_maximum(const TestGraph& plain, const Solved& solved) {
     ASSERT_EQ(reached[static_cast<size_t>(i)], in_source_tree) << i;
     ASSERT_EQ(solved.nodes[static_cast<size_t>(i)].next_active, 0);
     ASSERT_NE(solved.nodes[static_cast<size_t>(i)].parent, parent_orphan);
+    if (solved.is_free(i)) {
+      ASSERT_EQ(solved.nodes[static_cast<size_t>(i)].time_stamp, 0);
+    }
   }
 }
 
