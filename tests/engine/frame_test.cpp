@@ -165,8 +165,8 @@ TEST(Frame, PanoramaOfAnotherHeightThanTheInputIsClipped) {
   }
 }
 
-TEST(Frame, WidthsNotDivisibleByFour) {
-  for (const int width : {482, 486}) {
+TEST(Frame, WidthsNotDivisibleByFourOrOdd) {
+  for (const int width : {482, 486, 481, 483}) {
     SCOPED_TRACE(width);
     StitchConfig config = small_config();
     config.out_w[0] = config.out_luma_stride[0] = config.out_chroma_stride[0] = width;
@@ -188,8 +188,12 @@ TEST(Frame, TurnedSecondLensWithAFocusFactor) {
 }
 
 TEST(Frame, OtherBandsAndScales) {
-  for (const auto& [feather, transition, path, levels, scale] :
-       {std::tuple{8, 16, 16, 1, 1.0f}, {16, 32, 32, 4, 3.0f}, {4, 40, 32, 2, 1.5f}, {12, 20, 24, 2, 4.0f}}) {
+  for (const auto& [feather, transition, path, levels, scale] : {std::tuple{8, 16, 16, 1, 1.0f},
+                                                                 {16, 32, 32, 4, 3.0f},
+                                                                 {4, 40, 32, 2, 1.5f},
+                                                                 {12, 20, 24, 2, 4.0f},
+                                                                 {15, 33, 31, 3, 2.0f},
+                                                                 {0, 32, 16, 2, 2.0f}}) {
     SCOPED_TRACE(testing::Message() << feather << ' ' << transition << ' ' << path << ' ' << levels << ' ' << scale);
     StitchConfig config = small_config();
     config.feather = feather;

@@ -391,18 +391,30 @@ TEST(ConvertViews, SmallerRgbViewIsTheCornerOfAnImageAsWideAsTheYuv) {
   EXPECT_EQ(want, out);
 }
 
-// Columns past the YUV width land in the next RGB row; what is past the YUV planes is not read.
+// Columns past the YUV width land in the next RGB row; what is past the YUV planes is not read: no matter what lies there, the
+// result is the same.
 TEST(ConvertViews, LargerRgbViewReadsNothingPastTheYuvPlanes) {
   RandomSource random;
   for (const auto& [width, height] : {std::pair{10, 2}, {4, 8}, {12, 9}, {7, 5}}) {
     for (const int block_rows : {1, 2}) {
-      YuvPlanes planes = random_yuv(random, 4, 2, block_rows);
-      YuvView yuv = view_of(planes, 4, 2);
-      GuardedBlock<int32_t> out(size_t(3 * width * height));
-      RgbView rgb{out.data(), width, height, 3 * width};
-      (block_rows == 2 ? yuv420_2rgb : yuv422_2rgb)(&yuv, &rgb);
-      const Rgb first = pixel_of(planes.luma[0], planes.chroma[0], planes.chroma[1]);
-      EXPECT_EQ(first.r, out[0]);
+      const YuvPlanes exact = random_yuv(random, 4, 2, block_rows);
+      std::vector<int32_t> results[3];
+      for (const int behind : {-1, 0, 255}) {
+        YuvPlanes planes = exact;  // -1: exact size, for the address sanitizer
+        if (behind >= 0) {
+          planes.luma.resize(512, static_cast<uint8_t>(behind));
+          planes.chroma.resize(512, static_cast<uint8_t>(behind));
+        }
+        YuvView yuv = view_of(planes, 4, 2);
+        GuardedBlock<int32_t> out(size_t(3 * width * height));
+        RgbView rgb{out.data(), width, height, 3 * width};
+        (block_rows == 2 ? yuv420_2rgb : yuv422_2rgb)(&yuv, &rgb);
+        results[behind < 0 ? 0 : behind == 0 ? 1 : 2] = out.values();
+      }
+      EXPECT_EQ(results[0], results[1]);
+      EXPECT_EQ(results[0], results[2]);
+      const Rgb first = pixel_of(exact.luma[0], exact.chroma[0], exact.chroma[1]);
+      EXPECT_EQ(first.r, results[0][0]);
     }
   }
 }
