@@ -30,7 +30,7 @@ BISEAM_API int32_t QOR_GetMemSize_BI(StitchConfig* config, EngineMemInfo* mem_in
 BISEAM_API int32_t QOR_Create_BI_Soft(StitchConfig* config, StitchEngine** engine);
 
 /* Builds the lookup tables on four threads and lays out every image record.  Returns the status of the second blend
- * instance, 0. */
+ * instance, 0; -1, and nothing is done, when the configuration's sizes changed since the engine was made. */
 BISEAM_API int32_t QOR_SetConfig_BI_Soft(StitchEngine** engine);
 
 /* Stitches one frame and prints its time.  Frame records are arrays of pointer-sized words, counted from 1.

@@ -36,10 +36,7 @@ int32_t QOR_Create_BI_Soft(StitchConfig* config, StitchEngine** engine) {
   return BISEAM_MALLOC_FAIL;
 }
 
-int32_t QOR_SetConfig_BI_Soft(StitchEngine** engine) {
-  biseam::configure_engine(**engine);
-  return 0;
-}
+int32_t QOR_SetConfig_BI_Soft(StitchEngine** engine) { return code(biseam::configure_engine(**engine)); }
 
 int32_t QOR_Proc_BI_Soft(StitchEngine** engine, void* const in_frame[], void* const out_frame[]) {
   timeval start;

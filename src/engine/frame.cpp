@@ -32,12 +32,19 @@ void* run_middle_strip(void* task) {
 // Rows that tables, bands and panorama all have.
 int shared_rows(const StitchEngine& engine) { return std::min(engine.config->in_h, engine.config->out_h[0]); }
 
+// The panorama as far as there are tables for it.
+ImageHeader shared_pano(const StitchEngine& engine) {
+  ImageHeader pano = engine.pano;
+  pano.height = shared_rows(engine);
+  return pano;
+}
+
 RemapThreadArgs left_args(const StitchEngine& e) {
   RemapThreadArgs args = {};
   args.table = e.map_left.entries;
   args.source = e.src_image[0];
   args.band0 = e.band_yuv[0];
-  args.pano = e.pano;
+  args.pano = shared_pano(e);
   args.plain_width = e.left_inner;
   args.plain_column = 0;
   args.band0_column = e.left_inner;
@@ -54,7 +61,7 @@ RemapThreadArgs middle_args(const StitchEngine& e, int first_row, int end_row) {
   args.source = e.src_image[1];
   args.band0 = e.band_yuv[1];
   args.band1 = e.band_yuv[2];
-  args.pano = e.pano;
+  args.pano = shared_pano(e);
   args.plain_width = e.middle_inner;
   args.plain_column = e.band_width;
   args.band0_column = 0;
@@ -71,7 +78,7 @@ RemapThreadArgs right_args(const StitchEngine& e) {
   args.table = e.map_right.entries;
   args.source = e.src_image[0];
   args.band0 = e.band_yuv[3];
-  args.pano = e.pano;
+  args.pano = shared_pano(e);
   args.plain_width = e.right_inner;
   args.plain_column = e.band_width;
   args.band0_column = 0;
@@ -166,6 +173,13 @@ bool is_semi_planar(int format) {
          format == BISEAM_YUV422_SEMIPLANAR_VU;
 }
 
+// Two planes a picture are all a frame record carries: nothing can be read or written safely as planar or packed.  A panorama
+// code without a layout of its own leaves the input's in force.
+bool holds_two_planes(const StitchConfig& config) {
+  const int out = config.out_yuv_type;
+  return is_semi_planar(config.in_yuv_type) && out != BISEAM_YUV420_PLANAR && out != BISEAM_YUV422_PLANAR;
+}
+
 void point_to(ImageHeader& image, const FisheyePlanes& planes) {
   image.planes[0] = planes.luma;
   image.planes[1] = planes.chroma;
@@ -179,8 +193,7 @@ Status process_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const
     engine.src_image[k].planes[2] = fisheye[k].chroma == nullptr ? nullptr : fisheye[k].chroma + 1;
   }
   point_to(engine.pano, panorama);
-  // Two planes a picture are all a frame record carries: nothing can be read or written safely as planar or packed.
-  if (!is_semi_planar(engine.config->in_yuv_type)) return Status::mismatch;
+  if (!holds_two_planes(*engine.config)) return Status::mismatch;
   remap_stage(engine, sample);
   conversion_stage(engine);
   const Status status = blend_stage(engine);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <type_traits>
 
@@ -12,7 +13,9 @@ class HeapArray {
   static_assert(std::is_trivially_copyable_v<T>);
 
  public:
-  static HeapArray plain(std::size_t count) { return HeapArray(std::malloc(count * sizeof(T))); }
+  static HeapArray plain(std::size_t count) {
+    return HeapArray(count > SIZE_MAX / sizeof(T) ? nullptr : std::malloc(count * sizeof(T)));
+  }
   static HeapArray zeroed(std::size_t count) { return HeapArray(std::calloc(count, sizeof(T))); }
 
   HeapArray(HeapArray&& other) noexcept : data_(other.release()) {}

@@ -67,6 +67,15 @@ Status fill_engine(StitchConfig& config, StitchEngine& engine) {
   return status;
 }
 
+// Lens values may change between two configurations, sizes may not.
+bool fits_carving(const StitchConfig& config, const StitchEngine& engine) {
+  StitchEngine now{};
+  return derive_geometry(config, now) == Status::ok && now.band_width == engine.band_width &&
+         now.pair_width == engine.pair_width && now.left_width == engine.left_width &&
+         now.middle_width == engine.middle_width && now.right_width == engine.right_width &&
+         config.in_h == engine.blend[0]->height;
+}
+
 void describe_bands(StitchEngine& engine, const StitchConfig& config) {
   const int height = config.in_h;
   const int band = engine.band_width;
@@ -91,8 +100,9 @@ Status create_engine(StitchConfig& config, StitchEngine*& engine) {
   return status;
 }
 
-void configure_engine(StitchEngine& engine, BuildStrip build) {
+Status configure_engine(StitchEngine& engine, BuildStrip build) {
   const StitchConfig& config = *engine.config;
+  if (!fits_carving(config, engine)) return Status::mismatch;
   engine.feather = config.feather;
   build_tables(config, engine, build);
   for (ImageHeader& image : engine.src_image) {
@@ -105,6 +115,7 @@ void configure_engine(StitchEngine& engine, BuildStrip build) {
                    format);
   }
   for (BlendInstance* instance : engine.blend) layout_blend(*instance);
+  return Status::ok;
 }
 
 void destroy_engine(StitchEngine* engine) {

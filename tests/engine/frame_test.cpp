@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <initializer_list>
 #include <regex>
 #include <string>
@@ -165,6 +166,30 @@ TEST(Frame, PanoramaOfAnotherHeightThanTheInputIsClipped) {
   }
 }
 
+// Rows go in pairs: the second row of the last pair must not be taken from behind the tables.
+TEST(Frame, NoRegionIsTallerThanTheTables) {
+  StitchConfig config = small_config();
+  config.in_h = 17;
+  config.out_h[0] = 32;
+  EngineSession engine(config);
+  RandomSource random;
+  FisheyePair fisheyes = random_fisheyes(random, config);
+  FramePlanes panorama = blank_panorama(config);
+  const FisheyePlanes inputs[2] = {{fisheyes[0].luma.data(), fisheyes[0].chroma.data()},
+                                   {fisheyes[1].luma.data(), fisheyes[1].chroma.data()}};
+  static std::atomic<int> regions, tallest;
+  regions = tallest = 0;
+  const SampleRegion record = [](const RemapRegion& region) {
+    ++regions;
+    for (int seen = tallest;
+         seen < region.destination->height && !tallest.compare_exchange_weak(seen, region.destination->height);) {
+    }
+  };
+  (void)process_frame(*engine, inputs, {panorama.luma.data(), panorama.chroma.data()}, record);
+  EXPECT_EQ(10, regions);
+  EXPECT_EQ(17, tallest);
+}
+
 TEST(Frame, WidthsNotDivisibleByFourOrOdd) {
   for (const int width : {482, 486, 481, 483}) {
     SCOPED_TRACE(width);
@@ -272,6 +297,22 @@ TEST(Frame, InputIsNotWritten) {
 }
 
 // A frame record carries two planes a picture: planar and packed inputs have no place in it.
+TEST(Frame, PlanarPanoramaPrintsTheTimeLineAndWritesNothing) {
+  for (const int format : {2, 6}) {
+    SCOPED_TRACE(format);
+    StitchConfig config = small_config();
+    config.out_yuv_type = format;
+    EngineSession engine(config);
+    RandomSource random;
+    FisheyePair fisheyes = random_fisheyes(random, config);
+    FramePlanes panorama = blank_panorama(config);
+    const FramePlanes blank = panorama;
+    EXPECT_NE("", process(engine, fisheyes, panorama));
+    EXPECT_EQ(blank.luma, panorama.luma);
+    EXPECT_EQ(blank.chroma, panorama.chroma);
+  }
+}
+
 TEST(Frame, PlanarInputPrintsTheTimeLineAndWritesNothing) {
   for (const int format : {2, 3, 6, 7, 8, -1}) {
     StitchConfig config = small_config();

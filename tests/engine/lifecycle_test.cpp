@@ -251,6 +251,27 @@ TEST(SetConfig, TallPanoramaStaysInsideTheTables) {
   for (int i = 0; i < 64 * 240; ++i) ASSERT_EQ(0, e->band_yuv[0].planes[0][i]);
 }
 
+// A wider table than the one carved would run into the next piece.
+TEST(SetConfig, SizesChangedSinceCreateAreRefusedAndNothingIsBuilt) {
+  const StitchConfig before = small_config();
+  StitchConfig config = before;
+  EngineSession e(config);
+  StitchEngine* engine = &*e;
+  const PlainFrame plain(before);
+  for (int32_t StitchConfig::*field : {&StitchConfig::feather, &StitchConfig::trans_width, &StitchConfig::in_h}) {
+    config = before;
+    config.*field += 4;
+    EXPECT_EQ(-1, QOR_SetConfig_BI_Soft(&engine));
+    EXPECT_EQ(before.feather, e->feather);
+    EXPECT_EQ(0, std::memcmp(plain.table(0).data(), e->map_left.entries, 8 * 136 * 240));
+  }
+  config = before;
+  config.out_w[0] += 8;
+  EXPECT_EQ(-1, QOR_SetConfig_BI_Soft(&engine));
+  config = before;
+  EXPECT_EQ(0, QOR_SetConfig_BI_Soft(&engine));
+}
+
 // ---- QOR_Destroy_BI_Soft -----------------------------------------------------------------------------------------------
 
 TEST(Destroy, LeavesTheCallersPointer) {
