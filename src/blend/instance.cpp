@@ -58,8 +58,9 @@ void for_each_level(const BlendInstance& instance, Visit visit) {
 // Takes pieces one after the other and remembers whether all fitted.
 class Carver {
  public:
-  explicit Carver(const BlendMemory& memory)
-      : cursor_(open_block(memory.base, memory.size)), complete_(memory.base != nullptr) {}
+  explicit Carver(const BlendMemory& memory) : complete_(memory.base != nullptr) {
+    if (complete_) cursor_ = open_block(memory.base, memory.size);
+  }
 
   template <class T>
   void take(T*& piece, int64_t bytes) {
@@ -70,7 +71,7 @@ class Carver {
   bool complete() const { return complete_; }
 
  private:
-  MemoryCursor cursor_;
+  MemoryCursor cursor_{};
   bool complete_;
 };
 

@@ -142,8 +142,8 @@ TEST(Resize, EverySizePairStaysInsideTheSource) {
 }
 
 TEST(Resize, LargeSizesWhereTheMappingIsRoundedStayInsideTheSource) {
-  // A sample apart there is no float between: the last rows and columns would fall past the end without the clamp.
-  const int size = (1 << 24) + 3;
+  // Positions this large have no float of their own: the last one is rounded up, to the size.
+  const int size = (1 << 24) + 4;
   TestGray src(size, 1, 1), dst(size, 1, kOld);
   src.samples()[size - 1] = 2;
   ASSERT_EQ(Status::ok, resize(*src, *dst));
