@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "expect_failure.hpp"
 #include "failure.hpp"
 #include "input/read_picture.hpp"
 #include "output/encode.hpp"
@@ -14,6 +15,8 @@
 namespace biseam::tool {
 namespace {
 
+using test::expect_one_line_naming;
+using test::failure_of;
 using test::read_bytes;
 using test::ScratchFolder;
 using test::write_bytes;
@@ -26,23 +29,6 @@ Nv12 smooth_picture(int width, int height) {
   }
   for (std::size_t i = 0; i < picture.chroma.size(); ++i) picture.chroma[i] = std::uint8_t(118 + i % 2 * 20);
   return picture;
-}
-
-// The exit code and the text of the failure that work ends in.
-template <class Work>
-std::pair<ExitCode, std::string> failure_of(Work work) {
-  try {
-    work();
-  } catch (const Failure& failure) {
-    return {failure.code(), failure.what()};
-  }
-  ADD_FAILURE() << "no failure";
-  return {ExitCode::done, ""};
-}
-
-void expect_one_line_naming(const std::string& text, const std::string& name) {
-  EXPECT_NE(text.find(name), std::string::npos) << text;
-  EXPECT_EQ(text.find('\n'), std::string::npos) << text;
 }
 
 TEST(PictureFiles, raw_comes_back_byte_for_byte) {

@@ -1,7 +1,6 @@
 #include "camera/settings.hpp"
 
 #include <cmath>
-#include <string>
 
 #include "failure.hpp"
 
@@ -46,11 +45,11 @@ void replace_settings(BlendSettings& base, const BlendSettings& over) {
   replace(base.inv_scale, over.inv_scale);
 }
 
-LensSettings scale_lens(const LensSettings& lens, Size from, Size to) {
+LensSettings scale_lens(const LensSettings& lens, Size from, Size to, const std::string& profile) {
   if (from == to) return lens;
   const double scale = double(to.width) / from.width, other = double(to.height) / from.height;
   if (std::abs(scale - other) > 0.01 * scale) {
-    throw Failure(ExitCode::settings, "the profile is for pictures of " + text(from) + ", this one is " + text(to));
+    throw Failure(ExitCode::settings, profile + ": is for pictures of " + text(from) + ", this one is " + text(to));
   }
   LensSettings scaled = lens;
   scale_position(scaled.cx, scale);

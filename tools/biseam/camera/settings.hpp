@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "picture.hpp"
 
@@ -54,8 +55,9 @@ constexpr bool is_quarter_turn(int degrees) { return degrees >= 0 && degrees < 3
 void replace_settings(LensSettings& base, const LensSettings& over);
 void replace_settings(BlendSettings& base, const BlendSettings& over);
 
-// Lens values for the same camera's picture of another size.  Throws Failure (settings) when it has another shape.
-LensSettings scale_lens(const LensSettings& lens, Size from, Size to);
+// Lens values for the same camera's picture of another size.  Throws Failure (settings) naming the profile when the picture
+// has another shape.
+LensSettings scale_lens(const LensSettings& lens, Size from, Size to, const std::string& profile);
 
 // The columns of a blend for a panorama of another width; rounded to even, as bands hold whole chroma pairs.
 BlendSettings scale_blend(const BlendSettings& blend, int from_width, int to_width);

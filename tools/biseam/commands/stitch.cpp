@@ -87,7 +87,7 @@ Pair read_pair(const StitchOptions& options) {
   if (!options.size.empty()) raw = parse_size(options.size);
   const std::string& first = options.inputs.front();
   if (options.inputs.size() == 1) {
-    auto [left, right] = split_side_by_side(read_picture(first, raw), first);
+    auto [left, right] = split_side_by_side(read_picture(first, raw), first == "-" ? "standard input" : first);
     return {{std::move(left), std::move(right)}};
   }
   const std::string& second = options.inputs.back();
@@ -124,7 +124,7 @@ Plan prepare(const StitchOptions& options, Pair& pair) {
   Size sizes[2];
   for (int k = 0; k < 2; ++k) {
     const Size recorded = size_of(pair.lens[k]);
-    LensSettings settings = scale_lens(profile.lens[k], profile.picture.value_or(recorded), recorded);
+    LensSettings settings = scale_lens(profile.lens[k], profile.picture.value_or(recorded), recorded, options.camera);
     replace_settings(settings, given.lens[k]);
     lenses[k] = settle_lens(settings, recorded, k);
     pair.lens[k] = undo_quarter_turn(pair.lens[k], settings.mount.value_or(0));
@@ -177,9 +177,14 @@ void add_blend_options(CLI::App& command, BlendSettings& blend) {
   command.add_option("--feather", blend.feather, "overlap on each side of a seam (from the overlap there is)")->group(group);
   command.add_option("--trans-width", blend.trans_width, "transition width of the blend (as feather)")->group(group);
   command.add_option("--pyr-level", blend.pyr_level, "levels of the blend")->group(group);
-  command.add_flag_callback("--search", [&blend] { blend.search = true; }, "search a seam through each overlap (default)")
+  command
+      .add_flag_callback(
+          "--search", [&blend] { blend.search = true; }, "search a seam through each overlap (default)")
       ->group(group);
-  command.add_flag_callback("--no-search", [&blend] { blend.search = false; }, "cut straight instead")->group(group);
+  command
+      .add_flag_callback(
+          "--no-search", [&blend] { blend.search = false; }, "cut straight instead")
+      ->group(group);
   command.add_option("--findpath-width", blend.findpath_width, "width of the strip searched (2 x feather)")->group(group);
   command.add_option("--inv-scale", blend.inv_scale, "the search runs on pictures shrunk by this")->group(group);
 }
