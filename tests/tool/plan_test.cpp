@@ -118,7 +118,7 @@ TEST(BlendValues, the_feather_fits_the_overlap) {
 TEST(BlendValues, a_wide_overlap_is_not_used_up) { EXPECT_EQ(settle_blend({}, 1920, 140).feather, 60); }
 
 TEST(BlendValues, too_little_overlap_is_refused_unless_a_feather_is_given) {
-  for (const double reach : {-5.0, 80.0, 90.0, 91.0}) {
+  for (const double reach : {-5.0, 80.0, 90.0, 90.9}) {
     EXPECT_EQ(test::failure_of([&] { settle_blend({}, 1920, reach); }).first, ExitCode::settings) << reach;
     EXPECT_EQ(settle_blend(feather_of(6), 1920, reach).feather, 6);
   }

@@ -10,7 +10,7 @@ namespace biseam::tool {
 namespace {
 
 constexpr double kUsedOverlap = 0.8;  // the rim of a fisheye is dark and soft
-constexpr int kLeastFeather = 8;
+constexpr int kLeastFeather = 4;
 
 // Columns beyond a seam that both lenses see well; a wider overlap than 1/32 of the panorama helps no seam.
 int open_feather(int width, double reach) {
