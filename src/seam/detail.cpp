@@ -4,7 +4,6 @@
 #include <cstdint>
 
 #include "engine/records.hpp"
-#include "seam/smooth.hpp"
 
 namespace biseam {
 
@@ -48,11 +47,11 @@ Status subtract_gray(const BlendGray& a, const BlendGray& b, BlendGray& out) {
   return Status::ok;
 }
 
-Status extract_detail(const BlendGray& src, BlendGray& dst) {
+Status extract_detail(const BlendGray& src, BlendGray& dst, MemoryReport report) {
   if (src.width < 1 || src.height < 1) return Status::ok;
   Temporary<BlendGray> mean(src.width, src.height);
   if (!mean) return Status::no_memory;
-  if (const Status status = smooth(src, *mean, detail_sigma, detail_taps); status != Status::ok) return status;
+  if (const Status status = smooth(src, *mean, detail_sigma, detail_taps, report); status != Status::ok) return status;
   return subtract_gray(src, *mean, dst);
 }
 

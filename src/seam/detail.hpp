@@ -2,6 +2,7 @@
 
 #include "biseam/records.h"
 #include "engine/status.hpp"
+#include "seam/smooth.hpp"
 
 namespace biseam {
 
@@ -12,6 +13,6 @@ void to_gray(const BlendImage& src, BlendGray& dst);
 Status subtract_gray(const BlendGray& a, const BlendGray& b, BlendGray& out);
 
 // dst = |src - mean over 11 x 11 clipped to the image|, same size.  no_memory: dst is left alone.
-Status extract_detail(const BlendGray& src, BlendGray& dst);
+Status extract_detail(const BlendGray& src, BlendGray& dst, MemoryReport report = nullptr);
 
 }  // namespace biseam

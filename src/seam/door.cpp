@@ -1,3 +1,4 @@
+#include <cstdio>
 #include <limits>
 
 #include "biseam/biseam.h"
@@ -10,6 +11,9 @@
 #include "seam/smooth.hpp"
 
 namespace {
+
+// Standard output, without a newline.
+void print_missing(const char* text) { std::fputs(text, stdout); }
 
 int32_t code_of(biseam::Status status) { return status == biseam::Status::ok ? 0 : -1; }
 
@@ -27,14 +31,14 @@ BISEAM_API void CreatGaussKernal(float sigma, float** kernel, int32_t* taps) {
 }
 
 BISEAM_API void GaussianSmooth(BlendGray* src, BlendGray* dst, float sigma, int32_t taps) {
-  biseam::smooth(*src, *dst, sigma, taps);
+  biseam::smooth(*src, *dst, sigma, taps, print_missing);
 }
 
 BISEAM_API int32_t SubGrayImage(BlendGray* a, BlendGray* b, BlendGray* out) {
   return code_of(biseam::subtract_gray(*a, *b, *out));
 }
 
-BISEAM_API void GaussFilter(BlendGray* src, BlendGray* dst) { biseam::extract_detail(*src, *dst); }
+BISEAM_API void GaussFilter(BlendGray* src, BlendGray* dst) { biseam::extract_detail(*src, *dst, print_missing); }
 
 BISEAM_API void CalcMem(int32_t nodes, int32_t arcs, int32_t* node_bytes, int32_t* arc_bytes, int32_t* orphan_bytes) {
   const biseam::GraphBytes bytes = biseam::graph_bytes(nodes, arcs);

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <limits>
 
 #include "engine/heap.hpp"
@@ -21,13 +20,13 @@ struct Kernel {
 // Bytes of so many floats stay within 31 bits.
 bool can_be_had(int64_t floats) noexcept { return floats <= std::numeric_limits<int32_t>::max() / int64_t{sizeof(float)}; }
 
-Status no_work_image() {
-  std::fputs("melloc memory for pdTemp failed!!", stdout);
+Status no_work_image(MemoryReport report) {
+  if (report != nullptr) report("melloc memory for pdTemp failed!!");
   return Status::no_memory;
 }
 
-Status no_kernel() {
-  std::fputs("malloc memory for pdKernel,failed!!", stdout);
+Status no_kernel(MemoryReport report) {
+  if (report != nullptr) report("malloc memory for pdKernel,failed!!");
   return Status::no_memory;
 }
 
@@ -80,17 +79,17 @@ void fill_flat_kernel(float sigma, float* kernel, int taps) {
   for (int i = 0; i < taps; ++i) kernel[i] /= sum;
 }
 
-Status smooth(const BlendGray& src, BlendGray& dst, float sigma, int taps) {
+Status smooth(const BlendGray& src, BlendGray& dst, float sigma, int taps, MemoryReport report) {
   const int width = src.width;
   const int height = src.height;
   if (width < 1 || height < 1) return Status::ok;
   const int64_t pixels = int64_t{width} * height;
-  if (!can_be_had(pixels)) return no_work_image();
+  if (!can_be_had(pixels)) return no_work_image(report);
   auto work = HeapArray<float>::plain(static_cast<std::size_t>(pixels));
-  if (!work) return no_work_image();
-  if (!can_be_had(taps)) return no_kernel();
+  if (!work) return no_work_image(report);
+  if (!can_be_had(taps)) return no_kernel(report);
   auto taps_block = HeapArray<float>::plain(static_cast<std::size_t>(std::max(taps, 1)));
-  if (!taps_block) return no_kernel();
+  if (!taps_block) return no_kernel(report);
 
   fill_flat_kernel(sigma, taps_block.data(), taps);
   const Kernel kernel{taps_block.data(), std::max(taps, 0)};

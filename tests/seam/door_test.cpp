@@ -53,6 +53,23 @@ TEST(SeamDoor, GaussianSmoothSaysWhatItLacksAndLeavesTheResultAlone) {
   EXPECT_EQ(out[0], 1);
 }
 
+TEST(SeamDoor, GaussFilterSaysWhatItsSmoothingLacks) {
+  const char* const said[] = {"", "melloc memory for pdTemp failed!!", "malloc memory for pdKernel,failed!!"};
+  for (int request = 0; request < 3; ++request) {
+    int32_t values[] = {3, 0};
+    int32_t out[] = {untouched, untouched};
+    BlendGray src = gray_record(values, 2, 1);
+    BlendGray dst = gray_record(out, 2, 1);
+    testing::internal::CaptureStdout();
+    {
+      const FailingHeap heap(request);
+      GaussFilter(&src, &dst);
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), said[request]);
+    EXPECT_EQ(out[0], untouched);
+  }
+}
+
 TEST(SeamDoor, SubGrayImageReturnsMinusOneOnMismatch) {
   int32_t a[] = {3, 9};
   int32_t b[] = {5, 5};

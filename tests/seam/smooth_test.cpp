@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <limits>
 #include <random>
@@ -180,6 +181,8 @@ TEST(Smooth, EmptyImagesDoNothing) {
   EXPECT_EQ(out.values(), std::vector<int32_t>(4, untouched));
 }
 
+void say(const char* text) { std::fputs(text, stdout); }
+
 std::string said_when_failing(int request) {
   ExactGray src(5, 4, std::vector<int32_t>(20, 9));
   GuardedSamples out(20, untouched);
@@ -187,7 +190,7 @@ std::string said_when_failing(int request) {
   testing::internal::CaptureStdout();
   {
     const FailingHeap heap(request);
-    EXPECT_EQ(smooth(src.record, dst, 1.5f, 11), Status::no_memory);
+    EXPECT_EQ(smooth(src.record, dst, 1.5f, 11, say), Status::no_memory);
     EXPECT_EQ(heap.held(), 0);
   }
   std::string said = testing::internal::GetCapturedStdout();
@@ -203,7 +206,7 @@ TEST(Smooth, MissingMemoryIsSaidWithoutANewLine) {
 TEST(Smooth, SizesBeyond31BitsCountAsMissingMemory) {
   BlendGray huge = gray_record(nullptr, 1 << 30, 1 << 30);
   testing::internal::CaptureStdout();
-  const Status status = smooth(huge, huge, 1.5f, 11);
+  const Status status = smooth(huge, huge, 1.5f, 11, say);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "melloc memory for pdTemp failed!!");
   EXPECT_EQ(status, Status::no_memory);
 }
