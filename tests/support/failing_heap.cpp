@@ -4,7 +4,7 @@
 
 namespace {
 
-std::atomic<bool> watching{false};
+std::atomic<bool> watching{false}, later_fail{false};
 std::atomic<int> request_count{0}, failing{-1};
 std::atomic<std::ptrdiff_t> held_blocks{0};
 
@@ -15,7 +15,7 @@ bool refuse(std::size_t bytes) {
   if (!watching) return false;
   const int request = request_count++;
   if (request < kKnownRequests) request_bytes[request] = bytes;
-  return request == failing;
+  return failing >= 0 && (request == failing || (later_fail && request > failing));
 }
 
 void* counted(void* block) {
@@ -42,10 +42,11 @@ void __wrap_free(void* block) {
 
 namespace biseam::test {
 
-FailingHeap::FailingHeap(int failing_request) {
+FailingHeap::FailingHeap(int failing_request, bool and_later) {
   request_count = 0;
   held_blocks = 0;
   failing = failing_request;
+  later_fail = and_later;
   watching = true;
 }
 

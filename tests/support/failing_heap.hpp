@@ -8,8 +8,8 @@ namespace biseam::test {
 // -Wl,--wrap=malloc,--wrap=calloc,--wrap=free.  Requests by libstdc++ (operator new) don't pass here.
 class FailingHeap {
  public:
-  // The request with this number, counted from 0, fails; negative: none.
-  explicit FailingHeap(int failing_request = -1);
+  // The request with this number, counted from 0, fails, and every one after it if and_later; negative: none.
+  explicit FailingHeap(int failing_request = -1, bool and_later = false);
   ~FailingHeap();
   FailingHeap(const FailingHeap&) = delete;
   FailingHeap& operator=(const FailingHeap&) = delete;

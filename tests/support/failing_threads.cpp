@@ -8,7 +8,7 @@
 namespace {
 
 std::atomic<bool> refusing{false};
-std::atomic<int> refused_count{0};
+std::atomic<int> asked{0}, refused_count{0}, first_refused{0}, end_refused{0};
 
 }  // namespace
 
@@ -16,7 +16,9 @@ extern "C" {
 int __real_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*entry)(void*), void* args);
 
 int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*entry)(void*), void* args) {
-  if (!refusing) return __real_pthread_create(thread, attributes, entry, args);
+  const int number = asked++;
+  if (!refusing || number < first_refused || number >= end_refused)
+    return __real_pthread_create(thread, attributes, entry, args);
   ++refused_count;
   return EAGAIN;
 }
@@ -24,7 +26,10 @@ int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, v
 
 namespace biseam::test {
 
-FailingThreads::FailingThreads() {
+FailingThreads::FailingThreads(int first, int end) {
+  asked = 0;
+  first_refused = first;
+  end_refused = end;
   refused_count = 0;
   refusing = true;
 }

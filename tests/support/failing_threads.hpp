@@ -1,11 +1,14 @@
 #pragma once
 
+#include <climits>
+
 namespace biseam::test {
 
-// While this lives no thread can be created, in programs linked with -Wl,--wrap=pthread_create.
+// While this lives the threads with numbers [first, end), counted from 0, can't be created, in programs linked with
+// -Wl,--wrap=pthread_create.
 class FailingThreads {
  public:
-  FailingThreads();
+  explicit FailingThreads(int first = 0, int end = INT_MAX);
   ~FailingThreads();
   FailingThreads(const FailingThreads&) = delete;
   FailingThreads& operator=(const FailingThreads&) = delete;
