@@ -69,7 +69,7 @@ Result<Stitcher> Stitcher::create(const StitchConfig& config, const StitcherOpti
   if (create_engine(state->config, state->engine) != Status::ok) {
     return ErrorWriter::write(ErrorCode::out_of_memory,
                               "out of memory: the engine takes %.0f bytes and two blend blocks of %.0f; if so much is free, "
-                              "pyr_level %d makes too many pieces of a block",
+                              "lower pyr_level, which is %d: a block then has no room to align its pieces",
                               working_bytes(config), blend_bytes(config), config.pyr_level);
   }
   configure_engine(*state->engine);
