@@ -26,6 +26,9 @@ int run(int argc, char** argv) {
       "4 the result can't be written, 5 profile or settings can't work.");
   int exit_code = int(ExitCode::done);
   biseam::tool::add_stitch_command(app, exit_code);
+  biseam::tool::add_scene_command(app);
+  biseam::tool::add_compare_command(app, exit_code);
+  biseam::tool::add_contact_sheet_command(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& help) {

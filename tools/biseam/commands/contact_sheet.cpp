@@ -1,0 +1,47 @@
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "commands/commands.hpp"
+#include "failure.hpp"
+#include "input/read_picture.hpp"
+#include "output/write_picture.hpp"
+#include "sheet/contact_sheet.hpp"
+
+namespace biseam::tool {
+namespace {
+
+struct SheetOptions {
+  std::vector<std::string> pictures, captions;
+  std::string output;
+  SheetLayout layout;
+};
+
+void make_sheet(const SheetOptions& options) {
+  if (!options.captions.empty() && options.captions.size() != options.pictures.size()) {
+    throw Failure(ExitCode::usage, "--caption: one for each picture is wanted, or none");
+  }
+  check_picture_name(options.output);
+  std::vector<Panel> panels;
+  for (std::size_t n = 0; n < options.pictures.size(); ++n) {
+    const std::string caption = options.captions.empty() ? "" : options.captions[n];
+    panels.push_back({to_rgb(read_picture(options.pictures[n])), caption});
+  }
+  write_picture(options.output, contact_sheet(panels, options.layout));
+}
+
+}  // namespace
+
+void add_contact_sheet_command(CLI::App& app) {
+  CLI::App* command = app.add_subcommand("contact-sheet", "put pictures, made smaller and captioned, on one page");
+  const auto options = std::make_shared<SheetOptions>();
+  command->add_option("IN", options->pictures, "pictures, row by row")->required();
+  command->add_option("-o,--output", options->output, "the page: .png, .jpg, .nv12, or -")->required();
+  command->add_option("--caption", options->captions, "line under a picture: once for each, in their order")->expected(1);
+  command->add_option("--columns", options->layout.columns, "pictures side by side (2)")->check(CLI::Range(1, 16));
+  command->add_option("--panel-width", options->layout.panel_width, "pixels of a picture on the page (960)")
+      ->check(CLI::Range(16, 8192));
+  command->callback([options] { make_sheet(*options); });
+}
+
+}  // namespace biseam::tool

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+#include "scene/camera.hpp"
+
+namespace biseam::scene {
+
+// The virtual camera as a camera profile (TOML) for a panorama of the given width.
+std::string profile_text(const Fisheye& lens0, const Fisheye& lens1, int panorama_width);
+
+}  // namespace biseam::scene

@@ -1,0 +1,32 @@
+// Many shapes in a tree of boxes, so that a ray is tried against few of them.
+#pragma once
+
+#include <vector>
+
+#include "scene/shapes.hpp"
+
+namespace biseam::scene {
+
+class ShapeTree {
+ public:
+  explicit ShapeTree(std::vector<Shape> shapes);
+
+  // The nearest meeting, if it is nearer than hit.  The hit points into the tree.
+  void meet(const Beam& beam, Hit& hit) const;
+
+  // Whether anything at all is in the way.
+  bool blocks(const Beam& beam) const;
+
+ private:
+  struct Node {
+    Bounds bounds;
+    int first, count;  // shapes of a leaf; count 0: an inner node whose children are the next node and node `first`
+  };
+
+  int grow(int first, int count);
+
+  std::vector<Shape> shapes_;
+  std::vector<Node> nodes_;
+};
+
+}  // namespace biseam::scene
