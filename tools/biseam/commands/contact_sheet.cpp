@@ -37,7 +37,7 @@ void add_contact_sheet_command(CLI::App& app) {
   const auto options = std::make_shared<SheetOptions>();
   command->add_option("IN", options->pictures, "pictures, row by row")->required();
   command->add_option("-o,--output", options->output, "the page: .png, .jpg, .nv12, or -")->required();
-  command->add_option("--caption", options->captions, "line under a picture: once for each, in their order")->expected(1);
+  command->add_option("--caption", options->captions, "line under a picture: once for each, in their order")->allow_extra_args(false);
   command->add_option("--columns", options->layout.columns, "pictures side by side (2)")->check(CLI::Range(1, 16));
   command->add_option("--panel-width", options->layout.panel_width, "pixels of a picture on the page (960)")
       ->check(CLI::Range(16, 8192));
