@@ -117,6 +117,12 @@ TEST(BlendValues, the_feather_fits_the_overlap) {
 
 TEST(BlendValues, a_wide_overlap_is_not_used_up) { EXPECT_EQ(settle_blend({}, 1920, 140).feather, 60); }
 
+TEST(BlendValues, the_transition_leaves_room_beside_a_wide_feather) {
+  const BlendValues values = settle_blend(feather_of(200), 1920, 140);
+  EXPECT_EQ(values.trans_width, 280);
+  EXPECT_EQ(settle_blend(feather_of(600), 1920, 140).trans_width, 0);
+}
+
 TEST(BlendValues, too_little_overlap_is_refused_unless_a_feather_is_given) {
   for (const double reach : {-5.0, 80.0, 90.0, 90.9}) {
     EXPECT_EQ(test::failure_of([&] { settle_blend({}, 1920, reach); }).first, ExitCode::settings) << reach;

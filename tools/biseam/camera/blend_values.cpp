@@ -23,15 +23,19 @@ int open_feather(int width, double reach) {
   throw Failure(ExitCode::settings, line);
 }
 
-// As often as a band stays 8 columns wide or more.
-int open_levels(int pair_width) { return std::clamp(int(std::log2(std::max(pair_width, 16) / 8)), 1, 5); }
+// Twice the feather lets the blend hide a difference in brightness without a step at the band's edges: the mean step there is
+// below half a code value.  Both fit between the middles of the lenses.
+int open_transition(int width, int feather) { return std::clamp(2 * feather, 0, std::max(0, width / 4 - feather)) / 2 * 2; }
+
+// As often as a band stays 6 columns wide or more.
+int open_levels(int pair_width) { return std::clamp(int(std::log2(std::max(pair_width, 12) / 6)), 1, 5); }
 
 }  // namespace
 
 BlendValues settle_blend(const BlendSettings& settings, int width, double reach) {
   BlendValues values;
   values.feather = settings.feather ? *settings.feather : open_feather(width, reach);
-  values.trans_width = settings.trans_width.value_or(values.feather / 2 * 2);
+  values.trans_width = settings.trans_width.value_or(open_transition(width, values.feather));
   values.pyr_level = settings.pyr_level.value_or(open_levels(2 * (values.feather + values.trans_width)));
   values.findpath_width = settings.findpath_width.value_or(2 * values.feather);
   values.inv_scale = settings.inv_scale.value_or(std::max(1.0, width / 960.0));

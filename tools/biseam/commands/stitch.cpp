@@ -175,7 +175,7 @@ void add_camera_options(CLI::App& command, StitchOptions& options) {
 void add_blend_options(CLI::App& command, BlendSettings& blend) {
   const char* const group = "Seams and blend (widths in panorama columns)";
   command.add_option("--feather", blend.feather, "overlap on each side of a seam (from the overlap there is)")->group(group);
-  command.add_option("--trans-width", blend.trans_width, "transition width of the blend (as feather)")->group(group);
+  command.add_option("--trans-width", blend.trans_width, "transition width of the blend (2 x feather)")->group(group);
   command.add_option("--pyr-level", blend.pyr_level, "levels of the blend")->group(group);
   command
       .add_flag_callback(
