@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,8 +15,24 @@ namespace {
 struct SheetOptions {
   std::vector<std::string> pictures, captions;
   std::string output;
+  std::vector<int> crop;  // x, y, width, height
   SheetLayout layout;
 };
+
+Rgb cut_out(const Rgb& picture, const std::vector<int>& crop, const std::string& name) {
+  if (crop.empty()) return picture;
+  const int x = crop[0], y = crop[1], width = crop[2], height = crop[3];
+  if (x < 0 || y < 0 || width < 1 || height < 1 || width > picture.width - x || height > picture.height - y) {
+    throw Failure(ExitCode::usage, "--crop: not within the " + std::to_string(picture.width) + "x" +
+                                       std::to_string(picture.height) + " pixels of " + name);
+  }
+  Rgb out(width, height);
+  for (std::size_t row = 0; row < std::size_t(height); ++row) {
+    const std::size_t from = (std::size_t(y) + row) * std::size_t(picture.width) + std::size_t(x);
+    std::copy_n(&picture.bytes[from * 3], std::size_t(width) * 3, &out.bytes[row * std::size_t(width) * 3]);
+  }
+  return out;
+}
 
 void make_sheet(const SheetOptions& options) {
   if (!options.captions.empty() && options.captions.size() != options.pictures.size()) {
@@ -25,7 +42,8 @@ void make_sheet(const SheetOptions& options) {
   std::vector<Panel> panels;
   for (std::size_t n = 0; n < options.pictures.size(); ++n) {
     const std::string caption = options.captions.empty() ? "" : options.captions[n];
-    panels.push_back({to_rgb(read_picture(options.pictures[n])), caption});
+    const std::string& name = options.pictures[n];
+    panels.push_back({cut_out(to_rgb(read_picture(name)), options.crop, name), caption});
   }
   write_picture(options.output, contact_sheet(panels, options.layout));
 }
@@ -33,11 +51,16 @@ void make_sheet(const SheetOptions& options) {
 }  // namespace
 
 void add_contact_sheet_command(CLI::App& app) {
-  CLI::App* command = app.add_subcommand("contact-sheet", "put pictures, made smaller and captioned, on one page");
+  CLI::App* command = app.add_subcommand("contact-sheet", "put pictures, scaled and captioned, on one page");
   const auto options = std::make_shared<SheetOptions>();
   command->add_option("IN", options->pictures, "pictures, row by row")->required();
   command->add_option("-o,--output", options->output, "the page: .png, .jpg, .nv12, or -")->required();
-  command->add_option("--caption", options->captions, "line under a picture: once for each, in their order")->allow_extra_args(false);
+  command->add_option("--caption", options->captions, "line under a picture: once for each, in their order")
+      ->allow_extra_args(false);
+  command->add_option("--crop", options->crop, "X,Y,WIDTH,HEIGHT of the part shown of every picture, pixels")
+      ->delimiter(',')
+      ->expected(4)
+      ->allow_extra_args(false);
   command->add_option("--columns", options->layout.columns, "pictures side by side (2)")->check(CLI::Range(1, 16));
   command->add_option("--panel-width", options->layout.panel_width, "pixels of a picture on the page (960)")
       ->check(CLI::Range(16, 8192));

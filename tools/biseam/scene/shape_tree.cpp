@@ -13,12 +13,12 @@ int ShapeTree::grow(int first, int count) {
   nodes_.push_back({bounds, first, count});
   if (count <= 2) return index;
   const Vec3 extent = bounds.high - bounds.low;
+  double Vec3::*axis = extent.x >= extent.z ? &Vec3::x : &Vec3::z;
+  if (extent.y > extent.*axis) axis = &Vec3::y;
+  nodes_[index].axis = axis;
   const auto place = [&](const Shape& shape) {
     const Bounds own = bounds_of(shape);
-    const Vec3 twice_centre = own.low + own.high;
-    return extent.x >= extent.z && extent.x >= extent.y ? twice_centre.x
-           : extent.z >= extent.y                       ? twice_centre.z
-                                                        : twice_centre.y;
+    return own.low.*axis + own.high.*axis;
   };
   const auto from = shapes_.begin() + first;
   std::nth_element(from, from + count / 2, from + count, [&](const Shape& a, const Shape& b) { return place(a) < place(b); });
@@ -40,32 +40,35 @@ static bool reaches(const Beam& beam, const Bounds& bounds, double farthest) {
 // A median split of n shapes is at most log2(n) deep; one waiting node a level.
 static constexpr int kDeepest = 32;
 
-void ShapeTree::meet(const Beam& beam, Hit& hit) const {
+template <class Visit>
+bool ShapeTree::walk(const Beam& beam, const double& farthest, const Visit& visit) const {
   int waiting[kDeepest], count = 0;
   waiting[count++] = 0;
   while (count > 0) {
     const int index = waiting[--count];
     const Node& node = nodes_[index];
-    if (!reaches(beam, node.bounds, hit.distance)) continue;
-    for (int i = node.first; i < node.first + node.count; ++i) scene::meet(shapes_[i], beam, 1e-4, hit);
-    if (node.count == 0) waiting[count++] = node.first, waiting[count++] = index + 1;
+    if (!reaches(beam, node.bounds, farthest)) continue;
+    for (int i = node.first; i < node.first + node.count; ++i) {
+      if (visit(shapes_[i])) return true;
+    }
+    if (node.count > 0) continue;
+    const bool upwards = beam.direction.*node.axis > 0;
+    waiting[count++] = upwards ? node.first : index + 1;
+    waiting[count++] = upwards ? index + 1 : node.first;
   }
+  return false;
+}
+
+void ShapeTree::meet(const Beam& beam, Hit& hit) const {
+  walk(beam, hit.distance, [&](const Shape& shape) {
+    scene::meet(shape, beam, 1e-4, hit);
+    return false;
+  });
 }
 
 bool ShapeTree::blocks(const Beam& beam) const {
-  int waiting[kDeepest], count = 0;
-  waiting[count++] = 0;
   Hit hit;
-  while (count > 0) {
-    const int index = waiting[--count];
-    const Node& node = nodes_[index];
-    if (!reaches(beam, node.bounds, hit.distance)) continue;
-    for (int i = node.first; i < node.first + node.count; ++i) {
-      if (scene::meet(shapes_[i], beam, 1e-4, hit)) return true;
-    }
-    if (node.count == 0) waiting[count++] = node.first, waiting[count++] = index + 1;
-  }
-  return false;
+  return walk(beam, hit.distance, [&](const Shape& shape) { return scene::meet(shape, beam, 1e-4, hit); });
 }
 
 }  // namespace biseam::scene

@@ -20,10 +20,16 @@ class ShapeTree {
  private:
   struct Node {
     Bounds bounds;
-    int first, count;  // shapes of a leaf; count 0: an inner node whose children are the next node and node `first`
+    int first, count;              // shapes of a leaf; count 0: an inner node whose children are the next node and node `first`
+    double Vec3::*axis = nullptr;  // along which the first child lies lower than the second
   };
 
   int grow(int first, int count);
+
+  // Visits the leaves whose boxes the beam reaches before `farthest`, which may shrink meanwhile, roughly from near to far,
+  // until visit(shape) returns true.
+  template <class Visit>
+  bool walk(const Beam& beam, const double& farthest, const Visit& visit) const;
 
   std::vector<Shape> shapes_;
   std::vector<Node> nodes_;

@@ -11,7 +11,7 @@ namespace {
 
 struct Pattern {
   char letter;
-  // Strokes, parted by blanks; every two digits are the x and y of a point on a grid 9 units high.
+  // Strokes, parted by blanks; every two digits are the x and y of a point on a grid 9 units high (; is 11, below the line).
   std::string_view strokes;
 };
 
@@ -55,7 +55,7 @@ constexpr std::array kPatterns = {
     Pattern{'-', "0545"},
     Pattern{'+', "0545 2327"},
     Pattern{'.', "0909"},
-    Pattern{',', "1809"},
+    Pattern{',', "190;"},
     Pattern{':', "0303 0808"},
     Pattern{'/', "0950"},
     Pattern{'(', "20030629"},
@@ -107,7 +107,7 @@ Lettering::Lettering(std::string_view text, double stroke) : half_stroke_(stroke
 
 double Lettering::ink(double x, double y, double diameter) const {
   const double reach = half_stroke_ + diameter / 2;
-  if (y < -reach || y > 1 + reach) return 0;
+  if (y < -reach || y > 1.25 + reach) return 0;
   double least = reach;
   for (const Glyph& glyph : glyphs_) {
     if (x < glyph.left - reach || x > glyph.right + reach) continue;
