@@ -126,6 +126,11 @@ TEST_P(Tables, entry_without_direction_on_the_axis_is_kept) {
   edge[0] = -1;
   EXPECT_TRUE(check_tables(*engine_));
   edge[0] = edge[1] = 64;
+  float* above = &engine_->map_right.entries[2 * (61 * 72 + 71)];
+  above[0] = above[1] = kNan;
+  EXPECT_TRUE(check_tables(*engine_));
+  above[0] = above[1] = 64;
+  EXPECT_FALSE(check_tables(*engine_));
   engine_->map_middle.entries[2 * (63 * 144 + 70)] = engine_->map_middle.entries[2 * (63 * 144 + 70) + 1] = kNan;
   EXPECT_TRUE(check_tables(*engine_));
 }
