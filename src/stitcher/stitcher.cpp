@@ -72,7 +72,8 @@ Result<Stitcher> Stitcher::create(const StitchConfig& config, const StitcherOpti
                               "lower pyr_level, which is %d: a block then has no room to align its pieces",
                               working_bytes(config), blend_bytes(config), config.pyr_level);
   }
-  configure_engine(*state->engine);
+  (void)configure_engine(*state->engine);
+  mend_axes(*state->engine);
   if (Error error = check_tables(*state->engine)) return error;
   return stitcher;
 }

@@ -1,6 +1,7 @@
 #include "stitcher/tables.hpp"
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 
 #include "stitcher/error_writer.hpp"
@@ -30,16 +31,21 @@ struct Misses {
   }
 };
 
-// A table of a lens; axis_column is the panorama column of the lens axis.
+// A table of a lens.
 struct Strip {
   const MAPTIHeader& map;
-  int width, first_column, axis_column;
+  int width, first_column;
 };
 
-// In some sizes one entry lies exactly on the axis, where the direction is zero times infinity.  The sampler takes it as (0, 0)
-// and leaves one dark pixel; column and row are odd, so chroma has none.  No lens value would change that.
-bool is_blind_axis(const StitchConfig& config, const Strip& strip, int column, int row, float u, float v) {
-  return row == config.in_h / 2 - 1 && column == strip.axis_column && std::isnan(u) && std::isnan(v);
+// An entry that is no number, on the axis itself, becomes the position of the axis.
+void mend_entry(float* entry, float u, float v) {
+  if (!std::isnan(entry[0]) || !std::isnan(entry[1])) return;
+  entry[0] = u;
+  entry[1] = v;
+}
+
+float* entry_at(const MAPTIHeader& map, int width, int row, int x) {
+  return map.entries + (static_cast<std::ptrdiff_t>(row) * width + x) * 2;
 }
 
 // Luma reads the pixel and the one below.  Chroma takes every second entry of every second row and reads the pair, the next
@@ -51,11 +57,10 @@ void check_strip(const StitchConfig& config, const Strip& strip, Misses& misses)
   const float* entry = strip.map.entries;
   for (int row = 0; row < config.in_h; ++row) {
     for (int x = 0; x < strip.width; ++x, entry += 2) {
-      const int column = strip.first_column + x;
       const float u = entry[0], v = entry[1];
       const bool with_chroma = row % 2 == 0 && x % 2 == 0;
       if (luma.hold(u, v) && (!with_chroma || chroma.hold(u, v))) continue;
-      if (!is_blind_axis(config, strip, column, row, u, v)) misses.add(column, row, u, v);
+      misses.add(strip.first_column + x, row, u, v);
     }
   }
 }
@@ -72,15 +77,24 @@ Error report(const StitchConfig& config, int lens, const Misses& misses) {
 
 }  // namespace
 
+// Row in_h / 2 - 1 is the equator.  Lens 0 looks along the last panorama column, lens 1 along column out_w / 2 - 1.
+void mend_axes(StitchEngine& engine) {
+  const StitchConfig& config = *engine.config;
+  const int equator = config.in_h / 2 - 1, width = config.out_w[0];
+  mend_entry(entry_at(engine.map_right, engine.right_width, equator, engine.right_width - 1), config.cx0, config.cy0);
+  const int axis = width / 2 - 1 - (width / 4 - config.feather);
+  mend_entry(entry_at(engine.map_middle, engine.middle_width, equator, axis), config.lens_matrix[2] + config.cx1,
+             config.lens_matrix[5] + config.cy1);
+}
+
 Error check_tables(const StitchEngine& engine) {
   const StitchConfig& config = *engine.config;
-  const int width = config.out_w[0], feather = config.feather;
-  const int first_seam = width / 4, second_seam = 3 * (width / 4);
+  const int first_seam = config.out_w[0] / 4, second_seam = 3 * first_seam;
   Misses edges, middle;
-  check_strip(config, {engine.map_left, engine.left_width, 0, width - 1}, edges);
-  check_strip(config, {engine.map_right, engine.right_width, second_seam - feather, width - 1}, edges);
+  check_strip(config, {engine.map_left, engine.left_width, 0}, edges);
+  check_strip(config, {engine.map_right, engine.right_width, second_seam - config.feather}, edges);
   if (Error error = report(config, 0, edges)) return error;
-  check_strip(config, {engine.map_middle, engine.middle_width, first_seam - feather, width / 2 - 1}, middle);
+  check_strip(config, {engine.map_middle, engine.middle_width, first_seam - config.feather}, middle);
   return report(config, 1, middle);
 }
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <vector>
 
 #include "biseam/stitcher.hpp"
 #include "engine/lifecycle.hpp"
@@ -118,20 +119,29 @@ TEST_P(Tables, longest_report_is_not_cut) {
 }
 
 // Lens 0 looks along panorama column 255, lens 1 along 127, both along row 63.
-TEST_P(Tables, entry_without_direction_on_the_axis_is_kept) {
+TEST_P(Tables, entry_without_direction_on_the_axis_becomes_the_axis) {
+  engine_->config->lens_matrix[2] = 1.5f;
+  engine_->config->lens_matrix[5] = -2.5f;
   float* edge = &engine_->map_right.entries[2 * (63 * 72 + 71)];
   float* middle = &engine_->map_middle.entries[2 * (63 * 144 + 71)];
   edge[0] = edge[1] = middle[0] = middle[1] = kNan;
-  EXPECT_FALSE(check_tables(*engine_));
-  edge[0] = -1;
   EXPECT_TRUE(check_tables(*engine_));
-  edge[0] = edge[1] = 64;
-  float* above = &engine_->map_right.entries[2 * (61 * 72 + 71)];
-  above[0] = above[1] = kNan;
-  EXPECT_TRUE(check_tables(*engine_));
-  above[0] = above[1] = 64;
+  mend_axes(*engine_);
   EXPECT_FALSE(check_tables(*engine_));
-  engine_->map_middle.entries[2 * (63 * 144 + 70)] = engine_->map_middle.entries[2 * (63 * 144 + 70) + 1] = kNan;
+  EXPECT_EQ(edge[0], engine_->config->cx0);
+  EXPECT_EQ(edge[1], engine_->config->cy0);
+  EXPECT_EQ(middle[0], 1.5f + engine_->config->cx1);
+  EXPECT_EQ(middle[1], -2.5f + engine_->config->cy1);
+}
+
+TEST_P(Tables, other_entries_on_and_off_the_axis_are_not_mended) {
+  float* edge = &engine_->map_right.entries[2 * (63 * 72 + 71)];
+  float* beside = &engine_->map_middle.entries[2 * (63 * 144 + 70)];
+  edge[0] = 31;
+  beside[0] = beside[1] = kNan;
+  mend_axes(*engine_);
+  EXPECT_EQ(edge[0], 31);
+  EXPECT_TRUE(std::isnan(beside[0]) && std::isnan(beside[1]));
   EXPECT_TRUE(check_tables(*engine_));
 }
 
@@ -170,6 +180,23 @@ INSTANTIATE_TEST_SUITE_P(rigs, UsualRig,
                                          Rig{"half_narrow", 1920, 16, 32, 32, 5, 4}, Rig{"small", 480, 8, 16, 16, 3, 2},
                                          Rig{"blind_axis", 640, 8, 16, 16, 3, 2}),
                          [](const auto& param) { return param.param.name; });
+
+// 640 x 320 is one of the sizes whose middle entry is no number.
+TEST(TableCheck, no_dark_pixel_in_the_middle) {
+  StitchConfig config = test::valid_config(0);
+  config.in_w = config.in_h = config.out_h[0] = config.in_luma_stride = config.in_chroma_stride = 320;
+  config.out_w[0] = config.out_luma_stride[0] = config.out_chroma_stride[0] = 640;
+  config.p0 = config.p1 = 94;
+  config.cx0 = config.cy0 = config.cx1 = config.cy1 = 160;
+  config.feather = 8;
+  config.trans_width = config.findpath_width = 16;
+  Result<Stitcher> made = Stitcher::create(config);
+  ASSERT_TRUE(made) << made.error().text();
+  const std::vector<uint8_t> in(320 * 320, 200);
+  std::vector<uint8_t> luma(640 * 320), chroma(640 * 160);
+  EXPECT_FALSE(made->process({in, in}, {in, in}, {luma, chroma}));
+  EXPECT_GE(luma[159 * 640 + 319], 199);
+}
 
 TEST(TableCheck, wide_lens_in_a_small_picture_is_refused) {
   StitchConfig config = test::valid_config();
