@@ -257,6 +257,21 @@ TEST(StitchCommand, a_full_disk_is_told) {
                  "standard output");
 }
 
+TEST(StitchCommand, a_png_comes_through_a_pipe) {
+  const Rgb both = to_rgb(side_by_side(paint_fisheye(usual_view(), 0), paint_fisheye(usual_view(), 1)));
+  const auto png = encode_png(both);
+  const Finished finished = stitch({"-", "-o", "-"}, std::string(png.begin(), png.end()));
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  expect_painted_sphere(finished.out);
+}
+
+TEST(StitchCommand, a_profile_for_another_shape_of_picture_is_named) {
+  const ScratchFolder folder;
+  write_bytes(folder / "camera.toml", "[picture]\nwidth = 640\nheight = 480\n");
+  expect_refusal(stitch({"-", "--size", "640x320", "-o", "-", "--camera", folder / "camera.toml"}, usual_pair()), 5,
+                 "camera.toml");
+}
+
 TEST(StitchCommand, a_profile_that_is_wrong_is_named_with_line_and_key) {
   const ScratchFolder folder;
   write_bytes(folder / "camera.toml", "width = 640\n[lens0]\nradius = 3\n");

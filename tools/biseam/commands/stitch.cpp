@@ -33,6 +33,8 @@ struct Pair {
   throw Failure(ExitCode::usage, option + ": " + rule);
 }
 
+std::string range_text(Limits limits) { return std::to_string(int(limits.low)) + " to " + std::to_string(int(limits.high)); }
+
 // "1.5,-2" into the given places.
 void parse_numbers(const std::string& option, const std::string& text, std::vector<std::optional<double>*> places,
                    Limits limits) {
@@ -42,7 +44,8 @@ void parse_numbers(const std::string& option, const std::string& text, std::vect
     const auto [after, error] = std::from_chars(at, end, value);
     const bool last = k + 1 == places.size();
     if (error != std::errc() || !limits.hold(value) || (last ? after != end : after == end || *after != ',')) {
-      refuse_value(option, "'" + text + "': " + std::to_string(places.size()) + " numbers with commas between are wanted");
+      refuse_value(option, "'" + text + "': " + std::to_string(places.size()) + " numbers of " + range_text(limits) +
+                               " with commas between are wanted");
     }
     *places[k] = value;
     at = after + 1;
@@ -52,7 +55,7 @@ void parse_numbers(const std::string& option, const std::string& text, std::vect
 template <class T>
 void check_limits(const char* option, const std::optional<T>& value, Limits limits) {
   if (value && !limits.hold(double(*value))) {
-    refuse_value(option, "must be " + std::to_string(int(limits.low)) + " to " + std::to_string(int(limits.high)));
+    refuse_value(option, "must be " + range_text(limits));
   }
 }
 
@@ -160,33 +163,37 @@ void stitch(StitchOptions& options) {
 
 void add_camera_options(CLI::App& command, StitchOptions& options) {
   CameraSettings& settings = options.settings;
-  const char* const group = "Camera (in place of the profile's values)";
-  command.add_option("--centre0", options.centre[0], "X,Y of lens 0's axis in its picture, pixels")->group(group);
-  command.add_option("--centre1", options.centre[1], "the same of lens 1")->group(group);
-  command.add_option("--p0", settings.lens[0].p, "pixels per radian of lens 0")->group(group);
-  command.add_option("--p1", settings.lens[1].p, "the same of lens 1")->group(group);
-  command.add_option("--fov", settings.lens[0].fov, "degrees across the image circle of both lenses (195)")->group(group);
-  command.add_option("--mount0", settings.lens[0].mount, "degrees picture 0 is turned clockwise: 0, 90, 180, 270")
-      ->group(group);
-  command.add_option("--mount1", settings.lens[1].mount, "the same of picture 1")->group(group);
-  command.add_option("--turn1", options.turn, "YAW,PITCH,ROLL of lens 1 against lens 0, degrees")->group(group);
+  const auto add = [&](const char* name, auto& value, const char* type, const char* text) {
+    command.add_option(name, value, text)->type_name(type)->group("Camera (in place of the profile's values)");
+  };
+  add("--centre0", options.centre[0], "X,Y", "lens 0's axis in its picture, pixels");
+  add("--centre1", options.centre[1], "X,Y", "lens 1's axis in its picture");
+  add("--p0", settings.lens[0].p, "PIXELS", "pixels per radian of lens 0");
+  add("--p1", settings.lens[1].p, "PIXELS", "pixels per radian of lens 1");
+  add("--fov", settings.lens[0].fov, "DEGREES", "across the image circle of both lenses (195)");
+  add("--mount0", settings.lens[0].mount, "DEGREES", "turn of picture 0, clockwise: 0, 90, 180, 270");
+  add("--mount1", settings.lens[1].mount, "DEGREES", "turn of picture 1");
+  add("--turn1", options.turn, "YAW,PITCH,ROLL", "of lens 1 against lens 0, degrees: right, up, clockwise");
 }
 
 void add_blend_options(CLI::App& command, BlendSettings& blend) {
-  const char* const group = "Seams and blend (widths in panorama columns)";
-  command.add_option("--feather", blend.feather, "overlap on each side of a seam (from the overlap there is)")->group(group);
-  command.add_option("--trans-width", blend.trans_width, "transition width of the blend (2 x feather)")->group(group);
-  command.add_option("--pyr-level", blend.pyr_level, "levels of the blend")->group(group);
-  command
-      .add_flag_callback(
-          "--search", [&blend] { blend.search = true; }, "search a seam through each overlap (default)")
-      ->group(group);
-  command
-      .add_flag_callback(
-          "--no-search", [&blend] { blend.search = false; }, "cut straight instead")
-      ->group(group);
-  command.add_option("--findpath-width", blend.findpath_width, "width of the strip searched (2 x feather)")->group(group);
-  command.add_option("--inv-scale", blend.inv_scale, "the search runs on pictures shrunk by this")->group(group);
+  const char* const group = "Seams and blend (in columns of the panorama)";
+  const auto add = [&](const char* name, auto& value, const char* type, const char* text) {
+    command.add_option(name, value, text)->type_name(type)->group(group);
+  };
+  const auto add_switch = [&](const char* name, bool value, const char* text) {
+    command
+        .add_flag_callback(
+            name, [&blend, value] { blend.search = value; }, text)
+        ->group(group);
+  };
+  add("--feather", blend.feather, "COLUMNS", "overlap on each side of a seam (by the overlap there is)");
+  add("--trans-width", blend.trans_width, "COLUMNS", "transition of the blend (2 x feather)");
+  add("--pyr-level", blend.pyr_level, "LEVELS", "levels of the blend (by its width)");
+  add_switch("--search", true, "search a seam through each overlap (default)");
+  add_switch("--no-search", false, "cut straight instead");
+  add("--findpath-width", blend.findpath_width, "COLUMNS", "strip that is searched (2 x feather)");
+  add("--inv-scale", blend.inv_scale, "FACTOR", "by which the search shrinks its pictures (by the width)");
 }
 
 }  // namespace
@@ -196,16 +203,19 @@ void add_stitch_command(CLI::App& app, int&) {
   const auto options = std::make_shared<StitchOptions>();
   command
       ->add_option("IN", options->inputs,
-                   "one picture with both circles side by side, lens 0 left, or one for each lens; - is standard input")
+                   "two circles side by side, lens 0 left, or one file for each lens; - is standard input")
+      ->type_name("FILE")
       ->required()
       ->expected(1, 2);
-  command->add_option("-o,--output", options->output, "panorama: .png, .jpg, .nv12, or - for raw NV12 on standard output")
-      ->required();
-  command->add_option("--size", options->size, "WIDTHxHEIGHT of raw NV12 input");
-  command->add_option("--camera", options->camera, "profile of the camera (TOML)");
-  command->add_option("--width", options->settings.width,
-                      "columns of the panorama, a multiple of 8 (the profile's, or twice the picture's height)");
-  command->add_option("--show-seams", options->show_seams, "also write the panorama with bands and seams painted over it");
+  const auto add = [&](const char* name, auto& value, const char* type, const char* text) {
+    return command->add_option(name, value, text)->type_name(type);
+  };
+  add("-o,--output", options->output, "FILE", "panorama: .png, .jpg, .nv12, or - for raw NV12 on standard output")->required();
+  add("--size", options->size, "WIDTHxHEIGHT", "of raw NV12 input");
+  add("--camera", options->camera, "FILE", "profile of the camera (TOML)");
+  add("--width", options->settings.width, "COLUMNS",
+      "of the panorama, a multiple of 8 (the profile's, or twice a picture's height)");
+  add("--show-seams", options->show_seams, "FILE", "also write the panorama with bands and seams painted over it");
   add_camera_options(*command, *options);
   add_blend_options(*command, options->settings.blend);
   command->callback([options] { stitch(*options); });
