@@ -78,9 +78,10 @@ TEST(PictureFiles, truncated_files_are_refused_naming_the_file) {
   for (const auto& [name, bytes] : {std::pair{"cut.png", png}, std::pair{"cut.jpg", jpeg}}) {
     for (const std::size_t part : {2u, 4u, 10u}) {
       write_bytes(folder / name, std::string(bytes.begin(), bytes.begin() + std::ptrdiff_t(bytes.size() / part)));
-      const auto [code, text] = failure_of([&] { read_picture(folder / name); });
+      const std::string path = folder / name;
+      const auto [code, text] = failure_of([&] { read_picture(path); });
       EXPECT_EQ(code, ExitCode::input);
-      expect_one_line_naming(text, folder / name);
+      expect_one_line_naming(text, path);
     }
   }
 }

@@ -100,10 +100,8 @@ Pair read_pair(const StitchOptions& options) {
 
 Size size_of(const Nv12& picture) { return {picture.width, picture.height}; }
 
-// Twice the height of a picture, where neither detail nor time is wasted.
-int natural_width(const Nv12& picture) {
-  return std::clamp(picture.height * 2 / 8 * 8, int(kWidthLimits.low), int(kWidthLimits.high));
-}
+// Twice the height of a picture, where neither detail nor time is wasted, within what the engine's memory allows.
+int natural_width(const Nv12& picture) { return std::clamp(picture.height * 2 / 8 * 8, int(kWidthLimits.low), 8192); }
 
 void tell_missing(const Plan& plan) {
   for (int k = 0; k < 2; ++k) {
@@ -204,7 +202,7 @@ void add_stitch_command(CLI::App& app, int&) {
   command
       ->add_option("IN", options->inputs,
                    "two circles side by side, lens 0 left, or one file for each lens; - is standard input")
-      ->type_name("FILE")
+      ->option_text("FILE [FILE]")
       ->required()
       ->expected(1, 2);
   const auto add = [&](const char* name, auto& value, const char* type, const char* text) {
