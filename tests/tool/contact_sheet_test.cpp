@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "command_line.hpp"
 #include "input/read_picture.hpp"
 #include "output/write_picture.hpp"
