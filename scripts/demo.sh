@@ -6,7 +6,7 @@ biseam=$1/tools/biseam/biseam
 out=out/demo
 
 echo "Rendering the courtyard (some seconds) ..."
-"$biseam" scene -o "$out" --baseline 0.03 --exposure-difference 0.15 > /dev/null
+"$biseam" scene -o "$out" --baseline 0.03 --exposure-difference 0.05 > /dev/null
 
 echo "Stitching ..."
 pair="$out/side_by_side.png --camera $out/camera.toml"
