@@ -55,26 +55,6 @@ void for_each_level(const BlendInstance& instance, Visit visit) {
   visit(std::max(instance.pyr_level, 0), width, height);
 }
 
-// Takes pieces one after the other and remembers whether all fitted.
-class Carver {
- public:
-  explicit Carver(const BlendMemory& memory) : complete_(memory.base != nullptr) {
-    if (complete_) cursor_ = open_block(memory.base, memory.size);
-  }
-
-  template <class T>
-  void take(T*& piece, int64_t bytes) {
-    void* taken = complete_ ? take_checked_piece(cursor_, bytes) : nullptr;
-    piece = static_cast<T*>(taken);
-    complete_ = taken != nullptr;
-  }
-  bool complete() const { return complete_; }
-
- private:
-  MemoryCursor cursor_{};
-  bool complete_;
-};
-
 void carve_images(BlendInstance& instance, Carver& carver) {
   const int64_t strip = image_bytes(instance.findpath_width, instance.height, kPixelBytes);
   const int64_t scaled_strip = image_bytes(instance.scaled_findpath_width, instance.scaled_height, kPixelBytes);
@@ -126,7 +106,7 @@ void size_blend_memory(const BlendConfig& config, BlendMemory& memory) {
 Status create_blend(const BlendConfig& config, const BlendMemory& memory, BlendInstance& instance) {
   instance = BlendInstance{};
   store_sizes(config, instance);
-  Carver carver(memory);
+  Carver carver(memory.base, memory.size);
   carve_images(instance, carver);
   carve_pyramids(instance, carver);
   if (carver.complete()) return Status::ok;

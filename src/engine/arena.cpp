@@ -4,11 +4,6 @@
 
 namespace biseam {
 
-MemoryCursor open_block(void* base, int64_t size) {
-  uint8_t* first = static_cast<uint8_t*>(base);
-  return {first, first + size - 1, first};
-}
-
 void* take_piece(MemoryCursor& cursor, int32_t bytes) {
   // Addresses as numbers: the cursor may come to lie past the end of the block.
   const uintptr_t current = reinterpret_cast<uintptr_t>(cursor.current);
@@ -20,9 +15,17 @@ void* take_piece(MemoryCursor& cursor, int32_t bytes) {
   return piece;
 }
 
-void* take_checked_piece(MemoryCursor& cursor, int64_t bytes) {
-  if (bytes < 0 || bytes > INT32_MAX) return nullptr;
-  return take_piece(cursor, static_cast<int32_t>(bytes));
+Carver::Carver(void* base, int64_t size) : cursor_{}, complete_(base != nullptr) {
+  if (base == nullptr) return;
+  uint8_t* first = static_cast<uint8_t*>(base);
+  cursor_ = {first, first + size - 1, first};
+}
+
+void* Carver::take_bytes(int64_t bytes) {
+  const bool possible = cursor_.base != nullptr && bytes >= 0 && bytes <= INT32_MAX;
+  void* piece = possible ? take_piece(cursor_, static_cast<int32_t>(bytes)) : nullptr;
+  complete_ = complete_ && piece != nullptr;
+  return piece;
 }
 
 }  // namespace biseam

@@ -12,12 +12,27 @@ inline constexpr int kPieceAlignment = 128;
 // A block of size bytes as a rounded-up request: down to a multiple of 128, then 128 more.
 inline constexpr int64_t block_size(int64_t bytes) { return bytes / kPieceAlignment * kPieceAlignment + kPieceAlignment; }
 
-MemoryCursor open_block(void* base, int64_t size);
-
 // The next piece, or null when fewer than bytes lie before the block's last byte; the cursor stays then.
 void* take_piece(MemoryCursor& cursor, int32_t bytes);
 
-// The same for a computed size: null as well when it is negative or does not fit 32 bits.
-void* take_checked_piece(MemoryCursor& cursor, int64_t bytes);
+// Takes pieces of one block, one after the other, and remembers whether all fitted.
+class Carver {
+ public:
+  // base may be null: no piece fits then.
+  Carver(void* base, int64_t size);
+
+  // Null when the piece does not fit, or its computed size is negative or leaves 32 bits.
+  template <class T>
+  void take(T*& piece, int64_t bytes) {
+    piece = static_cast<T*>(take_bytes(bytes));
+  }
+  bool complete() const { return complete_; }
+
+ private:
+  void* take_bytes(int64_t bytes);
+
+  MemoryCursor cursor_;
+  bool complete_;
+};
 
 }  // namespace biseam

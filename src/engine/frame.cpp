@@ -32,36 +32,32 @@ void* run_middle_strip(void* task) {
 // Rows that tables, bands and panorama all have.
 int shared_rows(const StitchEngine& engine) { return std::min(engine.config->in_h, engine.config->out_h[0]); }
 
-// The panorama as far as there are tables for it.
-ImageHeader shared_pano(const StitchEngine& engine) {
-  ImageHeader pano = engine.pano;
-  pano.height = shared_rows(engine);
-  return pano;
-}
-
-RemapThreadArgs left_args(const StitchEngine& e) {
+// What the four threads share; each adds its columns and rows.
+RemapThreadArgs strip_args(const StitchEngine& e, const MAPTIHeader& map, const ImageHeader& source) {
   RemapThreadArgs args = {};
-  args.table = e.map_left.entries;
-  args.source = e.src_image[0];
-  args.band0 = e.band_yuv[0];
-  args.pano = shared_pano(e);
-  args.plain_width = e.left_inner;
-  args.plain_column = 0;
-  args.band0_column = e.left_inner;
-  args.pano_column = 0;
-  args.first_row = 0;
+  args.table = map.entries;
+  args.source = source;
+  args.pano = e.pano;
+  args.pano.height = shared_rows(e);
   args.end_row = shared_rows(e);
   args.format = e.config->in_yuv_type;
   return args;
 }
 
+RemapThreadArgs left_args(const StitchEngine& e) {
+  RemapThreadArgs args = strip_args(e, e.map_left, e.src_image[0]);
+  args.band0 = e.band_yuv[0];
+  args.plain_width = e.left_inner;
+  args.plain_column = 0;
+  args.band0_column = e.left_inner;
+  args.pano_column = 0;
+  return args;
+}
+
 RemapThreadArgs middle_args(const StitchEngine& e, int first_row, int end_row) {
-  RemapThreadArgs args = {};
-  args.table = e.map_middle.entries;
-  args.source = e.src_image[1];
+  RemapThreadArgs args = strip_args(e, e.map_middle, e.src_image[1]);
   args.band0 = e.band_yuv[1];
   args.band1 = e.band_yuv[2];
-  args.pano = shared_pano(e);
   args.plain_width = e.middle_inner;
   args.plain_column = e.band_width;
   args.band0_column = 0;
@@ -69,23 +65,16 @@ RemapThreadArgs middle_args(const StitchEngine& e, int first_row, int end_row) {
   args.pano_column = e.left_inner + e.config->trans_width + e.band_width;
   args.first_row = first_row;
   args.end_row = end_row;
-  args.format = e.config->in_yuv_type;
   return args;
 }
 
 RemapThreadArgs right_args(const StitchEngine& e) {
-  RemapThreadArgs args = {};
-  args.table = e.map_right.entries;
-  args.source = e.src_image[0];
+  RemapThreadArgs args = strip_args(e, e.map_right, e.src_image[0]);
   args.band0 = e.band_yuv[3];
-  args.pano = shared_pano(e);
   args.plain_width = e.right_inner;
   args.plain_column = e.band_width;
   args.band0_column = 0;
   args.pano_column = e.left_inner + e.middle_inner + 2 * (e.config->trans_width + e.band_width);
-  args.first_row = 0;
-  args.end_row = shared_rows(e);
-  args.format = e.config->in_yuv_type;
   return args;
 }
 

@@ -24,27 +24,11 @@ int64_t middle_width_of(const StitchConfig& config) {
 }
 int64_t right_width_of(const StitchConfig& config) { return int64_t{config.out_w[0]} + config.feather - second_seam(config); }
 
-// Takes pieces one after the other and remembers whether all fitted.
-class Carver {
- public:
-  explicit Carver(const EngineMemInfo& info) : cursor_(open_block(info.buffer, info.size)) {}
-
-  template <class T>
-  void take(T*& piece, int64_t bytes) {
-    piece = static_cast<T*>(take_checked_piece(cursor_, bytes));
-    complete_ = complete_ && piece != nullptr;
-  }
-  void take_semi_planar(ImageHeader& image, int64_t luma_bytes, int64_t chroma_bytes) {
-    take(image.planes[0], luma_bytes);
-    take(image.planes[1], chroma_bytes);
-    image.planes[2] = image.planes[1] == nullptr ? nullptr : image.planes[1] + 1;
-  }
-  Status status() const { return complete_ ? Status::ok : Status::no_memory; }
-
- private:
-  MemoryCursor cursor_;
-  bool complete_ = true;
-};
+void take_semi_planar(Carver& carver, ImageHeader& image, int64_t luma_bytes, int64_t chroma_bytes) {
+  carver.take(image.planes[0], luma_bytes);
+  carver.take(image.planes[1], chroma_bytes);
+  image.planes[2] = image.planes[1] == nullptr ? nullptr : image.planes[1] + 1;
+}
 
 }  // namespace
 
@@ -87,19 +71,19 @@ Status carve_engine(StitchEngine& engine) {
   const int64_t height = config.in_h;
   const int64_t band = height * engine.band_width;
   const int64_t pair = height * engine.pair_width;
-  Carver carver(*engine.mem_info);
+  Carver carver(engine.mem_info->buffer, engine.mem_info->size);
   carver.take(engine.map_left.entries, kEntryBytes * height * engine.left_width);
   carver.take(engine.map_middle.entries, kEntryBytes * height * engine.middle_width);
   carver.take(engine.map_right.entries, kEntryBytes * height * engine.right_width);
   // Chroma planes have full height whatever the format.
-  for (ImageHeader& image : engine.band_yuv) carver.take_semi_planar(image, band, band);
+  for (ImageHeader& image : engine.band_yuv) take_semi_planar(carver, image, band, band);
   for (BlendImage& image : engine.band_rgb) carver.take(image.data[0], kBlendPixelBytes * band);
   for (BlendImage& image : engine.blend_out) carver.take(image.data[0], kBlendPixelBytes * pair);
-  for (ImageHeader& image : engine.blend_yuv) carver.take_semi_planar(image, pair, pair);
+  for (ImageHeader& image : engine.blend_yuv) take_semi_planar(carver, image, pair, pair);
   // On purpose: plane 2 of the second result is the first one's.  Interleaved chroma is addressed through plane 1 alone.
   engine.blend_yuv[1].planes[2] = engine.blend_yuv[0].planes[2];
-  carver.take_semi_planar(engine.pano, height * config.out_luma_stride[0], height * config.out_chroma_stride[0]);
-  return carver.status();
+  take_semi_planar(carver, engine.pano, height * config.out_luma_stride[0], height * config.out_chroma_stride[0]);
+  return carver.complete() ? Status::ok : Status::no_memory;
 }
 
 }  // namespace biseam

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "engine/heap.hpp"
+#include "imgproc/truncate.hpp"
 
 namespace biseam {
 
@@ -51,17 +52,9 @@ void smooth_row(const int32_t* src, float* out, int width, Kernel kernel) noexce
   for (int x = 0; x < width; ++x) out[x] = window_mean(src + x, 1, x, width, kernel);
 }
 
-// Toward zero; saturates, NaN gives 0.
-int32_t truncate(float value) noexcept {
-  constexpr float limit = 2147483648.0f;
-  if (value >= limit) return std::numeric_limits<int32_t>::max();
-  if (value <= -limit) return std::numeric_limits<int32_t>::min();
-  return value == value ? static_cast<int32_t>(value) : 0;
-}
-
 // Row y of the smoothed columns; work points to that row of an image of width x height.
 void smooth_columns(const float* work, int32_t* out, int width, int y, int height, Kernel kernel) noexcept {
-  for (int x = 0; x < width; ++x) out[x] = truncate(window_mean(work + x, width, y, height, kernel));
+  for (int x = 0; x < width; ++x) out[x] = truncate_to_int(window_mean(work + x, width, y, height, kernel));
 }
 
 }  // namespace
