@@ -18,7 +18,8 @@ constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 void fill_with_centre(const LutBuilderArgs& args) {
-  for (int64_t i = 0; i < int64_t{2} * args.width * args.rows; ++i) args.map->entries[i] = 64;
+  const int64_t half = args.rows / 2, first = args.part == 2 ? half : 0, end = args.part == 1 ? half : args.rows;
+  for (int64_t i = 2 * args.width * first; i < 2 * args.width * end; ++i) args.map->entries[i] = 64;
 }
 
 // An engine whose tables all point to one pixel, to be changed entry by entry.  Left and right strips have 72 columns, the
