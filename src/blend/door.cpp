@@ -67,12 +67,12 @@ int32_t SetConfig_Blend(BlendInstance* instance) {
 }
 
 int32_t Blend_Proc(BlendInstance* instance, BlendImage* source1, BlendImage* source2, BlendImage* output) {
-  (void)biseam::blend_band(*instance, *source1, *source2, *output);
+  (void)biseam::blend_band(*instance, *source1, *source2, *output, biseam::print_missing_memory);
   return 0;
 }
 
 void* Blend_main_pht(void* args) {
   const BlendThreadArgs& task = *static_cast<BlendThreadArgs*>(args);
-  (void)biseam::blend_band(*task.instance, *task.source1, *task.source2, *task.output);
+  (void)biseam::blend_band(*task.instance, *task.source1, *task.source2, *task.output, biseam::print_missing_memory);
   return nullptr;
 }

@@ -15,13 +15,13 @@ namespace biseam {
 namespace {
 
 // The strips of both sources, shrunk and turned into detail images.
-Status prepare_details(BlendInstance& instance, const BlendImage* const sources[2]) {
+Status prepare_details(BlendInstance& instance, const BlendImage* const sources[2], MemoryReport report) {
   for (int i = 0; i < 2; ++i) {
     const int side = i == 0 ? 1 : 0;
     copy_strip(*sources[i], instance.strip[i], instance.findpath_width, instance.trans_width, side);
     if (resize(instance.strip[i], instance.scaled_strip[i]) == Status::no_memory) return Status::no_memory;
     to_gray(instance.scaled_strip[i], instance.gray[i]);
-    if (extract_detail(instance.gray[i], instance.detail[i]) == Status::no_memory) return Status::no_memory;
+    if (extract_detail(instance.gray[i], instance.detail[i], report) == Status::no_memory) return Status::no_memory;
   }
   return Status::ok;
 }
@@ -32,8 +32,8 @@ int strip_column(const BlendInstance& instance) {
                           2);
 }
 
-Status search_seam(BlendInstance& instance, const BlendImage* const sources[2]) {
-  if (prepare_details(instance, sources) == Status::no_memory) return Status::no_memory;
+Status search_seam(BlendInstance& instance, const BlendImage* const sources[2], MemoryReport report) {
+  if (prepare_details(instance, sources, report) == Status::no_memory) return Status::no_memory;
   const Status cut = cut_seam(strip_column(instance), instance.seam_mask, instance.detail[0], instance.detail[1]);
   if (cut == Status::no_memory) return Status::no_memory;
   return resize(instance.seam_mask, instance.mask);
@@ -75,11 +75,12 @@ Status decompose_sources(BlendInstance& instance, const BlendImage* const source
 
 }  // namespace
 
-Status blend_band(BlendInstance& instance, const BlendImage& source1, const BlendImage& source2, BlendImage& output) {
+Status blend_band(BlendInstance& instance, const BlendImage& source1, const BlendImage& source2, BlendImage& output,
+                  MemoryReport report) {
   if (instance.mask.data[0] == nullptr) return Status::no_memory;  // an instance that could not be carved
   const BlendImage* const sources[2] = {&source1, &source2};
   if (instance.findpath_enable != 0) {
-    if (search_seam(instance, sources) == Status::no_memory) return Status::no_memory;
+    if (search_seam(instance, sources, report) == Status::no_memory) return Status::no_memory;
   } else {
     fill_left_half(instance.mask);
   }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "biseam/records.h"
+#include "engine/memory_report.hpp"
 #include "engine/status.hpp"
 
 namespace biseam {
@@ -15,6 +16,7 @@ Status create_blend(const BlendConfig& config, const BlendMemory& memory, BlendI
 void layout_blend(BlendInstance& instance);
 
 // One frame of one band.  no_memory: a temporary could not be had; output is undefined, the instance stays usable.
-Status blend_band(BlendInstance& instance, const BlendImage& source1, const BlendImage& source2, BlendImage& output);
+Status blend_band(BlendInstance& instance, const BlendImage& source1, const BlendImage& source2, BlendImage& output,
+                  MemoryReport report = nullptr);
 
 }  // namespace biseam

@@ -124,20 +124,21 @@ void conversion_stage(StitchEngine& e) {
 
 struct BlendTask {
   BlendThreadArgs args;
+  MemoryReport report;
   Status status;
 };
 
 void* run_blend(void* task) {
   BlendTask& t = *static_cast<BlendTask*>(task);
-  t.status = blend_band(*t.args.instance, *t.args.source1, *t.args.source2, *t.args.output);
+  t.status = blend_band(*t.args.instance, *t.args.source1, *t.args.source2, *t.args.output, t.report);
   return nullptr;
 }
 
-Status blend_stage(StitchEngine& e) {
+Status blend_stage(StitchEngine& e, MemoryReport report) {
   BlendTask blends[2];
   ThreadTask tasks[2];
   for (int k = 0; k < 2; ++k) {
-    blends[k] = {{e.blend[k], &e.band_rgb[2 * k], &e.band_rgb[2 * k + 1], &e.blend_out[k]}, Status::ok};
+    blends[k] = {{e.blend[k], &e.band_rgb[2 * k], &e.band_rgb[2 * k + 1], &e.blend_out[k]}, report, Status::ok};
     tasks[k] = {run_blend, &blends[k]};
   }
   run_together(tasks, 2);
@@ -176,7 +177,8 @@ void point_to(ImageHeader& image, const FisheyePlanes& planes) {
 
 }  // namespace
 
-Status process_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const FisheyePlanes& panorama, SampleRegion sample) {
+Status process_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const FisheyePlanes& panorama, SampleRegion sample,
+                     MemoryReport report) {
   for (int k = 0; k < 2; ++k) {
     point_to(engine.src_image[k], fisheye[k]);
     engine.src_image[k].planes[2] = fisheye[k].chroma == nullptr ? nullptr : fisheye[k].chroma + 1;
@@ -185,7 +187,7 @@ Status process_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const
   if (!holds_two_planes(*engine.config)) return Status::mismatch;
   remap_stage(engine, sample);
   conversion_stage(engine);
-  const Status status = blend_stage(engine);
+  const Status status = blend_stage(engine, report);
   compose_stage(engine);
   return status;
 }

@@ -1,4 +1,3 @@
-#include <cstdio>
 #include <limits>
 
 #include "biseam/biseam.h"
@@ -13,7 +12,6 @@
 namespace {
 
 // Standard output, without a newline.
-void print_missing(const char* text) { std::fputs(text, stdout); }
 
 int32_t code_of(biseam::Status status) { return status == biseam::Status::ok ? 0 : -1; }
 
@@ -31,14 +29,16 @@ BISEAM_API void CreatGaussKernal(float sigma, float** kernel, int32_t* taps) {
 }
 
 BISEAM_API void GaussianSmooth(BlendGray* src, BlendGray* dst, float sigma, int32_t taps) {
-  biseam::smooth(*src, *dst, sigma, taps, print_missing);
+  biseam::smooth(*src, *dst, sigma, taps, biseam::print_missing_memory);
 }
 
 BISEAM_API int32_t SubGrayImage(BlendGray* a, BlendGray* b, BlendGray* out) {
   return code_of(biseam::subtract_gray(*a, *b, *out));
 }
 
-BISEAM_API void GaussFilter(BlendGray* src, BlendGray* dst) { biseam::extract_detail(*src, *dst, print_missing); }
+BISEAM_API void GaussFilter(BlendGray* src, BlendGray* dst) {
+  biseam::extract_detail(*src, *dst, biseam::print_missing_memory);
+}
 
 BISEAM_API void CalcMem(int32_t nodes, int32_t arcs, int32_t* node_bytes, int32_t* arc_bytes, int32_t* orphan_bytes) {
   const biseam::GraphBytes bytes = biseam::graph_bytes(nodes, arcs);

@@ -1,15 +1,13 @@
 #pragma once
 
 #include "biseam/records.h"
+#include "engine/memory_report.hpp"
 #include "engine/status.hpp"
 
 namespace biseam {
 
 // Fills kernel[0 .. taps) with equal taps that sum to about 1; nothing when taps <= 0.
 void fill_flat_kernel(float sigma, float* kernel, int taps);
-
-// Told what memory could not be had; null where nobody is told.
-using MemoryReport = void (*)(const char* text);
 
 // dst = mean of src over taps x taps clipped to the image, same size; src and dst may be the same image.  An even count reaches
 // one sample further to the left and the top.  no_memory: dst is left alone.
