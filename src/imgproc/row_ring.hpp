@@ -31,8 +31,10 @@ class RowRing {
   RowRing(HeapArray<int32_t> samples, int row_count, int64_t row_step)
       : samples_(std::move(samples)), row_count_(row_count), row_step_(row_step) {}
 
-  // A count that the host can't address becomes one that no heap has.
-  static size_t fitting(int64_t capacity) { return static_cast<size_t>(capacity < kMost ? capacity : kMost); }
+  // A count that the host can't address becomes one that no heap has: half the address space might be had on a 32-bit host.
+  static size_t fitting(int64_t capacity) {
+    return capacity < kMost ? static_cast<size_t>(capacity) : SIZE_MAX / sizeof(int32_t);
+  }
 
   HeapArray<int32_t> samples_;
   int row_count_;
