@@ -1,5 +1,6 @@
 #include "blend/arithmetic.hpp"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 
@@ -37,6 +38,14 @@ Status combine(const BlendImage& a, const BlendImage& b, BlendImage& out, Combin
   return Status::ok;
 }
 
+int64_t sample_count(const BlendImage& image) { return image.height > 0 ? int64_t{image.height} * image.stride : 0; }
+
+Status copy_at_most(const BlendImage& src, BlendImage& dst, int64_t samples) {
+  if (src.stride != dst.stride && dst.stride != src.height && src.type != dst.type) return Status::mismatch;
+  if (samples > 0) std::memmove(dst.data[0], src.data[0], static_cast<size_t>(samples) * sizeof(int32_t));
+  return Status::ok;
+}
+
 }  // namespace
 
 void fill(BlendImage& image, int32_t value) {
@@ -55,11 +64,10 @@ Status mix(BlendImage& a, BlendImage& b, const BlendImage& mask, BlendImage& out
   return Status::ok;
 }
 
-Status copy_samples(const BlendImage& src, BlendImage& dst) {
-  if (src.stride != dst.stride && dst.stride != src.height && src.type != dst.type) return Status::mismatch;
-  const int64_t samples = int64_t{dst.height} * dst.stride;
-  if (dst.height > 0 && samples > 0) std::memmove(dst.data[0], src.data[0], static_cast<size_t>(samples) * sizeof(int32_t));
-  return Status::ok;
+Status copy_samples(const BlendImage& src, BlendImage& dst) { return copy_at_most(src, dst, sample_count(dst)); }
+
+Status copy_own_samples(const BlendImage& src, BlendImage& dst) {
+  return copy_at_most(src, dst, std::min(sample_count(src), sample_count(dst)));
 }
 
 }  // namespace biseam

@@ -22,4 +22,7 @@ Status mix(BlendImage& a, BlendImage& b, const BlendImage& mask, BlendImage& out
 // the types are equal; mismatch otherwise.
 Status copy_samples(const BlendImage& src, BlendImage& dst);
 
+// The same, ending with src's own height * stride samples: what a larger dst has beyond them stays.
+Status copy_own_samples(const BlendImage& src, BlendImage& dst);
+
 }  // namespace biseam

@@ -14,12 +14,33 @@ namespace {
 
 using WorkImage = Temporary<BlendImage>;
 
+// The stages pair samples of several images by the layout of one.  An image with anything between its rows or pixels is taken
+// as one run of samples, by way of a packed copy.
+class Packed {
+ public:
+  explicit Packed(const BlendImage& image) : image_(&image) {
+    if (image.channels == 3 && image.steps[0] == 3 && image.stride == int64_t{3} * image.width) return;
+    WorkImage& copy = copy_.emplace(image.width, image.height);
+    image_ = copy ? &*copy : nullptr;
+    if (copy) copy_own_samples(image, *copy);
+  }
+
+  const BlendImage* get() const { return image_; }  // null: no memory
+
+ private:
+  std::optional<WorkImage> copy_;
+  const BlendImage* image_;
+};
+
 }  // namespace
 
 Status build_laplacian(const BlendImage& image, const Pyramid& out, int level_count) {
+  if (level_count < 1) return Status::ok;
+  const Packed packed(image);
+  const BlendImage* current = packed.get();
+  if (current == nullptr) return Status::no_memory;
   // Sizes that the pyramid routines leave alone count as zero: the work images start out so.
   std::optional<WorkImage> reduced[2];  // of this level and of the one before, in turn
-  const BlendImage* current = &image;
   for (int k = 0; k < level_count; ++k) {
     WorkImage& down = reduced[k & 1].emplace(next_size(current->width), next_size(current->height));
     WorkImage up(current->width, current->height);
@@ -29,7 +50,7 @@ Status build_laplacian(const BlendImage& image, const Pyramid& out, int level_co
     subtract(*current, *up, out.levels[k]);
     current = &*down;
   }
-  if (level_count > 0) copy_samples(*current, *out.top);
+  copy_own_samples(*current, *out.top);
   return Status::ok;
 }
 
@@ -43,7 +64,7 @@ Status build_gaussian(const BlendImage& image, const Pyramid& out, int level_cou
   WorkImage down(next_size(last.width), next_size(last.height));
   if (!down) return Status::no_memory;
   if (pyr_down(last, *down) == Status::no_memory) return Status::no_memory;
-  copy_samples(*down, *out.top);
+  copy_own_samples(*down, *out.top);
   return Status::ok;
 }
 
@@ -54,7 +75,9 @@ void mix_pyramids(const Pyramid& a, const Pyramid& b, const Pyramid& mask, const
 
 Status collapse(const BlendImage& top, const BlendImage* levels, BlendImage& out, int level_count) {
   std::optional<WorkImage> work[2];  // of this level and of the one below, in turn
-  const BlendImage* current = &top;
+  const Packed packed(top);
+  const BlendImage* current = packed.get();
+  if (current == nullptr) return Status::no_memory;
   for (int k = level_count - 1; k >= 0; --k) {
     WorkImage& up = work[k & 1].emplace(levels[k].width, levels[k].height);
     if (!up) return Status::no_memory;
@@ -62,7 +85,7 @@ Status collapse(const BlendImage& top, const BlendImage* levels, BlendImage& out
     add(*up, levels[k], *up);
     current = &*up;
   }
-  copy_samples(*current, out);
+  copy_own_samples(*current, out);
   return Status::ok;
 }
 

@@ -142,6 +142,21 @@ TEST(BlendProc, FindpathOffNeverTouchesTheSeamSearchImages) {
   EXPECT_EQ(TestImage(14, 10, 3, 35).samples(), copy_of(instance->seam_mask).samples());
 }
 
+TEST(BlendProc, FindpathOffWeightsColumnsLeftOfTheMiddleWith64) {
+  RandomSource random;
+  for (int trans_width : {8, 0}) {
+    TestInstance instance(blend_config(trans_width, 5, 6, 1));
+    Sources sources(random, instance.config());
+    instance.blend(sources.first, sources.second);
+    const TestImage mask = copy_of(instance->mask);
+    for (int y = 0; y < 6; ++y) {
+      for (int x = 0; x < instance->width; ++x) {
+        for (int k = 0; k < 3; ++k) EXPECT_EQ(x < trans_width + 5 ? 64 : 0, mask.at(x, y, k)) << x << ", " << y;
+      }
+    }
+  }
+}
+
 TEST(BlendProc, WeightsOfEarlierFramesStayInTheSeamMask) {
   RandomSource random;
   const BlendConfig config = blend_config(8, 10, 32, 2, 20, 1.0f, 1);

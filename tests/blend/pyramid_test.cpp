@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -101,6 +102,55 @@ TEST(BuildLaplacianPyramid, OneLevelHasFullSizeAndAHalfSizeTop) {
   }
 }
 
+TEST(BuildLaplacianPyramid, OddBandWidthIsExpandedByTheBorderRoutine) {
+  RandomSource random;
+  TestImage image(33, 8), down(17, 4), up(33, 8);
+  image.randomize(random, 0, 255);
+  LevelSet levels(33, 8, 1);
+  BuildLaplacianPyramid(image.record(), levels.levels(), levels.top(), 1);
+  ASSERT_EQ(0, PyrDownBorder(image.record(), down.record()));
+  EXPECT_EQ(-1, PyrUpNormal(down.record(), up.record()));
+  ASSERT_EQ(0, PyrUpBorder(down.record(), up.record()));
+  EXPECT_EQ(down.samples(), levels.top_image().samples());
+  for (size_t i = 0; i < up.samples().size(); ++i) {
+    EXPECT_EQ(image.samples()[i] - up.samples()[i], levels.level(0).samples()[i]);
+  }
+}
+
+TEST(BuildLaplacianPyramid, PaddedImageCountsAsOneRunOfSamples) {
+  RandomSource random;
+  TestImage padded(9, 5), packed(6, 5);
+  padded.randomize(random, 0, 255);
+  std::copy_n(padded.samples().begin(), packed.samples().size(), packed.samples().begin());
+  BlendImage record = *padded;
+  record.width = 6;
+  LevelSet levels(6, 5, 2);
+  BuildLaplacianPyramid(&record, levels.levels(), levels.top(), 2);
+  expect_equal(laplacian_of(packed, 2), levels);
+}
+
+TEST(BuildLaplacianPyramid, LargerTopIsWrittenAsFarAsTheReductionReaches) {
+  RandomSource random;
+  TestImage image(6, 8), top(5, 5, 3, kOld);
+  image.randomize(random, 0, 255);
+  LevelSet levels(6, 8, 1);
+  BuildLaplacianPyramid(image.record(), levels.levels(), top.record(), 1);
+  std::vector<int32_t> expected = laplacian_of(image, 1).top.samples();
+  expected.resize(75, kOld);
+  EXPECT_EQ(expected, top.samples());
+}
+
+TEST(BuildGuassPyramid, LargerTopIsWrittenAsFarAsTheReductionReaches) {
+  RandomSource random;
+  TestImage image(6, 8), top(5, 5, 3, kOld);
+  image.randomize(random, 0, 64);
+  LevelSet levels(6, 8, 1);
+  BuildGuassPyramid(image.record(), levels.levels(), top.record(), 1);
+  std::vector<int32_t> expected = gaussian_of(image, 1).top.samples();
+  expected.resize(75, kOld);
+  EXPECT_EQ(expected, top.samples());
+}
+
 TEST(PyramidSizes, OddBandWidthIsHalvedRoundingUp) {
   EXPECT_EQ(17, next_size(33));
   EXPECT_EQ(9, next_size(17));
@@ -150,6 +200,33 @@ TEST(ReconstructImage, AnyPyramidIsExpandedAndAddedAndStaysAsItIs) {
     ReconstructImage(levels.top(), levels.levels(), out.record(), shape.level_count);
     EXPECT_EQ(collapsed(expected).samples(), out.samples()) << shape.width << " x " << shape.height;
     expect_equal(expected, levels);
+  }
+}
+
+TEST(ReconstructImage, PaddedTopCountsAsOneRunOfSamples) {
+  RandomSource random;
+  TestImage padded(9, 5), out(12, 10);
+  padded.randomize(random, -99, 99);
+  TestPyramid expected{.levels = {TestImage(12, 10)}, .top = TestImage(6, 5)};
+  std::copy_n(padded.samples().begin(), expected.top.samples().size(), expected.top.samples().begin());
+  BlendImage record = *padded, level = *expected.levels[0], *levels = &level;
+  record.width = 6;
+  ReconstructImage(&record, &levels, out.record(), 1);
+  EXPECT_EQ(collapsed(expected).samples(), out.samples());
+}
+
+TEST(ReconstructImage, LargerOutputIsWrittenAsFarAsTheBandReaches) {
+  RandomSource random;
+  for (int level_count : {0, 1}) {
+    LevelSet levels(6, 8, level_count);
+    TestPyramid pyramid;
+    for (int k = 0; k < level_count; ++k) pyramid.levels.push_back(levels.level(k).randomize(random, -99, 99));
+    pyramid.top = levels.top_image().randomize(random, -99, 99);
+    TestImage out(9, 8, 3, kOld);
+    ReconstructImage(levels.top(), levels.levels(), out.record(), level_count);
+    std::vector<int32_t> expected = collapsed(pyramid).samples();
+    expected.resize(out.samples().size(), kOld);
+    EXPECT_EQ(expected, out.samples());
   }
 }
 

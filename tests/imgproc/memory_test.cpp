@@ -36,6 +36,23 @@ TEST(ImgprocMemory, EveryBlockIsGivenBack) {
   }
 }
 
+// On purpose larger than the rows need in the exact half.
+TEST(PyrDownNormal, BlockTakes144BytesAColumnOfTheEvenWidth) {
+  for (int width : {8, 9}) {
+    TestImage src(width, 8), dst(4, 4);
+    const FailingHeap heap;
+    EXPECT_EQ(0, PyrDownNormal(src.record(), dst.record()));
+    EXPECT_EQ(144u * 8, heap.bytes_of(0));
+  }
+}
+
+TEST(PyrUpNormal, BlockTakes72BytesAColumn) {
+  TestImage src(5, 4), dst(10, 8);
+  const FailingHeap heap;
+  EXPECT_EQ(0, PyrUpNormal(src.record(), dst.record()));
+  EXPECT_EQ(72u * 5, heap.bytes_of(0));
+}
+
 TEST(ImgprocMemory, ShortMemoryIsReportedAndTheDestinationUntouched) {
   for (const Case& c : kCases) {
     TestImage src(c.src_size, c.src_size), dst(c.dst_size, c.dst_size, 3, kOld);

@@ -105,6 +105,9 @@ const Case kLenses[] = {
     {"p0_zero", [](StitchConfig& c) { c.p0 = 0; }, "p0 is 0: must be finite and above 0"},
     {"p0_negative", [](StitchConfig& c) { c.p0 = -3; }, "p0 is -3: must be finite and above 0"},
     {"p0_nan", [](StitchConfig& c) { c.p0 = kNan; }, "p0 is nan: must be finite and above 0"},
+    {"p0_infinite", [](StitchConfig& c) { c.p0 = kInfinity; }, "p0 is inf: must be finite and above 0"},
+    {"p1_negative", [](StitchConfig& c) { c.p1 = -3; }, "p1 is -3: must be finite and above 0"},
+    {"p1_nan", [](StitchConfig& c) { c.p1 = kNan; }, "p1 is nan: must be finite and above 0"},
     {"p1_zero", [](StitchConfig& c) { c.p1 = 0; }, "p1 is 0: must be finite and above 0"},
     {"p1_infinite", [](StitchConfig& c) { c.p1 = kInfinity; }, "p1 is inf: must be finite and above 0"},
     {"cx0_nan", [](StitchConfig& c) { c.cx0 = kNan; }, "cx0 is nan: must be finite"},
@@ -119,6 +122,8 @@ const Case kLenses[] = {
     {"matrix_5", [](StitchConfig& c) { c.lens_matrix[5] = kNan; }, "lens_matrix[5] is nan: must be finite"},
     {"change_focus_zero", [](StitchConfig& c) { c.change_focus = 0; }, "change_focus is 0: must be finite and above 0"},
     {"change_focus_negative", [](StitchConfig& c) { c.change_focus = -1; }, "change_focus is -1: must be finite and above 0"},
+    {"change_focus_infinite", [](StitchConfig& c) { c.change_focus = kInfinity; },
+     "change_focus is inf: must be finite and above 0"},
     {"change_focus_nan", [](StitchConfig& c) { c.change_focus = kNan; }, "change_focus is nan: must be finite and above 0"},
 };
 INSTANTIATE_TEST_SUITE_P(lenses, BrokenRule, testing::ValuesIn(kLenses), name_of);
@@ -234,6 +239,8 @@ INSTANTIATE_TEST_SUITE_P(pyramid, BrokenRule, testing::ValuesIn(kPyramid), name_
 
 const Case kBytes[] = {
     {"working_memory", [](StitchConfig& c) { c.out_luma_stride[0] = 1 << 24; },
+     "in_h is 128, out_w[0] is 256: the working memory takes 2148"},
+    {"working_memory_of_chroma", [](StitchConfig& c) { c.out_chroma_stride[0] = 1 << 24; },
      "in_h is 128, out_w[0] is 256: the working memory takes 2148"},
     {"working_memory_of_widths",
      [](StitchConfig& c) {
