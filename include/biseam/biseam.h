@@ -143,7 +143,7 @@ BISEAM_API void mirror_image(ImageHeader* image);
 
 /* ---- Seam search ----------------------------------------------------------------------------------------------------- */
 
-/* dst = (76 R + 150 G + 30 B) >> 8, same size. */
+/* dst = (76 R + 150 G + 30 B) >> 8.  dst has room for src's pixels, which are written without gaps. */
 BISEAM_API void CvtColorToGray(BlendImage* src, BlendGray* dst);
 
 /* Fills (*kernel)[0 .. *taps) with a normalised flat kernel. */
@@ -163,6 +163,9 @@ BISEAM_API void CalcMem(int32_t nodes, int32_t arcs, int32_t* node_bytes, int32_
 
 /* An empty graph over two zero-filled blocks. */
 BISEAM_API void Config(void* node_block, void* arc_block, SeamGraph* graph);
+
+/* An edge between two nodes with a capacity each way; the capacities from the source to a node and from it to the sink.  Nodes
+ * count from 0 and need their place in the blocks. */
 BISEAM_API void AddEdge(int32_t i, int32_t j, float capacity, float reverse_capacity, SeamGraph* graph);
 BISEAM_API void AddTermWeights(int32_t node, float source_capacity, float sink_capacity, SeamGraph* graph);
 
@@ -189,9 +192,12 @@ BISEAM_API void CreatMask(BlendImage* mask);
 
 /* ---- Blending -------------------------------------------------------------------------------------------------------- */
 
-BISEAM_API void CreatImage(BlendImage* image, int32_t value); /* fill */
+/* Images are of type 7: height rows of stride samples, three samples a pixel. */
 
-/* out = a - b, a + b, a * b, wrapping.  All three laid out like a; out may be a or b.  -1 when sizes differ. */
+BISEAM_API void CreatImage(BlendImage* image, int32_t value); /* sets every sample of every pixel */
+
+/* out = a - b, a + b, a * b, wrapping.  b and out must be laid out like a; out may be a or b, its record is not looked at.
+ * -1, and nothing is written, when a and b differ in size or one has not 1 or 3 channels. */
 BISEAM_API int32_t SubImage(BlendImage* a, BlendImage* b, BlendImage* out);
 BISEAM_API int32_t AddImage(BlendImage* a, BlendImage* b, BlendImage* out);
 BISEAM_API int32_t MulImage(BlendImage* a, BlendImage* b, BlendImage* out);
@@ -200,10 +206,12 @@ BISEAM_API int32_t MulImage(BlendImage* a, BlendImage* b, BlendImage* out);
  * or the types are equal.  Returns dst's sample pointer, or -1. */
 BISEAM_API intptr_t MemCopyImage(BlendImage* src, BlendImage* dst);
 
-/* Widens a source to the band by mirroring its inner edge; side 1 for source 1 (left), 0 for source 2. */
+/* Widens a source to the band, trans_width columns wider and as high, by mirroring its inner edge; side 1 for source 1 (left),
+ * 0 for source 2. */
 BISEAM_API void CreatBlend(BlendImage* source, BlendImage* band, int32_t trans_width, int32_t side);
 
-/* Pyramids of level_count records at *levels and a top; level k + 1 has half the size of level k, rounded up. */
+/* Pyramids of level_count records at *levels and a top.  Level 0 has the image's size, level k + 1 and the top half that of the
+ * one before, rounded up; all have their samples.  Fewer than one level: nothing is written. */
 BISEAM_API void BuildLaplacianPyramid(BlendImage* image, BlendImage** levels, BlendImage* top, int32_t level_count);
 BISEAM_API void BuildGuassPyramid(BlendImage* image, BlendImage** levels, BlendImage* top, int32_t level_count);
 
@@ -212,7 +220,7 @@ BISEAM_API void BlendLapPyrs(BlendImage** levels_a, BlendImage* top_a, BlendImag
                              BlendImage** levels_m, BlendImage* top_m, BlendImage** levels_out, BlendImage* top_out,
                              int32_t level_count);
 
-/* Collapses a Laplacian pyramid into out. */
+/* Collapses a Laplacian pyramid, which stays as it is, into out of level 0's size. */
 BISEAM_API void ReconstructImage(BlendImage* top, BlendImage** levels, BlendImage* out, int32_t level_count);
 
 /* Thread entry; args: PyramidTaskArgs.  CreatBlend, then BuildLaplacianPyramid.  Returns null. */
@@ -240,13 +248,15 @@ BISEAM_API void* Blend_main_pht(void* args);
 /* ---- Image primitives ------------------------------------------------------------------------------------------------ */
 
 /* Reduction by the 5-tap binomial kernel, reflect-101 borders: exact halves, or within one pixel of a half.  Three channels.
- * -1 when the sizes or channels do not fit; exact halves of sources below 4 pixels are left unwritten. */
+ * -1, and nothing is written, when the sizes or channels do not fit: PyrDownBorder then keeps two heap blocks.  Exact halves of
+ * sources below 4 pixels are left unwritten. */
 BISEAM_API int32_t PyrDown(BlendImage* src, BlendImage* dst);
 BISEAM_API int32_t PyrDownNormal(BlendImage* src, BlendImage* dst);
 BISEAM_API int32_t PyrDownBorder(BlendImage* src, BlendImage* dst);
 
 /* Expansion by the same kernel: exact doubles of three channels (sources below 2 pixels leave dst unwritten), or one pixel off
- * a double of any channel count.  -1 when the sizes or channels do not fit. */
+ * a double of any channel count.  -1, and nothing is written, when the sizes or channels do not fit: PyrUpBorder then keeps two
+ * heap blocks. */
 BISEAM_API int32_t PyrUp(BlendImage* src, BlendImage* dst);
 BISEAM_API int32_t PyrUpNormal(BlendImage* src, BlendImage* dst);
 BISEAM_API int32_t PyrUpBorder(BlendImage* src, BlendImage* dst);
@@ -275,7 +285,9 @@ BISEAM_API int32_t Resize_Bilinear(const int32_t* src, int32_t src_stride, int32
 BISEAM_API int32_t cvt_image_format(void* source, void* destination, int32_t code);
 BISEAM_API void* cvt_image_format_pth(void* args); /* thread entry; args: ConversionArgs; returns null */
 
-/* JPEG-range BT.601.  Integer RGB read here carries 6 fractional bits, integer RGB written is 0..255. */
+/* JPEG-range BT.601, even sizes.  Integer RGB read here carries 6 fractional bits, integer RGB written is 0..255.
+ * To RGB: rows and columns are the RGB view's, which then takes the YUV view's size and 3 * its width as stride, and is written
+ * with that stride.  To YUV: the YUV view takes the RGB view's size, its width as both strides, and is written with them. */
 BISEAM_API void rgb2yuv420(YuvView* yuv, RgbView* rgb);
 BISEAM_API void rgb2yuv422(YuvView* yuv, RgbView* rgb);
 BISEAM_API void yuv420_2rgb(YuvView* yuv, RgbView* rgb);
@@ -287,12 +299,17 @@ BISEAM_API void yuv422_2rgbnew(YuvView* yuv, RgbView* rgb);
  * zero fields.  The caller frees data and record; the stream stays open. */
 BISEAM_API ClImage* clLoadImage(const char* path);
 
-/* 1, or -1 when the file can't be created. */
+/* Channels 1 or 3; of other images only the magic is written.  Rows are padded by their length modulo 4, which readers expect
+ * where that is 0 or 2 only.  1, or -1 when the file can't be created. */
 BISEAM_API int32_t clSaveImage(const char* path, const ClImage* image);
 
-/* Allocates and reads one raw frame at the stream's position, formats 0 and 4.  1, or 0 for another format. */
+/* Allocates (free_image_data releases) and reads one raw frame at the stream's position, formats 0 and 4: height rows of
+ * stride0 bytes, then half as many or as many of stride1.  1; 0, and no planes, for another format or when memory is short. */
 BISEAM_API int32_t read_yuv_image(FILE* stream, ImageHeader* image, int32_t width, int32_t height, int32_t stride0,
                                   int32_t stride1, int32_t format);
+
+/* Writes the planes back to back as the given format has them, both chroma planes of formats 2 and 6 with strides[1], format 7
+ * with 3 * strides[0] bytes a row; nothing for format 3 and others. */
 BISEAM_API void save_yuv_image(FILE* stream, const ImageHeader* image, int32_t format);
 
 #endif /* BISEAM_ENGINE_ONLY */
