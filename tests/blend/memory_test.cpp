@@ -63,6 +63,23 @@ TEST(BuildGuassPyramid, KeepsNoBlock) {
   }
 }
 
+TEST(BlendMemory, PaddedImagesReportARefusedCopy) {
+  TestInstance instance(blend_config(8, 8, 25, 1));
+  TestImage padded(40, 25, 3, 50), output(32, 25, 3, -777);
+  BlendImage image = *padded, top = *padded;
+  image.width = 32;
+  top.width = 16;
+  top.height = 13;
+  for (int stage : {0, 1}) {
+    const FailingHeap heap(0);
+    const Status status = stage == 0 ? build_laplacian(image, {instance->levels[0], &instance->top[0]}, 1)
+                                     : collapse(top, instance->levels[0], *output, 1);
+    EXPECT_EQ(Status::no_memory, status);
+    EXPECT_EQ(0, heap.held());
+  }
+  EXPECT_EQ(TestImage(32, 25, 3, -777).samples(), output.samples());
+}
+
 TEST(BlendMemory, PyramidStagesReportEveryRefusedRequest) {
   TestInstance instance(blend_config(8, 8, 25, 3));
   TestImage band(32, 25, 3, 50), output(32, 25);

@@ -90,6 +90,28 @@ TEST(Resize, ThreeChannelsTakeTheirsFromTheBandLayout) {
   EXPECT_EQ(resized(src, 5, 7).samples(), dst.samples());
 }
 
+TEST(Resize, RowsAreFoundByTheStridesOfTheRecords) {
+  RandomSource random;
+  TestImage src(9, 6), dst(8, 7, 3, kOld);
+  src.randomize(random, -1000, 1000);
+  BlendImage from = *src, to = *dst;
+  from.width = 6;
+  to.width = 5;
+  EXPECT_EQ(0, Resize(&from, &to, BISEAM_RGB));
+  TestGray gray(9, 6), gray_dst(8, 7, kOld);
+  for (int32_t& sample : gray.samples()) sample = random.between(-1000, 1000);
+  gray.record()->width = 6;
+  gray_dst.record()->width = 5;
+  EXPECT_EQ(0, Resize(gray.record(), gray_dst.record(), BISEAM_GRAY));
+  for (int y = 0; y < 7; ++y) {
+    for (int x = 0; x < 8; ++x) {
+      const int column = x < 5 ? picked(x, 6, 5) : 0, row = picked(y, 6, 7);
+      for (int k = 0; k < 3; ++k) EXPECT_EQ(x < 5 ? src.at(column, row, k) : kOld, dst.at(x, y, k));
+      EXPECT_EQ(x < 5 ? gray.samples()[row * 9 + column] : kOld, gray_dst.samples()[y * 8 + x]);
+    }
+  }
+}
+
 TEST(Resize, MaskValuesAreNeverMixed) {
   RandomSource random;
   for (const auto& [width, height] : {std::pair{3, 4}, {11, 23}, {31, 7}, {64, 64}}) {
