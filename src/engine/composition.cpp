@@ -7,8 +7,8 @@ namespace biseam {
 
 void copy_rectangle(const uint8_t* src, int columns, int rows, int src_stride, uint32_t src_x, uint8_t* dst, int dst_stride,
                     int unit, int dst_x) {
+  if (columns < 1 || unit < 1) return;
   const int64_t bytes = int64_t{columns} * unit;
-  if (bytes < 1) return;
   for (int row = 0; row < rows; ++row) {
     const uint8_t* from = src + ptrdiff_t{row} * src_stride + ptrdiff_t{unit} * ptrdiff_t(src_x);
     uint8_t* to = dst + ptrdiff_t{row} * dst_stride + ptrdiff_t{unit} * dst_x;

@@ -50,6 +50,8 @@ TEST(ImageCopy, NoRowsOrColumnsWriteNothing) {
   for (const auto& [columns, rows] : {std::pair{4, 0}, {4, -1}, {0, 4}, {-1, 4}, {-3, -3}}) {
     ImageCopy(src.data(), columns, rows, 8, 0, dst.data(), 8, 2, 0);
     EXPECT_EQ(before, dst.values());
+    ImageCopy(src.data(), columns, rows, 8, 0, dst.data() + 32, 8, -2, 0);
+    EXPECT_EQ(before, dst.values());
   }
 }
 
