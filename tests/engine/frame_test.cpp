@@ -119,6 +119,45 @@ TEST(Frame, OnlyTheFirstFlipAndMirrorEntryIsRead) {
   EXPECT_TRUE(a == b);
 }
 
+// The order shows only where rows share bytes.  Without rows to stitch the caller's own picture is turned, on one thread.
+TEST(Frame, FlipComesBeforeMirror) {
+  StitchConfig config = small_config();
+  config.in_h = 0;
+  config.out_h[0] = 4;
+  config.out_luma_stride[0] = config.out_chroma_stride[0] = 300;
+  config.out_flip[0] = config.out_mirror[0] = 1;
+  const size_t bytes = size_t(3 * 300 + config.out_w[0]);
+  FramePlanes got{Bytes(bytes), Bytes(bytes)};
+  for (size_t i = 0; i < bytes; ++i) {
+    got.luma[i] = uint8_t(i * i / 7);
+    got.chroma[i] = uint8_t(i * i / 11);
+  }
+  FramePlanes flipped_first = got, mirrored_first = got;
+  ImageHeader picture{};
+  picture.width = config.out_w[0];
+  picture.height = 4;
+  picture.strides[0] = picture.strides[1] = 300;
+  const auto point_to = [&](FramePlanes& planes) {
+    picture.planes[0] = planes.luma.data();
+    picture.planes[1] = planes.chroma.data();
+  };
+  point_to(flipped_first);
+  flip_image(&picture);
+  mirror_image(&picture);
+  point_to(mirrored_first);
+  mirror_image(&picture);
+  flip_image(&picture);
+  ASSERT_NE(flipped_first.luma, mirrored_first.luma);
+  ASSERT_NE(flipped_first.chroma, mirrored_first.chroma);
+
+  StitchConfig sized = small_config();
+  RandomSource random;
+  EngineSession engine(config);
+  FisheyePair fisheyes = random_fisheyes(random, sized);
+  process(engine, fisheyes, got);
+  EXPECT_TRUE(flipped_first == got);
+}
+
 // Flip and mirror go by the panorama's own format code; those without chroma pairs are not turned.
 TEST(Frame, PanoramaFormatGovernsFlipAndMirror) {
   for (const int format : {1, 4, 7, 3}) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <initializer_list>
@@ -255,6 +256,22 @@ TEST(InitBlendImageHeader, Type8LeavesTheSamples) {
   EXPECT_EQ(0, init_blendimage_header(&image, 5, 4, 8));
   EXPECT_EQ(samples, image.data);
   expect_type8(image, 5, 4);
+}
+
+TEST(BlendImageHeaders, TheOneChannelLayoutIsNoPrefixOfTheThreeChannelOne) {
+  EXPECT_NE(offsetof(BlendImage, stride), offsetof(BlendGray, stride));
+  EXPECT_NE(offsetof(BlendImage, data), offsetof(BlendGray, data));
+  EXPECT_NE(offsetof(BlendImage, type), offsetof(BlendGray, type));
+  // Told 8, a builder lays out the short record even where a long one lies.
+  BlendImage image, before;
+  std::memset(&image, 0x5A, sizeof image);
+  before = image;
+  EXPECT_EQ(0, init_blendimage_header(&image, 5, 4, 8));
+  EXPECT_EQ(before.type, image.type);
+  EXPECT_EQ(before.stride, image.stride);
+  BlendGray gray;
+  std::memcpy(&gray, &image, sizeof gray);
+  expect_type8(gray, 5, 4);
 }
 
 TEST(BlendImageHeaders, OtherTypesLeaveTheRecord) {
