@@ -265,6 +265,20 @@ TEST(CreateLUTTablePht, WidthsThatAreNoMultipleOfFourStayInsideTheirRows) {
   for (int width = 1; width <= 13; ++width) expect_part(width, 3, 0, 0, 3);
 }
 
+TEST(CreateLUTTablePht, FirstRowIsOneStepBelowThePole) {
+  LensRecord lens = plain_lens(make_config(64, 16, 0), 0);
+  lens.cx = lens.cy = 0.0f;
+  std::vector<float> entries(2 * 16 * 16);
+  MAPTIHeader map{entries.data()};
+  LutBuilderArgs args{16, 16, &map, &lens, 0};
+  CreateLUTTablePht(&args);
+  // The last column looks a quarter turn to the right: only the step of pi / 16 away from the pole leads there.
+  const float* entry = &entries[2 * 15];
+  const double length = lens.focal * lens.focus * kExactPi / 2;
+  EXPECT_NEAR(entry[0], length * std::sin(kExactPi / 16), 3.0);
+  EXPECT_NEAR(entry[1], -length * std::cos(kExactPi / 16), 3.0);
+}
+
 TEST(CreateLUTTablePht, LastRowLooksAtThePole) {
   LensRecord lens = plain_lens(make_config(64, 16, 0), 0);
   lens.cx = lens.cy = 0.0f;
@@ -299,6 +313,29 @@ TEST(CreateLUTTablePht, IdentityMatrixPointsAlongTheRayWithTheAnglesLength) {
       ASSERT_GE(u * x + v * y, 0.0) << row << ", " << column;
     }
   }
+}
+
+// Against the same formula with divisions and a square root: one Newton step would come within 0.0001.
+TEST(CreateLUTTablePht, EstimatesAreNotRefined) {
+  LensRecord lens = plain_lens(make_config(256, 128, 0), 0);
+  lens.cx = lens.cy = 0.0f;
+  std::vector<float> entries(2 * lens.width * lens.rows);
+  MAPTIHeader map{entries.data()};
+  LutBuilderArgs args{lens.width, lens.rows, &map, &lens, 0};
+  CreateLUTTablePht(&args);
+  double most = 0.0;
+  for (int row = 0; row < lens.rows - 1; ++row) {
+    for (int column = 0; column < lens.width; ++column) {
+      const double theta = -kExactPi / 2 + (row + 1) * kExactPi / 128, phi = (column + 1) * 2 * kExactPi / 256;
+      const double x = plain_sine(phi) * std::cos(theta), y = std::sin(theta);
+      const double z = plain_cosine(phi) * std::cos(theta);
+      double angle = plain_arctangent(static_cast<float>(std::hypot(x, y) / z), 1.0f);
+      if (angle < 0.0) angle += kExactPi;
+      const float* entry = &entries[2 * (row * lens.width + column)];
+      most = std::max(most, std::fabs(std::hypot(entry[0], entry[1]) / (lens.focal * lens.focus * angle) - 1.0));
+    }
+  }
+  EXPECT_GT(most, 0.002);
 }
 
 TEST(CreateLUTTablePht, ThirdMatrixRowIsNotRead) {
