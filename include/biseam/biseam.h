@@ -149,7 +149,8 @@ BISEAM_API void CvtColorToGray(BlendImage* src, BlendGray* dst);
 /* Fills (*kernel)[0 .. *taps) with a normalised flat kernel. */
 BISEAM_API void CreatGaussKernal(float sigma, float** kernel, int32_t* taps);
 
-/* Separable mean over taps x taps, clipped to the image, truncated toward zero.  dst is left alone when memory is short. */
+/* Separable mean over taps x taps, clipped to the image, truncated toward zero.  When memory is short dst is left alone and
+ * standard output told so. */
 BISEAM_API void GaussianSmooth(BlendGray* src, BlendGray* dst, float sigma, int32_t taps);
 
 /* out = |a - b|.  -1 when a channel count is not 1 or the sizes differ. */
@@ -181,7 +182,7 @@ BISEAM_API float MaxFlow(int32_t arc_count, void* orphan_stack, SeamGraph* graph
 BISEAM_API int32_t InSourceSegment(int32_t node, SeamGraph* graph);
 
 /* Cuts between two detail images and writes weight 64 into the mask on source 1's side; offset: mask column of the strip's
- * first column.  -1 when the detail images differ in size. */
+ * first column.  -1, the mask untouched, when the detail images differ in size or memory is short. */
 BISEAM_API int32_t GraphCut(int32_t offset, BlendImage* mask, BlendGray* detail1, BlendGray* detail2);
 
 /* Copies the seam-search strip out of a source; side 1 for source 1, 0 for source 2. */

@@ -11,8 +11,6 @@
 
 namespace {
 
-// Standard output, without a newline.
-
 int32_t code_of(biseam::Status status) { return status == biseam::Status::ok ? 0 : -1; }
 
 // A size that needs more than 31 bits is -1, which no allocator grants.
