@@ -9,7 +9,7 @@ build=(
   libavcodec-dev libavformat-dev libavutil-dev libswscale-dev # the tool's pictures and videos
   libcli11-dev libtomlplusplus-dev                          # its command line and profiles
 )
-check=(clang clang-format clang-tidy abigail-tools git)
+check=(clang clang-format clang-tidy libclang-rt-dev abigail-tools git)
 cross=(g++-aarch64-linux-gnu g++-arm-linux-gnueabihf googletest qemu-user)
 
 wanted=()
