@@ -48,7 +48,10 @@ class Filter {
   int taps() const { return taps_; }
 
  private:
-  double weight(int phase, int tap) const { return lanczos((tap - taps_ / 2 + 1 - double(phase) / kPhases) / stretch_); }
+  double weight(int phase, int tap) const {
+    const int middle = taps_ / 2 - 1;
+    return lanczos((tap - middle - double(phase) / kPhases) / stretch_);
+  }
 
   double stretch_;
   int taps_;

@@ -84,7 +84,7 @@ void Builder::build_colonnade() {
     const double x = -3.6 + 0.6 * n;
     beam.push_back(box(x - 0.05, x + 0.05, 3.16, 3.3, -5.5, z + 0.2, {Material::wood, {0.8, 0.75, 0.7}}));
   }
-  stand(std::move(beam), false);
+  stand(beam, false);
   stand({box(-0.95, 0.95, 0, 2.3, -5.2, -5.13, kStone),
          box(-0.78, 0.78, 0.28, 2.14, -5.2, -5.11, {Material::door, {0.35, 0.62, 0.72}}),
          box(-0.95, 0.95, 0, 0.28, -5.2, -4.85, kStone), ball(0.1, 1.1, -5.1, 0.035, {Material::steel})});
