@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <ostream>
 #include <random>
 #include <string>
 #include <vector>
@@ -22,6 +23,9 @@ struct Variant {
   const char* name;
   bool search, odd_levels, all_later_fail;
 };
+
+// Test names hold it instead of the record's bytes.
+void PrintTo(const Variant& variant, std::ostream* out) { *out << variant.name; }
 
 class Faults : public testing::TestWithParam<Variant> {
  protected:

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <random>
 #include <string>
 #include <utility>
@@ -52,6 +53,9 @@ struct Variant {
   const char* name;
   void (*change)(StitchConfig&);
 };
+
+// Test names hold it instead of the record's bytes.
+void PrintTo(const Variant& variant, std::ostream* out) { *out << variant.name; }
 
 const Variant kVariants[] = {
     {"plain", [](StitchConfig&) {}},

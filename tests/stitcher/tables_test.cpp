@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -153,6 +154,9 @@ struct Rig {
   int out_w, feather, trans_width, findpath_width, pyr_level;
   float inv_scale;
 };
+
+// Test names hold it instead of the record's bytes.
+void PrintTo(const Rig& rig, std::ostream* out) { *out << rig.name; }
 
 class UsualRig : public testing::TestWithParam<Rig> {};
 
