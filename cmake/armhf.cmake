@@ -1,10 +1,10 @@
-# 32-bit ARM Linux with NEON, run here under qemu.
+# 32-bit ARM Linux, run here under qemu.  NEON is asked for at run time, as not every board of the architecture has it.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7l)
 set(CMAKE_C_COMPILER arm-linux-gnueabihf-gcc)
 set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
-set(CMAKE_C_FLAGS_INIT "-march=armv7-a+neon -mfpu=neon")
-set(CMAKE_CXX_FLAGS_INIT "-march=armv7-a+neon -mfpu=neon")
+set(CMAKE_C_FLAGS_INIT "-march=armv7-a+fp")
+set(CMAKE_CXX_FLAGS_INIT "-march=armv7-a+fp")
 set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L /usr/arm-linux-gnueabihf)
 set(CMAKE_FIND_ROOT_PATH /usr/arm-linux-gnueabihf)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)

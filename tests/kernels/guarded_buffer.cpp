@@ -1,0 +1,51 @@
+#include "kernels/guarded_buffer.hpp"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+namespace biseam::test {
+
+namespace {
+
+constexpr uint8_t kPoison = 0xA5;
+constexpr std::size_t kAlignment = 128;
+
+std::size_t page_size() { return static_cast<std::size_t>(sysconf(_SC_PAGESIZE)); }
+std::size_t round_up(std::size_t value, std::size_t unit) { return (value + unit - 1) / unit * unit; }
+
+}  // namespace
+
+GuardedBuffer::GuardedBuffer(std::size_t bytes, Placement placement, std::size_t shift) : bytes_(bytes) {
+  const std::size_t page = page_size();
+  const std::size_t before = placement == Placement::amid_poison ? kAlignment + shift : 0;
+  const std::size_t open = round_up(before + bytes + kAlignment, page);
+  mapped_ = open + 2 * page;
+  void* mapping = mmap(nullptr, mapped_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (mapping == MAP_FAILED) throw std::bad_alloc();
+  mapping_ = static_cast<uint8_t*>(mapping);
+  std::memset(mapping_ + page, kPoison, open);
+  mprotect(mapping_, page, PROT_NONE);
+  mprotect(mapping_ + page + open, page, PROT_NONE);
+  data_ = placement == Placement::at_end ? mapping_ + page + open - bytes : mapping_ + page + before;
+}
+
+GuardedBuffer::GuardedBuffer(GuardedBuffer&& other) noexcept
+    : mapping_(other.mapping_), mapped_(other.mapped_), bytes_(other.bytes_), data_(other.data_) {
+  other.mapping_ = nullptr;
+}
+
+GuardedBuffer::~GuardedBuffer() {
+  if (mapping_ != nullptr) munmap(mapping_, mapped_);
+}
+
+bool GuardedBuffer::poison_is_whole() const {
+  const std::size_t page = page_size();
+  const auto poisoned = [](uint8_t byte) { return byte == kPoison; };
+  return std::all_of(mapping_ + page, data_, poisoned) && std::all_of(data_ + bytes_, mapping_ + mapped_ - page, poisoned);
+}
+
+}  // namespace biseam::test

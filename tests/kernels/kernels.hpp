@@ -1,0 +1,14 @@
+#pragma once
+
+#include <vector>
+
+#include "kernels/kernel.hpp"
+
+// Every kernel with more than one version, by stage.
+namespace biseam::test {
+
+std::vector<Kernel> blend_kernels();
+
+std::vector<Kernel> all_kernels();
+
+}  // namespace biseam::test
