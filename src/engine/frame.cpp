@@ -4,6 +4,7 @@
 
 #include "blend/module.hpp"
 #include "engine/composition.hpp"
+#include "engine/stages.hpp"
 #include "engine/threads.hpp"
 #include "format/convert.hpp"
 #include "geometry/flip.hpp"
@@ -78,6 +79,8 @@ RemapThreadArgs right_args(const StitchEngine& e) {
   return args;
 }
 
+}  // namespace
+
 void remap_stage(const StitchEngine& e, SampleRegion sample) {
   const int rows = shared_rows(e);
   const int half = rows / 2;
@@ -98,6 +101,8 @@ void remap_stage(const StitchEngine& e, SampleRegion sample) {
   }
 }
 
+namespace {
+
 // The converters know pairs in U, V order only.  V, U layouts take the same ones: what is exchanged on the way in is exchanged
 // back on the way out.
 int converter_format(int format) {
@@ -112,6 +117,8 @@ void* run_conversion(void* task) {
   return nullptr;
 }
 
+}  // namespace
+
 void conversion_stage(StitchEngine& e) {
   ConversionArgs args[4];
   ThreadTask tasks[4];
@@ -121,6 +128,8 @@ void conversion_stage(StitchEngine& e) {
   }
   run_together(tasks, 4);
 }
+
+namespace {
 
 struct BlendTask {
   BlendThreadArgs args;
@@ -133,6 +142,8 @@ void* run_blend(void* task) {
   t.status = blend_band(*t.args.instance, *t.args.source1, *t.args.source2, *t.args.output, t.report);
   return nullptr;
 }
+
+}  // namespace
 
 Status blend_stage(StitchEngine& e, MemoryReport report) {
   BlendTask blends[2];
@@ -158,6 +169,8 @@ void compose_stage(StitchEngine& e) {
   if (config.out_mirror[0] != 0) mirror_columns(e.pano);
 }
 
+namespace {
+
 bool is_semi_planar(int format) {
   return format == BISEAM_YUV420_SEMIPLANAR || format == BISEAM_YUV420_SEMIPLANAR_VU || format == BISEAM_YUV422_SEMIPLANAR ||
          format == BISEAM_YUV422_SEMIPLANAR_VU;
@@ -177,14 +190,18 @@ void point_to(ImageHeader& image, const FisheyePlanes& planes) {
 
 }  // namespace
 
-Status process_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const FisheyePlanes& panorama, SampleRegion sample,
-                     MemoryReport report) {
+Status attach_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const FisheyePlanes& panorama) {
   for (int k = 0; k < 2; ++k) {
     point_to(engine.src_image[k], fisheye[k]);
     engine.src_image[k].planes[2] = fisheye[k].chroma == nullptr ? nullptr : fisheye[k].chroma + 1;
   }
   point_to(engine.pano, panorama);
-  if (!holds_two_planes(*engine.config)) return Status::mismatch;
+  return holds_two_planes(*engine.config) ? Status::ok : Status::mismatch;
+}
+
+Status process_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const FisheyePlanes& panorama, SampleRegion sample,
+                     MemoryReport report) {
+  if (attach_frame(engine, fisheye, panorama) != Status::ok) return Status::mismatch;
   remap_stage(engine, sample);
   conversion_stage(engine);
   const Status status = blend_stage(engine, report);
