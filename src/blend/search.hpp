@@ -1,0 +1,13 @@
+#pragma once
+
+#include "biseam/records.h"
+#include "engine/memory_report.hpp"
+#include "engine/status.hpp"
+
+namespace biseam {
+
+// Finds the seam between the sources of a band and makes it the instance's mask.  Weights of earlier frames stay in both masks.
+// no_memory: the masks are as they were, the instance stays usable.
+Status search_seam(BlendInstance& instance, const BlendImage* const sources[2], MemoryReport report);
+
+}  // namespace biseam
