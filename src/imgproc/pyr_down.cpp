@@ -1,41 +1,17 @@
 #include "imgproc/pyr_down.hpp"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
 #include "imgproc/align.hpp"
 #include "imgproc/border.hpp"
 #include "imgproc/pyr_down_rows.hpp"
+#include "imgproc/row_reduction.hpp"
 #include "imgproc/row_ring.hpp"
 
 namespace biseam {
 
 namespace {
-
-// Where the outer pixels of a reduced row find their source columns.
-struct RowEdges {
-  int32_t left[5];   // of pixel 0
-  int32_t right[7];  // of pixel inner_end + j: right[j] .. right[j + 4]; j is 0, or 1 one pixel past an exact half
-  int inner_end;     // pixels 1 .. inner_end - 1 have all five columns inside the row
-};
-
-RowEdges find_edges(int src_width, int dst_width) {
-  RowEdges edges;
-  edges.inner_end = std::min((src_width - 3) / 2 + 1, dst_width);
-  for (int i = 0; i < 5; ++i) edges.left[i] = reflected(i - 2, src_width);
-  for (int i = 0; i < 7; ++i) edges.right[i] = reflected(i - 2 + int64_t{2} * edges.inner_end, src_width);
-  return edges;
-}
-
-void reduce_row(const int32_t* src, int32_t* row, int width, const RowEdges& edges) {
-  if (width < 1) return;
-  reduce_pixel_at(src, edges.left, row);
-  reduce_pixels(src + 6, row + 3, edges.inner_end - 1);
-  for (int x = std::max(edges.inner_end, 1); x < width; ++x) {
-    reduce_pixel_at(src, edges.right + (x - edges.inner_end), row + ptrdiff_t{3} * x);
-  }
-}
 
 // Every source row is filtered once although up to three destination rows use it; the ring keeps at least five.
 void reduce(const BlendImage& src, BlendImage& dst, RowRing& ring) {

@@ -1,12 +1,11 @@
 #include "imgproc/pyr_up.hpp"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
-#include "imgproc/border.hpp"
 #include "imgproc/pyr_up_rows.hpp"
+#include "imgproc/row_expansion.hpp"
 #include "imgproc/row_ring.hpp"
 
 namespace biseam {
@@ -25,17 +24,14 @@ void expand_source_row(const BlendImage& src, const BlendImage& dst, int64_t y, 
   }
 }
 
-// The source row that stands for row y, one outside at most.  Mirroring takes place on the destination's rows.
-int source_row(int64_t y, const BlendImage& src, const BlendImage& dst) {
-  return std::min(reflected(2 * y, dst.height) / 2, src.height - 1);
-}
-
 // Every source row is expanded once although four destination rows use it; the ring keeps three.  Needs a pixel and a row.
 void expand(const BlendImage& src, BlendImage& dst, RowRing& ring) {
   const ptrdiff_t count = ptrdiff_t{dst.width} * dst.channels;
   int64_t next = -1;  // source row to be expanded
   for (int64_t y = 0; y < src.height; ++y) {
-    for (; next <= y + 1; ++next) expand_source_row(src, dst, source_row(next, src, dst), ring.row(next + 1));
+    for (; next <= y + 1; ++next) {
+      expand_source_row(src, dst, expanded_source_row(next, src.height, dst.height), ring.row(next + 1));
+    }
     const int32_t* above = ring.row(y);
     const int32_t* row = ring.row(y + 1);
     const int32_t* below = ring.row(y + 2);

@@ -11,7 +11,8 @@ namespace biseam {
 // twice.
 void expand_row(const int32_t* src, int32_t* row, ptrdiff_t width, int channels) noexcept;
 
-// out = (above + 6 row + below + 32) >> 6, rounding toward minus infinity: the output row on a source row.
+// out = (above + 6 row + below + 32) >> 6, rounding toward minus infinity: the output row on a source row, which
+// it does not overlap, as no other that is read.
 void expand_rows_on(const int32_t* above, const int32_t* row, const int32_t* below, int32_t* out, ptrdiff_t count) noexcept;
 
 // out = (4 (row + below) + 32) >> 6: the output row between two source rows.

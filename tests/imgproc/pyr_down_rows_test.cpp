@@ -24,13 +24,15 @@ TEST(ReducePixels, EveryCountAndFullRangeSamples) {
     // Exactly the source that the contract names: two pixels before the first, two past the last.
     std::vector<int32_t> source(pixels == 0 ? 0 : 3 * (2 * (pixels - 1) + 5));
     for (int32_t& sample : source) sample = static_cast<int32_t>(random.word());
-    GuardedBlock<int32_t> row(3 * pixels);
+    GuardedBlock<int32_t> row(3 * pixels), rounded(3 * pixels);
     if (pixels > 0) reduce_pixels(source.data() + 6, row.data(), pixels);
+    if (pixels > 0) reduce_pixels_rounded(source.data() + 6, rounded.data(), pixels);
     for (int x = 0; x < pixels; ++x) {
       for (int k = 0; k < 3; ++k) {
         int32_t taps[5];
         for (int i = 0; i < 5; ++i) taps[i] = source[3 * (2 * x + i) + k];
         EXPECT_EQ(static_cast<int32_t>(weighted(taps)), row[3 * x + k]);
+        EXPECT_EQ(static_cast<int32_t>(weighted(taps) + 128) >> 8, rounded[3 * x + k]);
       }
     }
   }
@@ -41,6 +43,7 @@ TEST(ReducePixels, NegativeCountWritesNothing) {
   const std::vector<int32_t> before = row.values();
   const std::vector<int32_t> source(15);
   reduce_pixels(source.data() + 6, row.data(), -1);
+  reduce_pixels_rounded(source.data() + 6, row.data(), -1);
   EXPECT_EQ(before, row.values());
 }
 
@@ -75,11 +78,13 @@ TEST(ReduceRows, EveryCountAndFullRangeSamples) {
       for (int32_t& sample : samples[k]) sample = static_cast<int32_t>(random.word());
       rows[k] = samples[k].data();
     }
-    GuardedBlock<int32_t> out(count);
+    GuardedBlock<int32_t> out(count), sums(count);
     reduce_rows(rows, out.data(), count);
+    sum_rows(rows, sums.data(), count);
     for (int i = 0; i < count; ++i) {
       const int32_t taps[5] = {samples[0][i], samples[1][i], samples[2][i], samples[3][i], samples[4][i]};
       EXPECT_EQ(static_cast<int32_t>(weighted(taps) + 128) >> 8, out[i]);
+      EXPECT_EQ(static_cast<int32_t>(weighted(taps)), sums[i]);
     }
   }
 }
