@@ -1,5 +1,6 @@
 #include "geometry/sample_row.hpp"
 
+#include "geometry/sample_kernels.hpp"
 #include "geometry/truncate.hpp"
 
 namespace biseam {
@@ -17,17 +18,12 @@ Position split(float u, float v) noexcept {
   return {column, row, u - static_cast<float>(column), v - static_cast<float>(row)};
 }
 
-// Unsigned arithmetic of the host's own width, so that nothing overflows however large the picture is.
-const uint8_t* locate(const uint8_t* plane, std::ptrdiff_t stride, uint32_t row, std::size_t byte) noexcept {
-  return plane + static_cast<std::ptrdiff_t>(std::size_t{row} * static_cast<std::size_t>(stride) + byte);
-}
-
 uint8_t low_byte(float value) noexcept { return static_cast<uint8_t>(truncate_to_unsigned(value)); }
 
 }  // namespace
 
-void sample_luma_row(const float* entries, const uint8_t* source, std::ptrdiff_t stride, uint8_t* destination,
-                     int count) noexcept {
+void sample_luma_row_scalar(const float* entries, const uint8_t* source, std::ptrdiff_t stride, uint8_t* destination,
+                            int count) noexcept {
   for (int k = 0; k < count; ++k, entries += 2) {
     const auto [column, row, fx, fy] = split(entries[0], entries[1]);
     const uint8_t* pixel = locate(source, stride, row, column);
@@ -38,8 +34,8 @@ void sample_luma_row(const float* entries, const uint8_t* source, std::ptrdiff_t
   }
 }
 
-void sample_chroma_row(const float* entries, const uint8_t* source, std::ptrdiff_t stride, float x_factor, float y_factor,
-                       uint8_t* destination, int count) noexcept {
+void sample_chroma_row_scalar(const float* entries, const uint8_t* source, std::ptrdiff_t stride, float x_factor,
+                              float y_factor, uint8_t* destination, int count) noexcept {
   for (int k = 0; k < count; ++k, entries += 4, destination += 2) {
     const auto [column, row, fx, fy] = split(entries[0] / x_factor, entries[1] / y_factor);
     const uint8_t* upper = locate(source, stride, row, 2 * std::size_t{column});
@@ -50,6 +46,21 @@ void sample_chroma_row(const float* entries, const uint8_t* source, std::ptrdiff
           low_byte(w00 * upper[component] + w10 * upper[component + 2] + w01 * lower[component] + w11 * lower[component + 2]);
     }
   }
+}
+
+constinit const Variants<SampleLumaRow> kSampleLumaRow{sample_luma_row_scalar, nullptr, nullptr,
+                                                       BISEAM_ON_X86_64(sample_luma_row_avx512)};
+constinit const Variants<SampleChromaRow> kSampleChromaRow{sample_chroma_row_scalar, nullptr, nullptr,
+                                                           BISEAM_ON_X86_64(sample_chroma_row_avx512)};
+
+void sample_luma_row(const float* entries, const uint8_t* source, std::ptrdiff_t stride, uint8_t* destination,
+                     int count) noexcept {
+  kSampleLumaRow.best()(entries, source, stride, destination, count);
+}
+
+void sample_chroma_row(const float* entries, const uint8_t* source, std::ptrdiff_t stride, float x_factor, float y_factor,
+                       uint8_t* destination, int count) noexcept {
+  kSampleChromaRow.best()(entries, source, stride, x_factor, y_factor, destination, count);
 }
 
 }  // namespace biseam

@@ -6,7 +6,7 @@
 namespace biseam {
 
 // Rows of one table, source plane and destination.  Entries are u, v pairs in luma pixels; no position is checked against the
-// source's size.
+// source's size.  The source is a rectangle: what one entry's column and another one's row name can be read as well.
 
 // Luma: count entries, count bytes.  Mixes a pixel with the one below; the horizontal neighbour is not read.
 void sample_luma_row(const float* entries, const uint8_t* source, std::ptrdiff_t stride, uint8_t* destination,

@@ -326,6 +326,39 @@ TEST(RemapYpoint, SourcesPastTwoGigabytesAreAddressed) {
   munmap(block, bytes);
 }
 
+// Wide enough for whole vectors, with entries near each other and far apart on both sides of the limits of 32-bit offsets.
+TEST(RemapYpoint, WideRowsOfSourcesPastFourGigabytesAreAddressed) {
+  if (sizeof(void*) < 8) GTEST_SKIP() << "needs 64-bit addresses";
+  constexpr int stride = 1 << 21, count = 96;
+  const std::size_t bytes = std::size_t{stride} * 2100;
+  void* block = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (block == MAP_FAILED) GTEST_SKIP() << "no address space";
+  uint8_t* plane = static_cast<uint8_t*>(block);
+  ImageHeader source{};
+  source.planes[0] = source.planes[1] = plane;
+  source.strides[0] = source.strides[1] = stride;
+  Random random(20606);
+  std::vector<float> table(4 * count);
+  const auto address = [&](const float* entry) {
+    return plane + std::size_t{stride} * static_cast<std::size_t>(entry[1]) + static_cast<std::size_t>(entry[0]);
+  };
+  for (int k = 0; k < 2 * count; ++k) {
+    static constexpr int rows[] = {0, 510, 1022, 1023, 2046, 2090};
+    const bool near = k % 64 < 32;
+    table[2 * k] = static_cast<float>(stride - 2048 + 2 * (near ? k % 8 : pick(random, 0, 1000)));
+    table[2 * k + 1] = static_cast<float>(rows[k / 32] + (near ? k % 4 : 0));
+    for (int i = 0; i < 2; ++i) address(&table[2 * k])[i] = static_cast<uint8_t>(random());
+  }
+  Picture expected(count, 2, 2, 0), result(count, 2, 2, 0);
+  for (int x = 0; x < count; ++x) {
+    for (int y = 0; y < 2; ++y) expected.luma_at(x, y) = *address(&table[2 * (y * count + x)]);
+    expected.chroma_at(x / 2, x % 2, 0) = address(&table[2 * (x / 2 * 2)])[x % 2];
+  }
+  remap_ypoint(table.data(), count, 0, &source, &result.header, 0, count, 0, 2, 2, 1);
+  EXPECT_TRUE(same_bytes(expected, result));
+  munmap(block, bytes);
+}
+
 // The records of a panorama of one strip each: columns, bands and rows drawn at random.
 struct Strip {
   Strip(Random& random, int format, bool middle)

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "cpu/variants.hpp"
+
+// The versions behind sample_row.hpp.
+//
+// Neighbouring entries name neighbouring samples.  So the vector versions lay a window of a few rows over the picture in which
+// all samples of a vector mostly lie, load it whole and take the samples out of registers, which costs a fraction of a load for
+// each.  A window ends at the last column and row that the vector reads and is laid only where it begins inside the picture.
+// Positions farther apart are read one by one.
+namespace biseam {
+
+using SampleLumaRow = void(const float* entries, const uint8_t* source, std::ptrdiff_t stride, uint8_t* destination,
+                           int count) noexcept;
+using SampleChromaRow = void(const float* entries, const uint8_t* source, std::ptrdiff_t stride, float x_factor, float y_factor,
+                             uint8_t* destination, int count) noexcept;
+
+SampleLumaRow sample_luma_row_scalar, sample_luma_row_avx512;
+SampleChromaRow sample_chroma_row_scalar, sample_chroma_row_avx512;
+
+extern const Variants<SampleLumaRow> kSampleLumaRow;
+extern const Variants<SampleChromaRow> kSampleChromaRow;
+
+// Unsigned arithmetic of the host's own width, so that nothing overflows however large the picture is.
+inline const uint8_t* locate(const uint8_t* plane, std::ptrdiff_t stride, uint32_t row, std::size_t byte) noexcept {
+  return plane + static_cast<std::ptrdiff_t>(std::size_t{row} * static_cast<std::size_t>(stride) + byte);
+}
+
+// Table rows follow each other in memory, but every page is new to the processor's own prefetching.
+inline constexpr int kFloatsAhead = 512;
+// One panorama row later about one source row further down is read.
+inline constexpr int kRowsAhead = 8;
+
+// Asks for the cache line at an address that need not be the block's own.
+inline void ask_for(const void* block, std::ptrdiff_t offset) noexcept {
+  __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<uintptr_t>(block) + static_cast<uintptr_t>(offset)));
+}
+
+// The factors of the two chroma layouts that the engine has.  Division by them is multiplication by 1 or 0.5, for every value.
+inline bool is_engine_chroma(float x_factor, float y_factor) noexcept {
+  return x_factor == 2.0f && (y_factor == 2.0f || y_factor == 1.0f);
+}
+
+}  // namespace biseam

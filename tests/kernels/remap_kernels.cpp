@@ -1,0 +1,169 @@
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+#include "geometry/sample_kernels.hpp"
+#include "kernels/kernels.hpp"
+
+namespace biseam::test {
+
+namespace {
+
+// A plane of samples in exactly the bytes it needs: the last row ends with its last sample.
+struct Plane {
+  const uint8_t* first;
+  std::ptrdiff_t stride;
+  int width, height;  // in samples
+};
+
+Plane make_plane(KernelCall& call, int width, int height, int sample_bytes) {
+  static constexpr int paddings[] = {0, 0, 1, 7, 64};
+  const int row = width * sample_bytes, stride = row + paddings[call.number(0, 4)];
+  const uint8_t* bytes = call.input<uint8_t>(static_cast<std::size_t>((height - 1) * stride + row), 0, 255);
+  if (call.number(0, 5) != 0) return {bytes, stride, width, height};
+  return {bytes + (height - 1) * stride, -stride, width, height};  // stored from the bottom up
+}
+
+// Sizes from what no window fits in to what holds many.
+Plane any_plane(KernelCall& call, int sample_bytes) {
+  static constexpr int widths[] = {2, 3, 15, 16, 17, 40, 200}, heights[] = {2, 4, 5, 8, 9, 10, 30, 90};
+  return make_plane(call, widths[call.number(0, 6)], heights[call.number(0, 7)], sample_bytes);
+}
+
+// Positions along one axis, from 0 to what has its neighbour as the axis' last sample.
+struct Axis {
+  float scale;  // table units per sample
+  float last;   // in samples
+};
+
+// The last position of the sample before this one, with room for what a factor's rounding adds.
+float before(int sample) { return static_cast<float>(sample) * (1.0f - 1e-6f); }
+
+float reflect(float position, float last) {
+  if (!(last > 0.0f)) return 0.0f;
+  const float turned = std::fmod(std::fabs(position), 2.0f * last);
+  return std::min(turned <= last ? turned : 2.0f * last - turned, last);
+}
+
+float odd_position(KernelCall& call, const Axis& axis) {
+  constexpr float nan = std::numeric_limits<float>::quiet_NaN(), infinity = std::numeric_limits<float>::infinity();
+  switch (call.number(0, 11)) {
+    case 0:
+      return nan;
+    case 1:
+      return -infinity;
+    case 2:
+      return -call.real(0.0f, 2.0f);
+    case 3:
+      return -call.real(0.0f, 2000.0f);
+    case 4:
+      return -1e9f * call.real(0.0f, 20.0f);  // weights whose products pass 2^31 and 2^32
+    case 5:
+      return -std::ldexp(call.real(1.0f, 2.0f), call.number(-149, 127));
+    case 6:
+      return std::ldexp(call.real(1.0f, 2.0f), call.number(-149, -1));
+    case 7:
+      return -0.0f;
+    case 8:
+      return axis.scale * axis.last;
+    default:
+      return axis.scale * std::floor(call.real(0.0f, axis.last));
+  }
+}
+
+using Positions = void (*)(KernelCall& call, float* entries, int count, int step, const Axis (&axes)[2]);
+
+// As lenses give them: near each other, with a little noise, now and then turning round.
+void draw_smooth(KernelCall& call, float* entries, int count, int step, const Axis (&axes)[2]) {
+  for (int i = 0; i < 2; ++i) {
+    const float start = call.real(0.0f, 300.0f), slope = call.real(-1.3f, 1.3f) / static_cast<float>(1 + 2 * i);
+    for (int k = 0; k < count; ++k) {
+      const float position = start + slope * static_cast<float>(k) + call.real(0.0f, 0.1f);
+      entries[k * step + i] = axes[i].scale * reflect(position, axes[i].last);
+    }
+  }
+}
+
+void draw_scattered(KernelCall& call, float* entries, int count, int step, const Axis (&axes)[2]) {
+  for (int k = 0; k < count; ++k) {
+    for (int i = 0; i < 2; ++i) entries[k * step + i] = axes[i].scale * call.real(0.0f, axes[i].last);
+  }
+}
+
+// Smooth, but for some entries that are far off, no numbers, or lead to results past a byte.
+void draw_odd(KernelCall& call, float* entries, int count, int step, const Axis (&axes)[2]) {
+  draw_smooth(call, entries, count, step, axes);
+  const int rarity = call.number(1, 40);
+  for (int k = 0; k < count; ++k) {
+    for (int i = 0; i < 2; ++i) {
+      if (call.number(0, rarity) == 0) entries[k * step + i] = odd_position(call, axes[i]);
+    }
+  }
+}
+
+template <Positions draw>
+void call_luma(KernelCall& call, SampleLumaRow* sample) {
+  const int count = call.size();
+  const Plane plane = any_plane(call, 1);
+  float* entries = call.input<float>(static_cast<std::size_t>(2 * count), 0, 0);
+  draw(call, entries, count, 2, {{1.0f, before(plane.width)}, {1.0f, before(plane.height - 1)}});
+  uint8_t* out = call.output<uint8_t>(static_cast<std::size_t>(count));
+  call.run([&] { sample(entries, plane.first, plane.stride, out, count); });
+}
+
+template <Positions draw>
+void call_chroma(KernelCall& call, SampleChromaRow* sample) {
+  static constexpr float factors[][2] = {{2, 2}, {2, 1}, {2, 2}, {2, 1}, {1, 1}, {3, 2}, {2, 3}};
+  const int count = call.size();
+  const float* factor = factors[call.number(0, 6)];
+  const float x_factor = factor[0], y_factor = factor[1];
+  const Plane plane = any_plane(call, 2);
+  // Without the entry that the last pair skips.
+  float* entries = call.input<float>(static_cast<std::size_t>(std::max(0, 4 * count - 2)), 0, 0);
+  draw(call, entries, count, 4, {{x_factor, before(plane.width - 1)}, {y_factor, before(plane.height - 1)}});
+  uint8_t* out = call.output<uint8_t>(static_cast<std::size_t>(2 * count));
+  call.run([&] { sample(entries, plane.first, plane.stride, x_factor, y_factor, out, count); });
+}
+
+// What a lens and a panorama of twice its picture's width make of a row.
+void draw_lens_row(float* entries, int floats, int step) {
+  for (int i = 0; i + 1 < floats; i += step) {
+    const float x = static_cast<float>(i / 2);
+    entries[i] = 20.0f + 0.9f * x;
+    entries[i + 1] = 60.0f + 40.0f * std::sin(0.005f * x);
+  }
+}
+
+void call_lens_luma(KernelCall& call, SampleLumaRow* sample) {
+  const int count = call.size(), width = 32 + count;
+  const uint8_t* plane = call.input<uint8_t>(static_cast<std::size_t>(width * 110), 0, 255);
+  float* entries = call.input<float>(static_cast<std::size_t>(2 * count), 0, 0);
+  draw_lens_row(entries, 2 * count, 2);
+  uint8_t* out = call.output<uint8_t>(static_cast<std::size_t>(count));
+  call.run([&] { sample(entries, plane, width, out, count); });
+}
+
+void call_lens_chroma(KernelCall& call, SampleChromaRow* sample) {
+  const int count = call.size(), width = 32 + 2 * count, floats = std::max(0, 4 * count - 2);
+  const uint8_t* plane = call.input<uint8_t>(static_cast<std::size_t>(width * 60), 0, 255);
+  float* entries = call.input<float>(static_cast<std::size_t>(floats), 0, 0);
+  draw_lens_row(entries, floats, 4);
+  uint8_t* out = call.output<uint8_t>(static_cast<std::size_t>(2 * count));
+  call.run([&] { sample(entries, plane, width, 2.0f, 2.0f, out, count); });
+}
+
+}  // namespace
+
+std::vector<Kernel> remap_kernels() {
+  return {make_kernel("sample luma row", kSampleLumaRow, call_lens_luma),
+          make_kernel("sample luma row, smooth", kSampleLumaRow, call_luma<draw_smooth>),
+          make_kernel("sample luma row, scattered", kSampleLumaRow, call_luma<draw_scattered>),
+          make_kernel("sample luma row, odd", kSampleLumaRow, call_luma<draw_odd>),
+          make_kernel("sample chroma row", kSampleChromaRow, call_lens_chroma, 960),
+          make_kernel("sample chroma row, smooth", kSampleChromaRow, call_chroma<draw_smooth>, 960),
+          make_kernel("sample chroma row, scattered", kSampleChromaRow, call_chroma<draw_scattered>, 960),
+          make_kernel("sample chroma row, odd", kSampleChromaRow, call_chroma<draw_odd>, 960)};
+}
+
+}  // namespace biseam::test
