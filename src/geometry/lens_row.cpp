@@ -5,7 +5,7 @@
 #include <bit>
 
 #include "geometry/estimate.hpp"
-#include "geometry/estimate_portable.hpp"
+#include "geometry/lens_row_kernels.hpp"
 #include "geometry/trig.hpp"
 
 namespace biseam {
@@ -13,13 +13,13 @@ namespace biseam {
 namespace {
 
 // Hosts differ in the sign of the NaN that 0 times infinity gives; the table holds the default NaN of the ARM vector unit.
-float one_nan(float value) noexcept { return value == value ? value : std::bit_cast<float>(portable::kDefaultNan); }
+float one_nan(float value) noexcept { return value == value ? value : std::bit_cast<float>(kDefaultNan); }
 
 // One panorama position, to the eight bits of the estimates.
-void map_pixel(const LensRecord& lens, float scale, Latitude latitude, float longitude, float* entry) noexcept {
-  const float x = static_cast<float>(fast_sine(longitude) * static_cast<double>(latitude.cosine));
+void map_pixel(const LensRecord& lens, float scale, Latitude latitude, double sine, double cosine, float* entry) noexcept {
+  const float x = static_cast<float>(sine * static_cast<double>(latitude.cosine));
   const float y = latitude.sine;
-  const float z = static_cast<float>(fast_cosine(longitude) * static_cast<double>(latitude.cosine));
+  const float z = static_cast<float>(cosine * static_cast<double>(latitude.cosine));
   const float inverse_radius = reciprocal_root_estimate(x * x + y * y);
   const float radius = reciprocal_estimate(inverse_radius);
   float axis_angle = fast_arctangent(reciprocal_estimate(z) * radius, 1.0f);
@@ -40,14 +40,28 @@ Latitude row_latitude(const LensRecord& lens, int row) {
   return {static_cast<float>(sine), static_cast<float>(cosine)};
 }
 
-void map_row(const LensRecord& lens, float scale, Latitude latitude, int width, float* entries) noexcept {
-  // Every fourth longitude comes from the column index, the others by float addition.
+void turn_columns(const LensRecord& lens, int first, int count, double* sines, double* cosines) noexcept {
   float longitude = 0.0f;
-  for (int column = 0; column < width; ++column, entries += 2) {
-    longitude = column % 4 == 0 ? -kHalfPi + static_cast<float>(column + 1) * lens.column_step + lens.column_offset
-                                : longitude + lens.column_step;
-    map_pixel(lens, scale, latitude, longitude, entries);
+  for (int i = 0; i < count; ++i) {
+    longitude = i % 4 == 0 ? -kHalfPi + static_cast<float>(first + i + 1) * lens.column_step + lens.column_offset
+                           : longitude + lens.column_step;
+    sines[i] = fast_sine(longitude);
+    cosines[i] = fast_cosine(longitude);
   }
+}
+
+// The definition.
+void map_row_scalar(const LensRecord& lens, float scale, Latitude latitude, const double* sines, const double* cosines,
+                    int count, float* entries) noexcept {
+  for (int i = 0; i < count; ++i) map_pixel(lens, scale, latitude, sines[i], cosines[i], entries + 2 * i);
+}
+
+constinit const Variants<MapRow> kMapRow{map_row_scalar, nullptr, BISEAM_ON_X86_64(map_row_avx2),
+                                         BISEAM_ON_X86_64(map_row_avx512)};
+
+void map_row(const LensRecord& lens, float scale, Latitude latitude, const double* sines, const double* cosines, int count,
+             float* entries) noexcept {
+  kMapRow.best()(lens, scale, latitude, sines, cosines, count, entries);
 }
 
 }  // namespace biseam

@@ -10,7 +10,13 @@ struct Latitude {
 };
 Latitude row_latitude(const LensRecord& lens, int row);
 
-// Fills one table row: width pairs u, v.  scale: pixels per radian of angle from the optical axis.
-void map_row(const LensRecord& lens, float scale, Latitude latitude, int width, float* entries) noexcept;
+// Sines and cosines of the longitudes of count columns, which are the same for every row.  first: a multiple of four, as every
+// fourth longitude comes from the column's index and the others by addition.
+void turn_columns(const LensRecord& lens, int first, int count, double* sines, double* cosines) noexcept;
+
+// Fills count pairs u, v of a table row from the columns' sines and cosines.  scale: pixels per radian of angle from the
+// optical axis.
+void map_row(const LensRecord& lens, float scale, Latitude latitude, const double* sines, const double* cosines, int count,
+             float* entries) noexcept;
 
 }  // namespace biseam

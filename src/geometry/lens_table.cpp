@@ -22,16 +22,33 @@ void* run_build(void* task) {
   return nullptr;
 }
 
+// Latitudes and longitudes of a tile fit the first-level cache; tiles are large enough that making them costs next to nothing.
+constexpr int kTileRows = 512, kTileColumns = 512;
+static_assert(kTileColumns % 4 == 0);
+
+void build_tile(const LutBuilderArgs& args, int first_row, int rows, int first_column, int columns) {
+  const LensRecord& lens = *args.lens;
+  const float scale = lens.focal * lens.focus;
+  double sines[kTileColumns], cosines[kTileColumns];
+  turn_columns(lens, first_column, columns, sines, cosines);
+  for (int row = first_row; row < first_row + rows; ++row) {
+    const std::size_t entry =
+        static_cast<std::size_t>(row) * static_cast<std::size_t>(args.width) + static_cast<std::size_t>(first_column);
+    map_row(lens, scale, row_latitude(lens, row), sines, cosines, columns, args.map->entries + 2 * entry);
+  }
+}
+
 }  // namespace
 
 void build_strip(const LutBuilderArgs& args) {
-  const LensRecord& lens = *args.lens;
-  const float scale = lens.focal * lens.focus;
   const int middle = args.rows / 2;
   const int first = args.part == 2 ? middle : 0, end = args.part == 1 ? middle : args.rows;
-  for (int row = first; row < end && args.width > 0; ++row) {
-    float* entries = args.map->entries + static_cast<std::size_t>(row) * static_cast<std::size_t>(args.width) * 2;
-    map_row(lens, scale, row_latitude(lens, row), args.width, entries);
+  for (int row = first, rows; row < end; row += rows) {
+    rows = std::min(end - row, kTileRows);
+    for (int column = 0, columns; column < args.width; column += columns) {
+      columns = std::min(args.width - column, kTileColumns);
+      build_tile(args, row, rows, column, columns);
+    }
   }
 }
 

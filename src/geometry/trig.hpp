@@ -12,10 +12,11 @@ namespace biseam {
 
 inline constexpr float kPi = 3.1415927f;
 inline constexpr float kHalfPi = 1.5707964f;
+inline constexpr double kSmallRatio = 0.003921569;  // an angle below it is its own tangent
 
 // Arctangent of ratio in [0, 1].  The table's step is 1/255 while the index is scaled by 256: the tables hold what this gives.
 inline float table_arctangent(float ratio) noexcept {
-  if (static_cast<double>(ratio) < 0.003921569) return ratio;
+  if (static_cast<double>(ratio) < kSmallRatio) return ratio;
   const float position = ratio * 256.0f - 0.5f;
   const uint32_t index = truncate_to_unsigned(position);  // a NaN ratio reads entry 0 and stays NaN
   const float left = kArctangents.values[index], right = kArctangents.values[index + 1];

@@ -1,4 +1,4 @@
-// Compares the portable estimates with the vector unit's own instructions, bit for bit.
+// Compares the library's estimates with the vector unit's own instructions, bit for bit.
 //
 //   arm-linux-gnueabihf-g++ -std=c++20 -O2 -march=armv7-a -mfpu=neon -mfloat-abi=hard -static -Isrc
 //       tests/geometry/estimate_proof.cpp -o estimate_proof_arm && qemu-arm ./estimate_proof_arm
@@ -19,7 +19,6 @@
 #include <cstdlib>
 
 #include "geometry/estimate.hpp"
-#include "geometry/estimate_portable.hpp"
 
 namespace {
 
@@ -53,8 +52,8 @@ void compare_operands(Tally& tally, const uint32_t operands[4]) {
   vst1q_u32(reciprocals, vreinterpretq_u32_f32(vrecpeq_f32(lanes)));
   vst1q_u32(roots, vreinterpretq_u32_f32(vrsqrteq_f32(lanes)));
   for (int i = 0; i < 4; ++i) {
-    compare(tally, "reciprocal", operands[i], reciprocals[i], biseam::portable::reciprocal_estimate_bits(operands[i]));
-    compare(tally, "reciprocal root", operands[i], roots[i], biseam::portable::reciprocal_root_estimate_bits(operands[i]));
+    compare(tally, "reciprocal", operands[i], reciprocals[i], biseam::reciprocal_estimate_bits(operands[i]));
+    compare(tally, "reciprocal root", operands[i], roots[i], biseam::reciprocal_root_estimate_bits(operands[i]));
   }
 }
 
@@ -77,18 +76,6 @@ void compare_ends(Tally& tally) {
   }
 }
 
-// The functions that the library calls give what the portable ones give.
-void compare_selected(Tally& tally) {
-  for (uint64_t step = 0; step <= 0xFFFFFFFFu; step += 16381) {
-    const uint32_t operand = static_cast<uint32_t>(step);
-    const float value = std::bit_cast<float>(operand);
-    compare(tally, "selected reciprocal", operand, std::bit_cast<uint32_t>(biseam::reciprocal_estimate(value)),
-            biseam::portable::reciprocal_estimate_bits(operand));
-    compare(tally, "selected reciprocal root", operand, std::bit_cast<uint32_t>(biseam::reciprocal_root_estimate(value)),
-            biseam::portable::reciprocal_root_estimate_bits(operand));
-  }
-}
-
 uint64_t argument(int count, char** values, int index, uint64_t otherwise) {
   return index < count ? std::strtoull(values[index], nullptr, 0) : otherwise;
 }
@@ -105,7 +92,6 @@ int main(int count, char** values) {
   enter_vector_mode();
   Tally tally;
   compare_ends(tally);
-  compare_selected(tally);
   compare_range(tally, first, last, stride);
   std::printf("operands %08" PRIx64 " to %08" PRIx64 " by %" PRIu64 ": %" PRIu64 " comparisons, %" PRIu64 " differences\n",
               first, last, stride, tally.compared, tally.different);

@@ -135,7 +135,8 @@ TEST(LensStrip, EveryLensSeesLongitudesAroundItsAxis) {
 TEST(InitLut, EveryEntryEqualsThePlainFormula) {
   const struct {
     int width, height, feather;
-  } sizes[] = {{64, 32, 4}, {66, 17, 3}, {70, 9, 0}, {37, 5, 1}, {256, 128, 8}, {4, 2, 0}, {13, 1, 2}};
+  } sizes[] = {{64, 32, 4}, {66, 17, 3}, {70, 9, 0},   {37, 5, 1},   {256, 128, 8},
+               {4, 2, 0},   {13, 1, 2},  {4446, 2, 5}, {18, 1030, 1}};  // the last two more than a tile
   for (const auto& size : sizes) {
     SCOPED_TRACE(testing::Message() << size.width << " x " << size.height << ", feather " << size.feather);
     StitchConfig config = make_config(size.width, size.height, size.feather);

@@ -10,6 +10,7 @@ namespace biseam::test {
 std::vector<Kernel> blend_kernels();
 std::vector<Kernel> remap_kernels();
 std::vector<Kernel> pyramid_kernels();
+std::vector<Kernel> table_kernels();
 
 std::vector<Kernel> all_kernels();
 
