@@ -5,6 +5,7 @@
 #include <initializer_list>
 
 #include "blend/module.hpp"
+#include "engine/large_block.hpp"
 #include "engine/memory.hpp"
 #include "engine/records.hpp"
 
@@ -42,10 +43,11 @@ Status allocate_blocks(StitchEngine& engine, const BlendConfig& settings) {
   size_blend_memory(settings, *engine.blend_mem[0]);
   engine.blend_mem[1]->size = engine.blend_mem[0]->size;
   // A size that left 32 bits came out negative or too small: the first can't be had, the second can't be carved.
-  engine.mem_info->buffer = engine.mem_info->size > 0 ? std::calloc(1, static_cast<size_t>(engine.mem_info->size)) : nullptr;
+  const int64_t size = engine.mem_info->size;
+  engine.mem_info->buffer = size > 0 ? allocate_large_block(static_cast<size_t>(size)) : nullptr;
   bool all = engine.mem_info->buffer != nullptr;
   for (BlendMemory* memory : engine.blend_mem) {
-    memory->base = std::calloc(1, memory->size);
+    memory->base = allocate_large_block(memory->size);
     all = all && memory->base != nullptr;
   }
   return all ? Status::ok : Status::no_memory;
