@@ -13,6 +13,7 @@ class HeapArray {
   static_assert(std::is_trivially_copyable_v<T>);
 
  public:
+  static HeapArray none() { return HeapArray(nullptr); }
   static HeapArray plain(std::size_t count) {
     return HeapArray(count > SIZE_MAX / sizeof(T) ? nullptr : std::malloc(count * sizeof(T)));
   }

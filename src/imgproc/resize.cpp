@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "engine/heap.hpp"
+#include "imgproc/resize_map.hpp"
 #include "imgproc/resize_rows.hpp"
 
 namespace biseam {
@@ -26,7 +27,7 @@ struct Cell {
 };
 
 Cell find_cell(int position, float scale, int src_size) {
-  const float mapped = static_cast<float>((static_cast<double>(position) + 0.5) * static_cast<double>(scale) - 0.5);
+  const float mapped = mapped_position(position, scale);
   const int64_t index = static_cast<int64_t>(std::floor(mapped));  // scale <= 2^31, position < 2^31
   if (index < 0) return {0, 0};
   if (index >= src_size - 1) return {src_size - 1, 0};
@@ -37,7 +38,7 @@ Cell find_cell(int position, float scale, int src_size) {
 
 // Returns the first column clamped at the right edge.
 int fill_columns(const Samples& src, const Samples& dst, ResizeEntry* columns) {
-  const float scale = static_cast<float>(src.width) / static_cast<float>(dst.width);
+  const float scale = resize_scale(src.width, dst.width);
   int xmax = dst.width;
   for (int x = 0; x < dst.width; ++x) {
     const Cell cell = find_cell(x, scale, src.width);
@@ -50,7 +51,7 @@ int fill_columns(const Samples& src, const Samples& dst, ResizeEntry* columns) {
 }
 
 void fill_rows(const Samples& src, const Samples& dst, ResizeEntry* rows) {
-  const float scale = static_cast<float>(src.height) / static_cast<float>(dst.height);
+  const float scale = resize_scale(src.height, dst.height);
   for (int y = 0; y < dst.height; ++y) {
     const Cell cell = find_cell(y, scale, src.height);
     rows[y] = {cell.index, cell.weight};

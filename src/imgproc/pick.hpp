@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+
+#include "biseam/records.h"
+
+// What resize gives, without its weights.  Those are integers of 1/1024 read as floats, so at most 1024 * 2^-149, and two
+// samples lie at most 2^32 apart: what is added to the first sample stays below 2^-106.  That is lost against any sample but 0,
+// and from 0 rounds back to 0.  The last column and row, where no next one is read, take the same sample.
+namespace biseam {
+
+// What resize makes of a sample: its nearest float, saturated.
+constexpr int32_t nearest_float(int32_t sample) noexcept {
+  const float value = static_cast<float>(sample);
+  return value < 2147483648.0f ? static_cast<int32_t>(value) : INT32_MAX;
+}
+
+// The source columns or rows that the first count destination ones take.  Sizes of 1 and more.
+void fill_picks(int32_t src_size, int32_t dst_size, int32_t* picks, int32_t count) noexcept;
+
+// Pixel x of dst takes the three samples at src + offsets[x], as their nearest floats.
+void pick_pixels(const int32_t* src, const int32_t* offsets, int32_t* dst, int32_t count) noexcept;
+
+// resize of three interleaved channels, without a heap.  memory: pick_memory_bytes(dst.width) bytes, 16-byte aligned.
+int64_t pick_memory_bytes(int32_t dst_width) noexcept;
+void pick_image(const BlendImage& src, BlendImage& dst, void* memory) noexcept;
+
+}  // namespace biseam
