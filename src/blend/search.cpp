@@ -1,27 +1,19 @@
 #include "blend/search.hpp"
 
+#include <algorithm>
 #include <cstdint>
+#include <initializer_list>
 
-#include "imgproc/resize.hpp"
+#include "engine/heap.hpp"
+#include "imgproc/pick.hpp"
 #include "seam/cut.hpp"
-#include "seam/detail.hpp"
-#include "seam/path.hpp"
+#include "seam/shrunk_strip.hpp"
 
 namespace biseam {
 
 namespace {
 
-// The strips of both sources, shrunk and turned into detail images.
-Status prepare_details(BlendInstance& instance, const BlendImage* const sources[2], MemoryReport report) {
-  for (int i = 0; i < 2; ++i) {
-    const int side = i == 0 ? 1 : 0;
-    copy_strip(*sources[i], instance.strip[i], instance.findpath_width, instance.trans_width, side);
-    if (resize(instance.strip[i], instance.scaled_strip[i]) == Status::no_memory) return Status::no_memory;
-    to_gray(instance.scaled_strip[i], instance.gray[i]);
-    if (extract_detail(instance.gray[i], instance.detail[i], report) == Status::no_memory) return Status::no_memory;
-  }
-  return Status::ok;
-}
+constexpr int64_t kAlignment = 64;
 
 // Column of the shrunk band at which the shrunk strips start.
 int strip_column(const BlendInstance& instance) {
@@ -29,13 +21,58 @@ int strip_column(const BlendInstance& instance) {
                           2);
 }
 
+// Bytes that the largest step needs, boundary included; negative: more than can be had.
+int64_t memory_bytes(const BlendInstance& instance) {
+  const int64_t cut = cut_memory_bytes(instance.detail[0]);
+  if (cut < 0) return -1;
+  return std::max({cut, strip_memory_bytes(instance.gray[0].width, instance.gray[0].height),
+                   pick_memory_bytes(instance.mask.width)}) +
+         kAlignment;
+}
+
+// The search's working memory: the samples of the strips and the shrunk strips, which lie one after the other in the instance's
+// block and hold nothing from frame to frame.  Strips that are smaller than what is searched for take it from the heap.
+class SearchMemory {
+ public:
+  explicit SearchMemory(const BlendInstance& instance) : heap_(HeapArray<uint8_t>::none()) {
+    const int64_t bytes = memory_bytes(instance);
+    uint8_t* const first = reinterpret_cast<uint8_t*>(instance.strip[0].data[0]);
+    uint8_t* const end = reinterpret_cast<uint8_t*>(instance.gray[0].data);
+    if (bytes < 0) return;
+    if (end - first >= bytes) {
+      data_ = align(first);
+      return;
+    }
+    heap_ = HeapArray<uint8_t>::plain(static_cast<std::size_t>(bytes));
+    if (heap_) data_ = align(heap_.data());
+  }
+
+  void* data() { return data_; }  // null: could not be had
+
+ private:
+  static uint8_t* align(uint8_t* data) { return data + (-reinterpret_cast<intptr_t>(data) & (kAlignment - 1)); }
+
+  HeapArray<uint8_t> heap_;
+  uint8_t* data_ = nullptr;
+};
+
 }  // namespace
 
 Status search_seam(BlendInstance& instance, const BlendImage* const sources[2], MemoryReport report) {
-  if (prepare_details(instance, sources, report) == Status::no_memory) return Status::no_memory;
-  const Status cut = cut_seam(strip_column(instance), instance.seam_mask, instance.detail[0], instance.detail[1]);
-  if (cut == Status::no_memory) return Status::no_memory;
-  return resize(instance.seam_mask, instance.mask);
+  SearchMemory memory(instance);
+  if (memory.data() == nullptr) {
+    if (report != nullptr) report("melloc memory for pdTemp failed!!");
+    return Status::no_memory;
+  }
+  for (int i = 0; i < 2; ++i) {
+    const int side = i == 0 ? 1 : 0;
+    gray_of_strip(*sources[i], instance.strip[i], instance.findpath_width, instance.trans_width, side, instance.gray[i],
+                  memory.data());
+    detail_of_gray(instance.gray[i], instance.detail[i], memory.data());
+  }
+  cut_seam_within(strip_column(instance), instance.seam_mask, instance.detail[0], instance.detail[1], memory.data());
+  pick_image(instance.seam_mask, instance.mask, memory.data());
+  return Status::ok;
 }
 
 }  // namespace biseam

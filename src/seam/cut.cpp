@@ -7,8 +7,8 @@
 
 #include "engine/heap.hpp"
 #include "seam/graph.hpp"
-#include "seam/grid.hpp"
-#include "seam/max_flow.hpp"
+#include "seam/grid_costs.hpp"
+#include "seam/grid_flow.hpp"
 
 namespace biseam {
 
@@ -51,35 +51,42 @@ void fill_surroundings(BlendImage& mask, int32_t height, int64_t offset) {
   for (int64_t y = 0; y < std::min(height, mask.height); ++y) fill_span(mask, y, 0, offset + border);
 }
 
-void fill_source_side(BlendImage& mask, int32_t height, int32_t width, int64_t offset, const SeamGraph& graph) {
-  for (int32_t r = border; r < height - border; ++r) {
-    for (int32_t c = border; c < width - border; ++c) {
-      if (on_source_side(graph, r * width + c)) fill_span(mask, r, offset + c, offset + c + 1);
+void fill_source_side(BlendImage& mask, int64_t offset, const Grid& grid) {
+  for (int32_t r = border; r < grid.height - border; ++r) {
+    for (int32_t c = border; c < grid.width - border; ++c) {
+      if (grid.at(int64_t{r} * grid.width + c).sink == 0) fill_span(mask, r, offset + c, offset + c + 1);
     }
   }
 }
 
-// Labels the strip and fills the mask.  Sizes beyond 31 bits count as memory that can't be had.
-Status fill_by_labels(BlendImage& mask, const BlendGray& detail1, const BlendGray& detail2, int64_t offset) {
-  const int64_t width = detail1.width;
-  const int64_t height = detail1.height;
-  if (width * height > std::numeric_limits<int32_t>::max()) return Status::no_memory;
-  const int64_t arc_count = 2 * (2 * width * height - width - height);
-  const GraphBytes bytes = graph_bytes(width * height, arc_count);
-  if (std::max(bytes.nodes, bytes.arcs) > std::numeric_limits<int32_t>::max()) return Status::no_memory;
+bool has_labels(const BlendGray& detail) { return detail.width > 2 * border && detail.height > 2 * border; }
 
-  auto nodes = HeapArray<GraphNode>::plain(static_cast<std::size_t>(width * height));
-  auto arcs = HeapArray<GraphArc>::plain(static_cast<std::size_t>(bytes.arcs) / sizeof(GraphArc));
-  auto orphans = HeapArray<int32_t>::plain(static_cast<std::size_t>(arc_count));
-  if (!nodes || !arcs || !orphans) return Status::no_memory;
+// Blocks of a general graph of the strip's size stay within 31 bits: what is larger counts as memory that can't be had.
+bool can_be_had(int64_t width, int64_t height) {
+  if (width * height > std::numeric_limits<int32_t>::max()) return false;
+  const GraphBytes bytes = graph_bytes(width * height, 2 * (2 * width * height - width - height));
+  return std::max(bytes.nodes, bytes.arcs) <= std::numeric_limits<int32_t>::max();
+}
 
-  SeamGraph graph;
-  reset_graph(graph, nodes.data(), arcs.data());
-  build_grid(graph, detail1.data, detail2.data, detail1.height, detail1.width, border);
-  max_flow(graph, orphans.data(), static_cast<int32_t>(arc_count));
+// Numbers of what a cut needs.
+struct Counts {
+  explicit Counts(const BlendGray& detail) : width(detail.width), height(detail.height) {}
+
+  int64_t nodes() const { return (height + 2) * width; }
+  int64_t floats() const { return height * width + grid_cost_rows * width; }  // terminals and rows of costs
+  int64_t places() const { return 2 * height * width + 1; }                   // active nodes and orphans
+
+  int64_t width, height;
+};
+
+void fill_by_labels(BlendImage& mask, const BlendGray& detail1, const BlendGray& detail2, int64_t offset, GridNode* nodes,
+                    float* floats, uint32_t* places) {
+  const int64_t count = int64_t{detail1.height} * detail1.width;
+  const Grid grid{nodes, floats, places, places + count + 1, detail1.height, detail1.width};
+  fill_grid(grid, detail1.data, detail2.data, border, floats + count);
+  solve_grid(grid);
   fill_surroundings(mask, detail1.height, offset);
-  fill_source_side(mask, detail1.height, detail1.width, offset, graph);
-  return Status::ok;
+  fill_source_side(mask, offset, grid);
 }
 
 }  // namespace
@@ -87,10 +94,38 @@ Status fill_by_labels(BlendImage& mask, const BlendGray& detail1, const BlendGra
 // Nothing writes a 0: 64s of earlier cuts stay.
 Status cut_seam(int offset, BlendImage& mask, const BlendGray& detail1, const BlendGray& detail2) {
   if (detail1.height != detail2.height || detail1.width != detail2.width) return Status::mismatch;
-  const bool labels_inside = detail1.width > 2 * border && detail1.height > 2 * border;
-  if (labels_inside) return fill_by_labels(mask, detail1, detail2, offset);
-  fill_surroundings(mask, detail1.height, offset);
+  if (!has_labels(detail1)) {
+    fill_surroundings(mask, detail1.height, offset);
+    return Status::ok;
+  }
+  if (!can_be_had(detail1.width, detail1.height)) return Status::no_memory;
+  const Counts counts(detail1);
+  auto nodes = HeapArray<GridNode>::plain(static_cast<std::size_t>(counts.nodes()));
+  auto floats = HeapArray<float>::plain(static_cast<std::size_t>(counts.floats()));
+  auto places = HeapArray<uint32_t>::plain(static_cast<std::size_t>(counts.places()));
+  if (!nodes || !floats || !places) return Status::no_memory;
+  fill_by_labels(mask, detail1, detail2, offset, nodes.data(), floats.data(), places.data());
   return Status::ok;
+}
+
+int64_t cut_memory_bytes(const BlendGray& detail) {
+  if (!has_labels(detail)) return 0;
+  if (!can_be_had(detail.width, detail.height)) return -1;
+  const Counts counts(detail);
+  return counts.nodes() * int64_t{sizeof(GridNode)} + counts.floats() * int64_t{sizeof(float)} +
+         counts.places() * int64_t{sizeof(uint32_t)};
+}
+
+void cut_seam_within(int offset, BlendImage& mask, const BlendGray& detail1, const BlendGray& detail2, void* memory) {
+  if (!has_labels(detail1)) {
+    fill_surroundings(mask, detail1.height, offset);
+    return;
+  }
+  const Counts counts(detail1);
+  GridNode* const nodes = static_cast<GridNode*>(memory);
+  float* const floats = reinterpret_cast<float*>(nodes + counts.nodes());
+  uint32_t* const places = reinterpret_cast<uint32_t*>(floats + counts.floats());
+  fill_by_labels(mask, detail1, detail2, offset, nodes, floats, places);
 }
 
 }  // namespace biseam

@@ -6,9 +6,6 @@ namespace biseam {
 
 namespace {
 
-constexpr float tie = 100000.0f;
-constexpr float frame_cost = 1000.0f;
-
 // a - b over all samples of the two images, in one line; samples past the last one count as zero.
 struct Difference {
   const int32_t* a;
@@ -39,13 +36,13 @@ void append_nodes(SeamGraph& graph, int32_t height, int32_t width, const Frame& 
     for (int32_t c = 0; c < width; ++c) {
       const bool tied = !frame.holds_row(r);
       append_node(graph);
-      add_terminal_weights(graph, r * width + c, tied && c < frame.right ? tie : 0.0f, tied && c >= frame.left ? tie : 0.0f);
+      add_terminal_weights(graph, r * width + c, tied && c < frame.right ? kTie : 0.0f, tied && c >= frame.left ? kTie : 0.0f);
     }
   }
 }
 
 void add_costly_edge(SeamGraph& graph, int32_t i, int32_t j, float cost, bool in_frame) {
-  if (in_frame) cost += frame_cost;
+  if (in_frame) cost += kFrameCost;
   add_edge(graph, i, j, cost, cost);
 }
 

@@ -1,8 +1,13 @@
 #pragma once
 
+#include <cstdint>
+
 #include "biseam/records.h"
 
 namespace biseam {
+
+// Column of the source at which its strip starts; may lie outside.
+int64_t strip_first_column(const BlendImage& source, int findpath_width, int trans_width, int side) noexcept;
 
 // The seam-search strip of a source: side 1 for source 1, 0 for source 2.  The strip's size decides how much is copied; what
 // would lie outside the source repeats its edge.

@@ -7,6 +7,7 @@
 #include "blend/blend_fixture.hpp"
 #include "blend/module.hpp"
 #include "blend/pyramid.hpp"
+#include "blend/search.hpp"
 #include "support/failing_heap.hpp"
 
 namespace biseam::test {
@@ -52,6 +53,38 @@ TEST(BlendMemory, EveryRefusedRequestIsReportedAndLeavesNothingBehind) {
       ASSERT_EQ(expected.samples(), output.samples());
     }
   }
+}
+
+TEST(SeamSearch, TakesItsMemoryFromTheStripsOfTheInstance) {
+  for (const float inv_scale : {1.0f, 1.5f, 2.0f, 4.0f}) {
+    const BlendConfig config = blend_config(8, 16, 90, 2, 32, inv_scale, 1);
+    TestInstance instance(config);
+    TestImage source(config.band_width, config.in_h, 3, 100);
+    const BlendImage* const sources[2] = {&*source, &*source};
+    const FailingHeap heap(0, true);
+    EXPECT_EQ(Status::ok, search_seam(*instance, sources, nullptr));
+    EXPECT_EQ(0, heap.requests());
+  }
+}
+
+TEST(SeamSearch, StripsSmallerThanTheSearchedTakeTheHeap) {
+  const BlendConfig config = blend_config(8, 16, 40, 2, 32, 0.5f, 1);
+  TestInstance instance(config);
+  TestImage source(config.band_width, config.in_h, 3, 100);
+  const BlendImage* const sources[2] = {&*source, &*source};
+  overwrite(instance->mask, 7);
+  {
+    const FailingHeap heap(0);
+    EXPECT_EQ(Status::no_memory, search_seam(*instance, sources, nullptr));
+    EXPECT_EQ(1, heap.requests());
+    EXPECT_EQ(0, heap.held());
+  }
+  EXPECT_EQ(TestImage(instance->scaled_width, instance->scaled_height).samples(), copy_of(instance->seam_mask).samples());
+  EXPECT_EQ(TestImage(instance->width, instance->height, 3, 7).samples(), copy_of(instance->mask).samples());
+  const FailingHeap heap;
+  EXPECT_EQ(Status::ok, search_seam(*instance, sources, nullptr));
+  EXPECT_EQ(1, heap.requests());
+  EXPECT_EQ(0, heap.held());
 }
 
 TEST(BuildGuassPyramid, KeepsNoBlock) {

@@ -105,7 +105,8 @@ TEST(BlendProc, FixedMaskAgainstTheDefinition) {
 TEST(BlendProc, SeamSearchAgainstTheDefinition) {
   RandomSource random;
   for (const BlendConfig& config : {blend_config(8, 8, 24, 3, 12, 1.0f, 1), blend_config(9, 12, 31, 2, 20, 1.5f, -1),
-                                    blend_config(0, 10, 21, 2, 20, 2.0f, 1)}) {
+                                    blend_config(0, 10, 21, 2, 20, 2.0f, 1), blend_config(8, 8, 24, 2, 12, 0.5f, 1),
+                                    blend_config(16, 20, 120, 2, 40, 1.0f, 1), blend_config(16, 20, 150, 2, 40, 2.0f, 1)}) {
     TestInstance instance(config);
     ASSERT_EQ(0, instance.created());
     Sources sources(random, config);

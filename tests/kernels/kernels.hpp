@@ -9,6 +9,7 @@ namespace biseam::test {
 
 std::vector<Kernel> blend_kernels();
 std::vector<Kernel> remap_kernels();
+std::vector<Kernel> seam_kernels();
 std::vector<Kernel> pyramid_kernels();
 std::vector<Kernel> table_kernels();
 
