@@ -60,10 +60,19 @@ bool write_all(int descriptor, std::span<const std::uint8_t> bytes) {
   return true;
 }
 
-void write_in_place(const std::string& path, std::span<const std::uint8_t> bytes) {
+using Fill = std::function<void(const WriteBytes&)>;
+
+void write_filled(int descriptor, const std::string& path, const Fill& fill) {
+  fill([&](std::span<const std::uint8_t> bytes) {
+    if (!write_all(descriptor, bytes)) throw system_failure(ExitCode::output, path, "can't be written");
+  });
+}
+
+void write_in_place(const std::string& path, const Fill& fill) {
   Descriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
   if (file.number() < 0) throw system_failure(ExitCode::output, path, "can't be opened for writing");
-  if (!write_all(file.number(), bytes) || !file.close()) throw system_failure(ExitCode::output, path, "can't be written");
+  write_filled(file.number(), path, fill);
+  if (!file.close()) throw system_failure(ExitCode::output, path, "can't be written");
 }
 
 mode_t usual_mode() {
@@ -74,11 +83,11 @@ mode_t usual_mode() {
 
 }  // namespace
 
-void replace_file(const std::string& path, std::span<const std::uint8_t> bytes) {
+void replace_file(const std::string& path, const std::function<void(const WriteBytes&)>& fill) {
   struct stat info = {};
   const bool exists = ::stat(path.c_str(), &info) == 0;
   if (exists && S_ISDIR(info.st_mode)) throw Failure(ExitCode::output, path + ": is a folder");
-  if (exists && !S_ISREG(info.st_mode)) return write_in_place(path, bytes);
+  if (exists && !S_ISREG(info.st_mode)) return write_in_place(path, fill);
   if (exists && ::access(path.c_str(), W_OK) != 0) throw system_failure(ExitCode::output, path, "can't be written");
 
   const std::string target = exists ? std::filesystem::canonical(path).string() : path;
@@ -87,15 +96,24 @@ void replace_file(const std::string& path, std::span<const std::uint8_t> bytes) 
   if (file.number() < 0) throw system_failure(ExitCode::output, path, "can't be created");
   UnfinishedFile unfinished(name);
   const mode_t mode = exists ? info.st_mode & mode_t(0777) : usual_mode();
-  if (!write_all(file.number(), bytes) || ::fchmod(file.number(), mode) != 0 || ::fsync(file.number()) != 0 || !file.close() ||
+  write_filled(file.number(), path, fill);
+  if (::fchmod(file.number(), mode) != 0 || ::fsync(file.number()) != 0 || !file.close() ||
       ::rename(name.c_str(), target.c_str()) != 0) {
     throw system_failure(ExitCode::output, path, "can't be written");
   }
   unfinished.release();
 }
 
+void replace_file(const std::string& path, std::span<const std::uint8_t> bytes) {
+  replace_file(path, [&](const WriteBytes& write) { write(bytes); });
+}
+
+void write_standard_output(const std::function<void(const WriteBytes&)>& fill) {
+  write_filled(STDOUT_FILENO, "standard output", fill);
+}
+
 void write_standard_output(std::span<const std::uint8_t> bytes) {
-  if (!write_all(STDOUT_FILENO, bytes)) throw system_failure(ExitCode::output, "standard output", "can't be written");
+  write_standard_output([&](const WriteBytes& write) { write(bytes); });
 }
 
 }  // namespace biseam::tool

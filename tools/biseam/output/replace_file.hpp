@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 
@@ -12,5 +13,11 @@ void replace_file(const std::string& path, std::span<const std::uint8_t> bytes);
 
 // The same bytes to standard output, flushed.
 void write_standard_output(std::span<const std::uint8_t> bytes);
+
+// The same for what is too large to be held at once: fill() hands its bytes to the function it is given, piece by piece.  When
+// it throws, path stays as it was.
+using WriteBytes = std::function<void(std::span<const std::uint8_t>)>;
+void replace_file(const std::string& path, const std::function<void(const WriteBytes&)>& fill);
+void write_standard_output(const std::function<void(const WriteBytes&)>& fill);
 
 }  // namespace biseam::tool

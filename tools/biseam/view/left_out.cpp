@@ -1,0 +1,17 @@
+#include "failure.hpp"
+#include "view/page.hpp"
+#include "view/serve.hpp"
+
+namespace biseam::tool {
+namespace {
+
+[[noreturn]] void refuse() {
+  throw Failure(ExitCode::usage, "view: this biseam was built without its viewer (BISEAM_BUILD_VIEWER is off)");
+}
+
+}  // namespace
+
+std::string_view page_template() { refuse(); }
+void serve(const std::string&, const PageFiles&, int) { refuse(); }
+
+}  // namespace biseam::tool
