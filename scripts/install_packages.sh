@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is missing of the Debian 12 packages that a task needs; says nothing when all are there.
-#   install_packages.sh [build|check|cross]...     build alone when nothing is named
+#   install_packages.sh [build|check|cross|browser]...     build alone when nothing is named
 set -euo pipefail
 
 build=(
@@ -8,8 +8,12 @@ build=(
   libgtest-dev                                              # tests
   libavcodec-dev libavformat-dev libavutil-dev libswscale-dev # the tool's pictures and videos
   libcli11-dev libtomlplusplus-dev                          # its command line and profiles
+  libmicrohttpd-dev ca-certificates                         # its viewer, served and bundled
 )
+# Node and npm, which bundle the viewer, are often there from elsewhere and then clash with Debian's.
+{ command -v node && command -v npm; } >/dev/null || build+=(nodejs npm)
 check=(clang clang-format clang-tidy libclang-rt-dev abigail-tools git)
+browser=(chromium ffmpeg fonts-dejavu-core)
 cross=(g++-aarch64-linux-gnu g++-arm-linux-gnueabihf googletest qemu-user)
 
 wanted=()
@@ -18,6 +22,7 @@ for set in "${@:-build}"; do
     build) wanted+=("${build[@]}") ;;
     check) wanted+=("${check[@]}") ;;
     cross) wanted+=("${cross[@]}") ;;
+    browser) wanted+=("${browser[@]}") ;;
     *) echo "install_packages.sh: no package set '$set'" >&2; exit 2 ;;
   esac
 done

@@ -191,6 +191,18 @@ TEST(StitchCommand, every_kind_of_file_is_written) {
   expect_painted_sphere(read_bytes(folder / "a.nv12"));
 }
 
+TEST(StitchCommand, seam_layer_is_a_png_with_opacity) {
+  const ScratchFolder folder;
+  const Finished finished =
+      stitch({"-", "--size", "640x320", "-o", folder / "a.png", "--seam-layer", folder / "layer.png"}, usual_pair());
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  constexpr std::size_t kColourType = 25;
+  EXPECT_EQ(read_bytes(folder / "layer.png").at(kColourType), 6);
+  const Finished jpeg =
+      stitch({"-", "--size", "640x320", "-o", folder / "a.png", "--seam-layer", folder / "layer.jpg"}, usual_pair());
+  expect_refusal(jpeg, 2, "layer.jpg");
+}
+
 TEST(StitchCommand, show_seams_writes_a_second_picture_that_differs_in_the_bands_only) {
   const ScratchFolder folder;
   const Finished finished =

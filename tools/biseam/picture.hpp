@@ -32,6 +32,15 @@ struct Rgb {
   Rgb(int w, int h) : width(w), height(h), bytes(std::size_t(w) * std::size_t(h) * 3) {}
 };
 
+// Packed R, G, B, opacity bytes, rows without padding; transparent black at first.
+struct Rgba {
+  int width = 0, height = 0;
+  std::vector<std::uint8_t> bytes;
+
+  Rgba() = default;
+  Rgba(int w, int h) : width(w), height(h), bytes(std::size_t(w) * std::size_t(h) * 4) {}
+};
+
 // Bytes of a raw NV12 picture.
 constexpr std::size_t nv12_bytes(Size size) { return std::size_t(size.width) * std::size_t(size.height) * 3 / 2; }
 

@@ -20,7 +20,7 @@ namespace {
 
 struct StitchOptions {
   std::vector<std::string> inputs;
-  std::string output, size, camera, show_seams;
+  std::string output, size, camera, show_seams, seam_layer;
   std::string centre[2], turn;
   CameraSettings settings;
 };
@@ -83,6 +83,7 @@ void check_options(StitchOptions& options) {
   check_picture_name(options.output);
   if (options.show_seams == "-") refuse_value("--show-seams", "only the panorama can go to standard output");
   if (!options.show_seams.empty()) check_picture_name(options.show_seams);
+  if (!options.seam_layer.empty()) check_layer_name(options.seam_layer);
 }
 
 Pair read_pair(const StitchOptions& options) {
@@ -140,6 +141,19 @@ Plan prepare(const StitchOptions& options, Pair& pair) {
   return plan;
 }
 
+void write_seams(const StitchOptions& options, const Stitcher& stitcher, const Nv12& panorama) {
+  if (!options.show_seams.empty()) {
+    Rgb painted = to_rgb(panorama);
+    for (int k = 0; k < 2; ++k) draw_band(stitcher.band(k), painted);
+    write_picture(options.show_seams, painted);
+  }
+  if (!options.seam_layer.empty()) {
+    Rgba layer(panorama.width, panorama.height);
+    for (int k = 0; k < 2; ++k) draw_band(stitcher.band(k), layer);
+    write_layer(options.seam_layer, layer);
+  }
+}
+
 void stitch(StitchOptions& options) {
   check_options(options);
   Pair pair = read_pair(options);
@@ -153,10 +167,7 @@ void stitch(StitchOptions& options) {
   if (error) throw engine_failure(error);
 
   write_picture(options.output, panorama);
-  if (options.show_seams.empty()) return;
-  Rgb overlay = to_rgb(panorama);
-  for (int k = 0; k < 2; ++k) draw_band(stitcher->band(k), overlay);
-  write_picture(options.show_seams, overlay);
+  write_seams(options, *stitcher, panorama);
 }
 
 void add_camera_options(CLI::App& command, StitchOptions& options) {
@@ -214,6 +225,7 @@ void add_stitch_command(CLI::App& app, int&) {
   add("--width", options->settings.width, "COLUMNS",
       "of the panorama, a multiple of 8 (the profile's, or twice a picture's height)");
   add("--show-seams", options->show_seams, "FILE", "also write the panorama with bands and seams painted over it");
+  add("--seam-layer", options->seam_layer, "FILE", "also write bands and seams alone, on transparent ground (.png)");
   add_camera_options(*command, *options);
   add_blend_options(*command, options->settings.blend);
   command->callback([options] { stitch(*options); });

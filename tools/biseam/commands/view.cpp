@@ -63,8 +63,9 @@ PanoramaFile inspect(const std::string& path) {
 
 void write(const std::string& path, const PageFiles& files) {
   check_bytes(files);
-  const auto fill = [&](const WriteBytes& write) { write_page(page_template(), files, write); };
-  path == "-" ? write_standard_output(fill) : replace_file(path, fill);
+  ReplacementFile page(path);
+  write_page(page_template(), files, [&](std::span<const std::uint8_t> bytes) { page.write(bytes); });
+  page.commit();
 }
 
 void view(ViewOptions& options, bool serving) {

@@ -49,15 +49,19 @@ std::vector<std::uint8_t> encode(AVCodecID id, AVFrame* frame) {
 
 std::uint8_t* row(AVFrame& frame, int plane, int y) { return frame.data[plane] + std::ptrdiff_t(y) * frame.linesize[plane]; }
 
-}  // namespace
-
-std::vector<std::uint8_t> encode_png(const Rgb& picture) {
-  const Libav<AVFrame> frame = make_frame(picture.width, picture.height, AV_PIX_FMT_RGB24);
-  const std::size_t row_bytes = std::size_t(picture.width) * 3;
+template <class Picture>
+std::vector<std::uint8_t> encode_packed(const Picture& picture, std::size_t channels, AVPixelFormat format) {
+  const Libav<AVFrame> frame = make_frame(picture.width, picture.height, format);
+  const std::size_t row_bytes = std::size_t(picture.width) * channels;
   for (int y = 0; y < picture.height; ++y)
     std::memcpy(row(*frame, 0, y), &picture.bytes[std::size_t(y) * row_bytes], row_bytes);
   return encode(AV_CODEC_ID_PNG, frame.get());
 }
+
+}  // namespace
+
+std::vector<std::uint8_t> encode_png(const Rgb& picture) { return encode_packed(picture, 3, AV_PIX_FMT_RGB24); }
+std::vector<std::uint8_t> encode_png(const Rgba& picture) { return encode_packed(picture, 4, AV_PIX_FMT_RGBA); }
 
 std::vector<std::uint8_t> encode_jpeg(const Nv12& picture) {
   const Libav<AVFrame> frame = make_frame(picture.width, picture.height, AV_PIX_FMT_YUVJ420P);

@@ -9,6 +9,7 @@
 namespace biseam::tool {
 
 std::vector<std::uint8_t> encode_png(const Rgb& picture);
+std::vector<std::uint8_t> encode_png(const Rgba& picture);
 
 // Best usual quality; 4:2:0 as given, or 4:4:4 from RGB.
 std::vector<std::uint8_t> encode_jpeg(const Nv12& picture);

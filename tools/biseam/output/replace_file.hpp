@@ -1,23 +1,39 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <span>
 #include <string>
 
 namespace biseam::tool {
 
-// Writes path whole or not at all: into a new file beside it that takes its name once everything is on disk.  A link is
-// followed; what is no regular file (a device, a pipe) is written to directly.  Throws Failure (output).
+// A file that takes its name only when it is whole: written beside the name, renamed by commit(), removed without it.  A link
+// is followed; what is no regular file (a device, a pipe) is written to directly.  "-" is standard output.
+class ReplacementFile {
+ public:
+  // Throws Failure (output) when nothing can be written under the name.
+  explicit ReplacementFile(const std::string& path);
+  ReplacementFile(const ReplacementFile&) = delete;
+  ReplacementFile& operator=(const ReplacementFile&) = delete;
+  ~ReplacementFile();
+
+  const std::string& name() const { return name_; }  // for messages
+  int descriptor() const { return descriptor_; }
+
+  // Everything; throws Failure (output).
+  void write(std::span<const std::uint8_t> bytes);
+
+  // Puts everything on disk and under the name.  Throws Failure (output).
+  void commit();
+
+ private:
+  [[noreturn]] void refuse(const char* what) const;
+
+  std::string name_, target_, unfinished_;  // unfinished_ is empty where nothing has to be renamed
+  int descriptor_ = -1, mode_ = 0;
+  bool is_standard_output_ = false;
+};
+
+// Writes path whole or not at all.  Throws Failure (output).
 void replace_file(const std::string& path, std::span<const std::uint8_t> bytes);
-
-// The same bytes to standard output, flushed.
-void write_standard_output(std::span<const std::uint8_t> bytes);
-
-// The same for what is too large to be held at once: fill() hands its bytes to the function it is given, piece by piece.  When
-// it throws, path stays as it was.
-using WriteBytes = std::function<void(std::span<const std::uint8_t>)>;
-void replace_file(const std::string& path, const std::function<void(const WriteBytes&)>& fill);
-void write_standard_output(const std::function<void(const WriteBytes&)>& fill);
 
 }  // namespace biseam::tool

@@ -41,24 +41,38 @@ std::vector<std::uint8_t> encode_as(Kind kind, const Picture& picture) {
   return encode_raw(as_nv12(picture));
 }
 
-template <class Picture>
-void write(const std::string& path, const Picture& picture) {
+template <class Encode>
+void write(const std::string& path, Encode encode) {
   std::vector<std::uint8_t> bytes;
   try {
-    bytes = encode_as(picture_kind(path), picture);
+    bytes = encode();
   } catch (const Failure&) {
     throw;
   } catch (const std::runtime_error& reason) {
     throw Failure(ExitCode::output, path + ": can't be encoded: " + reason.what());
   }
-  if (path == "-") return write_standard_output(bytes);
   replace_file(path, bytes);
+}
+
+template <class Picture>
+void write_as_named(const std::string& path, const Picture& picture) {
+  write(path, [&] { return encode_as(picture_kind(path), picture); });
 }
 
 }  // namespace
 
-void write_picture(const std::string& path, const Nv12& picture) { write(path, picture); }
-void write_picture(const std::string& path, const Rgb& picture) { write(path, picture); }
+void write_picture(const std::string& path, const Nv12& picture) { write_as_named(path, picture); }
+void write_picture(const std::string& path, const Rgb& picture) { write_as_named(path, picture); }
 void check_picture_name(const std::string& path) { picture_kind(path); }
+
+void write_layer(const std::string& path, const Rgba& picture) {
+  write(path, [&] { return encode_png(picture); });
+}
+
+void check_layer_name(const std::string& path) {
+  if (path == "-" || picture_kind(path) != Kind::png) {
+    throw Failure(ExitCode::usage, path + ": the name must end in .png, which alone keeps transparency");
+  }
+}
 
 }  // namespace biseam::tool

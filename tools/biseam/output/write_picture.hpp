@@ -11,6 +11,10 @@ namespace biseam::tool {
 void write_picture(const std::string& path, const Nv12& picture);
 void write_picture(const std::string& path, const Rgb& picture);
 
+// The same, but .png alone, which keeps the opacity.
+void write_layer(const std::string& path, const Rgba& picture);
+void check_layer_name(const std::string& path);
+
 // Throws Failure (usage) when write_picture() would not know the kind, for a check before the work starts.
 void check_picture_name(const std::string& path);
 

@@ -53,7 +53,7 @@ std::string describe(std::string_view role, const PanoramaFile& file, bool serve
 std::string settings(const PageFiles& files, bool served) {
   std::string out = "<script type=\"application/json\" id=\"settings\">{\"title\":" + quote_json(title_of(files)) + ",";
   out += describe("panorama", files.panorama, served);
-  if (files.seams) out += "," + describe("seams", *files.seams, served);
+  if (files.seams) out.append(",").append(describe("seams", *files.seams, served));
   return out + "}</script>\n";
 }
 

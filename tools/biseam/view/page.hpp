@@ -1,10 +1,12 @@
 // The page that shows a panorama.
 #pragma once
 
+#include <cstdint>
+#include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 
-#include "output/replace_file.hpp"
 #include "view/panorama_file.hpp"
 
 namespace biseam::tool {
@@ -17,7 +19,10 @@ struct PageFiles {
   const PanoramaFile* seams = nullptr;  // none when null
 };
 
-// The page with the files in it.  Throws Failure (input) when one can't be read or is no longer what was inspected.
+using WriteBytes = std::function<void(std::span<const std::uint8_t>)>;
+
+// The page with the files in it, piece by piece.  Throws Failure (input) when one can't be read or is no longer what was
+// inspected.
 void write_page(std::string_view page, const PageFiles& files, const WriteBytes& write);
 
 // The page that loads its files from beside itself, under these names.
