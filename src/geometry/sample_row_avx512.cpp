@@ -3,7 +3,6 @@
 #if defined(BISEAM_X86_64)
 
 #include <algorithm>
-#include <cstring>
 
 #include "cpu/x86_intrinsics.hpp"
 
@@ -145,43 +144,6 @@ BISEAM_STEP void mix_chroma(const Split& at, const Chroma& chroma, uint8_t* dest
             weighed(w.w11, chroma.p11));
 }
 
-// Positions in no window.  Apart from the loops, which need the registers.
-[[gnu::noinline]] BISEAM_AVX512 void sample_scattered_luma(const float* entries, const uint8_t* source, std::ptrdiff_t stride,
-                                                           uint8_t* destination) noexcept {
-  alignas(64) uint32_t column[kLuma], row[kLuma];
-  alignas(16) uint8_t upper[kLuma], lower[kLuma];
-  const Split at = split_luma(entries);
-  _mm512_store_si512(column, at.column);
-  _mm512_store_si512(row, at.row);
-  for (int i = 0; i < kLuma; ++i) {
-    const uint8_t* pixel = locate(source, stride, row[i], column[i]);
-    upper[i] = pixel[0];
-    lower[i] = pixel[stride];
-  }
-  mix_luma(at, {_mm512_cvtepu8_epi32(load_16(upper)), _mm512_cvtepu8_epi32(load_16(lower))}, destination);
-}
-
-[[gnu::noinline]] BISEAM_AVX512 void sample_scattered_chroma(const float* entries, const uint8_t* source, std::ptrdiff_t stride,
-                                                             float y_scale, uint8_t* destination) noexcept {
-  alignas(64) uint32_t column[2 * kChroma], row[2 * kChroma];
-  alignas(64) uint8_t quads[2 * kChroma][4];
-  const Split at = split_chroma(entries, y_scale);
-  _mm512_store_si512(column, at.column);
-  _mm512_store_si512(row, at.row);
-  for (int i = 0; i < kChroma; ++i) {
-    const uint8_t* upper = locate(source, stride, row[2 * i], 2 * std::size_t{column[2 * i]});
-    std::memcpy(quads[i], upper, 4);
-    std::memcpy(quads[kChroma + i], upper + stride, 4);
-  }
-  const __m512i bytes = _mm512_load_si512(quads);
-  const __m512i left = _mm512_setr_epi32(0, 1, 4, 5, 8, 9, 12, 13, 16, 17, 20, 21, 24, 25, 28, 29);
-  const __m512i right = _mm512_add_epi32(left, all(2)), lower = _mm512_add_epi32(left, all(4 * kChroma));
-  mix_chroma(at,
-             {pick(bytes, left, bytes), pick(bytes, right, bytes), pick(bytes, lower, bytes),
-              pick(bytes, _mm512_add_epi32(lower, all(2)), bytes)},
-             destination);
-}
-
 }  // namespace
 
 // Both loops find the place of the next vector before they mix the one at hand: neither step waits for the other.  The last
@@ -202,7 +164,7 @@ BISEAM_AVX512 void sample_luma_row_avx512(const float* entries, const uint8_t* s
     if (position.window != nullptr) {
       mix_luma(at, read_luma(position, stride), destination + k);
     } else {
-      sample_scattered_luma(entries + 2 * k, source, stride, destination + k);
+      sample_luma_row_avx2(entries + 2 * k, source, stride, destination + k, kLuma);
     }
     if (k == last) return;
     k = next, at = next_at, position = next_place;
@@ -225,7 +187,7 @@ BISEAM_AVX512 void sample_chroma_row_avx512(const float* entries, const uint8_t*
     if (position.window != nullptr) {
       mix_chroma(at, read_chroma(position, stride), destination + 2 * k);
     } else {
-      sample_scattered_chroma(entries + 4 * k, source, stride, y_scale, destination + 2 * k);
+      sample_chroma_row_avx2(entries + 4 * k, source, stride, x_factor, y_factor, destination + 2 * k, kChroma);
     }
     if (k == last) return;
     k = next, at = next_at, position = next_place;
