@@ -11,7 +11,7 @@ namespace biseam {
 
 // Upper eight fraction bits of an estimate in [1, 2), by the upper bits of the operand's fraction.
 struct EstimateFractions {
-  uint8_t values[256];
+  alignas(64) uint8_t values[256];
 };
 
 // Operands in [1/2, 1) in steps of 1/512: the reciprocal of the step's middle, rounded to 1/256.

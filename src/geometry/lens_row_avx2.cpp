@@ -61,16 +61,15 @@ BISEAM_AVX2 inline __m256 look_up_arctangent(__m256 ratio) noexcept {
   return _mm256_blendv_ps(ratio, _mm256_add_ps(left, _mm256_mul_ps(rise, part)), by_table);
 }
 
-// Angle from the optical axis in [0, pi] by its tangent: fast_arctangent(tangent, 1), with pi added where it is negative.
+// Angle from the optical axis in [0, pi] by its tangent, which is not zero: fast_arctangent(tangent, 1), with pi added where it
+// is negative.
 BISEAM_AVX2 inline __m256 angle_from_axis(__m256 tangent) noexcept {
-  const __m256 zero = _mm256_setzero_ps(), one = _mm256_set1_ps(1.0f), sign = floats(all(kSignBit));
-  const __m256 not_above = _mm256_cmp_ps(tangent, zero, _CMP_NGT_UQ);
-  const __m256 height = _mm256_xor_ps(tangent, _mm256_and_ps(not_above, sign));
+  const __m256 one = _mm256_set1_ps(1.0f);
+  const __m256 height = _mm256_andnot_ps(floats(all(kSignBit)), tangent);
   const __m256 steep = _mm256_cmp_ps(height, one, _CMP_NLT_UQ);
   const __m256 near = look_up_arctangent(_mm256_blendv_ps(height, _mm256_div_ps(one, height), steep));
   const __m256 angle = _mm256_blendv_ps(near, _mm256_sub_ps(_mm256_set1_ps(kHalfPi), near), steep);
-  const __m256 behind = _mm256_cmp_ps(tangent, zero, _CMP_LT_OQ);
-  return _mm256_blendv_ps(angle, _mm256_sub_ps(_mm256_set1_ps(kPi), angle), behind);
+  return _mm256_blendv_ps(angle, _mm256_sub_ps(_mm256_set1_ps(kPi), angle), tangent);  // by the sign
 }
 
 // A run of pixels between the passes.  Passes of short dependency chains keep the processor busy where one long chain does not.
@@ -80,60 +79,65 @@ struct Run {
   alignas(32) float angle[kRun];                // first its tangent
 };
 
-// Bit i is set where an estimate's operand among the eight lanes from 8 * i on is zero, denormal, too large or no number.
-BISEAM_AVX2 inline uint32_t trace_rays(Latitude latitude, const double* sines, const double* cosines, int count,
-                                       Run& run) noexcept {
+// How far an operand's magnitude is above the least one that needs no special case, in bits; unsigned, so that lesser ones and
+// no numbers are far above.
+BISEAM_AVX2 inline __m256i place_in_range(__m256i magnitude, uint32_t least) noexcept {
+  return _mm256_sub_epi32(magnitude, all(least));
+}
+
+// False where an operand of an estimate is out of the range in which no estimate, and no tangent, is zero, infinite or
+// denormal.
+BISEAM_AVX2 inline bool trace_rays(Latitude latitude, const double* sines, const double* cosines, int count,
+                                   Run& run) noexcept {
   const __m256d latitude_cosine = _mm256_set1_pd(static_cast<double>(latitude.cosine));
   const __m256 y = _mm256_set1_ps(latitude.sine), y_squared = _mm256_mul_ps(y, y);
-  // Unsigned comparisons by signed ones: what is in range comes to lie at the lower end.
-  const __m256i lower_end = all(0x80000000u - 0x00800000u);
-  const __m256i z_range = all(0x80000000u + (252u << 23) - 1), squared_range = all(0x80000000u + (254u << 23) - 1);
-  uint32_t special_groups = 0;
+  __m256i furthest_z = _mm256_setzero_si256(), furthest_squared = _mm256_setzero_si256();
   for (int i = 0; i < count; i += kLanes) {
     const __m256 x = rounded_products(sines + i, latitude_cosine), z = rounded_products(cosines + i, latitude_cosine);
     const __m256 squared = _mm256_add_ps(_mm256_mul_ps(x, x), y_squared);
-    const __m256i z_place = _mm256_add_epi32(_mm256_andnot_si256(all(kSignBit), bits_of(z)), lower_end);
-    const __m256i squared_place = _mm256_add_epi32(bits_of(squared), lower_end);
-    const __m256i special =
-        _mm256_or_si256(_mm256_cmpgt_epi32(z_place, z_range), _mm256_cmpgt_epi32(squared_place, squared_range));
-    special_groups |= static_cast<uint32_t>(_mm256_movemask_epi8(special) != 0) << i / kLanes;
+    const __m256i z_magnitude = _mm256_andnot_si256(all(kSignBit), bits_of(z));
+    furthest_z = _mm256_max_epu32(furthest_z, place_in_range(z_magnitude, kOrdinaryZ.least));
+    furthest_squared = _mm256_max_epu32(furthest_squared, place_in_range(bits_of(squared), kOrdinarySquare.least));
     const Radius radius = estimate_radius(squared);
-    // Tangents that mean nothing must not lead out of the table.
-    const __m256 tangent = _mm256_mul_ps(estimate_reciprocal(z), radius.itself);
     _mm256_store_ps(run.x + i, _mm256_mul_ps(x, radius.inverse));
     _mm256_store_ps(run.y + i, _mm256_mul_ps(y, radius.inverse));
     _mm256_store_ps(run.z + i, z);
-    _mm256_store_ps(run.angle + i, _mm256_andnot_ps(floats(special), tangent));
+    _mm256_store_ps(run.angle + i, _mm256_mul_ps(estimate_reciprocal(z), radius.itself));
   }
-  return special_groups;
+  // Unsigned comparisons: the greater of both is the bound itself.
+  const __m256i z_bound = all(kOrdinaryZ.range), squared_bound = all(kOrdinarySquare.range);
+  const __m256i outside =
+      _mm256_or_si256(_mm256_cmpeq_epi32(_mm256_max_epu32(furthest_z, z_bound), furthest_z),
+                      _mm256_cmpeq_epi32(_mm256_max_epu32(furthest_squared, squared_bound), furthest_squared));
+  return _mm256_testz_si256(outside, outside) != 0;
 }
 
 BISEAM_AVX2 inline void find_angles(int count, Run& run) noexcept {
   for (int i = 0; i < count; i += kLanes) _mm256_store_ps(run.angle + i, angle_from_axis(_mm256_load_ps(run.angle + i)));
 }
 
-BISEAM_AVX2 inline __m256 one_nan(__m256 value) noexcept {
-  return _mm256_blendv_ps(value, floats(all(kDefaultNan)), _mm256_cmp_ps(value, value, _CMP_UNORD_Q));
-}
-
 BISEAM_AVX2 inline __m256 coordinate(const __m256* m, __m256 a, __m256 b, __m256 z, __m256 centre) noexcept {
   const __m256 in_plane = _mm256_add_ps(_mm256_mul_ps(m[0], a), _mm256_mul_ps(m[1], b));
-  return one_nan(_mm256_add_ps(_mm256_add_ps(in_plane, _mm256_mul_ps(m[2], z)), centre));
+  return _mm256_add_ps(_mm256_add_ps(in_plane, _mm256_mul_ps(m[2], z)), centre);
 }
 
-BISEAM_AVX2 inline void place(const LensRecord& lens, float scale, int count, const Run& run, float* entries) noexcept {
+// False where an entry is no number.
+BISEAM_AVX2 inline bool place(const LensRecord& lens, float scale, int count, const Run& run, float* entries) noexcept {
   __m256 matrix[6];
   for (int i = 0; i < 6; ++i) matrix[i] = _mm256_set1_ps(lens.matrix[i]);
   const __m256 cx = _mm256_set1_ps(lens.cx), cy = _mm256_set1_ps(lens.cy);
+  __m256 no_number = _mm256_setzero_ps();
   for (int i = 0; i < count; i += kLanes) {
     const __m256 distance = _mm256_mul_ps(_mm256_set1_ps(scale), _mm256_load_ps(run.angle + i));
     const __m256 a = _mm256_mul_ps(_mm256_load_ps(run.x + i), distance), b = _mm256_mul_ps(_mm256_load_ps(run.y + i), distance);
     const __m256 z = _mm256_load_ps(run.z + i);
     const __m256 u = coordinate(matrix, a, b, z, cx), v = coordinate(matrix + 3, a, b, z, cy);
+    no_number = _mm256_or_ps(no_number, _mm256_cmp_ps(u, v, _CMP_UNORD_Q));
     const __m256 even = _mm256_unpacklo_ps(u, v), odd = _mm256_unpackhi_ps(u, v);  // pairs 0 1 4 5 and 2 3 6 7
     _mm256_storeu_ps(entries + 2 * i, _mm256_permute2f128_ps(even, odd, 0x20));
     _mm256_storeu_ps(entries + 2 * i + kLanes, _mm256_permute2f128_ps(even, odd, 0x31));
   }
+  return _mm256_movemask_ps(no_number) == 0;
 }
 
 }  // namespace
@@ -144,13 +148,12 @@ BISEAM_AVX2 void map_row_avx2(const LensRecord& lens, float scale, Latitude lati
   Run run;
   for (int done = 0; done < whole; done += kRun) {
     const int part = whole - done < kRun ? whole - done : kRun;
-    uint32_t special = trace_rays(latitude, sines + done, cosines + done, part, run);
-    find_angles(part, run);
-    place(lens, scale, part, run, entries + 2 * done);
-    for (; special != 0; special &= special - 1) {
-      const int first = done + kLanes * __builtin_ctz(special);
-      map_row_scalar(lens, scale, latitude, sines + first, cosines + first, kLanes, entries + 2 * first);
+    bool ordinary = trace_rays(latitude, sines + done, cosines + done, part, run);
+    if (ordinary) {
+      find_angles(part, run);
+      ordinary = place(lens, scale, part, run, entries + 2 * done);
     }
+    if (!ordinary) map_row_scalar(lens, scale, latitude, sines + done, cosines + done, part, entries + 2 * done);
   }
   map_row_scalar(lens, scale, latitude, sines + whole, cosines + whole, count - whole, entries + 2 * whole);
 }

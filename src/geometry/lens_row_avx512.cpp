@@ -22,40 +22,25 @@ BISEAM_AVX512 inline __m512 rounded_products(__m512d low, __m512d high, __m512d 
   return _mm512_insertf32x8(_mm512_castps256_ps512(first), second, 1);
 }
 
-// values[index] for the eight lowest bits of each 32-bit lane, in bits 15 to 22; what is around them is of no meaning.
-BISEAM_AVX512 inline __m512i look_up_fraction(const uint8_t (&values)[256], __m512i index, __mmask16 upper_half) noexcept {
-  const __m512i* table = reinterpret_cast<const __m512i*>(values);
-  const __m512i low = _mm512_permutex2var_epi8(table[0], index, table[1]);
-  const __m512i high = _mm512_permutex2var_epi8(table[2], index, table[3]);
-  return _mm512_slli_epi32(_mm512_mask_mov_epi32(low, upper_half, high), 15);
-}
-
-// Bits 23 to 31 of the one, the others of the other.
-BISEAM_AVX512 inline __m512i join(__m512i exponent, __m512i fraction) noexcept {
-  return _mm512_ternarylogic_epi32(all(0x007FFFFF), fraction, exponent, 0xCA);
-}
-
-struct Radius {
-  __m512 inverse, itself;
-};
-
-// Estimates of 1 / sqrt(squared) and of that one's reciprocal, for positive normal operands.
-BISEAM_AVX512 inline Radius estimate_radius(__m512 squared) noexcept {
-  const __m512i bits = bits_of(squared), index = _mm512_srli_epi32(bits, 16);
-  const __mmask16 upper_half = _mm512_test_epi32_mask(index, all(0x80));
-  // No borrow from the fraction reaches the exponent.
-  const __m512i root_exponent = _mm512_srli_epi32(_mm512_sub_epi32(all(380u << 23 | 0x007FFFFF), bits), 1);
-  const __m512i root = join(root_exponent, look_up_fraction(kRootAndRadiusFractions.roots, index, upper_half));
-  const __m512i radius_exponent = _mm512_sub_epi32(all(253u << 23 | 0x007FFFFF), root);
-  return {floats(root), floats(join(radius_exponent, look_up_fraction(kRootAndRadiusFractions.radii, index, upper_half)))};
-}
-
 // For normal operands below 2^126: the reciprocal of the middle of a step, rounded to eight bits.  No such reciprocal is nearer
 // than 1/2046 of a result's step to where rounding turns, and the division's own error is less than a sixteenth of that.
 BISEAM_AVX512 inline __m512 estimate_reciprocal(__m512 operand) noexcept {
   const __m512i middle = _mm512_ternarylogic_epi32(bits_of(operand), all(0xFFFF8000), all(0x4000), 0xEA);
   const __m512i quotient = bits_of(_mm512_div_ps(_mm512_set1_ps(1.0f), floats(middle)));
   return floats(_mm512_and_si512(_mm512_add_epi32(quotient, all(0x4000)), all(0xFFFF8000)));
+}
+
+// For positive normal operands: 1 / sqrt(operand).
+BISEAM_AVX512 inline __m512 estimate_root(__m512 operand) noexcept {
+  const __m512i bits = bits_of(operand), index = _mm512_srli_epi32(bits, 16);
+  const __m512i* table = reinterpret_cast<const __m512i*>(kRootFractions.values);
+  const __m512i low = _mm512_permutex2var_epi8(table[0], index, table[1]);
+  const __m512i high = _mm512_permutex2var_epi8(table[2], index, table[3]);
+  // Bits of no meaning surround the fraction.
+  const __m512i fraction = _mm512_slli_epi32(_mm512_mask_mov_epi32(low, _mm512_test_epi32_mask(index, all(0x80)), high), 15);
+  // No borrow from the fraction reaches the exponent.
+  const __m512i exponent = _mm512_srli_epi32(_mm512_sub_epi32(all(380u << 23 | 0x007FFFFF), bits), 1);
+  return floats(_mm512_ternarylogic_epi32(all(0x007FFFFF), fraction, exponent, 0xCA));
 }
 
 // A byte of the table's floats for each of 64 bytes of index.
@@ -88,17 +73,17 @@ BISEAM_AVX512 inline void look_up_steps(const __m512i (&index)[4], __m512 (&left
   interleave(bytes, rise);
 }
 
-// Angles from the optical axis in [0, pi] by their tangents: fast_arctangent(tangent, 1), with pi added where it is negative.
+// Angles from the optical axis in [0, pi] by their tangents, none of which is zero: fast_arctangent(tangent, 1), with pi added
+// where it is negative.
 BISEAM_AVX512 inline void find_angles_of_64(float* tangents) noexcept {
-  const __m512 zero = _mm512_setzero_ps(), one = _mm512_set1_ps(1.0f);
+  const __m512 one = _mm512_set1_ps(1.0f);
   __m512 ratio[4], position[4];
   __m512i index[4];
   __mmask16 steep[4], behind[4];
   for (int i = 0; i < 4; ++i) {
     const __m512 tangent = _mm512_load_ps(tangents + kLanes * i);
-    behind[i] = _mm512_cmp_ps_mask(tangent, zero, _CMP_LT_OQ);
-    const __mmask16 not_above = _mm512_cmp_ps_mask(tangent, zero, _CMP_NGT_UQ);
-    const __m512 height = floats(_mm512_mask_xor_epi32(bits_of(tangent), not_above, bits_of(tangent), all(kSignBit)));
+    behind[i] = _mm512_movepi32_mask(bits_of(tangent));
+    const __m512 height = floats(_mm512_andnot_si512(all(kSignBit), bits_of(tangent)));
     steep[i] = _mm512_cmp_ps_mask(height, one, _CMP_NLT_UQ);
     ratio[i] = _mm512_mask_div_ps(height, steep[i], one, height);
     position[i] = _mm512_sub_ps(_mm512_mul_ps(ratio[i], _mm512_set1_ps(256.0f)), _mm512_set1_ps(0.5f));
@@ -115,10 +100,6 @@ BISEAM_AVX512 inline void find_angles_of_64(float* tangents) noexcept {
   }
 }
 
-BISEAM_AVX512 inline __m512 one_nan(__m512 value) noexcept {
-  return _mm512_mask_mov_ps(floats(all(kDefaultNan)), _mm512_cmp_ps_mask(value, value, _CMP_ORD_Q), value);
-}
-
 // A run of pixels between the passes.  Passes of short dependency chains keep the processor busy where one long chain does not.
 constexpr int kRun = 256;
 struct Run {
@@ -126,65 +107,89 @@ struct Run {
   alignas(64) float angle[kRun];                // first its tangent
 };
 
-// Bit i is set where an estimate's operand among lanes i * 16 .. is zero, denormal, too large or no number.
-BISEAM_AVX512 inline uint32_t trace_rays(Latitude latitude, const double* sines, const double* cosines, int count,
-                                         Run& run) noexcept {
-  const __m512d latitude_cosine = _mm512_set1_pd(latitude.cosine);
+// How far an operand's magnitude is above the least one that needs no special case, in bits; unsigned, so that lesser ones and
+// no numbers are far above.
+BISEAM_AVX512 inline __m512i place_in_range(__m512 magnitude, uint32_t least) noexcept {
+  return _mm512_sub_epi32(bits_of(magnitude), all(least));
+}
+
+// False where an operand of an estimate is out of the range in which no estimate, and no tangent, is zero, infinite or
+// denormal.
+BISEAM_AVX512 inline bool trace_rays(Latitude latitude, const double* sines, const double* cosines, int count,
+                                     Run& run) noexcept {
+  const __m512d latitude_cosine = _mm512_set1_pd(static_cast<double>(latitude.cosine)), one = _mm512_set1_pd(1.0);
   const __m512 y = _mm512_set1_ps(latitude.sine), y_squared = _mm512_mul_ps(y, y);
-  const __m512i least_normal = all(0x00800000);
-  uint32_t special_groups = 0;
-  for (int i = 0; i < count; i += kLanes) {
-    const uint32_t lanes = count - i < kLanes ? (1u << (count - i)) - 1 : 0xFFFF;
-    const __mmask8 low = static_cast<__mmask8>(lanes), high = static_cast<__mmask8>(lanes >> 8);
-    const __m512 x =
-        rounded_products(_mm512_maskz_loadu_pd(low, sines + i), _mm512_maskz_loadu_pd(high, sines + i + 8), latitude_cosine);
-    const __m512 z = rounded_products(_mm512_maskz_loadu_pd(low, cosines + i), _mm512_maskz_loadu_pd(high, cosines + i + 8),
-                                      latitude_cosine);
+  __m512i furthest_z = _mm512_setzero_si512(), furthest_squared = _mm512_setzero_si512();
+  const auto trace = [&](__m512 x, __m512 z, int i) BISEAM_AVX512 {
     const __m512 squared = _mm512_add_ps(_mm512_mul_ps(x, x), y_squared);
-    const __m512i z_above = _mm512_sub_epi32(_mm512_andnot_si512(all(kSignBit), bits_of(z)), least_normal);
-    const __m512i squared_above = _mm512_sub_epi32(bits_of(squared), least_normal);
-    const __mmask16 special = static_cast<__mmask16>(_mm512_cmpge_epu32_mask(z_above, all(252u << 23)) |
-                                                     _mm512_cmpge_epu32_mask(squared_above, all(254u << 23)));
-    special_groups |= static_cast<uint32_t>((special & lanes) != 0) << i / kLanes;
-    const Radius radius = estimate_radius(squared);
-    _mm512_store_ps(run.x + i, _mm512_mul_ps(x, radius.inverse));
-    _mm512_store_ps(run.y + i, _mm512_mul_ps(y, radius.inverse));
+    const __m512 z_magnitude = floats(_mm512_andnot_si512(all(kSignBit), bits_of(z)));
+    furthest_z = _mm512_max_epu32(furthest_z, place_in_range(z_magnitude, kOrdinaryZ.least));
+    furthest_squared = _mm512_max_epu32(furthest_squared, place_in_range(squared, kOrdinarySquare.least));
+    const __m512 inverse_radius = estimate_root(squared);
+    const __m512 radius = estimate_reciprocal(inverse_radius);
+    _mm512_store_ps(run.x + i, _mm512_mul_ps(x, inverse_radius));
+    _mm512_store_ps(run.y + i, _mm512_mul_ps(y, inverse_radius));
     _mm512_store_ps(run.z + i, z);
-    _mm512_store_ps(run.angle + i, _mm512_mul_ps(estimate_reciprocal(z), radius.itself));
+    _mm512_store_ps(run.angle + i, _mm512_mul_ps(estimate_reciprocal(z), radius));
+  };
+  int i = 0;
+  for (; i + kLanes <= count; i += kLanes) {
+    const __m512 x = rounded_products(_mm512_loadu_pd(sines + i), _mm512_loadu_pd(sines + i + 8), latitude_cosine);
+    trace(x, rounded_products(_mm512_loadu_pd(cosines + i), _mm512_loadu_pd(cosines + i + 8), latitude_cosine), i);
   }
-  return special_groups;
+  if (i < count) {
+    const uint32_t lanes = (1u << (count - i)) - 1;
+    const __mmask8 low = static_cast<__mmask8>(lanes), high = static_cast<__mmask8>(lanes >> 8);
+    const __m512 x = rounded_products(_mm512_mask_loadu_pd(one, low, sines + i), _mm512_mask_loadu_pd(one, high, sines + i + 8),
+                                      latitude_cosine);
+    trace(x,
+          rounded_products(_mm512_mask_loadu_pd(one, low, cosines + i), _mm512_mask_loadu_pd(one, high, cosines + i + 8),
+                           latitude_cosine),
+          i);
+  }
+  return (_mm512_cmpge_epu32_mask(furthest_z, all(kOrdinaryZ.range)) |
+          _mm512_cmpge_epu32_mask(furthest_squared, all(kOrdinarySquare.range))) == 0;
 }
 
 BISEAM_AVX512 inline void find_angles(int count, Run& run) noexcept {
   constexpr int block = 4 * kLanes;
   for (int i = (count + kLanes - 1) / kLanes * kLanes; i % block != 0; i += kLanes) {
-    _mm512_store_ps(run.angle + i, _mm512_setzero_ps());
+    _mm512_store_ps(run.angle + i, _mm512_set1_ps(1.0f));
   }
   for (int i = 0; i < count; i += block) find_angles_of_64(run.angle + i);
 }
 
 BISEAM_AVX512 inline __m512 coordinate(const __m512* m, __m512 a, __m512 b, __m512 z, __m512 centre) noexcept {
   const __m512 in_plane = _mm512_add_ps(_mm512_mul_ps(m[0], a), _mm512_mul_ps(m[1], b));
-  return one_nan(_mm512_add_ps(_mm512_add_ps(in_plane, _mm512_mul_ps(m[2], z)), centre));
+  return _mm512_add_ps(_mm512_add_ps(in_plane, _mm512_mul_ps(m[2], z)), centre);
 }
 
-BISEAM_AVX512 inline void place(const LensRecord& lens, float scale, int count, const Run& run, float* entries) noexcept {
+// False where an entry is no number.
+BISEAM_AVX512 inline bool place(const LensRecord& lens, float scale, int count, const Run& run, float* entries) noexcept {
   __m512 matrix[6];
   for (int i = 0; i < 6; ++i) matrix[i] = _mm512_set1_ps(lens.matrix[i]);
   const __m512 cx = _mm512_set1_ps(lens.cx), cy = _mm512_set1_ps(lens.cy);
   const __m512i first = _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
   const __m512i second = _mm512_add_epi32(first, all(8));
+  uint32_t no_number = 0;
   for (int i = 0; i < count; i += kLanes) {
-    const uint32_t lanes = count - i < kLanes ? (1u << (count - i)) - 1 : 0xFFFF;
     const __m512 distance = _mm512_mul_ps(_mm512_set1_ps(scale), _mm512_load_ps(run.angle + i));
     const __m512 a = _mm512_mul_ps(_mm512_load_ps(run.x + i), distance), b = _mm512_mul_ps(_mm512_load_ps(run.y + i), distance);
     const __m512 z = _mm512_load_ps(run.z + i);
     const __m512 u = coordinate(matrix, a, b, z, cx), v = coordinate(matrix + 3, a, b, z, cy);
+    no_number |= _mm512_cmp_ps_mask(u, v, _CMP_UNORD_Q);
     const __m512d low = _mm512_castps_pd(_mm512_permutex2var_ps(u, first, v));
     const __m512d high = _mm512_castps_pd(_mm512_permutex2var_ps(u, second, v));
-    _mm512_mask_storeu_pd(entries + 2 * i, static_cast<__mmask8>(lanes), low);
-    _mm512_mask_storeu_pd(entries + 2 * i + kLanes, static_cast<__mmask8>(lanes >> 8), high);
+    if (count - i >= kLanes) {
+      _mm512_storeu_pd(entries + 2 * i, low);
+      _mm512_storeu_pd(entries + 2 * i + kLanes, high);
+    } else {
+      const uint32_t lanes = (1u << (count - i)) - 1;
+      _mm512_mask_storeu_pd(entries + 2 * i, static_cast<__mmask8>(lanes), low);
+      _mm512_mask_storeu_pd(entries + 2 * i + kLanes, static_cast<__mmask8>(lanes >> 8), high);
+    }
   }
+  return no_number == 0;
 }
 
 }  // namespace
@@ -194,13 +199,12 @@ BISEAM_AVX512 void map_row_avx512(const LensRecord& lens, float scale, Latitude 
   Run run;
   for (int done = 0; done < count; done += kRun) {
     const int part = count - done < kRun ? count - done : kRun;
-    uint32_t special = trace_rays(latitude, sines + done, cosines + done, part, run);
-    find_angles(part, run);
-    place(lens, scale, part, run, entries + 2 * done);
-    for (; special != 0; special &= special - 1) {
-      const int first = done + kLanes * __builtin_ctz(special), lanes = count - first < kLanes ? count - first : kLanes;
-      map_row_scalar(lens, scale, latitude, sines + first, cosines + first, lanes, entries + 2 * first);
+    bool ordinary = trace_rays(latitude, sines + done, cosines + done, part, run);
+    if (ordinary) {
+      find_angles(part, run);
+      ordinary = place(lens, scale, part, run, entries + 2 * done);
     }
+    if (!ordinary) map_row_scalar(lens, scale, latitude, sines + done, cosines + done, part, entries + 2 * done);
   }
 }
 

@@ -60,24 +60,16 @@ inline constexpr float kLeastTableRatio = 0x1.010104p-8f;
 static_assert(static_cast<double>(kLeastTableRatio) >= kSmallRatio);
 static_assert(static_cast<double>(std::bit_cast<float>(std::bit_cast<uint32_t>(kLeastTableRatio) - 1)) < kSmallRatio);
 
-// The estimates of a root and of that root's reciprocal depend on the same eight bits of the operand.
-struct RootFractions {
-  alignas(64) uint8_t roots[256];  // upper eight fraction bits of 1 / sqrt(operand)
-  alignas(64) uint8_t radii[256];  // and of 1 / (1 / sqrt(operand))
+// Bits of floats from least on, range of them.
+struct BitRange {
+  uint32_t least, range;
 };
+// Operands that need no special case: z from 2^-60 to 2^60, squared radii from 2^-100 to 2^100.  No tangent of theirs is zero,
+// denormal or infinite.
+inline constexpr BitRange kOrdinaryZ{67u << 23, 120u << 23}, kOrdinarySquare{27u << 23, 200u << 23};
 
-constexpr RootFractions make_root_and_radius_fractions() {
-  RootFractions table{};
-  for (int i = 0; i < 256; ++i) {
-    table.roots[i] = kRootFractions.values[i];
-    table.radii[i] = kReciprocalFractions.values[table.roots[i]];
-  }
-  return table;
-}
-
-inline constexpr RootFractions kRootAndRadiusFractions = make_root_and_radius_fractions();
-
-// Both in one word: the root's fraction in bits 15 to 22, the other's in bits 23 to 30.
+// The estimates of a root and of that root's reciprocal depend on the same eight bits of the operand: both in one word, the
+// root's fraction in bits 15 to 22, the other's in bits 23 to 30.
 struct RootPairs {
   alignas(64) uint32_t values[256];
 };
@@ -85,7 +77,8 @@ struct RootPairs {
 constexpr RootPairs make_root_pairs() {
   RootPairs pairs{};
   for (int i = 0; i < 256; ++i) {
-    pairs.values[i] = uint32_t{kRootAndRadiusFractions.roots[i]} << 15 | uint32_t{kRootAndRadiusFractions.radii[i]} << 23;
+    const uint32_t root = kRootFractions.values[i], radius = kReciprocalFractions.values[root];
+    pairs.values[i] = root << 15 | radius << 23;
   }
   return pairs;
 }

@@ -86,6 +86,20 @@ TEST(MapRow, EveryStepOfTheArctangentIsTheSameInAllVersions) {
   expect_versions_alike(-0.75f, x, z);
 }
 
+// All products of two estimates: tangents of exactly 255 and 1 among them, next to which table and formula change.
+TEST(MapRow, EveryPairOfEstimatesIsTheSameInAllVersions) {
+  for (const uint32_t exponent : {118u, 119u, 126u, 127u, 134u}) {
+    std::vector<uint32_t> x, z;
+    for (uint32_t i = 0; i < 256; ++i) {
+      for (uint32_t k = 0; k < 256; ++k) {
+        x.push_back(0x3F800000u + (i << 15));  // squares in [1, 4)
+        z.push_back(exponent << 23 | k << 15);
+      }
+    }
+    expect_versions_alike(0.0f, x, z);
+  }
+}
+
 struct Size {
   int width, height, feather;
 };

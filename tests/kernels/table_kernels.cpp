@@ -83,19 +83,23 @@ void call_map_any(KernelCall& call, MapRow* map) {
   run_row(call, map, lens, latitude, columns);
 }
 
-// Operands that need no special case anywhere, over all their exponents.
+// Operands that need no special case, over all their exponents; sometimes one of a row does.
 void call_map_far(KernelCall& call, MapRow* map) {
   LensRecord lens = usual_lens(call);
   const float size = std::bit_cast<float>(static_cast<uint32_t>(call.number(1, 250)) << 23);
   for (float& entry : lens.matrix) entry *= size;
   const Columns columns = turned_columns(call, lens, 0);
+  const auto far = [&](int least, int most) {
+    const uint32_t exponent = static_cast<uint32_t>(call.number(least, most));
+    return static_cast<double>(std::bit_cast<float>(exponent << 23 | static_cast<uint32_t>(call.number(0, 0x7FFFFF))));
+  };
   for (int i = 0; i < call.size(); ++i) {
-    const auto far = [&](int least, int most) {
-      const uint32_t exponent = static_cast<uint32_t>(call.number(least, most));
-      return static_cast<double>(std::bit_cast<float>(exponent << 23 | static_cast<uint32_t>(call.number(0, 0x7FFFFF))));
-    };
-    columns.sines[i] = far(66, 188);
-    columns.cosines[i] = far(1, 252) * (call.number(0, 1) != 0 ? 1.0 : -1.0);
+    columns.sines[i] = far(78, 176);
+    columns.cosines[i] = far(67, 186) * (call.number(0, 1) != 0 ? 1.0 : -1.0);
+  }
+  if (call.size() > 0 && call.number(0, 3) == 0) {
+    double* const samples = call.number(0, 1) != 0 ? columns.sines : columns.cosines;
+    samples[call.number(0, call.size() - 1)] = static_cast<double>(any_float(call));
   }
   run_row(call, map, lens, {call.real(-1.0f, 1.0f), 1.0f}, columns);
 }
