@@ -1,11 +1,12 @@
 # The short way to the usual things; cmake and the scripts do the work.
 BUILD := build/release
 
-.PHONY: help build demo test format tidy install-packages
+.PHONY: help build demo test bench format tidy install-packages
 
 help:
 	@echo 'make demo     build the tool and stitch the demo picture'
 	@echo 'make test     build everything with g++ and run all tests'
+	@echo 'make bench    measure against FFmpeg and OpenCV, tables and plot in out/bench/ (some minutes)'
 	@echo 'make build    build the libraries, the tool and the tests'
 	@echo 'make format   lay the sources out with clang-format'
 	@echo 'make tidy     check the sources with clang-tidy'
@@ -26,6 +27,10 @@ demo: install-packages
 
 test: build
 	@ctest --preset release
+
+bench:
+	@scripts/install_packages.sh build bench
+	@scripts/bench.sh
 
 format:
 	@scripts/install_packages.sh check

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is missing of the Debian 12 packages that a task needs; says nothing when all are there.
-#   install_packages.sh [build|check|cross|browser]...     build alone when nothing is named
+#   install_packages.sh [build|check|cross|bench|browser]...     build alone when nothing is named
 set -euo pipefail
 
 build=(
@@ -15,12 +15,14 @@ build=(
 check=(clang clang-format clang-tidy libclang-rt-dev abigail-tools git)
 browser=(chromium ffmpeg fonts-dejavu-core)
 cross=(g++-aarch64-linux-gnu g++-arm-linux-gnueabihf googletest qemu-user)
+bench=(git libavfilter-dev libopencv-dev valgrind llvm python3-matplotlib g++-aarch64-linux-gnu g++-arm-linux-gnueabihf)
 
 wanted=()
 for set in "${@:-build}"; do
   case $set in
     build) wanted+=("${build[@]}") ;;
     check) wanted+=("${check[@]}") ;;
+    bench) wanted+=("${bench[@]}") ;;
     cross) wanted+=("${cross[@]}") ;;
     browser) wanted+=("${browser[@]}") ;;
     *) echo "install_packages.sh: no package set '$set'" >&2; exit 2 ;;

@@ -1,0 +1,63 @@
+// This library, held to an instruction set, as a whole and by stages.
+#include <cstdio>
+
+#include "contestants/stitched_frame.hpp"
+#include "cpu/isa.hpp"
+#include "engine/stages.hpp"
+
+namespace biseam::bench {
+
+namespace {
+
+bool hold_to(const std::string& isa) {
+  if (isa == "best") return true;
+  for (const Isa known : kIsas) {
+    if (isa == name_of(known)) return limit_isa(known);
+  }
+  return false;
+}
+
+void enable_search(StitchEngine& engine, bool enabled) {
+  for (BlendInstance* instance : engine.blend) instance->findpath_enable = enabled ? 1 : 0;
+}
+
+template <class Stage>
+void measure(const char* name, Figures& figures, Stage stage) {
+  const Stopwatch watch;
+  stage();
+  watch.stop(name, figures);
+}
+
+// Both blends run one after the other in each thread's place, so the search can't be timed from outside: it is the difference
+// of the stage with and without it.
+Figures run_stages(StitchedFrame& frame) {
+  StitchEngine& engine = *frame.engine();
+  Figures figures;
+  measure("remap", figures, [&] { remap_stage(engine, sample_region); });
+  measure("conversion", figures, [&] { conversion_stage(engine); });
+  enable_search(engine, false);
+  measure("blend", figures, [&] { (void)blend_stage(engine, nullptr); });
+  enable_search(engine, true);
+  measure("search_and_blend", figures, [&] { (void)blend_stage(engine, nullptr); });
+  measure("composition", figures, [&] { compose_stage(engine); });
+  return figures;
+}
+
+int run(int argc, char** argv) {
+  const Server server;
+  const Setup setup = read_setup(argc, argv);
+  if (!hold_to(setup.isa)) {
+    std::fprintf(stderr, "this machine can't be held to '%s'\n", setup.isa.c_str());
+    return 3;
+  }
+  StitchedFrame frame(setup);
+  Commands commands = frame.commands();
+  commands["stages"] = [&](const std::string&) { return run_stages(frame); };
+  return server.serve(commands);
+}
+
+}  // namespace
+
+}  // namespace biseam::bench
+
+int main(int argc, char** argv) { return biseam::bench::run(argc, argv); }

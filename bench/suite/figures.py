@@ -1,0 +1,39 @@
+"""What both the tables and the plot show of bench.json."""
+
+CONTESTANTS = {
+    "biseam": "biseam",
+    "scalar": "biseam, scalar kernels, -O2",
+    "against": "biseam at {against}",
+    "v360": "FFmpeg v360 (remap only)",
+    "opencv": "OpenCV remap, graph cut, 5-band blend",
+}
+STAGES = ("remap", "conversion", "seam search", "blend", "composition")
+
+
+def median(figures, name):
+    return figures[name]["median"]
+
+
+def search_cost(figures, clock):
+    """Never below nothing: it is the difference of two medians."""
+    return max(0.0, median(figures, f"search_and_blend.{clock}_ms") - median(figures, f"blend.{clock}_ms"))
+
+
+def rows_of_stages(figures):
+    """Stage to (wall, CPU) in milliseconds."""
+    def of(clock):
+        search = median(figures, f"search.{clock}_ms") if f"search.{clock}_ms" in figures else search_cost(figures, clock)
+        plain = {name: median(figures, f"{name}.{clock}_ms") for name in ("remap", "conversion", "blend", "composition")}
+        return {**plain, "seam search": search}
+    wall, cpu = of("wall"), of("cpu")
+    return {stage: (wall[stage], cpu[stage]) for stage in STAGES}
+
+
+def copy_ratios(results, width):
+    """(what is copied, its bytes, CPU milliseconds, remap's CPU time as a multiple) with and without the lookup tables."""
+    copies = results["contest"][width]["frames"]["copy"]
+    remap = median(results["stages"][width]["biseam"], "remap.cpu_ms")
+    for name, what in (("copy", "both pictures, the tables (two floats a pixel) and the output"),
+                       ("copy_without_tables", "both pictures and the output, without tables")):
+        milliseconds = median(copies, f"{name}.cpu_ms")
+        yield what, median(copies, f"{name}.bytes"), milliseconds, remap / milliseconds

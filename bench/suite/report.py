@@ -1,0 +1,145 @@
+"""bench.json as tables."""
+from figures import (CONTESTANTS, STAGES, copy_ratios, median, rows_of_stages, search_cost)
+
+
+def table(head, rows):
+    lines = [head, ["---"] + ["---:"] * (len(head) - 1), *rows]
+    return "\n".join("| " + " | ".join(str(cell) for cell in line) + " |" for line in lines) + "\n"
+
+
+def ms(value):
+    return f"{value:.2f}" if value < 10 else f"{value:.1f}"
+
+
+def write_machine(results):
+    m = results["machine"]
+    return (f"{m['date']}, commit {m['commit']}. {m['processor']}, {m['cores']} cores; {m['system']}; {m['compiler']}; "
+            f"FFmpeg {m['FFmpeg']}, OpenCV {m['OpenCV']}.\n\n"
+            "Two square NV12 fisheye pictures in memory, half as wide as the panorama, to one NV12 panorama; feather 32, "
+            "trans_width 64, findpath_width 64, pyr_level 5, inv_scale 4, seam search on. Each program runs for itself and waits "
+            f"while another is measured; {results['rounds']} rounds of all in turn, three frames each after one that is not "
+            "counted; medians. Wall is the time on the clock, CPU the sum over all threads, both in milliseconds.\n")
+
+
+def write_contest(results):
+    parts = ["## Whole frames\n"]
+    for width, contest in results["contest"].items():
+        frames = contest["frames"]
+        ours = [median(frames["biseam"], f"frame.{clock}_ms") for clock in ("wall", "cpu")]
+        rows = []
+        for name, title in CONTESTANTS.items():
+            if name not in frames:
+                continue
+            wall, cpu = (median(frames[name], f"frame.{clock}_ms") for clock in ("wall", "cpu"))
+            likeness = contest["psnr"].get(name)
+            same = "" if likeness is None else "the same bytes" if likeness == float("inf") else f"{likeness:.1f} dB"
+            rows.append([title.format(against=results["against"]), ms(wall), ms(cpu), f"{wall / ours[0]:.2f}",
+                         f"{cpu / ours[1]:.2f}", same])
+        parts.append(f"{width} x {int(width) // 2}:\n\n" +
+                     table(["", "wall", "CPU", "wall / ours", "CPU / ours", "luma against ours"], rows))
+    parts.append(WHAT_IS_COUNTED)
+    return "\n".join(parts)
+
+
+WHAT_IS_COUNTED = """What is counted:
+
+- biseam: `QOR_Proc_BI_Soft`. Luma is mixed of two pixels and chroma of four, in floats.
+- v360: FFmpeg's filter `v360=dfisheye:e`, `interp=linear`, 2 threads, planar frame in, planar frame out. It cuts from one lens to
+  the other; no seam is searched, nothing is blended. Making planar frames is not counted.
+- OpenCV: `remap` with fixed-point maps (made of our lookup tables), `INTER_LINEAR`, of luma and chroma; bands to BGR;
+  `GraphCutSeamFinder` on the overlaps shrunk by 4; `MultiBandBlender` with 5 bands; back to luma and chroma; 2 threads. Nothing
+  outside the overlaps is blended. `bench/contestants/opencv.cpp` is the whole of it.
+- Tables are made before, by everybody.
+"""
+
+
+def write_stages(results):
+    parts = ["## Stages\n"]
+    for width, stages in results["stages"].items():
+        rows = []
+        ours, scalar = rows_of_stages(stages["biseam"]), rows_of_stages(stages["scalar"])
+        for stage in STAGES:
+            (wall, cpu), (scalar_wall, scalar_cpu) = ours[stage], scalar[stage]
+            rows.append([stage, ms(wall), ms(cpu), ms(scalar_wall), ms(scalar_cpu), f"{scalar_wall / wall:.1f}",
+                         f"{scalar_cpu / cpu:.1f}"])
+        parts.append(f"{width} x {int(width) // 2}:\n\n" + table(
+            ["stage", "wall", "CPU", "scalar -O2 wall", "scalar -O2 CPU", "wall ratio", "CPU ratio"], rows))
+        for what, size, milliseconds, ratio in copy_ratios(results, width):
+            parts.append(f"Remap against a `memcpy` by one thread of {what} ({size / 1e6:.1f} MB): {ms(milliseconds)} ms, "
+                         f"so remap takes **{ratio:.2f}** times the CPU time.\n")
+    parts.append("The search is what blending takes longer with it than without.\n")
+    return "\n".join(parts)
+
+
+def write_curve(results):
+    curve = results["curve"]
+
+    def per_pixel(figures, width, clock):
+        return median(figures, f"frame.{clock}_ms") * 1e6 / (int(width) ** 2 / 2)
+
+    rows = [[f"{width} x {int(width) // 2}"] +
+            [f"{per_pixel(curve[kind][width], width, clock):.2f}" for kind in ("constant", "scaled") for clock in ("wall", "cpu")]
+            for width in curve["constant"]]
+    return ("## Sizes\n\nNanoseconds per panorama pixel; overlaps as wide as above at every size, or scaled with the panorama "
+            "(as above at 3840).\n\n" +
+            table(["panorama", "wall", "CPU", "scaled: wall", "scaled: CPU"], rows))
+
+
+def write_search(results):
+    rows = []
+    for scale, figures in results["search"].items():
+        rows.append([scale] + [ms(search_cost(figures, clock)) for clock in ("wall", "cpu")])
+    width = next(iter(results["contest"]))
+    return f"## Seam search\n\nBoth seams at {width} x {int(width) // 2}, milliseconds.\n\n" + table(["inv_scale", "wall", "CPU"], rows)
+
+
+def write_tables(results):
+    rows = []
+    tables = results["tables"]
+    for label, pick in (("first call", lambda name, clock: tables["first"][name][f"tables.{clock}_ms"]),
+                        ("repeated", lambda name, clock: median(tables["repeated"][name], f"tables.{clock}_ms"))):
+        wall, cpu, scalar_wall, scalar_cpu = (pick(name, clock) for name in ("biseam", "scalar") for clock in ("wall", "cpu"))
+        rows.append([label, ms(wall), ms(cpu), ms(scalar_wall), ms(scalar_cpu), f"{scalar_wall / wall:.1f}",
+                     f"{scalar_cpu / cpu:.1f}"])
+    return ("## Tables\n\n`QOR_SetConfig_BI_Soft`, milliseconds. The first call also touches the tables' memory for the first time.\n\n" +
+            table(["", "wall", "CPU", "scalar -O2 wall", "scalar -O2 CPU", "wall ratio", "CPU ratio"], rows))
+
+
+def write_memory(results):
+    rows = [[CONTESTANTS[name], *(int(faults) for faults in m["faults"]), f"{m['peak_kib'] / 1024:.1f}",
+             f"{(m['peak_kib'] - m['before_kib']) / 1024:.1f}"] for name, m in results["memory"].items()]
+    frames = [f"frame {i + 1}" for i in range(len(rows[0]) - 3)]
+    return ("## Memory\n\nPage faults of the first frames, and the most memory that the process held in MiB: all of it, and without "
+            "what it held before the engine was made (the pictures and the program).\n\n" +
+            table(["", *frames, "peak", "engine"], rows))
+
+
+def write_instructions(results):
+    counted = results["instructions"]
+    width, per_frame = counted["width"], counted["per_frame"]
+    rows = [["scalar -O2", f"{per_frame['scalar'] / 1e6:.1f}"], ["AVX2", f"{per_frame['avx2'] / 1e6:.1f}"],
+            ["ratio", f"{per_frame['scalar'] / per_frame['avx2']:.2f}"]]
+    return (f"## Instructions\n\nMillions per frame at {width} x {width // 2}, counted by callgrind, which knows no AVX-512.\n\n" +
+            table(["", "million"], rows))
+
+
+def write_kernels(results):
+    return "## Kernels\n\n" + table(["kernel", "version", "ns per pixel", "times scalar"], results["kernels"])
+
+
+def write_arm(results):
+    rows = [[row["loop"], row["processor"], *(f"{row[name]:.2f}" if row.get(name) else "" for name in ("scalar", "neon")),
+             f"{row['scalar'] / row['neon']:.1f}" if row.get("scalar") and row.get("neon") else ""]
+            for row in results["arm"]]
+    return ("## ARM, estimated\n\nNot measured: what llvm-mca predicts for the innermost loop alone, as if every load hit the first "
+            "cache. Cycles per pixel.\n\n" + table(["loop", "processor", "scalar", "NEON", "ratio"], rows))
+
+
+SECTIONS = {"contest": write_contest, "stages": write_stages, "curve": write_curve, "search": write_search,
+            "tables": write_tables, "memory": write_memory, "instructions": write_instructions, "arm": write_arm,
+            "kernels": write_kernels}
+
+
+def write(results):
+    sections = [section(results) for name, section in SECTIONS.items() if name in results]
+    return "\n".join(["# Measured\n", write_machine(results), "![Time per frame](frame.svg)\n", *sections])

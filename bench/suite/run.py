@@ -1,0 +1,68 @@
+"""Measures everything and writes bench.json, bench.md and frame.svg.  scripts/bench.sh builds what it needs and calls it."""
+import argparse
+import json
+import pathlib
+import sys
+import time
+
+import machine
+import plot
+import quality
+import report
+from pictures import make_pictures
+from sections import CURVE, SIZES, Suite
+
+ROUNDS = 21
+QUICK_SIZES = (1920, 960)
+
+
+def read_arguments():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--build", type=pathlib.Path, required=True, help="folder of a build with BISEAM_BUILD_BENCH")
+    parser.add_argument("--out", type=pathlib.Path, required=True)
+    parser.add_argument("--arm", type=pathlib.Path, help="table of estimates for ARM to be shown too")
+    parser.add_argument("--against", help="name of the library that bench_against was built of")
+    parser.add_argument("--quick", action="store_true", help="only to see that everything works: few rounds, small panoramas")
+    return parser.parse_args()
+
+
+def run_sections(suite, quick):
+    sizes, curve = (QUICK_SIZES, QUICK_SIZES) if quick else (SIZES, CURVE)
+    yield "contest", lambda: {str(width): suite.contest(width) for width in sizes}
+    yield "stages", lambda: {str(width): suite.stages(width) for width in sizes}
+    yield "curve", lambda: {"constant": suite.curve(curve, scaled=False), "scaled": suite.curve(curve, scaled=True)}
+    yield "search", lambda: suite.search(sizes[0])
+    yield "tables", lambda: suite.tables(sizes[0])
+    yield "memory", lambda: suite.memory(sizes[0])
+    yield "instructions", lambda: suite.instructions(sizes[-1])
+    if not quick:
+        yield "kernels", suite.kernels
+
+
+def refuse_other_pictures(contest):
+    """A contestant that shows something else has not done the work that is measured."""
+    strange = [f"{name} at {width}: {likeness:.1f} dB" for width, sizes in contest.items()
+               for name, likeness in sizes["psnr"].items() if likeness < quality.PLAUSIBLE]
+    if strange:
+        sys.exit("not the same panorama: " + ", ".join(strange))
+
+
+def main():
+    arguments = read_arguments()
+    widths = QUICK_SIZES if arguments.quick else {*SIZES, *CURVE}
+    make_pictures(arguments.build / "tools/biseam/biseam", arguments.out / "pictures", [width // 2 for width in sorted(widths)])
+    suite = Suite(arguments.build, arguments.out, rounds=2 if arguments.quick else ROUNDS, against=arguments.against)
+    results = {"machine": machine.describe(), "rounds": suite.rounds, "against": arguments.against}
+    for name, section in run_sections(suite, arguments.quick):
+        start = time.monotonic()
+        results[name] = section()
+        print(f"{name:13} {time.monotonic() - start:5.1f} s", flush=True)
+    refuse_other_pictures(results["contest"])
+    if arguments.arm:
+        results["arm"] = json.loads(arguments.arm.read_text())
+    (arguments.out / "bench.json").write_text(json.dumps(results, indent=1) + "\n")
+    (arguments.out / "bench.md").write_text(report.write(results))
+    plot.draw(results, arguments.out / "frame.svg")
+
+
+main()
