@@ -29,7 +29,6 @@ test: build
 	@ctest --preset release
 
 bench:
-	@scripts/install_packages.sh build bench
 	@scripts/bench.sh
 
 format:

@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 out=out/bench
-build=build/bench
+build=build/release
 quick=() against=()
 while [ $# -gt 0 ]; do
   case $1 in
@@ -15,10 +15,11 @@ while [ $# -gt 0 ]; do
   esac
 done
 
+scripts/install_packages.sh build bench
 library=
 if [ ${#against[@]} -gt 0 ]; then
   commit=$(git rev-parse --short "${against[1]}^{commit}")
-  old=$PWD/build/bench-$commit
+  old=$PWD/build/against-$commit
   library=$old/library/src/libbiseam.a
   mkdir -p "$old/source"
   git archive "$commit" CMakeLists.txt cmake include src | tar -x -C "$old/source"
@@ -29,7 +30,7 @@ fi
 cmake --preset bench -DBISEAM_BENCH_AGAINST="$library"
 cmake --build --preset bench
 mkdir -p "$out"
-bench/arm/estimate.py --out "$out/arm.json"
+/usr/bin/python3 bench/arm/estimate.py --out "$out/arm.json"
 /usr/bin/python3 bench/suite/run.py --build "$build" --out "$out" --arm "$out/arm.json" "${quick[@]}" "${against[@]}"
 echo
 cat "$out/bench.md"

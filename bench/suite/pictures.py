@@ -4,7 +4,7 @@ import subprocess
 import matplotlib.image
 import numpy
 
-SCENE = ["--width", "3840", "--fisheye-size", "1920", "--baseline", "0.03", "--exposure-difference", "0.05", "--noise", "2"]
+SCENE = ["--baseline", "0.03", "--exposure-difference", "0.05", "--noise", "2"]
 
 
 def to_nv12(rgb):
@@ -27,14 +27,15 @@ def resized(rgb, size):
     return rows[:, low] * (1 - weight)[None, :, None] + rows[:, low + 1] * weight[None, :, None]
 
 
-def make_pictures(tool, folder, sizes):
-    """fisheye0_SIZE.nv12 and fisheye1_SIZE.nv12 in the folder; what is there is kept."""
+def make_pictures(tool, folder, rendered, sizes):
+    """fisheye0_SIZE.nv12 and fisheye1_SIZE.nv12 in the folder, resized from those of size `rendered`; what is there is kept."""
     folder.mkdir(parents=True, exist_ok=True)
     wanted = [size for size in sizes if not (folder / f"fisheye1_{size}.nv12").exists()]
     if not wanted:
         return
     if not (folder / "fisheye1.png").exists():
-        subprocess.run([tool, "scene", "-o", folder, *SCENE], check=True, stdout=subprocess.DEVNULL)
+        size = ["--width", str(2 * rendered), "--fisheye-size", str(rendered)]
+        subprocess.run([tool, "scene", "-o", folder, *size, *SCENE], check=True, stdout=subprocess.DEVNULL)
     for lens in range(2):
         rgb = matplotlib.image.imread(folder / f"fisheye{lens}.png")[..., :3]
         for size in wanted:

@@ -26,8 +26,7 @@ def read_arguments():
     return parser.parse_args()
 
 
-def run_sections(suite, quick):
-    sizes, curve = (QUICK_SIZES, QUICK_SIZES) if quick else (SIZES, CURVE)
+def sections(suite, sizes, curve, quick):
     yield "contest", lambda: {str(width): suite.contest(width) for width in sizes}
     yield "stages", lambda: {str(width): suite.stages(width) for width in sizes}
     yield "curve", lambda: {"constant": suite.curve(curve, scaled=False), "scaled": suite.curve(curve, scaled=True)}
@@ -49,11 +48,12 @@ def refuse_other_pictures(contest):
 
 def main():
     arguments = read_arguments()
-    widths = QUICK_SIZES if arguments.quick else {*SIZES, *CURVE}
-    make_pictures(arguments.build / "tools/biseam/biseam", arguments.out / "pictures", [width // 2 for width in sorted(widths)])
+    sizes, curve = (QUICK_SIZES, QUICK_SIZES) if arguments.quick else (SIZES, CURVE)
+    make_pictures(arguments.build / "tools/biseam/biseam", arguments.out / "pictures", rendered=sizes[0] // 2,
+                  sizes=sorted({width // 2 for width in (*sizes, *curve)}))
     suite = Suite(arguments.build, arguments.out, rounds=2 if arguments.quick else ROUNDS, against=arguments.against)
     results = {"machine": machine.describe(), "rounds": suite.rounds, "against": arguments.against}
-    for name, section in run_sections(suite, arguments.quick):
+    for name, section in sections(suite, sizes, curve, arguments.quick):
         start = time.monotonic()
         results[name] = section()
         print(f"{name:13} {time.monotonic() - start:5.1f} s", flush=True)
