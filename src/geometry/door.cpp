@@ -7,7 +7,7 @@
 #include "geometry/remap.hpp"
 #include "geometry/trig.hpp"
 
-using biseam::ChromaPair;
+using biseam::PlanePair;
 
 extern "C" {
 
@@ -59,13 +59,13 @@ BISEAM_API void flip_mtrx(uint8_t* data, int32_t width, int32_t stride, int32_t 
   biseam::flip_plane(data, width, stride, height);
 }
 BISEAM_API void flip_mtrx_un(uint16_t* data, int32_t width, int32_t stride, int32_t height) {
-  biseam::flip_plane(reinterpret_cast<ChromaPair*>(data), width, stride, height);
+  biseam::flip_plane(reinterpret_cast<PlanePair*>(data), width, stride, height);
 }
 BISEAM_API void mirror_mtrx(uint8_t* data, int32_t width, int32_t stride, int32_t height) {
   biseam::mirror_plane(data, width, stride, height);
 }
 BISEAM_API void mirror_mtrx_un(uint16_t* data, int32_t width, int32_t stride, int32_t height) {
-  biseam::mirror_plane(reinterpret_cast<ChromaPair*>(data), width, stride, height);
+  biseam::mirror_plane(reinterpret_cast<PlanePair*>(data), width, stride, height);
 }
 
 BISEAM_API void flip_image(ImageHeader* image) { biseam::flip_rows(*image); }

@@ -14,7 +14,7 @@ bool has_chroma_pairs(int format) { return has_half_height_chroma(format) || has
 
 int chroma_rows(const ImageHeader& image) { return has_half_height_chroma(image.format) ? image.height / 2 : image.height; }
 
-ChromaPair* chroma_pairs(const ImageHeader& image) { return reinterpret_cast<ChromaPair*>(image.planes[1]); }
+PlanePair* chroma_pairs(const ImageHeader& image) { return reinterpret_cast<PlanePair*>(image.planes[1]); }
 
 }  // namespace
 

@@ -60,6 +60,22 @@ TEST(FlipMtrx, EmptySizesDoNothing) {
   EXPECT_EQ(std::memcmp(plane, before, sizeof plane), 0);
 }
 
+// Rows wider than their stride share elements: each exchange sees what the ones before it left.
+TEST(FlipMtrx, RowsThatOverlapAreExchangedElementByElement) {
+  for (const int stride : {0, 1, 31, 64, 99, 100}) {
+    const int width = 100, height = 5;
+    std::vector<uint8_t> want(stride * (height - 1) + width);
+    Random random(20709);
+    for (uint8_t& element : want) element = static_cast<uint8_t>(random());
+    std::vector<uint8_t> got = want;
+    for (int row = 0; row < height / 2; ++row) {
+      for (int k = 0; k < width; ++k) std::swap(want[row * stride + k], want[(height - 1 - row) * stride + k]);
+    }
+    flip_mtrx(got.data(), width, stride, height);
+    ASSERT_EQ(got, want) << stride;
+  }
+}
+
 TEST(MirrorMtrx, EmptySizesDoNothing) {
   uint8_t plane[] = {1, 2, 3, 4};
   const uint8_t before[] = {1, 2, 3, 4};

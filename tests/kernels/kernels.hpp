@@ -8,6 +8,8 @@
 namespace biseam::test {
 
 std::vector<Kernel> blend_kernels();
+std::vector<Kernel> exchange_kernels();
+std::vector<Kernel> format_kernels();
 std::vector<Kernel> remap_kernels();
 std::vector<Kernel> seam_kernels();
 std::vector<Kernel> pyramid_kernels();
