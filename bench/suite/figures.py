@@ -7,26 +7,16 @@ CONTESTANTS = {
     "v360": "FFmpeg v360 (remap only)",
     "opencv": "OpenCV remap, graph cut, 5-band blend",
 }
-STAGES = ("remap", "conversion", "seam search", "blend", "composition")
+STAGES = ("remap", "conversion", "search", "blend", "composition")
 
 
 def median(figures, name):
     return figures[name]["median"]
 
 
-def search_cost(figures, clock):
-    """Never below nothing: it is the difference of two medians."""
-    return max(0.0, median(figures, f"search_and_blend.{clock}_ms") - median(figures, f"blend.{clock}_ms"))
-
-
 def rows_of_stages(figures):
     """Stage to (wall, CPU) in milliseconds."""
-    def of(clock):
-        search = median(figures, f"search.{clock}_ms") if f"search.{clock}_ms" in figures else search_cost(figures, clock)
-        plain = {name: median(figures, f"{name}.{clock}_ms") for name in ("remap", "conversion", "blend", "composition")}
-        return {**plain, "seam search": search}
-    wall, cpu = of("wall"), of("cpu")
-    return {stage: (wall[stage], cpu[stage]) for stage in STAGES}
+    return {stage: tuple(median(figures, f"{stage}.{clock}_ms") for clock in ("wall", "cpu")) for stage in STAGES}
 
 
 def copy_ratios(results, width):

@@ -59,7 +59,7 @@ def draw(results, file):
     machine = results["machine"]
     figure.suptitle(f"Two {int(width) // 2} x {int(width) // 2} fisheyes to one {width} x {int(width) // 2} panorama", x=0.012,
                     y=0.985, ha="left", fontsize=12, fontweight="bold")
-    handles = [matplotlib.patches.Patch(color=COLOURS[stage], label=stage) for stage in STAGES]
+    handles = [matplotlib.patches.Patch(color=COLOURS[stage], label={"search": "seam search"}.get(stage, stage)) for stage in STAGES]
     figure.legend(handles=handles, loc="lower right", ncol=len(STAGES), frameon=False, bbox_to_anchor=(0.995, -0.015),
                   handlelength=1.0, handleheight=1.0, columnspacing=1.2)
     figure.text(0.012, 0.012, f"{machine['processor']}, {machine['cores']} cores, {machine['date']}. `make bench`", color="#666666",
