@@ -56,7 +56,14 @@ void map_row_scalar(const LensRecord& lens, float scale, Latitude latitude, cons
   for (int i = 0; i < count; ++i) map_pixel(lens, scale, latitude, sines[i], cosines[i], entries + 2 * i);
 }
 
-constinit const Variants<MapRow> kMapRow{map_row_scalar, nullptr, BISEAM_ON_X86_64(map_row_avx2),
+// 32-bit ARM's vector unit has no doubles and no division, and takes denormals for zeros.
+#if defined(__aarch64__)
+constexpr MapRow* kMapRowNeon = map_row_neon;
+#else
+constexpr MapRow* kMapRowNeon = nullptr;
+#endif
+
+constinit const Variants<MapRow> kMapRow{map_row_scalar, kMapRowNeon, BISEAM_ON_X86_64(map_row_avx2),
                                          BISEAM_ON_X86_64(map_row_avx512)};
 
 void map_row(const LensRecord& lens, float scale, Latitude latitude, const double* sines, const double* cosines, int count,

@@ -11,6 +11,8 @@ using MapRow = void(const LensRecord& lens, float scale, Latitude latitude, cons
 
 void map_row_scalar(const LensRecord& lens, float scale, Latitude latitude, const double* sines, const double* cosines,
                     int count, float* entries) noexcept;
+void map_row_neon(const LensRecord& lens, float scale, Latitude latitude, const double* sines, const double* cosines, int count,
+                  float* entries) noexcept;  // 64-bit ARM
 void map_row_avx2(const LensRecord& lens, float scale, Latitude latitude, const double* sines, const double* cosines, int count,
                   float* entries) noexcept;
 void map_row_avx512(const LensRecord& lens, float scale, Latitude latitude, const double* sines, const double* cosines,
