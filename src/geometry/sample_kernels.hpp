@@ -7,7 +7,7 @@
 
 // The versions behind sample_row.hpp.
 //
-// avx2 reads sample by sample and does the arithmetic in vectors.  avx512 makes use of neighbouring entries' naming
+// avx2 and neon read sample by sample and do the arithmetic in vectors.  avx512 makes use of neighbouring entries' naming
 // neighbouring samples: it lays a window of a few rows over the picture in which all samples of a vector mostly lie, loads it
 // whole and takes the samples out of registers, which costs a fraction of a load for each.  A window ends at the last column
 // and row that the vector reads, and is laid only where it begins inside the picture.  Positions farther apart are left to
@@ -19,8 +19,8 @@ using SampleLumaRow = void(const float* entries, const uint8_t* source, std::ptr
 using SampleChromaRow = void(const float* entries, const uint8_t* source, std::ptrdiff_t stride, float x_factor, float y_factor,
                              uint8_t* destination, int count) noexcept;
 
-SampleLumaRow sample_luma_row_scalar, sample_luma_row_avx2, sample_luma_row_avx512;
-SampleChromaRow sample_chroma_row_scalar, sample_chroma_row_avx2, sample_chroma_row_avx512;
+SampleLumaRow sample_luma_row_scalar, sample_luma_row_neon, sample_luma_row_avx2, sample_luma_row_avx512;
+SampleChromaRow sample_chroma_row_scalar, sample_chroma_row_neon, sample_chroma_row_avx2, sample_chroma_row_avx512;
 
 extern const Variants<SampleLumaRow> kSampleLumaRow;
 extern const Variants<SampleChromaRow> kSampleChromaRow;

@@ -48,10 +48,12 @@ void sample_chroma_row_scalar(const float* entries, const uint8_t* source, std::
   }
 }
 
-constinit const Variants<SampleLumaRow> kSampleLumaRow{sample_luma_row_scalar, nullptr, BISEAM_ON_X86_64(sample_luma_row_avx2),
+constinit const Variants<SampleLumaRow> kSampleLumaRow{sample_luma_row_scalar, BISEAM_ON_ARM(sample_luma_row_neon),
+                                                       BISEAM_ON_X86_64(sample_luma_row_avx2),
                                                        BISEAM_ON_X86_64(sample_luma_row_avx512)};
-constinit const Variants<SampleChromaRow> kSampleChromaRow{
-    sample_chroma_row_scalar, nullptr, BISEAM_ON_X86_64(sample_chroma_row_avx2), BISEAM_ON_X86_64(sample_chroma_row_avx512)};
+constinit const Variants<SampleChromaRow> kSampleChromaRow{sample_chroma_row_scalar, BISEAM_ON_ARM(sample_chroma_row_neon),
+                                                           BISEAM_ON_X86_64(sample_chroma_row_avx2),
+                                                           BISEAM_ON_X86_64(sample_chroma_row_avx512)};
 
 void sample_luma_row(const float* entries, const uint8_t* source, std::ptrdiff_t stride, uint8_t* destination,
                      int count) noexcept {

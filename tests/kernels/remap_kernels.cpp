@@ -91,6 +91,13 @@ void draw_scattered(KernelCall& call, float* entries, int count, int step, const
   }
 }
 
+// A denormal fraction and one that is large enough for their product to count.
+void draw_denormal(KernelCall& call, float* entry) {
+  const int tiny = call.number(0, 1);
+  entry[tiny] = std::ldexp(call.real(-1.0f, 1.0f), call.number(-130, -126));
+  entry[1 - tiny] = -std::ldexp(call.real(1.0f, 2.0f), call.number(114, 119));
+}
+
 // Smooth, but for some entries that are far off, no numbers, or lead to results past a byte.
 void draw_odd(KernelCall& call, float* entries, int count, int step, const Axis (&axes)[2]) {
   draw_smooth(call, entries, count, step, axes);
@@ -99,6 +106,7 @@ void draw_odd(KernelCall& call, float* entries, int count, int step, const Axis 
     for (int i = 0; i < 2; ++i) {
       if (call.number(0, rarity) == 0) entries[k * step + i] = odd_position(call, axes[i]);
     }
+    if (call.number(0, 3 * rarity) == 0) draw_denormal(call, entries + k * step);
   }
 }
 
