@@ -2,6 +2,7 @@
 
 #include "blend/pyramid.hpp"
 #include "blend/search.hpp"
+#include "blend/streamed_band.hpp"
 #include "blend/widen.hpp"
 #include "engine/threads.hpp"
 #include "seam/path.hpp"
@@ -44,6 +45,18 @@ Status decompose_sources(BlendInstance& instance, const BlendImage* const source
   return decompositions[0].status == Status::ok ? decompositions[1].status : decompositions[0].status;
 }
 
+// The definition: stage by stage, each over whole images.
+Status blend_by_stages(BlendInstance& instance, const BlendImage* const sources[2], BlendImage& output) {
+  if (decompose_sources(instance, sources) != Status::ok) return Status::no_memory;
+  const Pyramid pyramid1{instance.levels[0], &instance.top[0]};
+  const Pyramid pyramid2{instance.levels[1], &instance.top[1]};
+  const Pyramid mask{instance.levels[2], &instance.top[2]};
+  const Pyramid blended{instance.levels[3], &instance.top[3]};
+  if (build_gaussian(instance.mask, mask, instance.pyr_level) == Status::no_memory) return Status::no_memory;
+  mix_pyramids(pyramid1, pyramid2, mask, blended, instance.pyr_level);
+  return collapse(*blended.top, blended.levels, output, instance.pyr_level);
+}
+
 }  // namespace
 
 Status blend_band(BlendInstance& instance, const BlendImage& source1, const BlendImage& source2, BlendImage& output,
@@ -55,14 +68,9 @@ Status blend_band(BlendInstance& instance, const BlendImage& source1, const Blen
   } else {
     fill_left_half(instance.mask);
   }
-  if (decompose_sources(instance, sources) != Status::ok) return Status::no_memory;
-  const Pyramid pyramid1{instance.levels[0], &instance.top[0]};
-  const Pyramid pyramid2{instance.levels[1], &instance.top[1]};
-  const Pyramid mask{instance.levels[2], &instance.top[2]};
-  const Pyramid blended{instance.levels[3], &instance.top[3]};
-  if (build_gaussian(instance.mask, mask, instance.pyr_level) == Status::no_memory) return Status::no_memory;
-  mix_pyramids(pyramid1, pyramid2, mask, blended, instance.pyr_level);
-  return collapse(*blended.top, blended.levels, output, instance.pyr_level);
+  if (!can_be_streamed(instance, sources, output)) return blend_by_stages(instance, sources, output);
+  blend_streamed(instance, sources, output);
+  return Status::ok;
 }
 
 }  // namespace biseam

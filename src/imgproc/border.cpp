@@ -14,10 +14,4 @@ void border_index(int32_t& index, int64_t p, int len, int rule) {
   index = static_cast<int32_t>(distance < len ? distance : period - distance);
 }
 
-int reflected(int64_t p, int len) {
-  int32_t index = 0;
-  border_index(index, p, len, kReflect101);
-  return index;
-}
-
 }  // namespace biseam

@@ -12,6 +12,11 @@ inline constexpr int kReflect101 = 4;
 void border_index(int32_t& index, int64_t p, int len, int rule);
 
 // The row or column that stands for coordinate p of a dimension of len > 0 samples; 0 when there is but one.
-int reflected(int64_t p, int len);
+inline int reflected(int64_t p, int len) {
+  if (p >= 0 && p < len) return static_cast<int>(p);
+  int32_t index = 0;
+  border_index(index, p, len, kReflect101);
+  return index;
+}
 
 }  // namespace biseam

@@ -13,7 +13,21 @@
 namespace biseam::test {
 namespace {
 
-const BlendConfig kConfigs[] = {blend_config(8, 8, 24, 3), blend_config(9, 12, 31, 2, 20, 1.5f, 1)};
+// Blended stage by stage, as the last level is two pixels high.
+const BlendConfig kConfigs[] = {blend_config(8, 8, 16, 4), blend_config(8, 16, 16, 4, 20, 1.5f, 1)};
+
+TEST(BlendMemory, StreamedFrameTakesNothingFromTheHeap) {
+  for (const BlendConfig& config :
+       {blend_config(8, 8, 24, 3), blend_config(64, 32, 96, 5), blend_config(9, 12, 31, 2, 20, 1.5f, 1)}) {
+    TestInstance instance(config);
+    TestImage source(config.band_width, config.in_h, 3, 100), output(instance->width, instance->height);
+    for (int frame = 0; frame < 3; ++frame) {
+      const FailingHeap heap(0, true);
+      EXPECT_EQ(Status::ok, blend_band(*instance, *source, *source, *output));
+      EXPECT_EQ(0, heap.requests());
+    }
+  }
+}
 
 TEST(BlendMemory, FrameGivesEveryBlockBack) {
   for (const BlendConfig& config : kConfigs) {
