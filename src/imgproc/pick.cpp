@@ -30,8 +30,13 @@ void fill_picks(int32_t src_size, int32_t dst_size, int32_t* picks, int32_t coun
   for (int32_t i = 0; i < count; ++i) picks[i] = picked_position(i, scale, src_size);
 }
 
-void pick_pixels(const int32_t* src, const int32_t* offsets, int32_t* dst, int32_t count) noexcept {
-  for (int32_t x = 0; x < count; ++x) std::memcpy(dst + ptrdiff_t{3} * x, src + offsets[x], 3 * sizeof(int32_t));
+void pick_pixels(const int32_t* src, int64_t src_count, const int32_t* offsets, int32_t* dst, int32_t count) noexcept {
+  // Four samples go faster than three: the fourth is overwritten by the next pixel.
+  int32_t x = 0;
+  for (; x < count - 1 && offsets[x] + int64_t{4} <= src_count; ++x) {
+    std::memcpy(dst + ptrdiff_t{3} * x, src + offsets[x], 4 * sizeof(int32_t));
+  }
+  for (; x < count; ++x) std::memcpy(dst + ptrdiff_t{3} * x, src + offsets[x], 3 * sizeof(int32_t));
   kRoundRow.best()(dst, ptrdiff_t{3} * count);
 }
 
@@ -44,11 +49,15 @@ void pick_image(const BlendImage& src, BlendImage& dst, void* memory) noexcept {
   fill_picks(src.width, dst.width, offsets, dst.width);
   for (int32_t x = 0; x < dst.width; ++x) offsets[x] *= 3;
   const float scale = dst.height > 0 ? resize_scale(src.height, dst.height) : 1.0f;
-  int32_t row_in_hand = -1;
+  const size_t src_count = size_t{3} * static_cast<size_t>(src.width);
+  const int32_t* in_hand = nullptr;
   for (int32_t y = 0; y < dst.height; ++y) {
-    const int32_t src_row = picked_position(y, scale, src.height);
-    if (src_row != row_in_hand) pick_pixels(src.data[0] + ptrdiff_t{src_row} * src.stride, offsets, row, dst.width);
-    row_in_hand = src_row;
+    const int32_t* const samples = src.data[0] + ptrdiff_t{picked_position(y, scale, src.height)} * src.stride;
+    // Rows of a seam's mask are often those above.
+    const bool same =
+        samples == in_hand || (in_hand != nullptr && std::memcmp(samples, in_hand, src_count * sizeof(int32_t)) == 0);
+    if (!same) pick_pixels(samples, static_cast<int64_t>(src_count), offsets, row, dst.width);
+    in_hand = samples;
     std::memcpy(dst.data[0] + ptrdiff_t{y} * dst.stride, row, size_t{12} * static_cast<size_t>(dst.width));
   }
 }

@@ -1,6 +1,7 @@
 #include "seam/grid_flow.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 
@@ -55,6 +56,9 @@ void push_orphan(Search& s, GridNode* n) noexcept {
   *s.orphans_end++ = s.place(n);
 }
 
+// Room is +0 where there is none: it never falls below zero, and a difference of equals is +0.
+bool is_full(const GridNode* n, Direction d) noexcept { return std::bit_cast<uint32_t>(n->room[d]) == 0; }
+
 bool has_parent(const GridNode* n) noexcept { return n->parent > grid_orphan; }
 
 void plant_roots(Search& s, const Grid& grid) noexcept {
@@ -83,7 +87,7 @@ void hang(const Search& s, GridNode* child, const GridNode* parent, Direction to
 template <bool sink, Direction d>
 bool grow_towards(Search& s, GridNode* n) noexcept {
   GridNode* const other = s.neighbour<d>(n);
-  if ((sink ? other->room[opposite(d)] : n->room[d]) == 0.0f) return false;
+  if (sink ? is_full(other, opposite(d)) : is_full(n, d)) return false;
   if (other->parent == grid_free) {
     other->sink = sink;
     hang(s, other, n, opposite(d));
@@ -107,19 +111,30 @@ int grow(Search& s, GridNode* n) noexcept {
   return no_bridge;
 }
 
+// A way from a bridge to a terminal: the nodes on it but the root, in the room of the orphans to come.
+struct Path {
+  uint32_t *first, *end;
+  GridNode* root;
+};
+
 template <bool sink>
-float path_limit(const Search& s, const GridNode* n, float limit) noexcept {
+Path find_path(const Search& s, GridNode* n, uint32_t* places, float& limit) noexcept {
+  Path path{places, places, nullptr};
   while (has_parent(n)) {
-    const GridNode* const parent = s.node(n->parent);
+    *path.end++ = s.place(n);
+    GridNode* const parent = s.node(n->parent);
     limit = std::min(limit, sink ? n->room[n->to_parent] : parent->room[opposite(n->to_parent)]);
     n = parent;
   }
-  return std::min(limit, std::fabs(s.terminal(n)));
+  path.root = n;
+  limit = std::min(limit, std::fabs(s.terminal(n)));
+  return path;
 }
 
 template <bool sink>
-void push_path(Search& s, GridNode* n, float amount) noexcept {
-  while (has_parent(n)) {
+void push_path(Search& s, const Path& path, float amount) noexcept {
+  for (const uint32_t* place = path.first; place != path.end; ++place) {
+    GridNode* const n = s.node(*place);
     GridNode* const parent = s.node(n->parent);
     float& up_room = n->room[n->to_parent];
     float& down_room = parent->room[opposite(n->to_parent)];
@@ -127,20 +142,20 @@ void push_path(Search& s, GridNode* n, float amount) noexcept {
     downstream -= amount;
     (sink ? down_room : up_room) += amount;
     if (downstream == 0.0f) push_orphan(s, n);
-    n = parent;
   }
-  float& terminal = s.terminal(n);
+  float& terminal = s.terminal(path.root);
   terminal += sink ? amount : -amount;
-  if (terminal == 0.0f) push_orphan(s, n);
+  if (terminal == 0.0f) push_orphan(s, path.root);
 }
 
 void augment(Search& s, GridNode* source_end, GridNode* sink_end, Direction d) noexcept {
-  float amount = path_limit<false>(s, source_end, source_end->room[d]);
-  amount = path_limit<true>(s, sink_end, amount);
+  float amount = source_end->room[d];
+  const Path source_path = find_path<false>(s, source_end, s.orphans, amount);
+  const Path sink_path = find_path<true>(s, sink_end, source_path.end + 1, amount);
   source_end->room[d] -= amount;
   sink_end->room[opposite(d)] += amount;
-  push_path<false>(s, source_end, amount);
-  push_path<true>(s, sink_end, amount);
+  push_path<false>(s, source_path, amount);
+  push_path<true>(s, sink_path, amount);
   ++s.time;
 }
 
@@ -169,7 +184,7 @@ template <bool sink, Direction d>
 void release(Search& s, GridNode* n) noexcept {
   GridNode* const other = s.neighbour<d>(n);
   if (other->sink != sink || other->parent == grid_free) return;
-  if (other->room[opposite(d)] != 0.0f) append_active(s, other);
+  if (!is_full(other, opposite(d))) append_active(s, other);
   if (has_parent(other) && other->to_parent == opposite(d)) push_orphan(s, other);
 }
 
@@ -182,7 +197,7 @@ struct Candidate {
 template <bool sink, Direction d>
 void consider(Search& s, GridNode* n, Candidate& best) noexcept {
   GridNode* const other = s.neighbour<d>(n);
-  if ((sink ? n->room[d] : other->room[opposite(d)]) == 0.0f) return;
+  if (sink ? is_full(n, d) : is_full(other, opposite(d))) return;
   if (other->sink != sink || other->parent == grid_free) return;
   const int32_t distance = terminal_distance(s, other);
   if (distance == 0) return;

@@ -72,10 +72,11 @@ void gray_of_strip(const BlendImage& source, const BlendImage& strip, int findpa
     const int64_t column = std::clamp<int64_t>(first_column + offsets[x], 0, source.width - 1);
     offsets[x] = static_cast<int32_t>(column) * source.steps[0];
   }
+  const int64_t row_samples = (int64_t{source.width} - 1) * source.steps[0] + 3;
   const float scale = resize_scale(strip.height, gray.height);
   for (int32_t y = 0; y < gray.height; ++y) {
     const int32_t row = std::min(picked_position(y, scale, strip.height), source.height - 1);
-    pick_pixels(source.data[0] + ptrdiff_t{row} * source.stride, offsets, pixels, gray.width);
+    pick_pixels(source.data[0] + ptrdiff_t{row} * source.stride, row_samples, offsets, pixels, gray.width);
     kGrayRow.best()(pixels, gray.data + ptrdiff_t{y} * gray.width, gray.width);
   }
 }
