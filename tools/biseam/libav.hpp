@@ -16,7 +16,9 @@ struct LibavDelete {
   void operator()(AVFrame* p) const { av_frame_free(&p); }
   void operator()(AVPacket* p) const { av_packet_free(&p); }
   void operator()(AVCodecContext* p) const { avcodec_free_context(&p); }
-  void operator()(AVFormatContext* p) const { avformat_close_input(&p); }
+  void operator()(AVFormatContext* p) const { avformat_close_input(&p); }  // of demuxers
+  void operator()(AVDictionary* p) const { av_dict_free(&p); }
+  void operator()(AVBufferPool* p) const { av_buffer_pool_uninit(&p); }
   void operator()(SwsContext* p) const { sws_freeContext(p); }
   void operator()(AVIOContext* p) const {
     av_freep(&p->buffer);

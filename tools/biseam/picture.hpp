@@ -19,8 +19,31 @@ struct Nv12 {
   std::vector<std::uint8_t> luma, chroma;
 
   Nv12() = default;
-  Nv12(int w, int h)
-      : width(w), height(h), luma(std::size_t(w) * std::size_t(h)), chroma(std::size_t(w) * std::size_t(h) / 2) {}
+  Nv12(int w, int h) { resize(w, h); }
+
+  // What the planes hold is undefined afterwards.
+  void resize(int w, int h) {
+    width = w;
+    height = h;
+    luma.resize(std::size_t(w) * std::size_t(h));
+    chroma.resize(luma.size() / 2);
+  }
+};
+
+// Planes that belong to someone else, rows as far apart as the strides say.
+struct Nv12View {
+  int width = 0, height = 0;
+  const std::uint8_t *luma = nullptr, *chroma = nullptr;
+  std::ptrdiff_t luma_stride = 0, chroma_stride = 0;  // bytes
+
+  Nv12View() = default;
+  Nv12View(const Nv12& picture)
+      : width(picture.width),
+        height(picture.height),
+        luma(picture.luma.data()),
+        chroma(picture.chroma.data()),
+        luma_stride(picture.width),
+        chroma_stride(picture.width) {}
 };
 
 // Packed R, G, B bytes, rows without padding, any size.

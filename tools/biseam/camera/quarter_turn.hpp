@@ -5,8 +5,10 @@
 
 namespace biseam::tool {
 
-// The upright picture of one that was turned clockwise by 0, 90, 180 or 270 degrees.  Loses nothing.
-Nv12 undo_quarter_turn(const Nv12& picture, int degrees);
+// The upright picture of one that was turned clockwise by 0, 90, 180 or 270 degrees.  Loses nothing.  The second one reuses
+// the memory of upright, which must not be the picture's.
+Nv12 undo_quarter_turn(const Nv12View& picture, int degrees);
+void undo_quarter_turn(const Nv12View& picture, int degrees, Nv12& upright);
 
 struct Point {
   double x = 0, y = 0;

@@ -4,14 +4,14 @@
 #include <cmath>
 #include <numbers>
 #include <thread>
-#include <vector>
 
 namespace biseam::tool {
 namespace {
 
 constexpr double kDegree = std::numbers::pi / 180;
 constexpr int kLobes = 3;
-constexpr int kPhases = 256;  // positions between two samples
+constexpr int kPhaseBits = 8, kPhaseMask = WarpFilter::kPhases - 1;
+static_assert(WarpFilter::kPhases == 1 << kPhaseBits);
 
 double lanczos(double x) {
   if (std::abs(x) < 1e-9) return 1;
@@ -20,74 +20,56 @@ double lanczos(double x) {
   return kLobes * std::sin(a) * std::sin(a / kLobes) / (a * a);
 }
 
-// Weights of the samples around a position, for every phase; each set sums to 1.
-class Filter {
- public:
-  // step: source samples per target sample.
-  explicit Filter(double step) : stretch_(std::max(step, 1.0)), taps_(2 * int(std::ceil(kLobes * stretch_))) {
-    weights_.resize(std::size_t(kPhases + 1) * std::size_t(taps_));
-    for (int phase = 0; phase <= kPhases; ++phase) {
-      float* row = &weights_[std::size_t(phase) * std::size_t(taps_)];
-      double sum = 0;
-      for (int k = 0; k < taps_; ++k) sum += weight(phase, k);
-      for (int k = 0; k < taps_; ++k) row[k] = float(weight(phase, k) / sum);
-    }
-  }
-
-  struct Place {
-    int first;
-    const float* weights;
-  };
-
-  Place place(double position) const {
-    const double floor = std::floor(position);
-    const int phase = int((position - floor) * kPhases + 0.5);
-    return {int(floor) - taps_ / 2 + 1, &weights_[std::size_t(phase) * std::size_t(taps_)]};
-  }
-
-  int taps() const { return taps_; }
-
- private:
-  double weight(int phase, int tap) const {
-    const int middle = taps_ / 2 - 1;
-    return lanczos((tap - middle - double(phase) / kPhases) / stretch_);
-  }
-
-  double stretch_;
-  int taps_;
-  std::vector<float> weights_;
-};
-
-// Channels interleaved samples a pixel, rows without padding.
+// Channels interleaved samples a pixel.
 template <int Channels>
 struct Plane {
   const std::uint8_t* samples;
+  std::ptrdiff_t stride;
   int width, height;
 
   const std::uint8_t* at(int x, int y) const {
-    return samples + (std::ptrdiff_t(std::clamp(y, 0, height - 1)) * width + std::clamp(x, 0, width - 1)) * Channels;
+    return samples + std::clamp(y, 0, height - 1) * stride + std::clamp(x, 0, width - 1) * Channels;
   }
 };
 
-// Far outside, every position sees the same edge pixels; the clamp keeps indices inside an int.
-template <int Channels>
-void sample(const Plane<Channels>& plane, const Filter& filter, Point point, std::uint8_t* out) {
-  const double margin = filter.taps();
-  const auto column = filter.place(std::clamp(point.x, -margin, plane.width + margin));
-  const auto row = filter.place(std::clamp(point.y, -margin, plane.height + margin));
-  const bool inside = column.first >= 0 && column.first + filter.taps() <= plane.width;
+// Taps: of the filter, when they are known beforehand, or 0.
+template <int Channels, int Taps>
+void sample(const Plane<Channels>& plane, const WarpFilter& filter, Warp::Place place, std::uint8_t* out) {
+  const int taps = Taps != 0 ? Taps : filter.taps();
+  const int x = (place.x >> kPhaseBits) - taps / 2 + 1, y = (place.y >> kPhaseBits) - taps / 2 + 1;
+  const float *across = filter.weights(place.x & kPhaseMask), *down = filter.weights(place.y & kPhaseMask);
+  const bool inside = x >= 0 && x + taps <= plane.width;
   float sum[Channels] = {};
-  for (int j = 0; j < filter.taps(); ++j) {
+  for (int j = 0; j < taps; ++j) {
     float line[Channels] = {};
-    const std::uint8_t* from = plane.at(inside ? column.first : 0, row.first + j);
-    for (int i = 0; i < filter.taps(); ++i) {
-      const std::uint8_t* pixel = inside ? from + i * Channels : plane.at(column.first + i, row.first + j);
-      for (int c = 0; c < Channels; ++c) line[c] += column.weights[i] * float(pixel[c]);
+    const std::uint8_t* from = plane.at(inside ? x : 0, y + j);
+    for (int i = 0; i < taps; ++i) {
+      const std::uint8_t* pixel = inside ? from + i * Channels : plane.at(x + i, y + j);
+      for (int c = 0; c < Channels; ++c) line[c] += across[i] * float(pixel[c]);
     }
-    for (int c = 0; c < Channels; ++c) sum[c] += row.weights[j] * line[c];
+    for (int c = 0; c < Channels; ++c) sum[c] += down[j] * line[c];
   }
   for (int c = 0; c < Channels; ++c) out[c] = std::uint8_t(std::clamp(std::floor(sum[c] + 0.5f), 0.0f, 255.0f));
 }
+
+template <int Channels>
+void sample_row(const Plane<Channels>& plane, const WarpFilter& filter, const Warp::Place* places, int count,
+                std::uint8_t* out) {
+  constexpr int kUsualTaps = 2 * kLobes;
+  if (filter.taps() == kUsualTaps) {
+    for (int x = 0; x < count; ++x) sample<Channels, kUsualTaps>(plane, filter, places[x], out + x * Channels);
+  } else {
+    for (int x = 0; x < count; ++x) sample<Channels, 0>(plane, filter, places[x], out + x * Channels);
+  }
+}
+
+// Far outside, every position sees the same edge pixels.
+std::int32_t in_phases(double position) {
+  constexpr double kFar = 1e6;
+  return std::int32_t(std::lround(std::clamp(position, -kFar, kFar) * WarpFilter::kPhases));
+}
+
+Warp::Place place_of(Point point) { return {in_phases(point.x), in_phases(point.y)}; }
 
 struct Direction {
   double x, y, z;  // right, down, forward
@@ -138,10 +120,13 @@ class Mapping {
   bool turned_;
 };
 
-// Runs work(row) for every row, rows shared out among the processors.
+// Runs work(row) for every row, rows shared out among the threads.
 template <class Work>
-void for_rows(int rows, Work work) {
-  const int threads = std::clamp(int(std::thread::hardware_concurrency()), 1, 16);
+void for_rows(int rows, int threads, Work work) {
+  if (threads <= 1) {
+    for (int y = 0; y < rows; ++y) work(y);
+    return;
+  }
   std::vector<std::jthread> pool;
   for (int t = 0; t < threads; ++t) {
     pool.emplace_back([=] {
@@ -152,25 +137,57 @@ void for_rows(int rows, Work work) {
 
 }  // namespace
 
-Nv12 warp_fisheye(const Nv12& source, const Lens& lens, const WarpTarget& target) {
-  Nv12 out(target.size.width, target.size.height);
+WarpFilter::WarpFilter(double step) : stretch_(std::max(step, 1.0)), taps_(2 * int(std::ceil(kLobes * stretch_))) {
+  weights_.resize(std::size_t(kPhases) * std::size_t(taps_));
+  for (int phase = 0; phase < kPhases; ++phase) {
+    float* row = &weights_[std::size_t(phase) * std::size_t(taps_)];
+    double sum = 0;
+    for (int k = 0; k < taps_; ++k) sum += weight(phase, k);
+    for (int k = 0; k < taps_; ++k) row[k] = float(weight(phase, k) / sum);
+  }
+}
+
+double WarpFilter::weight(int phase, int tap) const {
+  const int middle = taps_ / 2 - 1;
+  return lanczos((tap - middle - double(phase) / kPhases) / stretch_);
+}
+
+Warp::Warp(const Lens& lens, const WarpTarget& target, int threads) : size_(target.size), filter_(lens.p / target.p) {
+  const std::size_t width = std::size_t(size_.width), half = width / 2;
+  luma_.resize(width * std::size_t(size_.height));
+  chroma_.resize(luma_.size() / 4);
   const Mapping mapping(lens, target);
-  const Filter filter(lens.p / target.p);
-  const Plane<1> luma{source.luma.data(), source.width, source.height};
-  const Plane<2> chroma{source.chroma.data(), source.width / 2, source.height / 2};
-  const int width = out.width;
-  for_rows(out.height, [&, width](int y) {
-    std::uint8_t* row = &out.luma[std::size_t(y) * std::size_t(width)];
-    for (int x = 0; x < width; ++x) sample(luma, filter, mapping({double(x), double(y)}), row + x);
+  for_rows(size_.height, threads, [&, width](int y) {
+    Place* row = &luma_[std::size_t(y) * width];
+    for (std::size_t x = 0; x < width; ++x) row[x] = place_of(mapping({double(x), double(y)}));
   });
   // A chroma sample stands in the middle of its 2 x 2 block.
-  for_rows(out.height / 2, [&, width](int y) {
-    std::uint8_t* row = &out.chroma[std::size_t(y) * std::size_t(width)];
-    for (int x = 0; x < width; x += 2) {
-      const Point at = mapping({x + 0.5, 2 * y + 0.5});
-      sample(chroma, filter, {(at.x - 0.5) / 2, (at.y - 0.5) / 2}, row + x);
+  for_rows(size_.height / 2, threads, [&, half](int y) {
+    Place* row = &chroma_[std::size_t(y) * half];
+    for (std::size_t x = 0; x < half; ++x) {
+      const Point at = mapping({2 * double(x) + 0.5, 2 * y + 0.5});
+      row[x] = place_of({(at.x - 0.5) / 2, (at.y - 0.5) / 2});
     }
   });
+}
+
+void Warp::apply(const Nv12View& source, Nv12& out, int threads) const {
+  out.resize(size_.width, size_.height);
+  const Plane<1> luma{source.luma, source.luma_stride, source.width, source.height};
+  const Plane<2> chroma{source.chroma, source.chroma_stride, source.width / 2, source.height / 2};
+  const std::size_t width = std::size_t(size_.width), half = width / 2;
+  for_rows(size_.height, threads, [&, width](int y) {
+    sample_row(luma, filter_, &luma_[std::size_t(y) * width], int(width), &out.luma[std::size_t(y) * width]);
+  });
+  for_rows(size_.height / 2, threads, [&, width, half](int y) {
+    sample_row(chroma, filter_, &chroma_[std::size_t(y) * half], int(half), &out.chroma[std::size_t(y) * width]);
+  });
+}
+
+Nv12 warp_fisheye(const Nv12View& source, const Lens& lens, const WarpTarget& target) {
+  const int threads = std::clamp(int(std::thread::hardware_concurrency()), 1, 16);
+  Nv12 out;
+  Warp(lens, target, threads).apply(source, out, threads);
   return out;
 }
 

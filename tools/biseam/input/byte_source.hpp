@@ -16,6 +16,7 @@ class ByteSource {
 
   const std::string& name() const { return name_; }  // for messages
   std::FILE* stream() const { return stream_.get(); }
+  int descriptor() const { return fileno(stream_.get()); }
 
   // Everything up to the end, but at most limit bytes.
   std::vector<std::uint8_t> read_all(std::size_t limit);

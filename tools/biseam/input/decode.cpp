@@ -13,53 +13,9 @@ extern "C" {
 namespace biseam::tool {
 namespace {
 
-constexpr int kBufferBytes = 1 << 16;
+[[noreturn]] void refuse(const Container& source, const std::string& what) { source.refuse(what); }
 
-[[noreturn]] void refuse(const ByteSource& source, const std::string& what) {
-  throw Failure(ExitCode::input, source.name() + ": " + what);
-}
-
-int read_bytes(void* opaque, std::uint8_t* to, int count) {
-  std::FILE* stream = static_cast<std::FILE*>(opaque);
-  const std::size_t got = std::fread(to, 1, std::size_t(count), stream);
-  if (got > 0) return int(got);
-  return std::ferror(stream) ? AVERROR(EIO) : AVERROR_EOF;
-}
-
-std::int64_t seek_bytes(void* opaque, std::int64_t offset, int whence) {
-  std::FILE* stream = static_cast<std::FILE*>(opaque);
-  if (whence & AVSEEK_SIZE) {
-    const off_t here = ftello(stream);
-    if (here < 0 || fseeko(stream, 0, SEEK_END) != 0) return AVERROR(ENOSYS);
-    const off_t end = ftello(stream);
-    return fseeko(stream, here, SEEK_SET) == 0 ? end : AVERROR(EIO);
-  }
-  return fseeko(stream, offset, whence & ~AVSEEK_FORCE) == 0 ? ftello(stream) : AVERROR(EIO);
-}
-
-Libav<AVIOContext> open_bytes(std::FILE* stream) {
-  auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferBytes));
-  if (!buffer) throw std::bad_alloc();
-  const bool seekable = fseeko(stream, 0, SEEK_CUR) == 0;
-  AVIOContext* io = avio_alloc_context(buffer, kBufferBytes, 0, stream, read_bytes, nullptr, seekable ? seek_bytes : nullptr);
-  if (!io) {
-    av_free(buffer);
-    throw std::bad_alloc();
-  }
-  return Libav<AVIOContext>(io);
-}
-
-// No name is given, so that the content decides and nothing but these bytes is ever opened.
-Libav<AVFormatContext> open_container(const ByteSource& source, AVIOContext* io) {
-  AVFormatContext* container = avformat_alloc_context();
-  if (!container) throw std::bad_alloc();
-  container->pb = io;
-  container->protocol_whitelist = av_strdup("none");
-  if (avformat_open_input(&container, "", nullptr, nullptr) < 0) refuse(source, "is not a picture");
-  return Libav<AVFormatContext>(container);
-}
-
-Libav<AVCodecContext> open_decoder(const ByteSource& source, const AVStream* stream) {
+Libav<AVCodecContext> open_decoder(const Container& source, const AVStream* stream) {
   const AVCodec* codec = avcodec_find_decoder(stream->codecpar->codec_id);
   if (!codec) refuse(source, "there is no decoder for this picture");
   Libav<AVCodecContext> decoder(avcodec_alloc_context3(codec));
@@ -72,7 +28,7 @@ Libav<AVCodecContext> open_decoder(const ByteSource& source, const AVStream* str
 }
 
 // The first frame the decoder gives, fed from the stream and drained at its end.
-Libav<AVFrame> first_frame(const ByteSource& source, AVFormatContext* container, int stream, AVCodecContext* decoder) {
+Libav<AVFrame> first_frame(Container& source, int stream, AVCodecContext* decoder) {
   Libav<AVPacket> packet(av_packet_alloc());
   Libav<AVFrame> frame(av_frame_alloc());
   if (!packet || !frame) throw std::bad_alloc();
@@ -82,8 +38,9 @@ Libav<AVFrame> first_frame(const ByteSource& source, AVFormatContext* container,
     if (received == 0) break;
     if (received != AVERROR(EAGAIN)) refuse(source, "damaged or cut short: " + libav_reason(received));
     if (drained) refuse(source, "holds no whole picture");
-    const int read = av_read_frame(container, packet.get());
-    drained = read < 0;
+    const Container::Read read = source.read(*packet);
+    if (read == Container::Read::damage || (packet->flags & AV_PKT_FLAG_CORRUPT) != 0) refuse(source, "damaged or cut short");
+    drained = read == Container::Read::end;
     if (!drained && packet->stream_index != stream) {
       av_packet_unref(packet.get());
       continue;
@@ -140,7 +97,7 @@ int colour_matrix(const AVFrame& frame) {
   }
 }
 
-Rgb convert_to_rgb(const ByteSource& source, const AVFrame& frame) {
+Rgb convert_to_rgb(const Container& source, const AVFrame& frame) {
   Rgb out(frame.width, frame.height);
   Libav<SwsContext> scaler(sws_getContext(
       frame.width, frame.height, AVPixelFormat(frame.format), frame.width, frame.height, AV_PIX_FMT_RGB24,
@@ -157,14 +114,11 @@ Rgb convert_to_rgb(const ByteSource& source, const AVFrame& frame) {
 
 }  // namespace
 
-Nv12 decode_picture(ByteSource& source) {
-  const Libav<AVIOContext> io = open_bytes(source.stream());
-  const Libav<AVFormatContext> container = open_container(source, io.get());
-  if (avformat_find_stream_info(container.get(), nullptr) < 0) refuse(source, "damaged or cut short");
-  const int stream = av_find_best_stream(container.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+Nv12 decode_picture(Container& source) {
+  const int stream = av_find_best_stream(source.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
   if (stream < 0) refuse(source, "is not a picture");
-  const Libav<AVCodecContext> decoder = open_decoder(source, container->streams[stream]);
-  const Libav<AVFrame> frame = first_frame(source, container.get(), stream, decoder.get());
+  const Libav<AVCodecContext> decoder = open_decoder(source, source->streams[stream]);
+  const Libav<AVFrame> frame = first_frame(source, stream, decoder.get());
   if (frame->width < 2 || frame->height < 2) refuse(source, "is smaller than 2 x 2 pixels");
   if (is_jpeg_like(*frame)) return copy_planes(*frame);
   return to_nv12(convert_to_rgb(source, *frame));

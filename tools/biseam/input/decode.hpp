@@ -1,7 +1,7 @@
 // Pictures in any format that libav recognises by its content.
 #pragma once
 
-#include "input/byte_source.hpp"
+#include "input/container.hpp"
 #include "picture.hpp"
 
 namespace biseam::tool {
@@ -9,6 +9,6 @@ namespace biseam::tool {
 // The first picture of a still or a film.  8-bit 4:2:0 in full-range BT.601 (most JPEG files) is taken sample for sample,
 // everything else by way of RGB; a last odd row or column is dropped, transparency ignored.  A damaged or truncated
 // picture is refused.
-Nv12 decode_picture(ByteSource& source);
+Nv12 decode_picture(Container& source);
 
 }  // namespace biseam::tool

@@ -5,14 +5,13 @@
 
 #include "failure.hpp"
 #include "input/byte_source.hpp"
+#include "input/container.hpp"
 #include "input/decode.hpp"
 
 namespace biseam::tool {
 namespace {
 
 constexpr int kMaxSide = 32766;  // keeps every byte count of a picture inside 32 bits
-
-bool has_raw_name(const std::string& path) { return path.ends_with(".nv12") || path.ends_with(".NV12"); }
 
 Nv12 read_raw(ByteSource& source, Size size) {
   const std::size_t expected = nv12_bytes(size);
@@ -33,10 +32,18 @@ Nv12 read_raw(ByteSource& source, Size size) {
 }  // namespace
 
 Nv12 read_picture(const std::string& path, std::optional<Size> raw_size) {
-  ByteSource source(path);
-  if (raw_size) return read_raw(source, *raw_size);
-  if (has_raw_name(path)) throw Failure(ExitCode::usage, path + ": a raw picture needs its size (--size WIDTHxHEIGHT)");
-  return decode_picture(source);
+  if (raw_size) {
+    ByteSource source(path);
+    return read_raw(source, *raw_size);
+  }
+  refuse_raw_name(path);
+  Container container(path);
+  return decode_picture(container);
+}
+
+void refuse_raw_name(const std::string& path) {
+  if (!path.ends_with(".nv12") && !path.ends_with(".NV12")) return;
+  throw Failure(ExitCode::usage, path + ": a raw picture needs its size (--size WIDTHxHEIGHT)");
 }
 
 Size parse_size(const std::string& text) {

@@ -1,32 +1,27 @@
 #include "input/split.hpp"
 
-#include <algorithm>
-
 #include "failure.hpp"
 
 namespace biseam::tool {
-namespace {
 
-void copy_columns(const std::vector<std::uint8_t>& from, std::size_t from_width, std::size_t first,
-                  std::vector<std::uint8_t>& to, std::size_t width) {
-  for (std::size_t row = 0; row * width < to.size(); ++row) {
-    std::copy_n(from.begin() + std::ptrdiff_t(row * from_width + first), width, to.begin() + std::ptrdiff_t(row * width));
+std::pair<Nv12View, Nv12View> split(const Nv12View& picture, Layout layout, const std::string& name) {
+  const bool across = layout == Layout::side_by_side;
+  const int side = across ? picture.width : picture.height;
+  if (side % 4 != 0) {
+    throw Failure(ExitCode::input, name + ": two circles " +
+                                       (across ? "side by side need a width" : "one above the other need a height") +
+                                       " divisible by 4, it is " + std::to_string(side));
   }
-}
-
-}  // namespace
-
-std::pair<Nv12, Nv12> split_side_by_side(const Nv12& picture, const std::string& name) {
-  if (picture.width % 4 != 0) {
-    throw Failure(ExitCode::input,
-                  name + ": two circles side by side need a width divisible by 4, it is " + std::to_string(picture.width));
-  }
-  const int half = picture.width / 2;
-  std::pair<Nv12, Nv12> halves{Nv12(half, picture.height), Nv12(half, picture.height)};
-  for (Nv12* to : {&halves.first, &halves.second}) {
-    const std::size_t first = to == &halves.first ? 0 : std::size_t(half);
-    copy_columns(picture.luma, std::size_t(picture.width), first, to->luma, std::size_t(half));
-    copy_columns(picture.chroma, std::size_t(picture.width), first, to->chroma, std::size_t(half));
+  std::pair<Nv12View, Nv12View> halves{picture, picture};
+  Nv12View& second = halves.second;
+  if (across) {
+    halves.first.width = second.width = side / 2;
+    second.luma += side / 2;
+    second.chroma += side / 2;
+  } else {
+    halves.first.height = second.height = side / 2;
+    second.luma += side / 2 * picture.luma_stride;
+    second.chroma += side / 4 * picture.chroma_stride;
   }
   return halves;
 }

@@ -7,7 +7,10 @@
 
 namespace biseam::tool {
 
-// The left and the right half.  Throws Failure (input) naming the file unless both halves have an even width.
-std::pair<Nv12, Nv12> split_side_by_side(const Nv12& picture, const std::string& name);
+// Where the two circles of one picture lie, lens 0 first.
+enum class Layout { side_by_side, top_bottom };
+
+// The two halves, views of the same planes.  Throws Failure (input) naming the file unless both halves have even sides.
+std::pair<Nv12View, Nv12View> split(const Nv12View& picture, Layout layout, const std::string& name);
 
 }  // namespace biseam::tool

@@ -1,0 +1,24 @@
+// What a clip says about itself beside its pictures and sounds.
+#pragma once
+
+#include "libav.hpp"
+#include "picture.hpp"
+
+namespace biseam::tool {
+
+// Global metadata and chapters; what only describes the old container is left out.
+void copy_clip_metadata(const AVFormatContext& from, AVFormatContext& to);
+
+// Metadata, disposition and side data of a stream that is copied.
+void copy_stream_metadata(const AVStream& from, AVStream& to);
+
+// The same for the stream of the pictures, less what describes the old encoding or how to turn the old pictures.
+void copy_picture_metadata(const AVStream& from, AVStream& to);
+
+// Tells players that the pictures are equirectangular panoramas of the whole sphere.
+void mark_spherical(AVStream& stream);
+
+// True when the plain metadata of an MP4 file has no place for one of these keys.
+bool needs_free_keys(const AVDictionary* metadata);
+
+}  // namespace biseam::tool

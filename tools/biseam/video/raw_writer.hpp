@@ -1,0 +1,36 @@
+// Panoramas without compression, one after the other.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "output/replace_file.hpp"
+#include "video/clip_facts.hpp"
+#include "video/frame_sink.hpp"
+#include "video/pair_reader.hpp"
+
+namespace biseam::tool {
+
+enum class RawKind { nv12, y4m };
+
+class RawWriter : public FrameSink {
+ public:
+  // "-" is standard output.  Throws Failure (output) when nothing can be written there, or when the clips have other streams,
+  // unless those may be dropped.
+  RawWriter(const std::string& path, RawKind kind, const ClipFacts& facts, const PairReader& clips, bool drop_streams);
+
+  void write(const AVFrame& panorama, std::int64_t time, std::int64_t duration) override;
+  void copy(int, AVPacket&) override {}
+  void finish() override { file_.commit(); }
+  std::string settings_text() const override { return kind_ == RawKind::y4m ? "y4m" : "nv12"; }
+
+ private:
+  void add_rows(const AVFrame& panorama, int plane, int rows);
+  void add_plane(const AVFrame& panorama, int first);
+
+  RawKind kind_;
+  ReplacementFile file_;
+  std::vector<std::uint8_t> bytes_;  // of one frame
+};
+
+}  // namespace biseam::tool

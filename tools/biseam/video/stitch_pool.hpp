@@ -1,0 +1,70 @@
+// Reading, and stitching by several engines at once, in threads of their own.
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <vector>
+
+#include "video/engine_input.hpp"
+#include "video/panorama_pool.hpp"
+#include "video/seam_path.hpp"
+
+namespace biseam::tool {
+
+struct StitchedFrame {
+  FramePair pair;
+  Libav<AVFrame> panorama;  // none: repeated, or only packets
+  SeamPath seams;
+};
+
+// Hands out panoramas in the order of their pairs.  At most 2 x jobs + 1 frames are held between reader and taker.
+class StitchPool {
+ public:
+  using Read = std::function<std::optional<FramePair>()>;
+
+  // read is called by one thread, none means the end.  Throws Failure (settings) when the engine refuses the setup.
+  StitchPool(const Setup& setup, const PairLayout& layout, int jobs, Read read);
+  StitchPool(const StitchPool&) = delete;
+  StitchPool& operator=(const StitchPool&) = delete;
+  ~StitchPool();  // drops what is in flight
+
+  // The next frame; none at the end.  Rethrows what went wrong in any thread, after the frames before it.
+  std::optional<StitchedFrame> next();
+
+ private:
+  enum class Stage { waiting, running, done };
+  struct Slot {
+    Stage stage = Stage::waiting;
+    StitchedFrame frame;
+    std::exception_ptr trouble;
+  };
+  struct Engine {
+    Stitcher stitcher;
+    EngineInput input;
+  };
+
+  void make_engines(const Setup& setup, const PairLayout& layout, int jobs);
+  void read_all(const Read& read);
+  void stitch_all(Engine& engine);
+  void stitch(Engine& engine, StitchedFrame& frame);
+  Slot* take_waiting(std::unique_lock<std::mutex>& lock);
+  void push(Slot slot);
+
+  const StitchConfig config_;
+  const std::size_t most_;
+  PanoramaPool panoramas_;
+  std::vector<std::unique_ptr<Engine>> engines_;
+  std::mutex mutex_;
+  std::condition_variable room_, work_, done_;  // for the reader, the engines, the taker
+  std::deque<Slot> slots_;                      // in order
+  bool read_ended_ = false, stopped_ = false;
+  std::vector<std::jthread> threads_;  // last: they end first
+};
+
+}  // namespace biseam::tool

@@ -1,0 +1,15 @@
+// `biseam stitch` on clips.
+#pragma once
+
+#include <memory>
+
+#include "commands/stitch_options.hpp"
+#include "input/container.hpp"
+
+namespace biseam::tool {
+
+// first: the first input, if it was opened already.  Gives the exit code: 0, or kInterruptedExit after Ctrl-C or TERM, when
+// what was in flight is finished.  Throws Failure.
+int stitch_video(const StitchOptions& options, std::unique_ptr<Container> first);
+
+}  // namespace biseam::tool
