@@ -8,12 +8,19 @@
 #include "failure.hpp"
 #include "video/clip_metadata.hpp"
 #include "video/libav_log.hpp"
+#include "video/mov_boxes.hpp"
 #include "video/stream_fit.hpp"
 
 namespace biseam::tool {
 namespace {
 
 constexpr AVRational kMicroseconds{1, AV_TIME_BASE};
+
+// The muxer writes these anew.
+bool is_subtitle_end(const AVStream& stream, const AVPacket& packet) {
+  constexpr int kEmpty = 2;  // the length of a text, 0
+  return stream.codecpar->codec_id == AV_CODEC_ID_MOV_TEXT && packet.size == kEmpty && packet.duration == 0;
+}
 
 bool is_mov_kind(const AVOutputFormat& format) {
   return std::string(format.name) == "mp4" || std::string(format.name) == "mov";
@@ -131,20 +138,25 @@ void ClipWriter::write_encoded() {
 
 void ClipWriter::copy(int clip, AVPacket& packet) {
   Copied& copied = copied_[clip][std::size_t(packet.stream_index)];
-  if (!copied.to) return;
+  if (!copied.to || (is_mov_kind(*format_) && is_subtitle_end(*copied.to, packet))) return;
   if (packet.pts != AV_NOPTS_VALUE) packet.pts += copied.offset;
   if (packet.dts != AV_NOPTS_VALUE) packet.dts += copied.offset;
   av_packet_rescale_ts(&packet, copied.base, copied.to->time_base);
-  // Muxers refuse times of decoding that go back.
-  if (packet.dts != AV_NOPTS_VALUE) {
-    const std::int64_t step = (format_->flags & AVFMT_TS_NONSTRICT) != 0 ? 0 : 1;
-    if (copied.last != AV_NOPTS_VALUE) packet.dts = std::max(packet.dts, copied.last + step);
-    if (packet.pts != AV_NOPTS_VALUE) packet.pts = std::max(packet.pts, packet.dts);
-    copied.last = packet.dts;
-  }
+  mend_times(copied, packet);
   packet.stream_index = copied.to->index;
   packet.pos = -1;
   put(packet, copied.text);
+}
+
+// Muxers refuse times of decoding that go back.
+void ClipWriter::mend_times(Copied& copied, AVPacket& packet) const {
+  if (packet.dts == AV_NOPTS_VALUE) return;
+  const AVMediaType type = copied.to->codecpar->codec_type;
+  const bool may_repeat =
+      (format_->flags & AVFMT_TS_NONSTRICT) != 0 || type == AVMEDIA_TYPE_SUBTITLE || type == AVMEDIA_TYPE_DATA;
+  if (copied.last != AV_NOPTS_VALUE) packet.dts = std::max(packet.dts, copied.last + (may_repeat ? 0 : 1));
+  if (packet.pts != AV_NOPTS_VALUE) packet.pts = std::max(packet.pts, packet.dts);
+  copied.last = packet.dts;
 }
 
 void ClipWriter::put(AVPacket& packet, const std::string& stream) {
@@ -154,6 +166,24 @@ void ClipWriter::put(AVPacket& packet, const std::string& stream) {
     throw Failure(ExitCode::output, settings_.path + ": " + stream + " can't be written: " + libav_reason(status));
 }
 
+void ClipWriter::complete_mov() {
+  if (!bytes_.is_seekable()) return;
+  std::vector<TrackAddition> tracks(muxer_->nb_streams);
+  for (std::size_t k = 0; k < tracks.size(); ++k) {
+    const AVStream* stream = muxer_->streams[k];
+    const AVDictionaryEntry* language = av_dict_get(stream->metadata, "language", nullptr, 0);
+    tracks[k] = {stream == picture_ && settings_.spherical, language ? language->value : ""};
+  }
+  bytes_.flush();
+  bytes_.check();
+  std::optional<MovieBox> movie = read_movie(bytes_.descriptor());
+  if (!movie || !add_to_tracks(movie->bytes, tracks)) {
+    return notice(settings_.path + ": could not be marked as a spherical panorama");
+  }
+  avio_seek(bytes_.context(), movie->at, SEEK_SET);
+  avio_write(bytes_.context(), movie->bytes.data(), int(movie->bytes.size()));
+}
+
 void ClipWriter::finish() {
   encoder_.finish();
   write_encoded();
@@ -161,6 +191,7 @@ void ClipWriter::finish() {
   const int status = av_write_trailer(muxer_.get());
   bytes_.check();
   if (status < 0) throw Failure(ExitCode::output, settings_.path + ": can't be finished: " + log.reason(status));
+  if (std::string(format_->name) == "mov") complete_mov();
   bytes_.commit();
 }
 

@@ -49,7 +49,9 @@ class ClipWriter : public FrameSink {
   void add_copied(int clip, const PairReader& clips, const AVStream& from, std::int64_t offset);
   void write_header(const PairReader& clips);
   int movie_timescale() const;
+  void complete_mov();
   void write_encoded();
+  void mend_times(Copied& copied, AVPacket& packet) const;
   void put(AVPacket& packet, const std::string& stream);
 
   const ClipWriterSettings settings_;

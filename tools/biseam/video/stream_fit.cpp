@@ -34,6 +34,7 @@ std::string trial(const AVOutputFormat& format, const AVStream& stream) {
   muxer->pb = bytes.get();
   copy_parameters(format, stream, *to);
   av_dict_copy(&to->metadata, stream.metadata, 0);
+  to->disposition = stream.disposition;
   to->time_base = stream.time_base;
   const LibavLog log;
   const int status = avformat_write_header(muxer.get(), nullptr);
@@ -47,7 +48,8 @@ std::string stream_text(const AVStream& stream, const std::string& clip) {
   const char* kind = av_get_media_type_string(told.codec_type);
   std::string codec = avcodec_get_name(told.codec_id);
   char tag[AV_FOURCC_MAX_STRING_SIZE] = "";
-  if (told.codec_id == AV_CODEC_ID_NONE && told.codec_tag != 0) codec = av_fourcc_make_string(tag, told.codec_tag);
+  const bool is_unknown = told.codec_id == AV_CODEC_ID_NONE || told.codec_id == AV_CODEC_ID_BIN_DATA;
+  if (is_unknown && told.codec_tag != 0) codec = av_fourcc_make_string(tag, told.codec_tag);
   const std::string where = clip.empty() ? "" : clip + ": ";
   return where + "stream " + std::to_string(stream.index) + " (" + (kind ? kind : "unknown") + ", " + codec + ")";
 }
