@@ -4,4 +4,4 @@ set -euo pipefail
 cd "$(dirname "$0")/../.."
 cmake --preset clang
 cmake --build --preset clang
-ctest --preset clang
+ctest --preset clang -E '^view\.' # a browser can't tell the compilers apart

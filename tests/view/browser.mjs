@@ -79,6 +79,7 @@ export class Browser {
 export class Page {
   complaints = []; // errors and warnings on the console, and exceptions
   requests = []; // addresses
+  statuses = []; // of the answers
   #browser;
   #session;
   #target;
@@ -92,6 +93,7 @@ export class Page {
 
   #note(method, params) {
     if (method === "Network.requestWillBeSent") this.requests.push(params.request.url);
+    if (method === "Network.responseReceived") this.statuses.push(params.response.status);
     if (method === "Runtime.exceptionThrown") this.complaints.push(JSON.stringify(params.exceptionDetails));
     if (method === "Log.entryAdded" && params.entry.level !== "verbose") this.complaints.push(JSON.stringify(params.entry));
     if (method === "Runtime.consoleAPICalled" && ["error", "warning", "assert"].includes(params.type)) {

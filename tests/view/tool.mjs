@@ -1,4 +1,4 @@
-// The tool under test, and what it is tested with.
+// The tool under test, and what it is shown.
 import { execFileSync, spawn, spawnSync } from "node:child_process";
 import { mkdirSync, mkdtempSync, rmSync } from "node:fs";
 import { tmpdir } from "node:os";
@@ -20,9 +20,9 @@ export function psnr(first, second) {
   return JSON.parse(biseam("compare", "--json", first, second)).whole.psnr ?? 99;
 }
 
-export function scratchFolder(test) {
+export function scratchFolder() {
   const folder = mkdtempSync(join(tmpdir(), "biseam-view-"));
-  test.after(() => rmSync(folder, { recursive: true }));
+  process.on("exit", () => rmSync(folder, { recursive: true }));
   return (name) => join(folder, name);
 }
 
@@ -37,21 +37,25 @@ function ffmpeg(...words) {
   execFileSync("ffmpeg", ["-nostdin", "-v", "error", "-y", ...words], { stdio: "inherit" });
 }
 
-// Frames that all differ, the second second green throughout; with sound.
+// Squares all over, others in every frame.
+export function cells(seed, size = "1024x512") {
+  return `cellauto=size=64x32:rate=25:rule=30:random_seed=${seed},scale=${size.replace("x", ":")}:flags=neighbor`;
+}
+
+// Frames that all differ; with sound.
 export function makeClip(path, encoder) {
-  const [width, seconds] = [512, 4];
   ffmpeg(
-    ...["-f", "lavfi", "-i", `testsrc2=size=${width}x${width / 2}:rate=25:duration=${seconds}`],
-    ...["-f", "lavfi", "-i", `sine=frequency=440:duration=${seconds}`],
-    ...["-pix_fmt", "yuv420p", "-c:v", ...encoder, path],
+    ...["-f", "lavfi", "-i", cells(1, "512x256")],
+    ...["-f", "lavfi", "-i", "sine=frequency=440"],
+    ...["-t", "4", "-pix_fmt", "yuv420p", "-c:v", ...encoder, path],
   );
 }
 
 export const H264 = ["libx264", "-preset", "ultrafast", "-g", "25"];
 export const VP9 = ["libvpx-vp9", "-deadline", "realtime", "-cpu-used", "8", "-g", "25", "-c:a", "libopus"];
 
-export function makePicture(path, source = "testsrc2", size = "1024x512") {
-  ffmpeg("-f", "lavfi", "-i", `${source}=size=${size}`, "-frames:v", "1", path);
+export function makePicture(path, source = cells(2)) {
+  ffmpeg("-f", "lavfi", "-i", source, "-frames:v", "1", path);
 }
 
 // A server on a free port; stop() gives its exit code.

@@ -3,8 +3,10 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 
 #include "failure.hpp"
@@ -51,6 +53,9 @@ MHD_Result on_request(void* site, MHD_Connection* connection, const char* addres
   return static_cast<const Site*>(site)->answer(connection, address, method);
 }
 
+// Escapes stay in the address: those that are served have none, and an escaped 0 can't cut one short.
+std::size_t keep_escapes(void*, MHD_Connection*, char* text) { return std::strlen(text); }
+
 Daemon start(const Site& site, int port) {
   sockaddr_in address = {};
   address.sin_family = AF_INET;
@@ -58,7 +63,8 @@ Daemon start(const Site& site, int port) {
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   const unsigned flags = MHD_USE_AUTO | MHD_USE_INTERNAL_POLLING_THREAD;
   return Daemon(MHD_start_daemon(flags, std::uint16_t(port), nullptr, nullptr, on_request, const_cast<Site*>(&site),
-                                 MHD_OPTION_SOCK_ADDR, &address, MHD_OPTION_THREAD_POOL_SIZE, kThreads, MHD_OPTION_END));
+                                 MHD_OPTION_SOCK_ADDR, &address, MHD_OPTION_THREAD_POOL_SIZE, kThreads,
+                                 MHD_OPTION_UNESCAPE_CALLBACK, keep_escapes, nullptr, MHD_OPTION_END));
 }
 
 }  // namespace

@@ -25,8 +25,9 @@ function clickOnSpace(event) {
   event.currentTarget.click();
 }
 
-// The bar's buttons are plain elements with a title.
+// The bar's buttons are plain elements with a title, and so is the caption, which does nothing.
 export function nameButtons(root) {
+  root.querySelector(".psv-caption").removeAttribute("tabindex");
   for (const element of root.querySelectorAll(".psv-button[tabindex], .psv-panel-close-button")) {
     if (!element.hasAttribute("role")) element.setAttribute("role", "button");
     element.setAttribute("aria-label", element.title);
