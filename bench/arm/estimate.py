@@ -23,11 +23,10 @@ PROCESSORS = (("cortex-a9", "armv7"), ("cortex-a53", "aarch64"))
 ITERATIONS = 100
 SINGLE_LOAD = re.compile(r"\tvldmia\.64\s+(\w+)!, \{(\w+)\}")  # the model has no cost for it in this form
 
-# What it is, scalar and NEON function, bytes that one pixel of the result stores.
+# What it is, scalar and NEON function, bytes that one pixel of the result stores.  Only functions with one loop for it all.
 LOOPS = (
     ("remap, luma", "sample_luma_row_scalar", "sample_luma_row_neon", 1),
     ("remap, chroma (per pair)", "sample_chroma_row_scalar", "sample_chroma_row_neon", 2),
-    ("lens table", "map_row_scalar", "map_row_neon", 8),
     ("bands to RGB", "yuv420_rows_to_integer_rgb::scalar", "yuv420_rows_to_integer_rgb::neon", 12),
     ("RGB to luma", "rgb_row_to_luma::scalar", "rgb_row_to_luma::neon", 1),
     ("reduction across", "pixels_scalar<false>", "reduce_pixels_neon", 12),

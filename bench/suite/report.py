@@ -131,7 +131,8 @@ def write_arm(results):
              f"{row['scalar'] / row['neon']:.1f}" if row.get("scalar") and row.get("neon") else ""]
             for row in results["arm"]]
     return ("## ARM, estimated\n\nNot measured: what llvm-mca predicts for the innermost loop alone, as if every load hit the first "
-            "cache. Cycles per pixel.\n\n" + table(["loop", "processor", "scalar", "NEON", "ratio"], rows))
+            "cache and every instruction between the loop's ends ran, rare paths included. Cycles per pixel; empty where there is no "
+            "such version or no cost for one of its instructions. On 64-bit ARM compilers use NEON for the scalar definitions too.\n\n" + table(["loop", "processor", "scalar", "NEON", "ratio"], rows))
 
 
 SECTIONS = {"contest": write_contest, "stages": write_stages, "curve": write_curve, "search": write_search,
