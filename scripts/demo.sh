@@ -12,6 +12,7 @@ echo "Stitching ..."
 pair="$out/side_by_side.png --camera $out/camera.toml"
 "$biseam" stitch $pair -o "$out/panorama.png" --show-seams "$out/seams.png"
 "$biseam" stitch $pair -o "$out/plain.png" --no-search
+"$biseam" view "$out/panorama.png" --show-seams "$out/seams.png" -o "$out/panorama.html"
 
 # The figures of the row "both seams": PSNR and SSIM.
 seam_figures() {
@@ -44,6 +45,7 @@ echo
 echo "$out/side_by_side.png   the two fisheye pictures"
 echo "$out/panorama.png       the panorama"
 echo "$out/seams.png          the same with the overlap bands and the seams in them"
+echo "$out/panorama.html      both to look around in: open it in a browser"
 echo "$out/plain.png          stitched without seam search"
 echo "$out/truth.png          what a perfect stitch would be"
 echo "$out/contact_sheet.png  all four on one page"
