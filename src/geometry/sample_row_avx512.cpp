@@ -14,6 +14,9 @@ namespace {
 
 constexpr int kLuma = 16, kChroma = 8;  // samples of one vector; a chroma sample takes two lanes, one for each component
 
+// Windows begin left of and above this; the differences of 16 bits that end beyond are negative.
+constexpr uint32_t kMostSide = 0x7FFF;
+
 // 16 positions split into the samples that are read and the fractions beyond.
 struct Split {
   __m512i column, row;
@@ -23,7 +26,7 @@ struct Split {
 // Where in a window the samples lie.
 struct Place {
   const uint8_t* window;  // null: they are too far apart
-  __m512i x, y;
+  __m512i x_y;            // column in the lower, row in the upper half of each lane
 };
 
 // Bytes in 32-bit lanes.
@@ -64,15 +67,32 @@ BISEAM_STEP Split split_chroma(const float* entries, float y_scale) {
                _mm512_mul_ps(_mm512_permutex2var_ps(a, v, b), _mm512_set1_ps(y_scale)));
 }
 
-// In a window of width x height samples, each read with so many to its right.
+// Columns and rows, saturated, as the halves of 32-bit lanes.
+BISEAM_STEP __m512i pair_up(const Split& at) {
+  const __m512i most = all(0xFFFF);
+  return _mm512_or_epi32(_mm512_min_epu32(at.column, most), _mm512_slli_epi32(_mm512_min_epu32(at.row, most), 16));
+}
+
+// The largest column and the largest row, in every lane.
+BISEAM_STEP __m128i last_column_and_row(__m512i pairs) {
+  const __m256i eight = _mm256_max_epu16(_mm512_castsi512_si256(pairs), _mm512_extracti64x4_epi64(pairs, 1));
+  const __m128i four = _mm_max_epu16(_mm256_castsi256_si128(eight), _mm256_extracti128_si256(eight, 1));
+  const __m128i two = _mm_max_epu16(four, _mm_shuffle_epi32(four, 0x4E));
+  return _mm_max_epu16(two, _mm_shuffle_epi32(two, 0xB1));
+}
+
+// In a window of width x height samples, each read with so many to its right.  A column or row that saturated is far outside or
+// leaves the window's own beyond kMostSide.
 template <int width, int height, int neighbours, int sample_bytes>
 BISEAM_STEP Place place(const Split& at, const uint8_t* source, std::ptrdiff_t stride) {
-  const uint32_t left = _mm512_reduce_max_epu32(at.column) - (width - 1 - neighbours);
-  const uint32_t top = _mm512_reduce_max_epu32(at.row) - (height - 1);
-  const __m512i x = _mm512_sub_epi32(at.column, all(left)), y = _mm512_sub_epi32(at.row, all(top));
-  const __mmask16 inside = _mm512_mask_cmplt_epu32_mask(_mm512_cmplt_epu32_mask(x, all(width)), y, all(height));
-  if (((left | top) >> 31) != 0 || inside != 0xFFFF) return {nullptr, x, y};
-  return {locate(source, stride, top, std::size_t{left} * sample_bytes), x, y};
+  constexpr uint32_t size = width | height << 16, reach = (width - 1 - neighbours) | (height - 1) << 16;
+  const __m512i pairs = pair_up(at);
+  const __m128i corner = _mm_sub_epi16(last_column_and_row(pairs), _mm_set1_epi32(static_cast<int>(reach)));
+  const __m512i x_y = _mm512_sub_epi16(pairs, _mm512_broadcastd_epi32(corner));
+  const uint32_t left_top = static_cast<uint32_t>(_mm_cvtsi128_si32(corner)), left = left_top & 0xFFFF, top = left_top >> 16;
+  const __mmask32 inside = _mm512_cmplt_epu16_mask(x_y, all(size));
+  if (left > kMostSide || top > kMostSide || inside != 0xFFFFFFFF) return {nullptr, x_y};
+  return {locate(source, stride, top, std::size_t{left} * sample_bytes), x_y};
 }
 
 BISEAM_STEP Place place_luma(const Split& at, const uint8_t* source, std::ptrdiff_t stride) {
@@ -105,7 +125,7 @@ BISEAM_STEP Luma read_luma(const Place& at, std::ptrdiff_t stride) {
   const __m512i rows0 = load_4x16(at.window, stride), rows4 = load_4x16(at.window + 4 * stride, stride);
   const __m512i rows1 = _mm512_alignr_epi64(rows4, rows0, 2);
   const __m512i rows5 = _mm512_alignr_epi64(_mm512_castsi128_si512(load_16(at.window + 8 * stride)), rows4, 2);
-  const __m512i index = _mm512_or_epi32(_mm512_slli_epi32(at.y, 4), at.x);
+  const __m512i index = _mm512_or_epi32(_mm512_srli_epi32(at.x_y, 12), at.x_y);  // 16 y + x
   return {pick(rows0, index, rows4), pick(rows1, index, rows5)};
 }
 
@@ -115,7 +135,8 @@ BISEAM_STEP Chroma read_chroma(const Place& at, std::ptrdiff_t stride) {
   const __m512i rows1 = _mm512_alignr_epi64(rows2, rows0, 4);
   const __m512i rows3 = _mm512_alignr_epi64(_mm512_castsi256_si512(load_32(at.window + 4 * stride)), rows2, 4);
   const __m512i component = _mm512_setr_epi32(0, 1, 0, 1, 0, 1, 0, 1, 0, 1, 0, 1, 0, 1, 0, 1);
-  const __m512i left = _mm512_or_epi32(_mm512_or_epi32(_mm512_slli_epi32(at.y, 5), _mm512_slli_epi32(at.x, 1)), component);
+  const __m512i left =  // 32 y + 2 x, and the component
+      _mm512_or_epi32(_mm512_or_epi32(_mm512_srli_epi32(at.x_y, 11), _mm512_slli_epi32(at.x_y, 1)), component);
   const __m512i right = _mm512_add_epi32(left, all(2));
   return {pick(rows0, left, rows2), pick(rows0, right, rows2), pick(rows1, left, rows3), pick(rows1, right, rows3)};
 }
