@@ -9,6 +9,6 @@ def read_luma(file, width):
 
 
 def psnr(a, b):
-    """Of two luma planes, in dB."""
+    """Of two luma planes, in dB; None when they are the same."""
     error = numpy.mean((a.astype(numpy.float64) - b) ** 2)
-    return float("inf") if error == 0 else 10 * float(numpy.log10(255**2 / error))
+    return None if error == 0 else 10 * float(numpy.log10(255**2 / error))

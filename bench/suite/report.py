@@ -31,8 +31,8 @@ def write_contest(results):
             if name not in frames:
                 continue
             wall, cpu = (median(frames[name], f"frame.{clock}_ms") for clock in ("wall", "cpu"))
-            likeness = contest["psnr"].get(name)
-            same = "" if likeness is None else "the same bytes" if likeness == float("inf") else f"{likeness:.1f} dB"
+            likeness = contest["psnr"].get(name, "")
+            same = "the same bytes" if likeness is None else likeness and f"{likeness:.1f} dB"
             rows.append([title.format(against=results["against"]), ms(wall), ms(cpu), f"{wall / ours[0]:.2f}",
                          f"{cpu / ours[1]:.2f}", same])
         parts.append(f"{width} x {int(width) // 2}:\n\n" +

@@ -41,9 +41,12 @@ def sections(suite, sizes, curve, quick):
 def refuse_other_pictures(contest):
     """A contestant that shows something else has not done the work that is measured."""
     strange = [f"{name} at {width}: {likeness:.1f} dB" for width, sizes in contest.items()
-               for name, likeness in sizes["psnr"].items() if likeness < quality.PLAUSIBLE]
+               for name, likeness in sizes["psnr"].items() if likeness is not None and likeness < quality.PLAUSIBLE]
     if strange:
         sys.exit("not the same panorama: " + ", ".join(strange))
+    for width, sizes in contest.items():
+        if sizes["psnr"]["scalar"] is not None:
+            sys.exit(f"other bytes from scalar kernels at {width}")
 
 
 def main():
@@ -60,7 +63,7 @@ def main():
     refuse_other_pictures(results["contest"])
     if arguments.arm:
         results["arm"] = json.loads(arguments.arm.read_text())
-    (arguments.out / "bench.json").write_text(json.dumps(results, indent=1) + "\n")
+    (arguments.out / "bench.json").write_text(json.dumps(results, indent=1, allow_nan=False) + "\n")
     (arguments.out / "bench.md").write_text(report.write(results))
     plot.draw(results, arguments.out / "frame.svg")
 
