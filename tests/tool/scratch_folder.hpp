@@ -29,6 +29,8 @@ class ScratchFolder {
 
   std::string operator/(const std::string& name) const { return (path_ / name).string(); }
 
+  const std::filesystem::path& path() const { return path_; }
+
   std::vector<std::string> names() const {
     std::vector<std::string> all;
     for (const auto& entry : std::filesystem::directory_iterator(path_)) all.push_back(entry.path().filename().string());

@@ -13,7 +13,8 @@ enum class ExitCode {
   usage = 2,      // the command line can't be understood
   input = 3,      // a file can't be read or holds no picture
   output = 4,     // the result can't be written
-  settings = 5    // camera profile, lens or blend values that can't work
+  settings = 5,   // camera profile, lens or blend values that can't work
+  interrupted = 130
 };
 
 // One line without a newline that names the file or value at fault.

@@ -3,8 +3,6 @@
 
 namespace biseam::tool {
 
-inline constexpr int kInterruptedExit = 130;
-
 // As long as one lives, the first signal is only remembered; the next one ends the program.  A signal that was ignored before
 // stays ignored.
 class InterruptWatch {

@@ -23,7 +23,7 @@ int run(int argc, char** argv) {
   app.require_subcommand(1);
   app.footer(
       "Exit codes: 0 done, 1 compare found a difference, 2 command line, 3 an input can't be read,\n"
-      "4 the result can't be written, 5 profile or settings can't work.");
+      "4 the result can't be written, 5 profile or settings can't work, 130 interrupted.");
   int exit_code = int(ExitCode::done);
   biseam::tool::add_stitch_command(app, exit_code);
   biseam::tool::add_scene_command(app);

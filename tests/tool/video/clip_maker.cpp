@@ -35,6 +35,7 @@ class Writer {
   Writer(const std::string& path, const ClipSpec& spec, tool::Size size) : spec_(spec) {
     check(avformat_alloc_output_context2(&muxer_, nullptr, nullptr, path.c_str()), path);
     muxer_->strict_std_compliance = FF_COMPLIANCE_UNOFFICIAL;
+    muxer_->avoid_negative_ts = AVFMT_AVOID_NEG_TS_DISABLED;  // sound may begin a little before the pictures
     add_video(size);
     if (spec.sound > 0) add_sound();
     if (!spec.subtitles.empty()) add_subtitles();

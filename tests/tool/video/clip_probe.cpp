@@ -139,7 +139,8 @@ void ClipProbe::take_pictures(AVCodecContext& decoder) {
 const StreamFacts& ClipProbe::only(AVMediaType type) const {
   const StreamFacts* found = nullptr;
   for (const StreamFacts& stream : streams) {
-    if (stream.type != type || (stream.disposition & AV_DISPOSITION_ATTACHED_PIC)) continue;
+    const bool is_chapter_track = type == AVMEDIA_TYPE_DATA && stream.packets.empty();
+    if (stream.type != type || (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) || is_chapter_track) continue;
     if (found) throw std::runtime_error("more than one stream of a kind");
     found = &stream;
   }

@@ -4,24 +4,12 @@
 #include "scratch_folder.hpp"
 #include "video/clip_maker.hpp"
 #include "video/clip_probe.hpp"
-#include "video/walk.hpp"
+#include "video/run_clip.hpp"
 
 namespace biseam::tool {
 namespace {
 
 using namespace test;
-
-const std::vector<std::string> kLossless = {"--crf", "0", "--preset", "ultrafast"};
-
-Finished stitch(const std::string& input, const std::string& output, const std::vector<std::string>& more = {}) {
-  return run_stitch(with(with(with({input, "-o", output}, known_lenses()), kLossless), more));
-}
-
-void expect_quiet_success(const Finished& finished) {
-  EXPECT_EQ(finished.exit_code, 0) << finished.err;
-  EXPECT_EQ(finished.out, "");
-  EXPECT_EQ(finished.err, "");
-}
 
 ClipSpec rich_clip() {
   ClipSpec spec;
@@ -45,7 +33,7 @@ INSTANTIATE_TEST_SUITE_P(Clip, Containers, testing::Values("mp4", "mov", "mkv"),
 TEST_P(Containers, pictures_are_those_of_single_stitches) {
   const auto pairs = walk(6);
   write_clip(name("in"), {}, pairs);
-  expect_quiet_success(stitch(name("in"), name("out")));
+  expect_success(stitch_clip(name("in"), name("out")), 6);
   EXPECT_EQ(raw_bytes(ClipProbe(name("out")).pictures), stitch_singly(pairs, known_lenses()));
 }
 
@@ -55,7 +43,7 @@ TEST_P(Containers, odd_times_are_kept) {
   spec.times = {0, 3003, 6006, 20000, 20090, 50000, 90000, 90450};
   spec.options["bf"] = "2";
   write_clip(name("in"), spec, walk(8));
-  expect_quiet_success(stitch(name("in"), name("out")));
+  expect_success(stitch_clip(name("in"), name("out")), 8);
   const ClipProbe in(name("in")), out(name("out"));
   EXPECT_EQ(av_cmp_q(out.base, in.base), 0);
   EXPECT_EQ(out.picture_times, in.picture_times);
@@ -70,7 +58,7 @@ TEST_P(Containers, a_clip_that_begins_late_stays_late) {
   spec.sound = 1;
   spec.times = {12800, 13312, 13824, 14336};
   write_clip(name("in"), spec, walk(4));
-  expect_quiet_success(stitch(name("in"), name("out")));
+  expect_success(stitch_clip(name("in"), name("out")), 4);
   const ClipProbe in(name("in")), out(name("out"));
   EXPECT_EQ(out.only(AVMEDIA_TYPE_VIDEO).times(), in.only(AVMEDIA_TYPE_VIDEO).times());
   EXPECT_EQ(out.only(AVMEDIA_TYPE_AUDIO).times(), in.only(AVMEDIA_TYPE_AUDIO).times());
@@ -78,7 +66,7 @@ TEST_P(Containers, a_clip_that_begins_late_stays_late) {
 
 TEST_P(Containers, sound_and_subtitles_are_copied_packet_by_packet) {
   write_clip(name("in"), rich_clip(), walk(12));
-  expect_quiet_success(stitch(name("in"), name("out")));
+  expect_success(stitch_clip(name("in"), name("out")), 12);
   const ClipProbe in(name("in")), out(name("out"));
   for (const AVMediaType type : {AVMEDIA_TYPE_AUDIO, AVMEDIA_TYPE_SUBTITLE}) {
     const StreamFacts &from = in.only(type), &to = out.only(type);
@@ -91,7 +79,7 @@ TEST_P(Containers, sound_and_subtitles_are_copied_packet_by_packet) {
 
 TEST_P(Containers, metadata_languages_and_chapters_are_kept) {
   write_clip(name("in"), rich_clip(), walk(12));
-  expect_quiet_success(stitch(name("in"), name("out")));
+  expect_success(stitch_clip(name("in"), name("out")), 12);
   ClipProbe in(name("in")), out(name("out"));
   EXPECT_EQ(out.metadata, in.metadata);
   EXPECT_EQ(out.chapters, in.chapters);
@@ -108,17 +96,17 @@ TEST_P(Containers, keys_of_any_name_are_kept) {
   spec.metadata = {{"title", "A walk"}, {"my camera's name", "Two Eyes"}};
   if (std::string(GetParam()) != "mkv") spec.muxer_options = {{"movflags", "+use_metadata_tags"}};
   write_clip(name("in"), spec, walk(2));
-  expect_quiet_success(stitch(name("in"), name("out")));
+  expect_success(stitch_clip(name("in"), name("out")), 2);
   ClipProbe in(name("in")), out(name("out"));
   EXPECT_EQ(out.metadata, in.metadata);
 }
 
 TEST_P(Containers, players_are_told_that_it_is_a_sphere_unless_unwanted) {
   write_clip(name("in"), {}, walk(2));
-  expect_quiet_success(stitch(name("in"), name("out")));
+  expect_success(stitch_clip(name("in"), name("out")), 2);
   EXPECT_FALSE(ClipProbe(name("in")).spherical);
   EXPECT_TRUE(ClipProbe(name("out")).spherical);
-  expect_quiet_success(stitch(name("in"), name("plain"), {"--no-360-metadata"}));
+  expect_success(stitch_clip(name("in"), name("plain"), {"--no-360-metadata"}), 2);
   EXPECT_FALSE(ClipProbe(name("plain")).spherical);
 }
 
@@ -149,7 +137,7 @@ TEST_P(ColourTags, pass_through_and_samples_stay) {
     spec.colour = GetParam().colour;
     const auto pairs = walk(2);
     write_clip(in_path, spec, pairs);
-    expect_quiet_success(stitch(in_path, out_path));
+    expect_success(stitch_clip(in_path, out_path), 2);
     const ClipProbe in(in_path), out(out_path);
     EXPECT_EQ(in.matrix, spec.colour.matrix);
     EXPECT_EQ(out.range, in.range);
@@ -167,7 +155,7 @@ TEST(Clip, motion_data_and_a_cover_are_copied) {
   spec.motion_packets = 5;
   spec.cover = true;
   write_clip(folder / "in.mp4", spec, walk(12));
-  expect_quiet_success(stitch(folder / "in.mp4", folder / "out.mp4"));
+  expect_success(stitch_clip(folder / "in.mp4", folder / "out.mp4"), 12);
   const ClipProbe in(folder / "in.mp4"), out(folder / "out.mp4");
   EXPECT_EQ(in.only(AVMEDIA_TYPE_DATA).packets.size(), 5u);
   EXPECT_EQ(out.only(AVMEDIA_TYPE_DATA).packets, in.only(AVMEDIA_TYPE_DATA).packets);
@@ -181,12 +169,12 @@ TEST(Clip, a_stream_that_cant_be_held_is_named) {
   ClipSpec spec;
   spec.motion_packets = 2;
   write_clip(folder / "in.mp4", spec, walk(4));
-  const Finished refused = stitch(folder / "in.mp4", folder / "out.mkv");
+  const Finished refused = stitch_clip(folder / "in.mp4", folder / "out.mkv");
   EXPECT_EQ(refused.exit_code, 4);
   EXPECT_NE(refused.err.find("stream 1 (data, gpmd)"), std::string::npos) << refused.err;
   EXPECT_NE(refused.err.find("--drop-streams"), std::string::npos) << refused.err;
   EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.mp4"}));
-  const Finished dropped = stitch(folder / "in.mp4", folder / "out.mkv", {"--drop-streams"});
+  const Finished dropped = stitch_clip(folder / "in.mp4", folder / "out.mkv", {"--drop-streams"});
   EXPECT_EQ(dropped.exit_code, 0) << dropped.err;
   EXPECT_NE(dropped.err.find("stream 1 (data, gpmd)"), std::string::npos) << dropped.err;
   EXPECT_EQ(ClipProbe(folder / "out.mkv").streams.size(), 1u);
@@ -195,8 +183,8 @@ TEST(Clip, a_stream_that_cant_be_held_is_named) {
 TEST(Clip, four_engines_give_what_one_gives) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", rich_clip(), walk(20));
-  expect_quiet_success(stitch(folder / "in.mp4", folder / "one.mp4", {"--jobs", "1"}));
-  expect_quiet_success(stitch(folder / "in.mp4", folder / "four.mp4", {"--jobs", "4"}));
+  expect_success(stitch_clip(folder / "in.mp4", folder / "one.mp4", {"--jobs", "1"}), 20);
+  expect_success(stitch_clip(folder / "in.mp4", folder / "four.mp4", {"--jobs", "4"}), 20);
   EXPECT_EQ(read_bytes(folder / "one.mp4"), read_bytes(folder / "four.mp4"));
 }
 
@@ -205,12 +193,12 @@ TEST(Clip, another_encoder_and_its_settings) {
   const auto pairs = walk(3);
   write_clip(folder / "in.mkv", {}, pairs);
   const std::vector<std::string> lenses = known_lenses();
-  expect_quiet_success(run_stitch(with({folder / "in.mkv", "-o", folder / "ffv1.mkv", "--encoder", "ffv1"}, lenses)));
+  expect_success(run_stitch(with({folder / "in.mkv", "-o", folder / "ffv1.mkv", "--encoder", "ffv1"}, lenses)), 3);
   const ClipProbe ffv1(folder / "ffv1.mkv");
   EXPECT_EQ(ffv1.only(AVMEDIA_TYPE_VIDEO).codec, "ffv1");
   EXPECT_EQ(raw_bytes(ffv1.pictures), stitch_singly(pairs, lenses));
-  expect_quiet_success(run_stitch(with({folder / "in.mkv", "-o", folder / "small.mkv", "--bitrate", "50k"}, lenses)));
-  expect_quiet_success(run_stitch(with({folder / "in.mkv", "-o", folder / "usual.mkv"}, lenses)));
+  expect_success(run_stitch(with({folder / "in.mkv", "-o", folder / "small.mkv", "--bitrate", "50k"}, lenses)), 3);
+  expect_success(run_stitch(with({folder / "in.mkv", "-o", folder / "usual.mkv"}, lenses)), 3);
   EXPECT_LT(read_bytes(folder / "small.mkv").size(), read_bytes(folder / "usual.mkv").size());
 }
 

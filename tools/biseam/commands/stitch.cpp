@@ -102,6 +102,10 @@ void add_video_options(CLI::App& command, VideoOptions& video) {
   add("--offset", video.offset, "SECONDS", "added to the times of the second clip");
   add("--jobs", video.jobs, "N", "frames stitched at once (half the processors, at most 4); holds 2N + 1 frames in memory")
       ->check(CLI::Range(1, 64));
+  add("--from", video.from, "TIME", "first moment stitched, seconds or [HH:]MM:SS[.frac]; times of the result count from it");
+  add("--to", video.to, "TIME", "first moment not stitched any more");
+  add("--frames", video.frames, "N", "at most so many frames")->check(CLI::PositiveNumber);
+  add("--json", video.json, "FILE", "write a summary of the run as one JSON object; - is standard output");
   command.add_flag("--drop-streams", video.drop_streams, "leave out streams that the output can't hold")->group(kVideoGroup);
   command.add_flag("--strict", video.strict, "stop at damage in place of repeating the previous frame")->group(kVideoGroup);
 }

@@ -63,6 +63,7 @@ void check_stitch_options(StitchOptions& options) {
   if (options.show_seams == "-") refuse_value("--show-seams", "only the panorama can go to standard output");
   if (!options.show_seams.empty()) check_picture_name(options.show_seams);
   if (!options.seam_layer.empty()) check_layer_name(options.seam_layer);
+  if (options.video.json == "-" && options.output == "-") refuse_value("--json", "standard output has the frames already");
   if (options.inputs.front() == "-" && options.inputs.back() == "-" && options.inputs.size() == 2) {
     throw Failure(ExitCode::usage, "only one input can come from standard input");
   }

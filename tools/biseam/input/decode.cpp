@@ -1,13 +1,9 @@
 #include "input/decode.hpp"
 
-extern "C" {
-#include <libavutil/imgutils.h>
-#include <libavutil/pixdesc.h>
-}
-
 #include <cstring>
 
 #include "failure.hpp"
+#include "input/convert_rgb.hpp"
 #include "libav.hpp"
 
 namespace biseam::tool {
@@ -78,40 +74,6 @@ Nv12 copy_planes(const AVFrame& frame) {
   return out;
 }
 
-bool is_full_range(const AVFrame& frame) {
-  if (frame.color_range != AVCOL_RANGE_UNSPECIFIED) return frame.color_range == AVCOL_RANGE_JPEG;
-  const AVPixFmtDescriptor* format = av_pix_fmt_desc_get(AVPixelFormat(frame.format));
-  return (format->flags & AV_PIX_FMT_FLAG_RGB) != 0 || std::strncmp(format->name, "yuvj", 4) == 0 || format->nb_components < 3;
-}
-
-// The matrix of the frame, or the one that its size makes likely.
-int colour_matrix(const AVFrame& frame) {
-  switch (frame.colorspace) {
-    case AVCOL_SPC_BT709:
-      return SWS_CS_ITU709;
-    case AVCOL_SPC_BT2020_NCL:
-    case AVCOL_SPC_BT2020_CL:
-      return SWS_CS_BT2020;
-    default:
-      return SWS_CS_ITU601;
-  }
-}
-
-Rgb convert_to_rgb(const Container& source, const AVFrame& frame) {
-  Rgb out(frame.width, frame.height);
-  Libav<SwsContext> scaler(sws_getContext(
-      frame.width, frame.height, AVPixelFormat(frame.format), frame.width, frame.height, AV_PIX_FMT_RGB24,
-      SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP | SWS_BITEXACT, nullptr, nullptr, nullptr));
-  if (!scaler) refuse(source, "its pixel format can't be converted");
-  sws_setColorspaceDetails(scaler.get(), sws_getCoefficients(colour_matrix(frame)), is_full_range(frame),
-                           sws_getCoefficients(SWS_CS_ITU601), 1, 0, 1 << 16, 1 << 16);
-  std::uint8_t* const planes[4] = {out.bytes.data(), nullptr, nullptr, nullptr};
-  const int strides[4] = {frame.width * 3, 0, 0, 0};
-  const int rows = sws_scale(scaler.get(), frame.data, frame.linesize, 0, frame.height, planes, strides);
-  if (rows != frame.height) refuse(source, "its pixel format can't be converted");
-  return out;
-}
-
 }  // namespace
 
 Nv12 decode_picture(Container& source) {
@@ -121,7 +83,9 @@ Nv12 decode_picture(Container& source) {
   const Libav<AVFrame> frame = first_frame(source, stream, decoder.get());
   if (frame->width < 2 || frame->height < 2) refuse(source, "is smaller than 2 x 2 pixels");
   if (is_jpeg_like(*frame)) return copy_planes(*frame);
-  return to_nv12(convert_to_rgb(source, *frame));
+  Rgb rgb;
+  if (!convert_to_rgb(*frame, rgb)) refuse(source, "its pixel format can't be converted");
+  return to_nv12(rgb);
 }
 
 }  // namespace biseam::tool

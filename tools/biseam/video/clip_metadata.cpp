@@ -51,28 +51,32 @@ bool describes_light(AVPacketSideDataType type) {
          type == AV_PKT_DATA_ICC_PROFILE;
 }
 
-void copy_chapters(const AVFormatContext& from, AVFormatContext& to) {
-  if (from.nb_chapters == 0) return;
-  to.chapters = static_cast<AVChapter**>(av_calloc(from.nb_chapters, sizeof(AVChapter*)));
-  if (!to.chapters) throw std::bad_alloc();
-  for (unsigned k = 0; k < from.nb_chapters; ++k) {
-    auto* chapter = static_cast<AVChapter*>(av_mallocz(sizeof(AVChapter)));
-    if (!chapter) throw std::bad_alloc();
-    to.chapters[to.nb_chapters++] = chapter;
-    const AVChapter& old = *from.chapters[k];
-    chapter->id = old.id;
-    chapter->time_base = old.time_base;
-    chapter->start = old.start;
-    chapter->end = old.end;
-    av_dict_copy(&chapter->metadata, old.metadata, 0);
-  }
-}
-
 }  // namespace
 
 void copy_clip_metadata(const AVFormatContext& from, AVFormatContext& to) {
   copy_entries(from.metadata, &to.metadata, [](std::string_view key) { return !contains(kContainerKeys, key); });
-  copy_chapters(from, to);
+}
+
+void copy_chapters(const AVFormatContext& from, std::int64_t begin, std::int64_t end, std::int64_t shift, AVFormatContext& to) {
+  constexpr AVRational kMicroseconds{1, AV_TIME_BASE};
+  if (from.nb_chapters == 0) return;
+  to.chapters = static_cast<AVChapter**>(av_calloc(from.nb_chapters, sizeof(AVChapter*)));
+  if (!to.chapters) throw std::bad_alloc();
+  for (unsigned k = 0; k < from.nb_chapters; ++k) {
+    const AVChapter& old = *from.chapters[k];
+    const auto in_base = [&](std::int64_t time) { return av_rescale_q(time, kMicroseconds, old.time_base); };
+    const std::int64_t first = shift == 0 ? old.start : std::max(old.start, in_base(begin));
+    const std::int64_t last = end == INT64_MAX ? old.end : std::min(old.end, in_base(end));
+    if (first >= last && old.start != old.end) continue;
+    auto* chapter = static_cast<AVChapter*>(av_mallocz(sizeof(AVChapter)));
+    if (!chapter) throw std::bad_alloc();
+    to.chapters[to.nb_chapters++] = chapter;
+    chapter->id = old.id;
+    chapter->time_base = old.time_base;
+    chapter->start = first - in_base(shift);
+    chapter->end = last - in_base(shift);
+    av_dict_copy(&chapter->metadata, old.metadata, 0);
+  }
 }
 
 void copy_stream_metadata(const AVStream& from, AVStream& to) {

@@ -6,8 +6,11 @@
 
 namespace biseam::tool {
 
-// Global metadata and chapters; what only describes the old container is left out.
+// Global metadata; what only describes the old container is left out.
 void copy_clip_metadata(const AVFormatContext& from, AVFormatContext& to);
+
+// The chapters between begin and end, their times less by shift; all in microseconds.
+void copy_chapters(const AVFormatContext& from, std::int64_t begin, std::int64_t end, std::int64_t shift, AVFormatContext& to);
 
 // Metadata, disposition and side data of a stream that is copied.
 void copy_stream_metadata(const AVStream& from, AVStream& to);

@@ -13,6 +13,12 @@ namespace {
 constexpr AVRational kMicroseconds{1, AV_TIME_BASE};
 constexpr std::int64_t kSlack = AV_TIME_BASE / 4;  // how much earlier than announced a whole clip may end
 
+bool has_picture_in_every_packet(const AVCodecParameters& video) {
+  const bool may_be_hidden = video.codec_id == AV_CODEC_ID_VP8 || video.codec_id == AV_CODEC_ID_VP9;
+  const bool may_be_field = video.field_order != AV_FIELD_PROGRESSIVE && video.field_order != AV_FIELD_UNKNOWN;
+  return !may_be_hidden && !may_be_field;
+}
+
 }  // namespace
 
 ClipReader::ClipReader(std::unique_ptr<Container> container, bool strict)
@@ -21,6 +27,7 @@ ClipReader::ClipReader(std::unique_ptr<Container> container, bool strict)
   const int index = av_find_best_stream(container_->get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
   if (index < 0) container_->refuse("has no video");
   stream_ = (*container_)->streams[index];
+  times_ = FrameTimes(has_picture_in_every_packet(*stream_->codecpar));
   open_decoder();
 }
 
@@ -36,6 +43,43 @@ void ClipReader::open_decoder() {
   decoder_->pkt_timebase = stream_->time_base;
   if (status >= 0) status = avcodec_open2(decoder_.get(), codec, nullptr);
   if (status < 0) container_->refuse(stream + ": can't be decoded: " + libav_reason(status));
+}
+
+void ClipReader::start_at(std::int64_t time) {
+  if (!container_->is_seekable()) return;
+  wanted_from_ = av_rescale_q_rnd(time, kMicroseconds, stream_->time_base, AV_ROUND_DOWN);
+  const bool starts = stream_->start_time != AV_NOPTS_VALUE;
+  const std::int64_t start = starts ? av_rescale_q(stream_->start_time, stream_->time_base, kMicroseconds) : 0;
+  // Where decoding can begin is not known beforehand.
+  for (std::int64_t back = AV_TIME_BASE; time - back > start; back *= 4) {
+    if (!seek(time - back)) break;
+    std::optional<ClipFrame> first = next();
+    if (!first || first->time > wanted_from_) continue;
+    ready_.push_front(*first);
+    return;
+  }
+  if (sought_ && !seek(start)) container_->refuse("can't be read from another place than its beginning");
+}
+
+bool ClipReader::seek(std::int64_t time) {
+  reset();
+  const std::int64_t target = av_rescale_q(time, kMicroseconds, stream_->time_base);
+  return avformat_seek_file(container_->get(), stream_->index, INT64_MIN, target, target, 0) >= 0 ||
+         av_seek_frame(container_->get(), stream_->index, target, AVSEEK_FLAG_BACKWARD) >= 0;
+}
+
+void ClipReader::reset() {
+  avcodec_flush_buffers(decoder_.get());
+  times_ = FrameTimes(has_picture_in_every_packet(*stream_->codecpar));
+  corrupt_times_.clear();
+  ready_.clear();
+  packets_.clear();
+  last_ = {};
+  damage_ = {};
+  packets_read_ = 0;
+  last_time_ = AV_NOPTS_VALUE;
+  draining_ = ended_ = false;
+  sought_ = true;
 }
 
 std::optional<ClipFrame> ClipReader::next() {
@@ -70,6 +114,7 @@ void ClipReader::feed() {
     case Container::Read::packet:
       break;
   }
+  if (is_reading_stopped() && (packet_->flags & AV_PKT_FLAG_CORRUPT) != 0) return av_packet_unref(packet_.get());
   note_end(*packet_);
   if (packet_->stream_index != stream_->index) {
     packets_.emplace_back(av_packet_clone(packet_.get()));
@@ -97,39 +142,50 @@ void ClipReader::accept(Libav<AVFrame> frame) {
     container_->refuse("at " + time_text(time) + " the pictures change from " + size_text(size_.width, size_.height) + " to " +
                        size_text(frame->width, frame->height));
   }
-  for (const std::int64_t missing : times_.arrived(time)) repeat(missing);
+  const FrameTimes::Arrival arrival = times_.arrived(frame->best_effort_timestamp);
+  for (const std::int64_t missing : arrival.missing) repeat(missing);
+  if (!arrival.expected && frame->best_effort_timestamp <= last_time_ && frame->pts != AV_NOPTS_VALUE) {
+    return count_damage("a picture comes too late");  // another one has its place
+  }
   const bool damaged = frame->decode_error_flags != 0 || (frame->flags & AV_FRAME_FLAG_CORRUPT) != 0;
   if (corrupt_times_.erase(time) != 0 || damaged) {
+    if (!counts(time)) return;
     ++damage_.packets;
     if (strict_) container_->refuse("damaged at " + time_text(time));
     return repeat(time);
   }
   const std::int64_t duration = frame->pkt_duration > 0 ? frame->pkt_duration : usual_duration();
-  last_ = {std::shared_ptr<const AVFrame>(frame.release(), LibavDelete()), time, duration, false};
+  last_ = {std::shared_ptr<const AVFrame>(frame.release(), LibavDelete()), time, duration};
   last_time_ = time;
   ready_.push_back(last_);
 }
 
 void ClipReader::repeat(std::int64_t time) {
+  if (!counts(time)) return;
   if (!last_.picture) {
-    ++damage_.dropped;
+    if (damage_.packets > 0) ++damage_.dropped;  // else they only refer to what came before the clip
     return;
   }
   if (time <= last_time_) return;
+  if (strict_) container_->refuse("damaged at " + time_text(time));
   ++damage_.repeated;
   last_time_ = time;
-  ready_.push_back({last_.picture, time, usual_duration(), true});
+  ready_.push_back({last_.picture, time, usual_duration()});
 }
 
 void ClipReader::end() {
   ended_ = true;
-  for (const std::int64_t missing : times_.ended()) repeat(missing);
+  const std::vector<std::int64_t> missing = times_.ended();
+  if (!is_reading_stopped()) {
+    for (const std::int64_t time : missing) repeat(time);
+  }
   if (interrupted() || !is_cut_short()) return;
   damage_.cut_short = true;
   if (strict_) container_->refuse("is cut short at " + time_text(last_time_));
 }
 
 void ClipReader::count_damage(const std::string& what) {
+  if (wanted_from_ != AV_NOPTS_VALUE && (last_time_ == AV_NOPTS_VALUE || last_time_ < wanted_from_)) return times_.complain();
   ++damage_.packets;
   times_.complain();
   if (!strict_) return;
@@ -162,7 +218,7 @@ void ClipReader::note_end(const AVPacket& packet) {
 // The index of a MOV file knows how many packets there should be; other containers may have announced how long they are.
 bool ClipReader::is_cut_short() const {
   const AVFormatContext* format = container_->get();
-  if (std::strstr(format->iformat->name, "mov") != nullptr) {
+  if (std::strstr(format->iformat->name, "mov") != nullptr && !sought_) {
     return packets_read_ < avformat_index_get_entries_count(stream_);
   }
   if (format->duration_estimation_method != AVFMT_DURATION_FROM_STREAM || format->duration <= 0) return false;

@@ -30,6 +30,10 @@ class ClipReader {
   // strict: damage is a Failure.  Throws Failure (input) when there is no video, or nothing to decode it with.
   ClipReader(std::unique_ptr<Container> container, bool strict);
 
+  // Starts over with a picture at the time or before it, in microseconds; damage before the time isn't counted.  For files that
+  // can be read at any place, before the first next(); others start at their beginning anyway.
+  void start_at(std::int64_t time);
+
   // None at the end, and after an interrupt once the decoder is empty.  A damaged picture is replaced by the one before it.
   // Throws Failure (input) when the size changes.
   std::optional<ClipFrame> next();
@@ -40,18 +44,21 @@ class ClipReader {
   const Container& container() const { return *container_; }
   const AVStream& stream() const { return *stream_; }  // of the pictures
   const ClipDamage& damage() const { return damage_; }
+  std::int64_t usual_duration() const;  // of a picture, by the clip's average rate
   std::string time_text(std::int64_t time) const;
 
  private:
   void open_decoder();
+  bool seek(std::int64_t time);
+  void reset();
   void feed();
   void send(const AVPacket* packet);
   void accept(Libav<AVFrame> frame);
   void repeat(std::int64_t time);
   void end();
   void count_damage(const std::string& what);
+  bool counts(std::int64_t time) const { return wanted_from_ == AV_NOPTS_VALUE || time >= wanted_from_; }
   std::int64_t time_of(const AVFrame& frame);
-  std::int64_t usual_duration() const;
   void note_end(const AVPacket& packet);
   bool is_cut_short() const;
 
@@ -68,7 +75,8 @@ class ClipReader {
   Size size_;
   ClipDamage damage_;
   std::int64_t packets_read_ = 0, last_time_ = AV_NOPTS_VALUE, last_end_ = 0;  // last_end_: microseconds
-  bool draining_ = false, ended_ = false;
+  std::int64_t wanted_from_ = AV_NOPTS_VALUE;
+  bool draining_ = false, ended_ = false, sought_ = false;
 };
 
 }  // namespace biseam::tool

@@ -35,8 +35,7 @@ const AVOutputFormat* clip_format(const std::string& path) {
   return extension == ".mkv" ? av_guess_format("matroska", nullptr, nullptr) : nullptr;
 }
 
-ClipWriter::ClipWriter(const ClipWriterSettings& settings, const ClipFacts& facts, const PairReader& clips,
-                       std::int64_t second_offset)
+ClipWriter::ClipWriter(const ClipWriterSettings& settings, const ClipFacts& facts, const PartReader& part)
     : settings_(settings),
       time_base_(facts.time_base),
       format_(clip_format(settings.path)),
@@ -49,12 +48,12 @@ ClipWriter::ClipWriter(const ClipWriterSettings& settings, const ClipFacts& fact
   muxer_->pb = bytes_.context();
   muxer_->strict_std_compliance = FF_COMPLIANCE_UNOFFICIAL;  // spherical metadata is
   muxer_->avoid_negative_ts = AVFMT_AVOID_NEG_TS_DISABLED;   // times are kept
-  add_streams(clips, second_offset);
-  write_header(clips);
+  add_streams(part.pairs());
+  write_header(part);
 }
 
 // In the order of the first clip, then what else the second one has.
-void ClipWriter::add_streams(const PairReader& clips, std::int64_t second_offset) {
+void ClipWriter::add_streams(const PairReader& clips) {
   for (int k = 0; k < clips.clips(); ++k) {
     const AVFormatContext& format = *clips.clip(k).container().get();
     copied_[k].resize(format.nb_streams);
@@ -62,7 +61,7 @@ void ClipWriter::add_streams(const PairReader& clips, std::int64_t second_offset
       const AVStream& stream = *format.streams[index];
       const bool is_picture = &stream == &clips.clip(k).stream();
       if (is_picture && k == 0) add_picture(stream);
-      if (!is_picture && !is_carried_by_metadata(format, stream)) add_copied(k, clips, stream, k == 0 ? 0 : second_offset);
+      if (!is_picture && !is_carried_by_metadata(format, stream)) add_copied(k, clips, stream, k == 0 ? 0 : clips.offset());
     }
   }
 }
@@ -109,8 +108,10 @@ int ClipWriter::movie_timescale() const {
   return int(scale);
 }
 
-void ClipWriter::write_header(const PairReader& clips) {
-  copy_clip_metadata(*clips.clip(0).container().get(), *muxer_);
+void ClipWriter::write_header(const PartReader& part) {
+  const AVFormatContext& clip = *part.pairs().clip(0).container().get();
+  copy_clip_metadata(clip, *muxer_);
+  copy_chapters(clip, part.begin(), part.end().value_or(INT64_MAX), part.shift(), *muxer_);
   AVDictionary* options = nullptr;
   if (is_mov_kind(*format_)) {
     av_dict_set_int(&options, "movie_timescale", movie_timescale(), 0);

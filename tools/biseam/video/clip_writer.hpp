@@ -7,7 +7,7 @@
 #include "video/encoder.hpp"
 #include "video/frame_sink.hpp"
 #include "video/output_bytes.hpp"
-#include "video/pair_reader.hpp"
+#include "video/part_reader.hpp"
 
 namespace biseam::tool {
 
@@ -23,9 +23,9 @@ const AVOutputFormat* clip_format(const std::string& path);
 
 class ClipWriter : public FrameSink {
  public:
-  // clips: whose streams and metadata are taken over; second_offset: microseconds added to times of the second clip.
+  // part: whose streams and metadata are taken over.
   // Throws Failure: output when a stream can't be held or the file not be begun, usage for the encoder's settings.
-  ClipWriter(const ClipWriterSettings& settings, const ClipFacts& facts, const PairReader& clips, std::int64_t second_offset);
+  ClipWriter(const ClipWriterSettings& settings, const ClipFacts& facts, const PartReader& part);
 
   void write(const AVFrame& panorama, std::int64_t time, std::int64_t duration) override;
   void copy(int clip, AVPacket& packet) override;
@@ -44,10 +44,10 @@ class ClipWriter : public FrameSink {
     std::string text;
   };
 
-  void add_streams(const PairReader& clips, std::int64_t second_offset);
+  void add_streams(const PairReader& clips);
   void add_picture(const AVStream& from);
   void add_copied(int clip, const PairReader& clips, const AVStream& from, std::int64_t offset);
-  void write_header(const PairReader& clips);
+  void write_header(const PartReader& part);
   int movie_timescale() const;
   void complete_mov();
   void write_encoded();

@@ -12,6 +12,14 @@ namespace {
 
 constexpr const char *kUsualCrf = "18", *kUsualPreset = "medium";  // of libx264: hardly a visible loss
 
+// The encoder itself would print its complaint.
+void check_preset(const std::string& encoder, const std::string& preset) {
+  if (encoder != "libx264" && encoder != "libx265") return;
+  const std::string known = "ultrafast superfast veryfast faster fast medium slow slower veryslow placebo";
+  if (preset.find(' ') == std::string::npos && (" " + known + " ").find(" " + preset + " ") != std::string::npos) return;
+  throw Failure(ExitCode::usage, "--preset: '" + preset + "': " + encoder + " knows " + known);
+}
+
 bool takes(const AVCodec& codec, AVPixelFormat format) {
   if (!codec.pix_fmts) return true;
   for (const AVPixelFormat* known = codec.pix_fmts; *known != AV_PIX_FMT_NONE; ++known) {
@@ -87,6 +95,7 @@ void Encoder::set_options(const EncoderSettings& settings) {
   } else if (usual && settings.bitrate.empty()) {
     set_option("crf", kUsualCrf);
   }
+  if (!settings.preset.empty()) check_preset(settings.name, settings.preset);
   if (!settings.preset.empty() || usual) set_option("preset", settings.preset.empty() ? kUsualPreset : settings.preset);
   if (!settings.bitrate.empty()) set_option("b", settings.bitrate);
 }

@@ -17,6 +17,11 @@ void move_packets(ClipReader& clip, int index, std::vector<CopiedPacket>& to) {
 PairReader::PairReader(std::unique_ptr<ClipReader> first, std::unique_ptr<ClipReader> second, std::int64_t offset)
     : clips_{std::move(first), std::move(second)}, offset_(offset) {}
 
+void PairReader::start_at(std::int64_t time) {
+  clips_[0]->start_at(time);
+  if (clips_[1]) clips_[1]->start_at(std::max<std::int64_t>(0, time - offset_ - AV_TIME_BASE));
+}
+
 std::optional<FramePair> PairReader::next() {
   std::optional<ClipFrame> frame = clips_[0]->next();
   FramePair to;
@@ -24,7 +29,6 @@ std::optional<FramePair> PairReader::next() {
     to.picture[0] = std::move(frame->picture);
     to.time = frame->time;
     to.duration = frame->duration;
-    to.repeated = frame->repeated;
     if (clips_[1] && !pair(to)) to.picture[0] = nullptr;
   } else if (clips_[1]) {
     report_.second_goes_on = ahead_.has_value();
@@ -37,18 +41,15 @@ std::optional<FramePair> PairReader::next() {
 // False when the second clip has nothing for this time.
 bool PairReader::pair(FramePair& to) {
   const std::int64_t time = av_rescale_q(to.time, clips_[0]->stream().time_base, kMicroseconds);
-  const std::int64_t duration = av_rescale_q(to.duration, clips_[0]->stream().time_base, kMicroseconds);
-  const std::shared_ptr<const AVFrame> before = current_ ? current_->picture : nullptr;
   advance(time);
-  const bool near = current_ && std::abs(second_time(*current_) - time) <= tolerance(duration, *current_);
-  const bool inside = current_ && ahead_ && second_time(*current_) < time;
+  const bool near = current_ && std::abs(second_time(*current_) - time) <= tolerance();
+  const bool inside = current_ && second_begin_ <= time && (ahead_ || second_time(*current_) >= time);
   if (!near && !inside) {
     ++report_.unpaired;
     return false;
   }
   if (!near) ++report_.held;
   to.picture[1] = current_->picture;
-  to.repeated = to.repeated && current_->picture == before;
   return true;
 }
 
@@ -57,7 +58,9 @@ void PairReader::advance(std::int64_t time) {
   if (!started_) {
     started_ = true;
     current_ = clips_[1]->next();
-    if (current_) ahead_ = clips_[1]->next();
+    if (!current_) return;
+    second_begin_ = second_time(*current_);
+    ahead_ = clips_[1]->next();
   }
   while (ahead_ && std::abs(second_time(*ahead_) - time) < std::abs(second_time(*current_) - time)) {
     current_ = std::move(ahead_);
@@ -70,10 +73,13 @@ std::int64_t PairReader::second_time(const ClipFrame& frame) const {
 }
 
 // Half a picture, and what time bases round away.
-std::int64_t PairReader::tolerance(std::int64_t duration, const ClipFrame& partner) const {
+std::int64_t PairReader::tolerance() const {
   constexpr std::int64_t kRounding = 1500;
-  const std::int64_t other = av_rescale_q(partner.duration, clips_[1]->stream().time_base, kMicroseconds);
-  return std::max(duration, other) / 2 + kRounding;
+  std::int64_t longest = 0;
+  for (const auto& clip : clips_) {
+    longest = std::max(longest, av_rescale_q(clip->usual_duration(), clip->stream().time_base, kMicroseconds));
+  }
+  return longest / 2 + kRounding;
 }
 
 }  // namespace biseam::tool

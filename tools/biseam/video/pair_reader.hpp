@@ -19,14 +19,13 @@ struct CopiedPacket {
 struct FramePair {
   std::shared_ptr<const AVFrame> picture[2];  // of each lens, or of both in the first; none: only packets
   std::int64_t time = 0, duration = 0;
-  bool repeated = false;              // everything as in the pair before
   std::vector<CopiedPacket> packets;  // of other streams, which came before the picture
 };
 
 // How well two clips fit together.
 struct PairingReport {
   std::int64_t unpaired = 0;  // pictures of the first clip before or after the second one's: left out
-  std::int64_t held = 0;      // times the second clip had no new picture near enough and the last one stood in
+  std::int64_t held = 0;      // times the second clip had no picture near enough and the nearest one stood in
   bool second_goes_on = false;
 };
 
@@ -36,9 +35,13 @@ class PairReader {
   // offset: microseconds to be added to the times of the second clip, which may be missing.
   PairReader(std::unique_ptr<ClipReader> first, std::unique_ptr<ClipReader> second, std::int64_t offset);
 
+  // Starts over shortly before the time, in microseconds of the first clip.
+  void start_at(std::int64_t time);
+
   // None at the end.  The first clip leads, each of its pictures gets the one of the second that is nearest in time.
   std::optional<FramePair> next();
 
+  std::int64_t offset() const { return offset_; }
   int clips() const { return clips_[1] ? 2 : 1; }
   const ClipReader& clip(int index) const { return *clips_[index]; }
   const PairingReport& report() const { return report_; }
@@ -46,12 +49,13 @@ class PairReader {
  private:
   bool pair(FramePair& to);
   std::int64_t second_time(const ClipFrame& frame) const;
-  std::int64_t tolerance(std::int64_t duration, const ClipFrame& partner) const;
+  std::int64_t tolerance() const;
   void advance(std::int64_t time);
 
   std::unique_ptr<ClipReader> clips_[2];
   std::int64_t offset_;
   std::optional<ClipFrame> current_, ahead_;  // of the second clip
+  std::int64_t second_begin_ = 0;             // microseconds
   bool started_ = false;
   PairingReport report_;
 };

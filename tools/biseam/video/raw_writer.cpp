@@ -1,5 +1,7 @@
 #include "video/raw_writer.hpp"
 
+#include <cstdlib>
+
 #include "failure.hpp"
 #include "video/stream_fit.hpp"
 
@@ -47,12 +49,26 @@ void append(std::vector<std::uint8_t>& to, std::string_view text) { to.insert(to
 }  // namespace
 
 RawWriter::RawWriter(const std::string& path, RawKind kind, const ClipFacts& facts, const PairReader& clips, bool drop_streams)
-    : kind_(kind), file_(path) {
+    : kind_(kind), file_(path), base_(facts.time_base), rate_(facts.rate) {
   refuse_streams(file_.name(), clips, drop_streams);
   if (kind == RawKind::y4m) append(bytes_, y4m_header(facts));
 }
 
-void RawWriter::write(const AVFrame& panorama, std::int64_t, std::int64_t) {
+void RawWriter::note_time(std::int64_t time) {
+  if (!first_) first_ = time;
+  if (rate_.num <= 0) return;
+  const AVRational half{rate_.den, 2 * rate_.num};
+  const std::int64_t distance = std::abs(time - *first_ - av_rescale_q(frames_++, av_inv_q(rate_), base_));
+  if (av_compare_ts(distance, base_, 1, half) > 0) ++uneven_;
+}
+
+void RawWriter::finish() {
+  file_.commit();
+  if (uneven_ > 0) notice(file_.name() + ": the times of " + std::to_string(uneven_) + " frames can't be held by raw frames");
+}
+
+void RawWriter::write(const AVFrame& panorama, std::int64_t time, std::int64_t) {
+  note_time(time);
   if (kind_ == RawKind::y4m) append(bytes_, "FRAME\n");
   add_rows(panorama, 0, panorama.height);
   if (kind_ == RawKind::nv12) add_rows(panorama, 1, panorama.height / 2);

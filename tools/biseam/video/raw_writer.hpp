@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "output/replace_file.hpp"
@@ -21,16 +22,20 @@ class RawWriter : public FrameSink {
 
   void write(const AVFrame& panorama, std::int64_t time, std::int64_t duration) override;
   void copy(int, AVPacket&) override {}
-  void finish() override { file_.commit(); }
+  void finish() override;
   std::string settings_text() const override { return kind_ == RawKind::y4m ? "y4m" : "nv12"; }
 
  private:
+  void note_time(std::int64_t time);
   void add_rows(const AVFrame& panorama, int plane, int rows);
   void add_plane(const AVFrame& panorama, int first);
 
   RawKind kind_;
   ReplacementFile file_;
   std::vector<std::uint8_t> bytes_;  // of one frame
+  AVRational base_, rate_;
+  std::optional<std::int64_t> first_;
+  std::int64_t frames_ = 0, uneven_ = 0;  // uneven: those whose time is not what their number says
 };
 
 }  // namespace biseam::tool

@@ -65,7 +65,7 @@ void StitchPool::read_all(const Read& read) {
     } catch (...) {
       slot.trouble = std::current_exception();
     }
-    if (slot.trouble || !slot.frame.pair.picture[0] || slot.frame.pair.repeated) slot.stage = Stage::done;
+    judge(slot);
     const bool failed = slot.trouble != nullptr;
     std::unique_lock lock(mutex_);
     if (more) {
@@ -77,6 +77,15 @@ void StitchPool::read_all(const Read& read) {
     work_.notify_all();
     done_.notify_all();
   }
+}
+
+// The same pictures give the same panorama.
+void StitchPool::judge(Slot& slot) {
+  const FramePair& pair = slot.frame.pair;
+  slot.frame.is_picture = pair.picture[0] != nullptr;
+  const bool repeated = pair.picture[0] == last_[0] && pair.picture[1] == last_[1];
+  if (!slot.frame.is_picture || repeated) slot.stage = Stage::done;
+  if (slot.frame.is_picture) std::copy(std::begin(pair.picture), std::end(pair.picture), std::begin(last_));
 }
 
 StitchPool::Slot* StitchPool::take_waiting(std::unique_lock<std::mutex>& lock) {

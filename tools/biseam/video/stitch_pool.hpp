@@ -18,9 +18,10 @@
 namespace biseam::tool {
 
 struct StitchedFrame {
-  FramePair pair;
-  Libav<AVFrame> panorama;  // none: repeated, or only packets
-  SeamPath seams;
+  FramePair pair;           // without its pictures, once they are stitched
+  Libav<AVFrame> panorama;  // none: the last one again, or only packets
+  SeamPath seams;           // of the panorama
+  bool is_picture = false;
 };
 
 // Hands out panoramas in the order of their pairs.  At most 2 x jobs + 1 frames are held between reader and taker.
@@ -50,11 +51,11 @@ class StitchPool {
   };
 
   void make_engines(const Setup& setup, const PairLayout& layout, int jobs);
+  void judge(Slot& slot);
   void read_all(const Read& read);
   void stitch_all(Engine& engine);
   void stitch(Engine& engine, StitchedFrame& frame);
   Slot* take_waiting(std::unique_lock<std::mutex>& lock);
-  void push(Slot slot);
 
   const StitchConfig config_;
   const std::size_t most_;
@@ -63,6 +64,7 @@ class StitchPool {
   std::mutex mutex_;
   std::condition_variable room_, work_, done_;  // for the reader, the engines, the taker
   std::deque<Slot> slots_;                      // in order
+  std::shared_ptr<const AVFrame> last_[2];      // the reader's
   bool read_ended_ = false, stopped_ = false;
   std::vector<std::jthread> threads_;  // last: they end first
 };

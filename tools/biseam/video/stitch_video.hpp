@@ -8,8 +8,8 @@
 
 namespace biseam::tool {
 
-// first: the first input, if it was opened already.  Gives the exit code: 0, or kInterruptedExit after Ctrl-C or TERM, when
-// what was in flight is finished.  Throws Failure.
+// first: the first input, if it was opened already.  Gives the exit code: done, or
+// interrupted after Ctrl-C or TERM, when what was in flight is finished.  Throws Failure.
 int stitch_video(const StitchOptions& options, std::unique_ptr<Container> first);
 
 }  // namespace biseam::tool
