@@ -45,7 +45,7 @@ class Faults : public testing::TestWithParam<Variant> {
     config_.p0 = config_.p1 = 3.5f;
     config_.cx0 = config_.cy0 = config_.cx1 = config_.cy1 = 7.5f;
     config_.feather = 20;
-    config_.trans_width = 132;
+    config_.trans_width = 172;
     config_.findpath_width = 10;
   }
 
