@@ -104,6 +104,11 @@ void mark_spherical(AVStream& stream) {
   throw std::bad_alloc();
 }
 
+bool is_whole_sphere(const AVStream& stream) {
+  const std::uint8_t* data = av_stream_get_side_data(&stream, AV_PKT_DATA_SPHERICAL, nullptr);
+  return data && reinterpret_cast<const AVSphericalMapping*>(data)->projection == AV_SPHERICAL_EQUIRECTANGULAR;
+}
+
 bool needs_free_keys(const AVDictionary* metadata) {
   const AVDictionaryEntry* entry = nullptr;
   while ((entry = av_dict_get(metadata, "", entry, AV_DICT_IGNORE_SUFFIX)) != nullptr) {

@@ -21,6 +21,9 @@ void copy_picture_metadata(const AVStream& from, AVStream& to);
 // Tells players that the pictures are equirectangular panoramas of the whole sphere.
 void mark_spherical(AVStream& stream);
 
+// They say so.
+bool is_whole_sphere(const AVStream& stream);
+
 // True when the plain metadata of an MP4 file has no place for one of these keys.
 bool needs_free_keys(const AVDictionary* metadata);
 

@@ -1,12 +1,12 @@
 // A finished clip: encoded panoramas, everything else copied.
 #pragma once
 
-#include <memory>
+#include <string>
 #include <vector>
 
+#include "video/clip_muxer.hpp"
 #include "video/encoder.hpp"
 #include "video/frame_sink.hpp"
-#include "video/output_bytes.hpp"
 #include "video/part_reader.hpp"
 
 namespace biseam::tool {
@@ -17,9 +17,6 @@ struct ClipWriterSettings {
   bool drop_streams = false;  // what the container can't hold
   bool spherical = true;      // 360 metadata
 };
-
-// "mp4", "mov" or "matroska" by the extension; null for others.
-const AVOutputFormat* clip_format(const std::string& path);
 
 class ClipWriter : public FrameSink {
  public:
@@ -33,35 +30,17 @@ class ClipWriter : public FrameSink {
   std::string settings_text() const override { return encoder_.settings_text(); }
 
  private:
-  struct MuxerDelete {
-    void operator()(AVFormatContext* muxer) const { avformat_free_context(muxer); }
-  };
-  struct Copied {
-    AVStream* to = nullptr;  // none: dropped
-    AVRational base = {0, 1};
-    std::int64_t offset = 0;             // in that time base
-    std::int64_t last = AV_NOPTS_VALUE;  // decoding time, in the muxer's base
-    std::string text;
-  };
-
   void add_streams(const PairReader& clips);
   void add_picture(const AVStream& from);
   void add_copied(int clip, const PairReader& clips, const AVStream& from, std::int64_t offset);
-  void write_header(const PartReader& part);
-  int movie_timescale() const;
-  void complete_mov();
   void write_encoded();
-  void mend_times(Copied& copied, AVPacket& packet) const;
-  void put(AVPacket& packet, const std::string& stream);
 
   const ClipWriterSettings settings_;
   const AVRational time_base_;
-  const AVOutputFormat* format_;
-  OutputBytes bytes_;
+  ClipMuxer muxer_;
   Encoder encoder_;
-  std::unique_ptr<AVFormatContext, MuxerDelete> muxer_;
   AVStream* picture_ = nullptr;
-  std::vector<Copied> copied_[2];  // by the index of the clip's stream
+  std::vector<CopiedStream> copied_[2];  // by the index of the clip's stream
   Libav<AVPacket> packet_;
 };
 
