@@ -7,6 +7,7 @@ build=(
   cmake g++ ninja-build pkg-config
   libgtest-dev                                              # tests
   libavcodec-dev libavformat-dev libavutil-dev libswscale-dev # the tool's pictures and videos
+  libexiv2-dev                                              # what its pictures say about themselves
   libcli11-dev libtomlplusplus-dev                          # its command line and profiles
   libmicrohttpd-dev ca-certificates                         # its viewer, served and bundled
 )

@@ -25,6 +25,7 @@ inline Outcome run_tool(std::vector<std::string> words) {
   tool::add_scene_command(app);
   tool::add_compare_command(app, outcome.exit_code);
   tool::add_contact_sheet_command(app);
+  tool::add_tag_command(app, outcome.exit_code);
   tool::add_view_command(app);
   std::reverse(words.begin(), words.end());
   testing::internal::CaptureStdout();

@@ -29,6 +29,7 @@ int run(int argc, char** argv) {
   biseam::tool::add_scene_command(app);
   biseam::tool::add_compare_command(app, exit_code);
   biseam::tool::add_contact_sheet_command(app);
+  biseam::tool::add_tag_command(app, exit_code);
   biseam::tool::add_view_command(app);
   try {
     app.parse(argc, argv);

@@ -10,6 +10,7 @@ void add_stitch_command(CLI::App& app, int& exit_code);
 void add_scene_command(CLI::App& app);
 void add_compare_command(CLI::App& app, int& exit_code);
 void add_contact_sheet_command(CLI::App& app);
+void add_tag_command(CLI::App& app, int& exit_code);
 void add_view_command(CLI::App& app);
 
 }  // namespace biseam::tool

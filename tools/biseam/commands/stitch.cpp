@@ -144,7 +144,8 @@ void add_stitch_command(CLI::App& app, int& exit_code) {
       "of the panorama, a multiple of 8 (the profile's, or twice a picture's height)");
   add("--show-seams", options->show_seams, "FILE", "also write the picture with bands and seams painted over it");
   add("--seam-layer", options->seam_layer, "FILE", "also write bands and seams alone, on transparent ground (.png)");
-  command->add_flag("!--no-360-metadata", options->metadata_360, "don't mark the result as a spherical panorama");
+  command->add_flag("!--no-360-metadata", options->metadata_360,
+                    "don't mark the result (and the picture of --show-seams) as a spherical panorama");
   add_camera_options(*command, *options);
   add_blend_options(*command, options->settings.blend);
   add_video_options(*command, options->video);

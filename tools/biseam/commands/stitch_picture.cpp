@@ -51,11 +51,16 @@ FisheyePicture fit(const Nv12View& view, Nv12& copy) {
 
 Failure engine_failure(const Error& error) { return Failure(ExitCode::settings, error.text()); }
 
+Projection told_projection(const StitchOptions& options) {
+  return options.metadata_360 ? Projection::equirectangular : Projection::none;
+}
+
+// The painted picture is a panorama like the result; the layer is none without something under it, and is not marked.
 void write_seams(const StitchOptions& options, const Stitcher& stitcher, const Nv12& panorama) {
   if (!options.show_seams.empty()) {
     Rgb painted = to_rgb(panorama);
     for (int k = 0; k < 2; ++k) draw_band(stitcher.band(k), painted);
-    write_picture(options.show_seams, painted);
+    write_picture(options.show_seams, painted, told_projection(options));
   }
   if (!options.seam_layer.empty()) {
     Rgba layer(panorama.width, panorama.height);
@@ -79,7 +84,7 @@ void stitch_picture(const StitchOptions& options, std::unique_ptr<Container> fir
   const FisheyePicture lens[2] = {fit(path[0].apply(recorded.lens[0]), copy[0]), fit(path[1].apply(recorded.lens[1]), copy[1])};
   if (const Error error = stitcher->process(lens[0], lens[1], {panorama.luma, panorama.chroma})) throw engine_failure(error);
 
-  write_picture(options.output, panorama);
+  write_picture(options.output, panorama, told_projection(options));
   write_seams(options, *stitcher, panorama);
 }
 

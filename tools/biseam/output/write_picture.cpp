@@ -6,6 +6,7 @@
 
 #include "failure.hpp"
 #include "output/encode.hpp"
+#include "output/gpano.hpp"
 #include "output/replace_file.hpp"
 
 namespace biseam::tool {
@@ -55,14 +56,20 @@ void write(const std::string& path, Encode encode) {
 }
 
 template <class Picture>
-void write_as_named(const std::string& path, const Picture& picture) {
-  write(path, [&] { return encode_as(picture_kind(path), picture); });
+void write_as_named(const std::string& path, const Picture& picture, Projection projection) {
+  const Kind kind = picture_kind(path);
+  const bool marks = projection == Projection::equirectangular && kind != Kind::raw;
+  write(path, [&] { return marks ? with_gpano(encode_as(kind, picture)) : encode_as(kind, picture); });
 }
 
 }  // namespace
 
-void write_picture(const std::string& path, const Nv12& picture) { write_as_named(path, picture); }
-void write_picture(const std::string& path, const Rgb& picture) { write_as_named(path, picture); }
+void write_picture(const std::string& path, const Nv12& picture, Projection projection) {
+  write_as_named(path, picture, projection);
+}
+void write_picture(const std::string& path, const Rgb& picture, Projection projection) {
+  write_as_named(path, picture, projection);
+}
 void check_picture_name(const std::string& path) { picture_kind(path); }
 
 void write_layer(const std::string& path, const Rgba& picture) {

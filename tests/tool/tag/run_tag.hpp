@@ -1,0 +1,33 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "process.hpp"
+
+namespace biseam::test {
+
+inline Finished run_tag(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), {BISEAM_TOOL, "tag"});
+  return run(std::move(arguments));
+}
+
+inline void expect_done(const Finished& finished, const std::string& notice = "") {
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  EXPECT_EQ(finished.out, "");
+  EXPECT_EQ(finished.err, notice.empty() ? "" : "biseam: " + notice + "\n");
+}
+
+inline void expect_refused(const Finished& finished, int exit_code, const std::string& name, const std::string& what) {
+  EXPECT_EQ(finished.exit_code, exit_code) << finished.err;
+  EXPECT_EQ(finished.out, "");
+  EXPECT_EQ(finished.err.rfind("biseam: ", 0), 0u) << finished.err;
+  EXPECT_EQ(std::count(finished.err.begin(), finished.err.end(), '\n'), 1) << finished.err;
+  EXPECT_NE(finished.err.find(name), std::string::npos) << finished.err;
+  EXPECT_NE(finished.err.find(what), std::string::npos) << finished.err;
+}
+
+}  // namespace biseam::test

@@ -1,0 +1,80 @@
+#include "tag/tag_clip.hpp"
+
+extern "C" {
+#include <libavutil/spherical.h>
+}
+
+#include <new>
+#include <vector>
+
+#include "failure.hpp"
+#include "interrupt.hpp"
+#include "tag/cut_short.hpp"
+#include "video/clip_metadata.hpp"
+#include "video/clip_muxer.hpp"
+#include "video/stream_fit.hpp"
+
+namespace biseam::tool {
+namespace {
+
+const AVStream& find_video(Container& source) {
+  const int index = av_find_best_stream(source.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+  if (index < 0 || (source->streams[index]->disposition & AV_DISPOSITION_ATTACHED_PIC) != 0) source.refuse("has no video");
+  return *source->streams[index];
+}
+
+// Empty when the stream says nothing.  "tiled equirectangular" is a part of the sphere.
+std::string told_projection(const AVStream& stream) {
+  const std::uint8_t* data = av_stream_get_side_data(&stream, AV_PKT_DATA_SPHERICAL, nullptr);
+  return data ? av_spherical_projection_name(reinterpret_cast<const AVSphericalMapping*>(data)->projection) : "";
+}
+
+using CopiedStreams = std::vector<CopiedStream>;  // by the index of the clip's stream
+
+CopiedStreams add_streams(const TagJob& job, Container& source, const AVStream& video, ClipMuxer& muxer) {
+  CopiedStreams copied(source->nb_streams);
+  for (unsigned k = 0; k < source->nb_streams; ++k) {
+    const AVStream& stream = *source->streams[k];
+    if (is_carried_by_metadata(*source.get(), stream)) continue;
+    const std::string text = stream_text(stream, "");
+    const std::string trouble = holding_trouble(muxer.format(), stream);
+    if (!trouble.empty()) throw Failure(ExitCode::output, job.from + ": " + text + " can't be written again: " + trouble);
+    copied[k] = muxer.add_copied(stream, text);
+    if (&stream == &video) mark_spherical(*copied[k].to);
+  }
+  return copied;
+}
+
+// False when interrupted.
+bool copy_packets(Container& source, ClipMuxer& muxer, CopiedStreams& streams) {
+  const Libav<AVPacket> packet(av_packet_alloc());
+  if (!packet) throw std::bad_alloc();
+  for (;;) {
+    const Container::Read read = source.read(*packet);
+    if (interrupted()) return false;
+    if (read == Container::Read::end) return true;
+    if (read == Container::Read::damage || (packet->flags & AV_PKT_FLAG_CORRUPT) != 0) source.refuse("is damaged");
+    if (std::size_t(packet->stream_index) >= streams.size()) source.refuse("has a stream that its head doesn't tell of");
+    muxer.copy(streams[std::size_t(packet->stream_index)], *packet);
+    av_packet_unref(packet.get());
+  }
+}
+
+}  // namespace
+
+void tag_clip(const TagJob& job, Container& source, const AVOutputFormat& format) {
+  const AVStream& video = find_video(source);
+  if (is_cut_short(job.from)) source.refuse("is cut short");
+  const std::string projection = told_projection(video);
+  if (projection.ends_with("equirectangular")) return keep_marked(job);
+  check_sides(job, {video.codecpar->width, video.codecpar->height});
+  tell_old_projection(job, projection);
+  ClipMuxer muxer(job.to, format);
+  CopiedStreams streams = add_streams(job, source, video, muxer);
+  muxer.begin(*source.get());
+  if (!copy_packets(source, muxer, streams)) return;
+  if (!muxer.end()) throw Failure(ExitCode::output, job.to + ": could not be marked as a spherical panorama");
+  if (!interrupted()) muxer.commit();
+}
+
+}  // namespace biseam::tool
