@@ -109,7 +109,7 @@ void add_tag_command(CLI::App& app, int& exit_code) {
       ->add_option(
           "FILE", names->from,
           "JPEG, PNG, MP4, MOV or MKV, twice as wide as high; nothing is encoded anew, and what is marked already stays")
-      ->option_text("FILE")
+      ->type_name("")
       ->required();
   command->add_option("-o,--output", names->to, "marked copy (FILE itself, which is replaced when all is written)")
       ->type_name("FILE");
