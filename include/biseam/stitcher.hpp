@@ -21,7 +21,8 @@ enum class ErrorCode {
   invalid_configuration,  // a field breaks a rule
   buffer_too_small,       // a plane handed to process() is shorter than its rows
   outside_picture,        // the lookup tables point outside a fisheye picture
-  out_of_memory
+  out_of_memory,
+  invalid_seams  // seams to save or load: there are none yet, or they can't be this stitcher's
 };
 
 // What went wrong, in one line without a newline that names the field, its value and the rule.  True when there is an error.
@@ -67,6 +68,12 @@ struct PanoramaPicture {
   std::span<std::uint8_t> luma, chroma;
 };
 
+// Where the seams of a frame come from.
+enum class Seams {
+  fresh,  // searched in the frame, or cut straight where the configuration doesn't search
+  kept    // those of the frame before, or loaded ones; fresh ones as long as there are none, as after a frame that failed
+};
+
 struct StitcherOptions {
   bool fresh_seam = true;  // start every frame with empty seam masks; false: weights of earlier frames stay
 };
@@ -76,12 +83,23 @@ struct StitcherSizes {
   std::size_t fisheye_luma, fisheye_chroma, panorama_luma, panorama_chroma, working_memory;
 };
 
-// One overlap band after the last frame: the blend weight of fisheye 0's side or 1's, whichever lies left, 0 .. 64.
-// Weight of (x, y), in panorama pixels before flip and mirror: weights[y * stride + x * step], x counted from first_column.
+// One overlap band after the last frame, or as loaded: the blend weight of fisheye 0's side or 1's, whichever lies left, 0
+// .. 64. Weight of (x, y), in panorama pixels before flip and mirror: weights[y * stride + x * step], x counted from
+// first_column.
 struct BandView {
   int first_column, width, height;
-  const std::int32_t* weights;  // valid until the next process() and as long as the stitcher
+  const std::int32_t* weights;  // valid until the next process() or load_seams() and as long as the stitcher
   int stride, step;             // samples
+};
+
+// Room for seams outside of a stitcher, seams_size() bytes or more.
+struct SeamBuffer {
+  std::span<std::uint8_t> bytes;
+};
+
+// The seams_size() bytes that were saved: weights from 0 to 64.
+struct SavedSeams {
+  std::span<const std::uint8_t> bytes;
 };
 
 class Stitcher {
@@ -92,10 +110,20 @@ class Stitcher {
   // Stitches one frame.  The panorama's contents are undefined after an error; the stitcher stays usable.
   BISEAM_API Error process(const FisheyePicture& lens0, const FisheyePicture& lens1, const PanoramaPicture& panorama);
 
+  // The same with seams as wanted.  Frames with kept seams leave the seam masks of earlier frames alone.
+  BISEAM_API Error process(const FisheyePicture& lens0, const FisheyePicture& lens1, const PanoramaPicture& panorama,
+                           Seams seams);
+
   BISEAM_API StitcherSizes sizes() const;
 
   // index 0: the band around column out_w / 4, 1: around 3 out_w / 4.
   BISEAM_API BandView band(int index) const;
+
+  // The seams that Seams::kept would keep, which another stitcher with the same configuration can load.  After an error of
+  // load_seams (invalid_seams) the stitcher has the seams it had.  save_seams: invalid_seams, buffer_too_small.
+  BISEAM_API std::size_t seams_size() const;  // bytes
+  BISEAM_API Error save_seams(const SeamBuffer& to) const;
+  BISEAM_API Error load_seams(const SavedSeams& from);
 
   Stitcher() = default;  // empty; only assignment and destruction are allowed
   Stitcher(Stitcher&& other) noexcept : state_(std::exchange(other.state_, nullptr)) {}

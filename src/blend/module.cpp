@@ -45,6 +45,12 @@ Status decompose_sources(BlendInstance& instance, const BlendImage* const source
   return decompositions[0].status == Status::ok ? decompositions[1].status : decompositions[0].status;
 }
 
+Status make_weights(BlendInstance& instance, const BlendImage* const sources[2], MemoryReport report) {
+  if (instance.findpath_enable != 0) return search_seam(instance, sources, report);
+  fill_left_half(instance.mask);
+  return Status::ok;
+}
+
 // The definition: stage by stage, each over whole images.
 Status blend_by_stages(BlendInstance& instance, const BlendImage* const sources[2], BlendImage& output) {
   if (decompose_sources(instance, sources) != Status::ok) return Status::no_memory;
@@ -60,14 +66,10 @@ Status blend_by_stages(BlendInstance& instance, const BlendImage* const sources[
 }  // namespace
 
 Status blend_band(BlendInstance& instance, const BlendImage& source1, const BlendImage& source2, BlendImage& output,
-                  MemoryReport report) {
+                  MemoryReport report, Weights weights) {
   if (instance.mask.data[0] == nullptr) return Status::no_memory;  // an instance that could not be carved
   const BlendImage* const sources[2] = {&source1, &source2};
-  if (instance.findpath_enable != 0) {
-    if (search_seam(instance, sources, report) == Status::no_memory) return Status::no_memory;
-  } else {
-    fill_left_half(instance.mask);
-  }
+  if (weights == Weights::made && make_weights(instance, sources, report) == Status::no_memory) return Status::no_memory;
   if (!can_be_streamed(instance, sources, output)) return blend_by_stages(instance, sources, output);
   blend_streamed(instance, sources, output);
   return Status::ok;

@@ -15,8 +15,11 @@ Status create_blend(const BlendConfig& config, const BlendMemory& memory, BlendI
 // Writes every image record of the instance.
 void layout_blend(BlendInstance& instance);
 
+// Where the weights of a frame come from: they are made for it, by a search or a straight cut, or stay as they are.
+enum class Weights { made, kept };
+
 // One frame of one band.  no_memory: a temporary could not be had; output is undefined, the instance stays usable.
 Status blend_band(BlendInstance& instance, const BlendImage& source1, const BlendImage& source2, BlendImage& output,
-                  MemoryReport report = nullptr);
+                  MemoryReport report = nullptr, Weights weights = Weights::made);
 
 }  // namespace biseam

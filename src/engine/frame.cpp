@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "blend/module.hpp"
 #include "engine/composition.hpp"
 #include "engine/stages.hpp"
 #include "engine/threads.hpp"
@@ -134,22 +133,23 @@ namespace {
 struct BlendTask {
   BlendThreadArgs args;
   MemoryReport report;
+  Weights weights;
   Status status;
 };
 
 void* run_blend(void* task) {
   BlendTask& t = *static_cast<BlendTask*>(task);
-  t.status = blend_band(*t.args.instance, *t.args.source1, *t.args.source2, *t.args.output, t.report);
+  t.status = blend_band(*t.args.instance, *t.args.source1, *t.args.source2, *t.args.output, t.report, t.weights);
   return nullptr;
 }
 
 }  // namespace
 
-Status blend_stage(StitchEngine& e, MemoryReport report) {
+Status blend_stage(StitchEngine& e, MemoryReport report, Weights weights) {
   BlendTask blends[2];
   ThreadTask tasks[2];
   for (int k = 0; k < 2; ++k) {
-    blends[k] = {{e.blend[k], &e.band_rgb[2 * k], &e.band_rgb[2 * k + 1], &e.blend_out[k]}, report, Status::ok};
+    blends[k] = {{e.blend[k], &e.band_rgb[2 * k], &e.band_rgb[2 * k + 1], &e.blend_out[k]}, report, weights, Status::ok};
     tasks[k] = {run_blend, &blends[k]};
   }
   run_together(tasks, 2);
@@ -200,11 +200,11 @@ Status attach_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const 
 }
 
 Status process_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const FisheyePlanes& panorama, SampleRegion sample,
-                     MemoryReport report) {
+                     MemoryReport report, Weights weights) {
   if (attach_frame(engine, fisheye, panorama) != Status::ok) return Status::mismatch;
   remap_stage(engine, sample);
   conversion_stage(engine);
-  const Status status = blend_stage(engine, report);
+  const Status status = blend_stage(engine, report, weights);
   compose_stage(engine);
   return status;
 }

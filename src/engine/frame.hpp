@@ -1,6 +1,7 @@
 #pragma once
 
 #include "biseam/records.h"
+#include "blend/module.hpp"
 #include "engine/memory_report.hpp"
 #include "engine/status.hpp"
 #include "geometry/remap.hpp"
@@ -15,6 +16,6 @@ struct FisheyePlanes {
 // One frame through remap, conversion, blending, composition, flip and mirror; prints nothing.  Planes have the configuration's
 // sizes and strides.  no_memory: a temporary could not be had and the panorama is incomplete.
 Status process_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const FisheyePlanes& panorama,
-                     SampleRegion sample = sample_region, MemoryReport report = nullptr);
+                     SampleRegion sample = sample_region, MemoryReport report = nullptr, Weights weights = Weights::made);
 
 }  // namespace biseam

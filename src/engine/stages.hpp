@@ -20,8 +20,8 @@ void remap_stage(const StitchEngine& engine, SampleRegion sample);
 // Bands to RGB.
 void conversion_stage(StitchEngine& engine);
 
-// Seam search, where the instances have it enabled, and blend of both overlaps.
-Status blend_stage(StitchEngine& engine, MemoryReport report);
+// Seam search, where the instances have it enabled and weights are made, and blend of both overlaps.
+Status blend_stage(StitchEngine& engine, MemoryReport report, Weights weights = Weights::made);
 
 // Blended overlaps to the panorama, then flip and mirror.
 void compose_stage(StitchEngine& engine);

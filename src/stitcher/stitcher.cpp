@@ -17,6 +17,7 @@ struct Stitcher::State {
   StitchConfig config;  // what engine->config points to
   StitcherOptions options;
   StitchEngine* engine;
+  bool has_seams;  // of a frame, or loaded
 };
 
 namespace {
@@ -57,6 +58,31 @@ void clear(BlendImage& image) {
 // A search writes the whole mask from the seam mask; the fixed mask is written on one side only.
 void empty_masks(BlendInstance& blend) { clear(blend.findpath_enable != 0 ? blend.seam_mask : blend.mask); }
 
+// Samples of a row, all channels: they differ in the lowest rows.
+std::size_t row_samples(const BlendImage& mask) {
+  return static_cast<std::size_t>(mask.width) * static_cast<std::size_t>(mask.steps[0]);
+}
+
+std::size_t mask_samples(const BlendImage& mask) { return row_samples(mask) * static_cast<std::size_t>(mask.height); }
+
+int32_t* mask_row(const BlendImage& mask, int y) { return mask.data[0] + std::ptrdiff_t{mask.stride} * y; }
+
+uint8_t* save_mask(const BlendImage& mask, uint8_t* to) {
+  for (int y = 0; y < mask.height; ++y) {
+    const int32_t* from = mask_row(mask, y);
+    for (std::size_t x = 0; x < row_samples(mask); ++x) *to++ = static_cast<uint8_t>(from[x]);
+  }
+  return to;
+}
+
+const uint8_t* load_mask(const uint8_t* from, BlendImage& mask) {
+  for (int y = 0; y < mask.height; ++y) {
+    int32_t* to = mask_row(mask, y);
+    for (std::size_t x = 0; x < row_samples(mask); ++x) to[x] = *from++;
+  }
+  return from;
+}
+
 }  // namespace
 
 Result<Stitcher> Stitcher::create(const StitchConfig& config, const StitcherOptions& options) {
@@ -64,7 +90,7 @@ Result<Stitcher> Stitcher::create(const StitchConfig& config, const StitcherOpti
   if (Error error = check_rules(config)) return error;
   auto* state = static_cast<State*>(std::malloc(sizeof(State)));
   if (state == nullptr) return ErrorWriter::write(ErrorCode::out_of_memory, "out of memory: %zu bytes", sizeof(State));
-  *state = {config, options, nullptr};
+  *state = {config, options, nullptr, false};
   Stitcher stitcher(state);
   if (create_engine(state->config, state->engine) != Status::ok) {
     return ErrorWriter::write(ErrorCode::out_of_memory,
@@ -79,13 +105,23 @@ Result<Stitcher> Stitcher::create(const StitchConfig& config, const StitcherOpti
 }
 
 Error Stitcher::process(const FisheyePicture& lens0, const FisheyePicture& lens1, const PanoramaPicture& panorama) {
+  return process(lens0, lens1, panorama, Seams::fresh);
+}
+
+Error Stitcher::process(const FisheyePicture& lens0, const FisheyePicture& lens1, const PanoramaPicture& panorama,
+                        Seams seams) {
   if (Error error = check_planes(sizes(), lens0, lens1, panorama)) return error;
   StitchEngine& engine = *state_->engine;
-  if (state_->options.fresh_seam) {
+  const bool kept = seams == Seams::kept && state_->has_seams;
+  if (!kept && state_->options.fresh_seam) {
     for (BlendInstance* blend : engine.blend) empty_masks(*blend);
   }
   const FisheyePlanes fisheye[2] = {planes_of(lens0), planes_of(lens1)};
-  if (process_frame(engine, fisheye, {panorama.luma.data(), panorama.chroma.data()}) == Status::ok) return {};
+  const FisheyePlanes out = {panorama.luma.data(), panorama.chroma.data()};
+  const Weights weights = kept ? Weights::kept : Weights::made;
+  const Status status = process_frame(engine, fisheye, out, sample_region, nullptr, weights);
+  state_->has_seams = kept || status == Status::ok;
+  if (status == Status::ok) return {};
   return ErrorWriter::write(ErrorCode::out_of_memory, "out of memory: a temporary of this frame; the panorama is incomplete");
 }
 
@@ -104,6 +140,36 @@ BandView Stitcher::band(int index) const {
   const BlendImage& mask = engine.blend[index]->mask;
   const int first_column = engine.left_inner + (index == 0 ? 0 : engine.pair_width + engine.middle_inner);
   return {first_column, mask.width, mask.height, mask.data[0], mask.stride, mask.steps[0]};
+}
+
+std::size_t Stitcher::seams_size() const {
+  const StitchEngine& engine = *state_->engine;
+  return mask_samples(engine.blend[0]->mask) + mask_samples(engine.blend[1]->mask);
+}
+
+Error Stitcher::save_seams(const SeamBuffer& to) const {
+  if (!state_->has_seams) return ErrorWriter::write(ErrorCode::invalid_seams, "no seams to save: no frame was stitched yet");
+  if (Error error = check_plane("to.bytes", to.bytes.size(), seams_size())) return error;
+  std::uint8_t* at = to.bytes.data();
+  for (const BlendInstance* blend : state_->engine->blend) at = save_mask(blend->mask, at);
+  return {};
+}
+
+Error Stitcher::load_seams(const SavedSeams& from) {
+  if (from.bytes.size() != seams_size()) {
+    return ErrorWriter::write(ErrorCode::invalid_seams, "seams of %zu bytes: must be of %zu, as this stitcher's are",
+                              from.bytes.size(), seams_size());
+  }
+  for (const std::uint8_t weight : from.bytes) {
+    if (weight > BISEAM_WEIGHT_ONE) {
+      return ErrorWriter::write(ErrorCode::invalid_seams, "seams with a weight of %d: must be %d or less", weight,
+                                BISEAM_WEIGHT_ONE);
+    }
+  }
+  const std::uint8_t* at = from.bytes.data();
+  for (BlendInstance* blend : state_->engine->blend) at = load_mask(at, blend->mask);
+  state_->has_seams = true;
+  return {};
 }
 
 void Stitcher::release(State* state) {

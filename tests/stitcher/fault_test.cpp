@@ -163,14 +163,37 @@ TEST_P(Faults, a_thread_that_cannot_start_changes_nothing) {
   EXPECT_EQ(thread, 18) << "4 for the tables, then 4 to remap, 4 to convert, 2 to blend and 2 in each blend";
 }
 
+// Those whose frames can fail.
+class FrameFaults : public Faults {};
+
+TEST_P(FrameFaults, a_failed_frame_leaves_no_seams_to_keep) {
+  const Planes good = expected();
+  Result<Stitcher> made = Stitcher::create(config_);
+  ASSERT_TRUE(made);
+  std::mt19937 random(2);
+  test::Frame failing(made->sizes(), random);
+  EXPECT_FALSE(failing.stitch(*made));
+  {
+    const FailingHeap heap(0, GetParam().all_later_fail);
+    EXPECT_TRUE(failing.stitch(*made));
+  }
+  std::mt19937 same(1);
+  test::Frame frame(made->sizes(), same);
+  EXPECT_FALSE(
+      made->process({frame.luma0, frame.chroma0}, {frame.luma1, frame.chroma1}, {frame.luma, frame.chroma}, Seams::kept));
+  EXPECT_EQ((Planes{frame.luma.bytes(), frame.chroma.bytes()}), good);
+}
+
+const Variant kLow{"low", true, false, true, false}, kLowFromThenOn{"low_from_then_on", true, false, true, true};
+std::string name_of(const testing::TestParamInfo<Variant>& info) { return info.param.name; }
+
 INSTANTIATE_TEST_SUITE_P(variants, Faults,
                          testing::Values(Variant{"search", true, false, false, false},
                                          Variant{"fixed_seam", false, false, false, false},
                                          Variant{"odd_levels", true, true, false, false},
-                                         Variant{"odd_levels_from_then_on", true, true, false, true},
-                                         Variant{"low", true, false, true, false},
-                                         Variant{"low_from_then_on", true, false, true, true}),
-                         [](const auto& param) { return param.param.name; });
+                                         Variant{"odd_levels_from_then_on", true, true, false, true}, kLow, kLowFromThenOn),
+                         name_of);
+INSTANTIATE_TEST_SUITE_P(variants, FrameFaults, testing::Values(kLow, kLowFromThenOn), name_of);
 
 }  // namespace
 }  // namespace biseam
