@@ -6,6 +6,7 @@
 #include "video/clip_maker.hpp"
 #include "video/run_clip.hpp"
 #include "video/seam_path.hpp"
+#include "video/summary.hpp"
 #include "video/time_text.hpp"
 
 namespace biseam::tool {
@@ -60,6 +61,19 @@ TEST(Summary, movement_is_the_mean_over_all_rows) {
   EXPECT_EQ(seam_movement({10, 12, 14, 16}, {10, 12, 14, 16}), 0);
   EXPECT_EQ(seam_movement({10, 12, 14, 16}, {12, 12, 10, 16}), 1.5);
   EXPECT_EQ(seam_movement({}, {}), 0);
+}
+
+TEST(Summary, a_repeated_picture_counts_as_seams_that_stay) {
+  Summary summary;
+  EXPECT_EQ(summary.seam_movement(), 0);
+  summary.count_frame({10, 10});
+  EXPECT_EQ(summary.seam_movement(), 0);
+  summary.count_frame({12, 14});
+  EXPECT_EQ(summary.seam_movement(), 3);
+  summary.count_frame({});
+  EXPECT_EQ(summary.seam_movement(), 1.5);
+  summary.count_frame({12, 20});
+  EXPECT_EQ(summary.seam_movement(), 2);
 }
 
 TEST(Json, texts_are_quoted_and_numbers_finite) {

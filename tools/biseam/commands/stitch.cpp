@@ -105,6 +105,8 @@ void add_video_options(CLI::App& command, VideoOptions& video) {
   add("--from", video.from, "TIME", "first moment stitched, seconds or [HH:]MM:SS[.frac]; times of the result count from it");
   add("--to", video.to, "TIME", "first moment not stitched any more");
   add("--frames", video.frames, "N", "at most so many frames")->check(CLI::PositiveNumber);
+  add("--seam-hold", video.seam_hold, "N", "search the seams in every N-th frame of the clip and keep them between (1)")
+      ->check(CLI::Range(1, 1000000));
   add("--json", video.json, "FILE", "write a summary of the run as one JSON object; - is standard output");
   command.add_flag("--drop-streams", video.drop_streams, "leave out streams that the output can't hold")->group(kVideoGroup);
   command.add_flag("--strict", video.strict, "stop at damage in place of repeating the previous frame")->group(kVideoGroup);

@@ -16,6 +16,7 @@ struct VideoOptions {
   std::string encoder = "libx264";
   std::optional<double> crf;
   std::optional<int> jobs;
+  int seam_hold = 1;
   std::optional<std::int64_t> frames;
   bool drop_streams = false, strict = false;
   std::string given;  // one of these options that was given, with its dashes

@@ -29,6 +29,7 @@ std::optional<FramePair> PairReader::next() {
     to.picture[0] = std::move(frame->picture);
     to.time = frame->time;
     to.duration = frame->duration;
+    to.number = number_++;
     if (clips_[1] && !pair(to)) to.picture[0] = nullptr;
   } else if (clips_[1]) {
     report_.second_goes_on = ahead_.has_value();

@@ -19,6 +19,8 @@ struct CopiedPacket {
 struct FramePair {
   std::shared_ptr<const AVFrame> picture[2];  // of each lens, or of both in the first; none: only packets
   std::int64_t time = 0, duration = 0;
+  std::int64_t number = 0;            // of the first clip's pictures
+  bool is_wanted = true;              // false: only its seams are
   std::vector<CopiedPacket> packets;  // of other streams, which came before the picture
 };
 
@@ -56,6 +58,7 @@ class PairReader {
   std::int64_t offset_;
   std::optional<ClipFrame> current_, ahead_;  // of the second clip
   std::int64_t second_begin_ = 0;             // microseconds
+  std::int64_t number_ = 0;
   bool started_ = false;
   PairingReport report_;
 };

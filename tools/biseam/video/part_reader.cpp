@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace biseam::tool {
 namespace {
@@ -17,14 +18,15 @@ std::int64_t start_of(const PairReader& reader) {
 
 }  // namespace
 
-PartReader::PartReader(PairReader reader, const PartRange& range)
-    : reader_(std::move(reader)), range_(range), start_(start_of(reader_)), end_(kNever) {
+PartReader::PartReader(PairReader reader, const PartRange& range, int group)
+    : reader_(std::move(reader)), range_(range), group_(group), start_(start_of(reader_)), end_(kNever) {
   if (range_.from) *range_.from += start_;
   if (range_.to) end_ = *range_.to += start_;
   for (int k = 0; k < reader_.clips(); ++k) {
     seen_[k].resize(reader_.clip(k).container()->nb_streams, std::numeric_limits<std::int64_t>::min());
   }
-  if (range_.from && *range_.from > start_) reader_.start_at(*range_.from);
+  // Numbers are known only when every picture before was read.
+  if (range_.from && *range_.from > start_ && group_ == 1) reader_.start_at(*range_.from);
 }
 
 std::optional<std::int64_t> PartReader::end() const {
@@ -43,12 +45,20 @@ std::optional<FramePair> PartReader::next() {
   return pair;
 }
 
+void PartReader::skip(FramePair pair) {
+  if (group_ > 1 && (!skipped_ || group_of(*skipped_) != group_of(pair))) skipped_ = std::move(pair);
+}
+
 std::optional<FramePair> PartReader::read() {
+  if (waiting_) return std::exchange(waiting_, std::nullopt);
   while (std::optional<FramePair> pair = reader_.next()) {
     take_packets(*pair);
     if (!pair->picture[0]) continue;
     const std::int64_t time = av_rescale_q(pair->time, reader_.clip(0).stream().time_base, kMicroseconds);
-    if (range_.from && time < *range_.from) continue;
+    if (range_.from && time < *range_.from) {
+      skip(std::move(*pair));
+      continue;
+    }
     if (time >= end_ || (range_.frames && given_ >= *range_.frames)) {
       end_ = std::min(end_, time);
       if (others_are_past(end_) || time > end_ + kInterleaving) break;
@@ -56,7 +66,10 @@ std::optional<FramePair> PartReader::read() {
     }
     ++given_;
     give_packets(*pair, range_.frames ? time + 1 : end_);
-    return pair;
+    if (!skipped_ || group_of(*skipped_) != group_of(*pair)) return pair;
+    waiting_ = std::move(pair);
+    skipped_->is_wanted = false;
+    return std::exchange(skipped_, std::nullopt);
   }
   return last_packets();
 }

@@ -18,7 +18,9 @@ struct PartRange {
 // streams that begin in this time.  Their times count from `from` when it is given.
 class PartReader {
  public:
-  PartReader(PairReader reader, const PartRange& range);
+  // group: pictures that share their seams, counted from the clip's first one.  When the part begins inside a group, the
+  // group's first pair comes before, not wanted but for its seams.
+  PartReader(PairReader reader, const PartRange& range, int group);
 
   std::optional<FramePair> next();
 
@@ -32,6 +34,8 @@ class PartReader {
 
  private:
   std::optional<FramePair> read();
+  void skip(FramePair pair);
+  std::int64_t group_of(const FramePair& pair) const { return pair.number / group_; }
   std::optional<FramePair> last_packets();
   void take_packets(FramePair& from);
   void give_packets(FramePair& to, std::int64_t before);
@@ -42,6 +46,9 @@ class PartReader {
 
   PairReader reader_;
   PartRange range_;  // in times of the clip
+  int group_;
+  std::optional<FramePair> skipped_;  // first one of the group before the part
+  std::optional<FramePair> waiting_;  // first one of the part
   std::int64_t start_ = 0, given_ = 0, end_;
   std::vector<CopiedPacket> held_;     // not known yet to be inside
   std::vector<std::int64_t> seen_[2];  // latest time of every stream

@@ -61,7 +61,7 @@ PartRange range_of(const VideoOptions& video) {
 // The pairs, the first one looked at before the others are read.
 class Pairs {
  public:
-  Pairs(PairReader clips, const PartRange& range) : reader_(std::move(clips), range) {
+  Pairs(PairReader clips, const PartRange& range, int group) : reader_(std::move(clips), range, group) {
     while (!first_picture()) {
       std::optional<FramePair> pair = reader_.next();
       if (!pair) refuse_emptiness(range);
@@ -191,7 +191,7 @@ void report(const StitchOptions& options, const RunSettings& run, const PairRead
 int stitch_video(const StitchOptions& options, std::unique_ptr<Container> first) {
   const InterruptWatch watch;
   const PartRange range = range_of(options.video);
-  Pairs pairs(open_clips(options, std::move(first)), range);
+  Pairs pairs(open_clips(options, std::move(first)), range, options.video.seam_hold);
   const FramePair& pair = *pairs.first_picture();
   check_formats(pairs.clips(), pair);
   check_colours(pairs.clips(), pair);
@@ -202,7 +202,7 @@ int stitch_video(const StitchOptions& options, std::unique_ptr<Container> first)
   Summary summary;
   double seconds = 0;
   {
-    StitchPool pool(setup, layout, run.jobs, [&pairs] { return pairs.next(); });
+    StitchPool pool(setup, layout, run.jobs, options.video.seam_hold, [&pairs] { return pairs.next(); });
     Progress progress(expected_frames(pairs.part(), range));
     stitch_all(pool, *sink, progress, summary);
     sink->finish();

@@ -36,6 +36,7 @@ JsonObject settings_json(const StitchOptions& options, const RunSettings& run) {
   settings.add("size", size_text(config.out_w[0], config.out_h[0]));
   settings.add("jobs", run.jobs);
   settings.add("search", config.findpath_enable != 0);
+  settings.add("seam_hold", options.video.seam_hold);
   settings.add("feather", config.feather);
   settings.add("trans_width", config.trans_width);
   settings.add("pyr_level", config.pyr_level);
@@ -51,14 +52,11 @@ double rate(const Summary& summary, double seconds) { return seconds > 0 ? doubl
 void Summary::count_frame(const SeamPath& path) {
   ++frames_;
   if (path.empty()) return;
-  if (!last_.empty()) {
-    movement_ += tool::seam_movement(last_, path);
-    ++moves_;
-  }
+  movement_ += tool::seam_movement(last_, path);
   last_ = path;
 }
 
-double Summary::seam_movement() const { return moves_ == 0 ? 0 : movement_ / double(moves_); }
+double Summary::seam_movement() const { return frames_ < 2 ? 0 : movement_ / double(frames_ - 1); }
 
 void tell_damage(const PairReader& clips) {
   for (int k = 0; k < clips.clips(); ++k) tell_clip_damage(clips.clip(k));

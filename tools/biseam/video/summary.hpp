@@ -19,7 +19,7 @@ class Summary {
   double seam_movement() const;  // mean columns a frame, 0 with less than two frames
 
  private:
-  std::int64_t frames_ = 0, moves_ = 0;
+  std::int64_t frames_ = 0;
   double movement_ = 0;
   SeamPath last_;
 };
