@@ -30,14 +30,14 @@ const Place& place() {
 }
 
 const std::vector<std::uint8_t>& small_panorama() {
-  static const std::vector<std::uint8_t> codes = develop(render_panorama(place(), {256, 128}), {});
+  static const std::vector<std::uint8_t> codes = develop(render(place(), view_of(PanoramaView{256, 128})), {});
   return codes;
 }
 
 constexpr int kSmallFisheye = 160;
 
 std::vector<std::uint8_t> small_fisheye(int index, double baseline) {
-  return develop(render_fisheye(place(), Fisheye::fitting(index, kSmallFisheye, kWide), baseline), {});
+  return develop(render(place(), view_of(Fisheye::fitting(index, kSmallFisheye, kWide), baseline)), {});
 }
 
 // Mean difference of the green codes of a fisheye and of the panorama in the same directions; mirrored: of the picture
@@ -79,7 +79,7 @@ TEST(Scene, SunStandsWhereItShouldInThePanorama) {
   EXPECT_NEAR(double(brightest / 256), (90.0 - 33) / 180 * 128 - 1, 1.5);
 }
 
-TEST(Scene, IsTheSameEveryTime) { EXPECT_EQ(develop(render_panorama(place(), {256, 128}), {}), small_panorama()); }
+TEST(Scene, IsTheSameEveryTime) { EXPECT_EQ(develop(render(place(), view_of(PanoramaView{256, 128})), {}), small_panorama()); }
 
 TEST(Scene, IsBlackOutsideTheImageCircle) {
   const std::vector<std::uint8_t> picture = small_fisheye(1, 0);

@@ -1,80 +1,81 @@
-#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <numbers>
+#include <optional>
 #include <string>
 
 #include "camera/settings.hpp"
 #include "commands/commands.hpp"
 #include "failure.hpp"
+#include "interrupt.hpp"
 #include "output/replace_file.hpp"
 #include "output/write_picture.hpp"
-#include "picture.hpp"
 #include "scene/profile.hpp"
-#include "scene/render.hpp"
+#include "scene/shooting.hpp"
+#include "video/lossless_clip.hpp"
 
 namespace biseam::tool {
 namespace {
 
+constexpr AVRational kFrameRate{30, 1};
+
 struct SceneOptions {
   std::string folder;
-  int width = 1920;
-  int fisheye_size = 1080;
-  double field_of_view = 195;      // degrees
-  double baseline = 0;             // metres
-  double exposure_difference = 0;  // stops
-  double noise = 0;
-  std::uint64_t seed = 1;
+  double field_of_view = 195;  // degrees
+  scene::Rig rig{1920, 1080, 0, 0, 0, 0, 1};
+  std::optional<int> frames;
+
+  std::string path(const std::string& name) const { return (std::filesystem::path(folder) / name).string(); }
 };
 
-Rgb developed(const scene::Frame& frame, const scene::Development& how) {
-  Rgb picture;
-  picture.width = frame.width;
-  picture.height = frame.height;
-  picture.bytes = scene::develop(frame, how);
-  return picture;
-}
+void tell(const std::string& path) { std::printf("%s\n", path.c_str()); }
 
-Rgb side_by_side(const Rgb& left, const Rgb& right) {
-  Rgb both(left.width + right.width, left.height);
-  const std::size_t row = std::size_t(left.width) * 3;
-  for (std::size_t y = 0; y < std::size_t(left.height); ++y) {
-    std::copy_n(&left.bytes[y * row], row, &both.bytes[2 * y * row]);
-    std::copy_n(&right.bytes[y * row], row, &both.bytes[(2 * y + 1) * row]);
+void write_stills(const SceneOptions& options, scene::Shooting& shooting) {
+  const scene::Pictures pictures = shooting.take(0, 0);
+  for (std::size_t k = 0; k < pictures.size(); ++k) {
+    const std::string path = options.path(std::string(scene::kPictureNames[k]) + ".png");
+    write_picture(path, pictures[k]);
+    tell(path);
   }
-  return both;
 }
 
-void make_scene(const SceneOptions& options) {
-  if (!is_panorama_width(options.width)) throw Failure(ExitCode::usage, "--width: must be a multiple of 8, 64 to 16384");
+void write_clips(const SceneOptions& options, scene::Shooting& shooting) {
+  const InterruptWatch watch;  // unfinished files are not left behind
+  const Size panorama{options.rig.panorama_width, options.rig.panorama_width / 2};
+  const Size fisheye{options.rig.fisheye_size, options.rig.fisheye_size}, both{2 * fisheye.width, fisheye.height};
+  const Size sizes[4] = {panorama, fisheye, fisheye, both};
+  std::string paths[4];
+  std::array<std::unique_ptr<LosslessClip>, 4> clips;
+  for (std::size_t k = 0; k < clips.size(); ++k) {
+    paths[k] = options.path(std::string(scene::kPictureNames[k]) + ".mp4");
+    clips[k] = std::make_unique<LosslessClip>(paths[k], sizes[k], kFrameRate);
+  }
+  for (int frame = 0; frame < *options.frames; ++frame) {
+    const scene::Pictures pictures = shooting.take(frame, frame * av_q2d(av_inv_q(kFrameRate)));
+    for (std::size_t k = 0; k < clips.size(); ++k) clips[k]->add(to_nv12(pictures[k]));
+    if (interrupted()) throw Failure(ExitCode::interrupted, "interrupted");
+  }
+  for (std::size_t k = 0; k < clips.size(); ++k) {
+    clips[k]->finish();
+    tell(paths[k]);
+  }
+}
+
+void make_scene(SceneOptions& options) {
+  if (!is_panorama_width(options.rig.panorama_width)) {
+    throw Failure(ExitCode::usage, "--width: must be a multiple of 8, 64 to 16384");
+  }
   std::error_code trouble;
   std::filesystem::create_directories(options.folder, trouble);
   if (trouble) throw Failure(ExitCode::output, options.folder + ": can't be made: " + trouble.message());
-  const std::filesystem::path folder(options.folder);
-  const auto save = [&](const char* name, const Rgb& picture) {
-    const std::string path = (folder / name).string();
-    write_picture(path, picture);
-    std::printf("%s\n", path.c_str());
-  };
-  const scene::Place place;
-  save("truth.png", developed(scene::render_panorama(place, {options.width, options.width / 2}), {}));
-  const double field_of_view = options.field_of_view * std::numbers::pi / 180;
-  const scene::Fisheye lenses[2] = {scene::Fisheye::fitting(0, options.fisheye_size, field_of_view),
-                                    scene::Fisheye::fitting(1, options.fisheye_size, field_of_view)};
-  Rgb fisheyes[2];
-  for (int index = 0; index < 2; ++index) {
-    const double stops = (index == 0 ? 0.5 : -0.5) * options.exposure_difference;
-    const scene::Development how{stops, options.noise, 2 * options.seed + std::uint64_t(index)};
-    fisheyes[index] = developed(scene::render_fisheye(place, lenses[index], options.baseline), how);
-  }
-  save("fisheye0.png", fisheyes[0]);
-  save("fisheye1.png", fisheyes[1]);
-  save("side_by_side.png", side_by_side(fisheyes[0], fisheyes[1]));
-  const std::string profile = scene::profile_text(lenses[0], lenses[1], options.width),
-                    path = (folder / "camera.toml").string();
-  replace_file(path, {reinterpret_cast<const std::uint8_t*>(profile.data()), profile.size()});
-  std::printf("%s\n", path.c_str());
+  options.rig.field_of_view = options.field_of_view * std::numbers::pi / 180;
+  scene::Shooting shooting(options.rig);
+  options.frames ? write_clips(options, shooting) : write_stills(options, shooting);
+  const std::string profile = scene::profile_text(shooting.lens(0), shooting.lens(1), options.rig.panorama_width);
+  replace_file(options.path("camera.toml"), {reinterpret_cast<const std::uint8_t*>(profile.data()), profile.size()});
+  tell(options.path("camera.toml"));
 }
 
 }  // namespace
@@ -86,19 +87,25 @@ void add_scene_command(CLI::App& app) {
       "render a virtual courtyard through a virtual camera: truth.png (the panorama seen from the middle between the\n"
       "lenses), fisheye0.png, fisheye1.png, side_by_side.png and camera.toml (for stitch --camera)");
   command->add_option("-o,--output", options->folder, "folder for the files, made when missing")->required();
-  command->add_option("--width", options->width, "columns of the true panorama, a multiple of 8 (1920)");
-  command->add_option("--fisheye-size", options->fisheye_size, "width and height of a fisheye picture, even (1080)")
+  command->add_option("--width", options->rig.panorama_width, "columns of the true panorama, a multiple of 8 (1920)");
+  command->add_option("--fisheye-size", options->rig.fisheye_size, "width and height of a fisheye picture, even (1080)")
       ->check(CLI::Range(32, 8192))
       ->check([](const std::string& text) { return (text.back() - '0') % 2 == 0 ? "" : "must be even"; });
   command->add_option("--fov", options->field_of_view, "degrees across the image circle (195)")
       ->check(CLI::Range(182.0, 280.0));
-  command->add_option("--baseline", options->baseline, "metres between the two entrance pupils (0)")
+  command->add_option("--baseline", options->rig.baseline, "metres between the two entrance pupils (0)")
       ->check(CLI::Range(0.0, 0.5));
-  command->add_option("--exposure-difference", options->exposure_difference, "stops by which lens 0 is the brighter one (0)")
+  command
+      ->add_option("--exposure-difference", options->rig.exposure_difference, "stops by which lens 0 is the brighter one (0)")
       ->check(CLI::Range(-4.0, 4.0));
-  command->add_option("--noise", options->noise, "standard deviation of the fisheyes' noise, code values (0)")
+  command->add_option("--noise", options->rig.noise, "standard deviation of the fisheyes' noise, code values (0)")
       ->check(CLI::Range(0.0, 64.0));
-  command->add_option("--seed", options->seed, "of the noise (1)");
+  command->add_option("--seed", options->rig.seed, "of the noise (1)");
+  command
+      ->add_option("--frames", options->frames,
+                   "clips in place of pictures, .mp4 and without loss: so many frames, 30 a second, in which two balls fly\n"
+                   "round the camera; the first shows what the pictures show")
+      ->check(CLI::PositiveNumber);
   command->callback([options] { make_scene(*options); });
 }
 

@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "scene/thrown_balls.hpp"
+
 namespace biseam::scene {
 
 namespace {
@@ -144,13 +146,14 @@ void Builder::build_objects() {
   plant(-3.9, -3.6, 0.8, {0.85, 0.55, 0.42});
   plant(4.4, -4.3, 0.9, {0.9, 0.9, 0.9});
   plant(-2.6, 4.2, 0.85, {0.85, 0.55, 0.42});
-  const auto pedestal = [&](double x, double z, Finish finish, double radius) {
-    stand({block(x, z, 0.26, 0, 0.08, kStone), block(x, z, 0.2, 0.08, 0.8, kStone), block(x, z, 0.25, 0.8, 0.88, kStone),
-           ball(x, 0.88 + radius, z, radius, finish)});
+  const auto pedestal = [&](double x, double z) {
+    const double top = kPedestalHeight;
+    stand({block(x, z, 0.26, 0, 0.08, kStone), block(x, z, 0.2, 0.08, top - 0.08, kStone),
+           block(x, z, 0.25, top - 0.08, top, kStone)});
   };
-  pedestal(-2.5, 0.28, {Material::lacquer, {0.55, 0.03, 0.025}}, 0.26);
-  pedestal(-1.5, -1.95, {Material::steel}, 0.34);
-  pedestal(1.75, 1.9, {Material::lacquer, {0.04, 0.16, 0.36}}, 0.24);
+  pedestal(-1.5, -1.95);
+  stand({ball(-1.5, kPedestalHeight + 0.34, -1.95, 0.34, {Material::steel})}, false);
+  for (const Shape& thrown : thrown_balls(0)) pedestal(thrown.a.x, thrown.a.z);
   const auto lamp = [&](double x, double z) {
     stand({block(x, z, 0.1, 0, 0.12, {Material::iron}), shaft(x, z, 0.12, 2.75, 0.035, 0.025, {Material::iron}),
            block(x, z, 0.09, 2.75, 2.79, {Material::iron}), ball(x, 2.92, z, 0.14, {Material::lacquer, {0.8, 0.76, 0.66}})});

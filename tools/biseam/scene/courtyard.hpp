@@ -1,4 +1,4 @@
-// The virtual place: a courtyard with signs, columns and potted plants around the camera.
+// What stands still in the virtual place: a courtyard with signs, columns and potted plants around the camera.
 #pragma once
 
 #include <memory>

@@ -6,18 +6,29 @@
 
 namespace biseam::scene {
 
+// Metres that a ray travels at least, so that it doesn't meet again what it starts from.
+static constexpr double kLeast = 1e-4;
+
 Place::Place() : yard_(build_courtyard()), tree_(yard_.shapes) {}
 
 Hit Place::first_hit(const Ray& ray) const {
   const Beam beam(ray);
   Hit hit;
   static constexpr Shape floor{Solid::box, {-200, kEyeHeight, -200}, {200, kEyeHeight + 1, 200}, {Material::floor}};
-  if (ray.direction.y > 0) meet(floor, beam, 1e-4, hit);
+  if (ray.direction.y > 0) meet(floor, beam, kLeast, hit);
   tree_.meet(beam, hit);
+  for (const Shape& ball : balls_) meet(ball, beam, kLeast, hit);
   return hit;
 }
 
-bool Place::in_shade(Vec3 position, Vec3 normal) const { return tree_.blocks(Beam({position + normal * 1e-4, towards_sun()})); }
+bool Place::in_shade(Vec3 position, Vec3 normal) const {
+  const Beam beam({position + normal * kLeast, towards_sun()});
+  Hit hit;
+  for (const Shape& ball : balls_) {
+    if (meet(ball, beam, kLeast, hit)) return true;
+  }
+  return tree_.blocks(beam);
+}
 
 // How much of the sky's light gets into corners and around the feet of things, 0 .. 1.
 double Place::openness(Vec3 p, Vec3 normal) const {
@@ -55,7 +66,7 @@ static Spot spot_of(const Ray& ray, const Hit& hit, double sample_angle) {
   return spot;
 }
 
-Vec3 Place::lit(const Ray& ray, const Hit& hit, double sample_angle, int bounces) const {
+Sight Place::lit(const Ray& ray, const Hit& hit, double sample_angle, int bounces) const {
   const Spot spot = spot_of(ray, hit, sample_angle);
   const Surface surface = painted(hit.shape->finish, spot);
   Vec3 light = skylight(surface.normal) * openness(spot.position, hit.normal);
@@ -67,19 +78,20 @@ Vec3 Place::lit(const Ray& ray, const Hit& hit, double sample_angle, int bounces
     colour = sunlight() * (surface.gloss * std::pow(std::max(0.0, dot(halfway, surface.normal)), 60));
   }
   colour = colour + surface.albedo * light;
-  if (surface.mirror > 0 && bounces > 0) {
+  const bool is_mirrored = surface.mirror > 0 && bounces > 0;
+  if (is_mirrored) {
     const Vec3 back = ray.direction - hit.normal * (2 * dot(ray.direction, hit.normal));
-    const Ray reflected{spot.position + hit.normal * 1e-4, back};
+    const Ray reflected{spot.position + hit.normal * kLeast, back};
     const Hit next = first_hit(reflected);
-    const Vec3 seen = next.shape == nullptr ? sky(back) : lit(reflected, next, sample_angle * 3, bounces - 1);
+    const Vec3 seen = next.shape == nullptr ? sky(back) : lit(reflected, next, sample_angle * 3, bounces - 1).light;
     colour = colour + seen * surface.mirror;
   }
-  return colour;
+  return {colour, hit.distance, is_mirrored};
 }
 
-Vec3 Place::light_along(const Ray& ray, double sample_angle) const {
+Sight Place::look(const Ray& ray, double sample_angle) const {
   const Hit hit = first_hit(ray);
-  return hit.shape == nullptr ? sky(ray.direction) : lit(ray, hit, sample_angle, 1);
+  return hit.shape == nullptr ? Sight{sky(ray.direction)} : lit(ray, hit, sample_angle, 1);
 }
 
 }  // namespace biseam::scene

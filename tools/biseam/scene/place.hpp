@@ -3,15 +3,27 @@
 
 #include "scene/courtyard.hpp"
 #include "scene/shape_tree.hpp"
+#include "scene/thrown_balls.hpp"
 
 namespace biseam::scene {
+
+// What a ray met.
+struct Sight {
+  Vec3 light;                // linear
+  double distance = 1e30;    // metres; 1e30: the sky
+  bool is_mirrored = false;  // some of the light came round by a mirror
+};
 
 class Place {
  public:
   Place();
 
-  // Linear light that comes in along a ray; sample_angle: width of the cone that the ray stands for, radians.
-  Vec3 light_along(const Ray& ray, double sample_angle) const;
+  // Everything is put where it is so many seconds after the start.
+  void go_to(double seconds) { balls_ = thrown_balls(seconds); }
+  const ThrownBalls& balls() const { return balls_; }
+
+  // What comes in along a ray; sample_angle: width of the cone that the ray stands for, radians.
+  Sight look(const Ray& ray, double sample_angle) const;
 
   // Metres to the first thing met; 1e30 for the sky.
   double distance_along(const Ray& ray) const { return first_hit(ray).distance; }
@@ -20,10 +32,11 @@ class Place {
   Hit first_hit(const Ray& ray) const;
   bool in_shade(Vec3 position, Vec3 normal) const;
   double openness(Vec3 position, Vec3 normal) const;
-  Vec3 lit(const Ray& ray, const Hit& hit, double sample_angle, int bounces) const;
+  Sight lit(const Ray& ray, const Hit& hit, double sample_angle, int bounces) const;
 
   Courtyard yard_;
   ShapeTree tree_;
+  ThrownBalls balls_ = thrown_balls(0);
 };
 
 }  // namespace biseam::scene

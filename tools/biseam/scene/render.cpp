@@ -9,8 +9,7 @@
 
 namespace biseam::scene {
 
-template <class Work>
-static void for_each_row(int rows, const Work& work) {
+void for_each_row(int rows, const std::function<void(int)>& work) {
   std::atomic<int> next{0};
   const auto run = [&] {
     for (int row = next++; row < rows; row = next++) work(row);
@@ -31,13 +30,31 @@ static double code_of(double linear) {
 // About as the eye sees it; only to tell plain pixels from others.
 static double brightness(Vec3 light) { return std::sqrt(0.25 * light.x + 0.65 * light.y + 0.1 * light.z); }
 
-// The mean over one pixel.  Four samples tell whether the pixel is plain; twelve more follow where it is not.
-template <class Light>
-static Vec3 gather(const Light& light, int x, int y) {
+View view_of(const PanoramaView& panorama) {
+  return {panorama.width, panorama.height, std::numbers::pi / panorama.height, [panorama](Position at) {
+            return Ray{{0, 0, 0}, panorama.direction(at)};
+          }};
+}
+
+View view_of(const Fisheye& lens, double baseline) {
+  return {lens.size, lens.size, 1 / lens.pixels_per_radian, [lens, pupil = lens.pupil(baseline)](Position at) {
+            return lens.sees(at) ? std::optional(Ray{pupil, lens.direction(at)}) : std::nullopt;
+          }};
+}
+
+// Four samples tell whether the pixel is plain; twelve more follow where it is not.
+Pixel render_pixel(const Place& place, const View& view, int x, int y) {
   static constexpr Position kFirst[4] = {{-0.125, -0.375}, {0.375, -0.125}, {-0.375, 0.125}, {0.125, 0.375}};
+  Pixel pixel;
   const auto sample = [&](double du, double dv) {
-    const Vec3 seen = light(Position{x + du, y + dv});
-    return Vec3{std::min(seen.x, 4.0), std::min(seen.y, 4.0), std::min(seen.z, 4.0)};
+    const std::optional<Ray> ray = view.ray({x + du, y + dv});
+    const Sight sight = ray ? place.look(*ray, view.pixel_angle / 2) : Sight{};
+    if (sight.distance < 1e30) {
+      pixel.nearest = std::min(pixel.nearest, sight.distance);
+      pixel.farthest = std::max(pixel.farthest, sight.distance);
+    }
+    pixel.is_mirrored |= sight.is_mirrored;
+    return Vec3{std::min(sight.light.x, 4.0), std::min(sight.light.y, 4.0), std::min(sight.light.z, 4.0)};
   };
   Vec3 sum;
   double least = 1e30, greatest = 0;
@@ -47,36 +64,22 @@ static Vec3 gather(const Light& light, int x, int y) {
     const double bright = brightness(seen);
     least = std::min(least, bright), greatest = std::max(greatest, bright);
   }
-  if (greatest - least < 0.06) return sum * 0.25;
+  pixel.light = sum * 0.25;
+  if (greatest - least < 0.06) return pixel;
   for (int n = 0; n < 16; ++n) {
     const int i = n % 4, j = n / 4;
     const bool taken = (j == 0 && i == 1) || (j == 1 && i == 3) || (j == 2 && i == 0) || (j == 3 && i == 2);
     if (!taken) sum = sum + sample((i - 1.5) / 4, (j - 1.5) / 4);
   }
-  return sum * (1.0 / 16);
+  pixel.light = sum * (1.0 / 16);
+  return pixel;
 }
 
-Frame render_panorama(const Place& place, const PanoramaView& view) {
+Frame render(const Place& place, const View& view) {
   Frame frame{view.width, view.height, std::vector<Vec3>(static_cast<std::size_t>(view.width) * view.height)};
-  const double sample_angle = std::numbers::pi / view.height / 2;
   for_each_row(view.height, [&](int y) {
     Vec3* row = &frame.pixels[static_cast<std::size_t>(y) * view.width];
-    const auto light = [&](Position at) { return place.light_along({{0, 0, 0}, view.direction(at)}, sample_angle); };
-    for (int x = 0; x < view.width; ++x) row[x] = gather(light, x, y);
-  });
-  return frame;
-}
-
-Frame render_fisheye(const Place& place, const Fisheye& lens, double baseline) {
-  Frame frame{lens.size, lens.size, std::vector<Vec3>(static_cast<std::size_t>(lens.size) * lens.size)};
-  const Vec3 pupil = lens.pupil(baseline);
-  const double sample_angle = 1 / lens.pixels_per_radian / 2;
-  for_each_row(lens.size, [&](int y) {
-    Vec3* row = &frame.pixels[static_cast<std::size_t>(y) * lens.size];
-    const auto light = [&](Position at) {
-      return lens.sees(at) ? place.light_along({pupil, lens.direction(at)}, sample_angle) : Vec3{};
-    };
-    for (int x = 0; x < lens.size; ++x) row[x] = gather(light, x, y);
+    for (int x = 0; x < view.width; ++x) row[x] = render_pixel(place, view, x, y).light;
   });
   return frame;
 }

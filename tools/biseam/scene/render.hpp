@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <vector>
 
 #include "scene/camera.hpp"
@@ -15,10 +17,28 @@ struct Frame {
   std::vector<Vec3> pixels;
 };
 
-Frame render_panorama(const Place& place, const PanoramaView& view);
+// A camera at its place.
+struct View {
+  int width, height;
+  double pixel_angle;                               // radians across a pixel, at most
+  std::function<std::optional<Ray>(Position)> ray;  // none: black
+};
 
-// Black outside the image circle.
-Frame render_fisheye(const Place& place, const Fisheye& lens, double baseline);
+View view_of(const PanoramaView& panorama);
+View view_of(const Fisheye& lens, double baseline);
+
+// Mean light of a pixel, and between which distances what was seen of the place lies.
+struct Pixel {
+  Vec3 light;
+  double nearest = 1e30, farthest = 0;  // metres, the sky left out
+  bool is_mirrored = false;
+};
+Pixel render_pixel(const Place& place, const View& view, int x, int y);
+
+Frame render(const Place& place, const View& view);
+
+// Calls work(row) for every row, on all processors.
+void for_each_row(int rows, const std::function<void(int)>& work);
 
 struct Development {
   double exposure = 0;     // stops

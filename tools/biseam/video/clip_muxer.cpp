@@ -76,6 +76,10 @@ int ClipMuxer::movie_timescale() const {
 void ClipMuxer::begin(const AVFormatContext& clip, const ClipSpan& span) {
   copy_clip_metadata(clip, *muxer_);
   copy_chapters(clip, span.begin, span.end, span.shift, *muxer_);
+  begin();
+}
+
+void ClipMuxer::begin() {
   AVDictionary* options = nullptr;
   if (is_mov_kind()) {
     av_dict_set_int(&options, "movie_timescale", movie_timescale(), 0);

@@ -40,8 +40,9 @@ class ClipMuxer {
   // With everything the stream says about itself; the container must be able to hold it.
   CopiedStream add_copied(const AVStream& from, const std::string& text);
 
-  // The head, with the clip's metadata and its chapters inside the span.  Throws Failure (output).
+  // The head, with a clip's metadata and its chapters inside the span.  Both throw Failure (output).
   void begin(const AVFormatContext& clip, const ClipSpan& span = {});
+  void begin();
 
   // A packet of the clip, or of an encoder with its times in the stream's base.  Both take the packet's content and throw
   // Failure (output).

@@ -1,0 +1,25 @@
+// One camera's pictures at several instants.
+#pragma once
+
+#include "scene/render.hpp"
+
+namespace biseam::scene {
+
+// Keeps the first picture and renders only what can differ from it.
+class Film {
+ public:
+  // The first picture shows the place as it is now.
+  Film(const View& view, const Place& place);
+
+  // The same place at any instant, exactly as render() shows it.
+  Frame picture(const Place& place) const;
+
+ private:
+  bool is_touched(const Pixel& first, const Ray& ray, const Shape& ball) const;
+
+  View view_;
+  ThrownBalls balls_;
+  std::vector<Pixel> first_;  // row by row
+};
+
+}  // namespace biseam::scene

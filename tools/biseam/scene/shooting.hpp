@@ -1,0 +1,43 @@
+// Everything that the virtual camera takes at one instant.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "picture.hpp"
+#include "scene/film.hpp"
+
+namespace biseam::scene {
+
+struct Rig {
+  int panorama_width, fisheye_size;  // pixels
+  double field_of_view;              // radians
+  double baseline;                   // metres
+  double exposure_difference;        // stops
+  double noise;                      // standard deviation, code values
+  std::uint64_t seed;
+};
+
+// The true panorama, both fisheyes, and these side by side.
+using Pictures = std::array<tool::Rgb, 4>;
+inline constexpr const char* kPictureNames[4] = {"truth", "fisheye0", "fisheye1", "side_by_side"};
+
+class Shooting {
+ public:
+  explicit Shooting(const Rig& rig);
+
+  const Fisheye& lens(int index) const { return lenses_[index]; }
+
+  // The same for the same number and time, whatever was taken before.  Noise is another one in every frame.
+  Pictures take(int frame, double seconds);
+
+ private:
+  tool::Rgb take_fisheye(int index, int frame) const;
+
+  const Rig rig_;
+  const Fisheye lenses_[2];
+  Place place_;
+  const Film truth_, fisheyes_[2];
+};
+
+}  // namespace biseam::scene
