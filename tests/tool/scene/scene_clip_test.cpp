@@ -3,6 +3,7 @@
 
 #include <filesystem>
 
+#include "compare/metrics.hpp"
 #include "input/read_picture.hpp"
 #include "process.hpp"
 #include "scratch_folder.hpp"
@@ -75,6 +76,23 @@ TEST(SceneClips, ShowThingsThatMoveTheSameWayEveryTime) {
       EXPECT_TRUE(is_same(a[k], b[k])) << stem << k;
       EXPECT_FALSE(is_same(b[k], b[k + 1])) << stem << k;
     }
+  }
+}
+
+TEST(SceneClips, StitchedComeNearTheTruthInEveryFrame) {
+  const ScratchFolder folder;
+  run({BISEAM_TOOL, "scene", "-o", folder / "s", "--width", "512", "--fisheye-size", "288", "--frames", "3"});
+  const Finished stitched = run({BISEAM_TOOL, "stitch", folder / "s/side_by_side.mp4", "--camera", folder / "s/camera.toml",
+                                 "-o", folder / "p.mkv", "--crf", "0"});
+  EXPECT_EQ(stitched.exit_code, 0) << stitched.err;
+  const std::vector<Nv12> truth = pictures_of(folder / "s/truth.mp4"), panoramas = pictures_of(folder / "p.mkv");
+  ASSERT_EQ(panoramas.size(), 3u);
+  const auto quality = [&](std::size_t a, std::size_t b) {
+    return measure({{512, 256}, truth[a].luma, panoramas[b].luma}, all_columns(512)).weighted_psnr;
+  };
+  for (std::size_t k = 0; k < 3; ++k) {
+    EXPECT_GT(quality(k, k), 22);
+    EXPECT_GT(quality(k, k), quality(k, (k + 1) % 3)) << "a frame of another time";
   }
 }
 

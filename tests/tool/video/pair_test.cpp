@@ -132,15 +132,15 @@ TEST(Pairs, clips_of_different_length_end_with_the_shorter_one) {
 // As with pictures: another size is another scale of the lens.
 TEST(Pairs, clips_of_different_size_are_stitched_like_such_pictures) {
   const ScratchFolder folder;
-  FisheyeView view = walk_view(1, 0);
+  FisheyeView view = walk_view();
   view.width = view.height = 160;
   view.cx = view.cy = 79.5;
   view.p *= 160.0 / 120;
-  const Nv12 first = walk_lens(0, 0), second = paint_fisheye(view, 1);
+  const Nv12 first = paint_fisheye(walk_view(), 0), second = paint_fisheye(view, 1);
   write_jpeg_like(folder / "0.mov", first);
   write_jpeg_like(folder / "1.mov", second);
-  const std::vector<std::string> scales = {
-      "--p0", std::to_string(walk_view(0, 0).p), "--p1", std::to_string(view.p), "--feather", "4"};
+  const std::vector<std::string> scales = {"--p0", std::to_string(walk_view().p), "--p1", std::to_string(view.p), "--feather",
+                                           "4"};
   expect_success(run_stitch(with({folder / "0.mov", folder / "1.mov", "-o", folder / "out.nv12"}, scales)), 1);
   const Finished pictures =
       run_stitch(with({folder / "0.mov", folder / "1.mov", "-o", folder / "out.png", "--no-360-metadata"}, scales));

@@ -1,4 +1,4 @@
-// A short walk through a painted sphere, as a camera with two fisheyes sees it.
+// A short stay in the virtual courtyard, where two balls fly over the seams, as a camera with two fisheyes sees it.
 #pragma once
 
 #include <string>
@@ -6,20 +6,27 @@
 
 #include "output/encode.hpp"
 #include "process.hpp"
+#include "scene/film.hpp"
 #include "sphere.hpp"
 
 namespace biseam::test {
 
 inline constexpr int kWalkWidth = 240;  // of the panoramas
 
-// Circles of 195 degrees that just fit into 120 x 120; the lenses differ a little, so that there is a seam to search.
-inline FisheyeView walk_view(int index, int step) {
-  FisheyeView view{120, 120, 59.5, 59.5, 60 / radians(97.5)};
-  view.yaw = index == 0 ? 2.0 * step : -2.0 * step + 1.5;
-  return view;
-}
+// The circle of 195 degrees just fits.
+inline FisheyeView walk_view() { return {120, 120, 59.5, 59.5, 60 / radians(97.5)}; }
 
-inline tool::Nv12 walk_lens(int index, int step) { return paint_fisheye(walk_view(index, step), index); }
+// Ten steps a second.  The pupils of the lenses lie apart, so that there is a seam to search.
+inline tool::Nv12 walk_lens(int index, int step) {
+  using namespace scene;
+  static Place place;
+  const auto view = [](int lens) { return view_of(Fisheye::fitting(lens, kWalkWidth / 2, radians(195)), 0.1); };
+  static const Film films[2] = {Film(view(0), place), Film(view(1), place)};
+  place.go_to(step / 10.0);
+  tool::Rgb picture(kWalkWidth / 2, kWalkWidth / 2);
+  picture.bytes = develop(films[index].picture(place), {});
+  return tool::to_nv12(picture);
+}
 
 // The second picture beside the first, or below.
 inline tool::Nv12 join(const tool::Nv12& a, const tool::Nv12& b, bool across) {
@@ -78,7 +85,7 @@ inline std::string stitch_singly(const std::vector<tool::Nv12>& pairs, const std
 
 // So that the tool has nothing to tell.
 inline std::vector<std::string> known_lenses() {
-  const std::string p = std::to_string(walk_view(0, 0).p);
+  const std::string p = std::to_string(walk_view().p);
   return {"--p0", p, "--p1", p};
 }
 
