@@ -1,5 +1,6 @@
 #include "blend/module.hpp"
 
+#include "blend/narrow_band.hpp"
 #include "blend/pyramid.hpp"
 #include "blend/search.hpp"
 #include "blend/streamed_band.hpp"
@@ -71,7 +72,7 @@ Status blend_band(BlendInstance& instance, const BlendImage& source1, const Blen
   const BlendImage* const sources[2] = {&source1, &source2};
   if (weights == Weights::made && make_weights(instance, sources, report) == Status::no_memory) return Status::no_memory;
   if (!can_be_streamed(instance, sources, output)) return blend_by_stages(instance, sources, output);
-  blend_streamed(instance, sources, output);
+  if (!blend_narrow(instance, sources, output)) blend_streamed(instance, sources, output);
   return Status::ok;
 }
 

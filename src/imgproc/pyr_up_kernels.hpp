@@ -15,6 +15,7 @@ using ExpandRowsOn = void(const int32_t* above, const int32_t* row, const int32_
 using ExpandRowsBetween = void(const int32_t* row, const int32_t* below, int32_t* out, ptrdiff_t count) noexcept;
 
 void expand_pixels_avx2(const int32_t* src, int32_t* row, ptrdiff_t pixels) noexcept;
+void expand_pixels_avx512(const int32_t* src, int32_t* row, ptrdiff_t pixels) noexcept;
 void expand_pixels_neon(const int32_t* src, int32_t* row, ptrdiff_t pixels) noexcept;
 
 extern const Variants<ExpandPixels> kExpandPixels;

@@ -40,7 +40,8 @@ BISEAM_LOOP void rows_between(const int32_t* row, const int32_t* below, int32_t*
 }  // namespace
 
 constinit const Variants<ExpandPixels> kExpandPixels{pixels_scalar, BISEAM_ON_ARM(expand_pixels_neon),
-                                                     BISEAM_ON_X86_64(expand_pixels_avx2)};
+                                                     BISEAM_ON_X86_64(expand_pixels_avx2),
+                                                     BISEAM_ON_X86_64(expand_pixels_avx512)};
 constinit const Variants<ExpandRowsOn> kExpandRowsOn = loop_versions<rows_on, ExpandRowsOn>;
 constinit const Variants<ExpandRowsBetween> kExpandRowsBetween = loop_versions<rows_between, ExpandRowsBetween>;
 

@@ -1,5 +1,6 @@
 #include <climits>
 
+#include "imgproc/byte_kernels.hpp"
 #include "imgproc/pyr_down_kernels.hpp"
 #include "imgproc/pyr_up_kernels.hpp"
 #include "kernels/kernels.hpp"
@@ -49,6 +50,25 @@ void call_expand_rows_between(KernelCall& call, ExpandRowsBetween* expand) {
   call.run([&] { expand(row, below, out, call.size()); });
 }
 
+void call_sum_byte_rows(KernelCall& call, SumByteRows* sum) {
+  const uint8_t* rows[5];
+  for (const uint8_t*& row : rows) row = call.input<uint8_t>(samples(call), 0, 255);
+  uint16_t* out = call.output<uint16_t>(samples(call));
+  call.run([&] { sum(rows, out, call.size()); });
+}
+
+void call_reduce_byte_pixels(KernelCall& call, ReduceBytePixels* reduce) {
+  const uint16_t* sums = call.input<uint16_t>(samples(call, 6, 9), 0, 16 * 255);
+  uint8_t* row = call.output<uint8_t>(samples(call, 3));
+  call.run([&] { reduce(sums + 6, row, call.size()); });
+}
+
+void call_expand_byte_pixels(KernelCall& call, ExpandBytePixels* expand) {
+  const uint8_t* src = call.input<uint8_t>(samples(call, 3, 6), 0, 255);
+  uint16_t* row = call.output<uint16_t>(samples(call, 6));
+  call.run([&] { expand(src + 3, row, call.size()); });
+}
+
 }  // namespace
 
 // Measured at the widths of a band of 192 pixels.
@@ -59,7 +79,10 @@ std::vector<Kernel> pyramid_kernels() {
           make_kernel("reduce rows", kReduceRows, call_reduce_rows, 576, 1 / 3.0),
           make_kernel("expand pixels", kExpandPixels, call_expand_pixels, 94, 2),
           make_kernel("expand rows on", kExpandRowsOn, call_expand_rows_on, 576, 1 / 3.0),
-          make_kernel("expand rows between", kExpandRowsBetween, call_expand_rows_between, 576, 1 / 3.0)};
+          make_kernel("expand rows between", kExpandRowsBetween, call_expand_rows_between, 576, 1 / 3.0),
+          make_kernel("sum byte rows", kSumByteRows, call_sum_byte_rows, 576, 1 / 3.0),
+          make_kernel("reduce byte pixels", kReduceBytePixels, call_reduce_byte_pixels, 94),
+          make_kernel("expand byte pixels", kExpandBytePixels, call_expand_byte_pixels, 94, 2)};
 }
 
 }  // namespace biseam::test

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "biseam/records.h"
+
+namespace biseam {
+
+// blend_streamed for sources of bytes and weights of 64 at most, as an engine's are: levels lie as bytes where those of 32-bit
+// samples would be, which leaves about half of the traffic.  The same samples come out.  False where a sample of a source or
+// the mask is out of range: nothing but levels has been written then.
+bool blend_narrow(BlendInstance& instance, const BlendImage* const sources[2], BlendImage& output);
+
+}  // namespace biseam

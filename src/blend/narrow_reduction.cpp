@@ -1,0 +1,57 @@
+#include "blend/narrow_reduction.hpp"
+
+#include <cstddef>
+
+#include "blend/narrow_rows.hpp"
+#include "blend/widen.hpp"
+#include "imgproc/border.hpp"
+#include "imgproc/byte_rows.hpp"
+
+namespace biseam {
+
+namespace {
+
+// Reduces row by row; before a row, have_rows(end) sees to it that the level's rows up to that one are there.
+template <class HaveRows>
+bool reduce(const ByteImage& level, const ByteImage& reduced, uint16_t* sums, HaveRows have_rows) {
+  const RowEdges edges = find_edges(level.width, reduced.width);
+  for (int y = 0; y < reduced.height; ++y) {
+    if (!have_rows(2 * y + 3)) return false;
+    const uint8_t* rows[5];
+    for (int k = 0; k < 5; ++k) rows[k] = level.row(reflected(int64_t{2} * y + k - 2, level.height));
+    sum_byte_rows(rows, sums, level.row_samples());
+    reduce_byte_row(sums, reduced.row(y), reduced.width, edges);
+  }
+  return true;
+}
+
+}  // namespace
+
+bool narrow_and_reduce(const BlendImage& source, int trans_width, int side, uint32_t most, const ByteImage& level,
+                       const ByteImage& reduced, uint16_t* sums) {
+  const ptrdiff_t covered = ptrdiff_t{3} * covered_column(trans_width, side), count = ptrdiff_t{3} * source.width;
+  const auto row_of = [&](int y) { return source.data[0] + ptrdiff_t{y} * source.stride; };
+  // As mirror_edge does.
+  const auto mirror = [&](uint8_t* row) {
+    if (side == 1) {
+      mirror_byte_pixels(row + count - 3, row + count, trans_width);
+    } else if (trans_width > 0) {
+      mirror_byte_pixels(row + 2 * covered - 3, row, trans_width);
+    }
+  };
+  uint32_t largest = 0;
+  int next = 0;  // row to be narrowed
+  return reduce(level, reduced, sums, [&](int end) {
+    for (; next < end && next < source.height; ++next) {
+      narrow_row(row_of(next), level.row(next) + covered, count, largest);
+      mirror(level.row(next));
+    }
+    return largest <= most;
+  });
+}
+
+void reduce_bytes(const ByteImage& level, const ByteImage& reduced, uint16_t* sums) {
+  reduce(level, reduced, sums, [](int) { return true; });
+}
+
+}  // namespace biseam
