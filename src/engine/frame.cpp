@@ -1,104 +1,13 @@
 #include "engine/frame.hpp"
 
-#include <algorithm>
-
 #include "engine/composition.hpp"
+#include "engine/shared_rows.hpp"
 #include "engine/stages.hpp"
 #include "engine/threads.hpp"
 #include "format/convert.hpp"
 #include "geometry/flip.hpp"
 
 namespace biseam {
-
-namespace {
-
-struct RemapTask {
-  RemapThreadArgs args;
-  SampleRegion sample;
-};
-
-void* run_edge_strip(void* task) {
-  const RemapTask& t = *static_cast<const RemapTask*>(task);
-  remap_edge_strip(t.args, t.sample);
-  return nullptr;
-}
-
-void* run_middle_strip(void* task) {
-  const RemapTask& t = *static_cast<const RemapTask*>(task);
-  remap_middle_strip(t.args, t.sample);
-  return nullptr;
-}
-
-// Rows that tables, bands and panorama all have.
-int shared_rows(const StitchEngine& engine) { return std::min(engine.config->in_h, engine.config->out_h[0]); }
-
-// What the four threads share; each adds its columns and rows.
-RemapThreadArgs strip_args(const StitchEngine& e, const MAPTIHeader& map, const ImageHeader& source) {
-  RemapThreadArgs args = {};
-  args.table = map.entries;
-  args.source = source;
-  args.pano = e.pano;
-  args.pano.height = shared_rows(e);
-  args.end_row = shared_rows(e);
-  args.format = e.config->in_yuv_type;
-  return args;
-}
-
-RemapThreadArgs left_args(const StitchEngine& e) {
-  RemapThreadArgs args = strip_args(e, e.map_left, e.src_image[0]);
-  args.band0 = e.band_yuv[0];
-  args.plain_width = e.left_inner;
-  args.plain_column = 0;
-  args.band0_column = e.left_inner;
-  args.pano_column = 0;
-  return args;
-}
-
-RemapThreadArgs middle_args(const StitchEngine& e, int first_row, int end_row) {
-  RemapThreadArgs args = strip_args(e, e.map_middle, e.src_image[1]);
-  args.band0 = e.band_yuv[1];
-  args.band1 = e.band_yuv[2];
-  args.plain_width = e.middle_inner;
-  args.plain_column = e.band_width;
-  args.band0_column = 0;
-  args.band1_column = e.band_width + e.middle_inner;
-  args.pano_column = e.left_inner + e.config->trans_width + e.band_width;
-  args.first_row = first_row;
-  args.end_row = end_row;
-  return args;
-}
-
-RemapThreadArgs right_args(const StitchEngine& e) {
-  RemapThreadArgs args = strip_args(e, e.map_right, e.src_image[0]);
-  args.band0 = e.band_yuv[3];
-  args.plain_width = e.right_inner;
-  args.plain_column = e.band_width;
-  args.band0_column = 0;
-  args.pano_column = e.left_inner + e.middle_inner + 2 * (e.config->trans_width + e.band_width);
-  return args;
-}
-
-}  // namespace
-
-void remap_stage(const StitchEngine& e, SampleRegion sample) {
-  const int rows = shared_rows(e);
-  const int half = rows / 2;
-  RemapTask left{left_args(e), sample};
-  RemapTask upper{middle_args(e, 0, half), sample};
-  RemapTask lower{middle_args(e, half, rows), sample};
-  RemapTask right{right_args(e), sample};
-  if (half % 2 == 0) {
-    const ThreadTask tasks[] = {
-        {run_edge_strip, &left}, {run_middle_strip, &upper}, {run_middle_strip, &lower}, {run_edge_strip, &right}};
-    run_together(tasks, 4);
-  } else {
-    // Rows go in pairs, so with an odd half both middle tasks write the rows at the split.  One after the other, the lower half
-    // wins in every run.
-    const ThreadTask tasks[] = {{run_edge_strip, &left}, {run_middle_strip, &upper}, {run_edge_strip, &right}};
-    run_together(tasks, 3);
-    run_middle_strip(&lower);
-  }
-}
 
 namespace {
 
