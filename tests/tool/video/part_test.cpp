@@ -95,6 +95,24 @@ TEST(Part, of_a_stream_that_cant_be_sought) {
   EXPECT_EQ(finished.out, stitch_singly({pairs[2], pairs[3]}, known_lenses()));
 }
 
+TEST(Part, of_raw_frames_and_streams_without_an_index) {
+  const ScratchFolder folder;
+  const auto pairs = walk(60);
+  write_bytes(folder / "in.nv12", raw_bytes(pairs));
+  const std::vector<std::string> part = with({"--from", "2.2", "--frames", "2", "-o", "-"}, known_lenses());
+  const std::string expected = stitch_singly({pairs[55], pairs[56]}, known_lenses());
+  EXPECT_EQ(run_stitch(with({folder / "in.nv12", "--size", "240x120", "--rate", "25"}, part)).out, expected);
+  EXPECT_EQ(
+      run_stitch(with({folder / "in.nv12", "--size", "240x120", "--rate", "25", "-o", folder / "in.y4m", "--width", "240"},
+                      known_lenses()))
+          .exit_code,
+      0);
+  const ClipProbe y4m(folder / "in.y4m");
+  const Finished finished = run_stitch({folder / "in.y4m", "-o", "-", "--from", "2.2", "--frames", "2", "--no-search"});
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  EXPECT_EQ(finished.out, stitch_singly({y4m.pictures[55], y4m.pictures[56]}, {"--no-search"}));
+}
+
 TEST(Part, of_two_clips) {
   const ScratchFolder folder;
   std::vector<Nv12> lens[2];

@@ -58,17 +58,18 @@ void ClipReader::start_at(std::int64_t time) {
     ready_.push_front(*first);
     return;
   }
-  if (sought_ && !seek(start)) container_->refuse("can't be read from another place than its beginning");
+  if (sought_ && !seek(start)) container_->refuse("its beginning can't be found again");
 }
 
 bool ClipReader::seek(std::int64_t time) {
-  reset();
   const std::int64_t target = av_rescale_q(time, kMicroseconds, stream_->time_base);
-  return avformat_seek_file(container_->get(), stream_->index, INT64_MIN, target, target, 0) >= 0 ||
-         av_seek_frame(container_->get(), stream_->index, target, AVSEEK_FLAG_BACKWARD) >= 0;
+  if (av_seek_frame(container_->get(), stream_->index, target, AVSEEK_FLAG_BACKWARD) < 0) return false;
+  forget();
+  return true;
 }
 
-void ClipReader::reset() {
+// Everything of the place left.
+void ClipReader::forget() {
   avcodec_flush_buffers(decoder_.get());
   times_ = FrameTimes(has_picture_in_every_packet(*stream_->codecpar));
   corrupt_times_.clear();

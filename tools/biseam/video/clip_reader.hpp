@@ -50,7 +50,7 @@ class ClipReader {
  private:
   void open_decoder();
   bool seek(std::int64_t time);
-  void reset();
+  void forget();
   void feed();
   void send(const AVPacket* packet);
   void accept(Libav<AVFrame> frame);
