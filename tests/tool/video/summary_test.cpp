@@ -48,6 +48,15 @@ TEST(Summary, goes_to_standard_output_unless_frames_are_there) {
   EXPECT_EQ(run_stitch({folder / "in.mkv", "-o", "-", "--json", "-"}).exit_code, 2);
 }
 
+TEST(Summary, a_place_that_cant_be_written_is_told_before_the_work) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mkv", {}, walk(1));
+  const Finished finished = stitch_clip(folder / "in.mkv", folder / "out.mkv", {"--json", folder / "none/run.json"});
+  EXPECT_EQ(finished.exit_code, 4);
+  EXPECT_NE(finished.err.find("none/run.json"), std::string::npos) << finished.err;
+  EXPECT_EQ(folder.names(), std::vector<std::string>{"in.mkv"});
+}
+
 TEST(Summary, seams_cut_straight_do_not_move) {
   const ScratchFolder folder;
   write_clip(folder / "in.mkv", {}, walk(4));

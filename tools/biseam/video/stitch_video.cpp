@@ -178,12 +178,13 @@ void stitch_all(StitchPool& pool, FrameSink& sink, Progress& progress, Summary& 
 }
 
 void report(const StitchOptions& options, const RunSettings& run, const PairReader& clips, const Summary& summary,
-            double seconds) {
+            double seconds, ReplacementFile* json_file) {
   tell_damage(clips);
   notice(summary_line(summary, seconds));
-  if (options.video.json.empty()) return;
+  if (!json_file) return;
   const std::string json = summary_json(summary, seconds, clips, options, run, interrupted());
-  replace_file(options.video.json, {reinterpret_cast<const std::uint8_t*>(json.data()), json.size()});
+  json_file->write({reinterpret_cast<const std::uint8_t*>(json.data()), json.size()});
+  json_file->commit();
 }
 
 }  // namespace
@@ -199,6 +200,8 @@ int stitch_video(const StitchOptions& options, std::unique_ptr<Container> first)
   const Setup setup = video_setup(options, pair, layout);
   const std::unique_ptr<FrameSink> sink = open_sink(options, facts_of(pairs.clips(), pair, setup), pairs.part());
   const RunSettings run{sink->settings_text(), options.video.jobs.value_or(usual_jobs()), setup.plan.config};
+  std::unique_ptr<ReplacementFile> json_file;  // early, so that a wrong name costs no time
+  if (!options.video.json.empty()) json_file = std::make_unique<ReplacementFile>(options.video.json);
   Summary summary;
   double seconds = 0;
   {
@@ -208,7 +211,7 @@ int stitch_video(const StitchOptions& options, std::unique_ptr<Container> first)
     sink->finish();
     seconds = progress.seconds();
   }
-  report(options, run, pairs.clips(), summary, seconds);
+  report(options, run, pairs.clips(), summary, seconds, json_file.get());
   return int(interrupted() ? ExitCode::interrupted : ExitCode::done);
 }
 
