@@ -40,6 +40,7 @@ class Writer {
     if (spec.sound > 0) add_sound();
     if (!spec.subtitles.empty()) add_subtitles();
     if (spec.motion_packets > 0) motion_ = add_stream(AVMEDIA_TYPE_DATA, AV_CODEC_ID_BIN_DATA, MKTAG('g', 'p', 'm', 'd'));
+    if (!spec.attachment.empty()) add_attachment();
     if (spec.cover) add_cover();
     add_chapters();
     set_metadata(muxer_->metadata, spec.metadata);
@@ -149,6 +150,16 @@ class Writer {
     cover_ = add_stream(AVMEDIA_TYPE_VIDEO, AV_CODEC_ID_PNG, 0);
     cover_->codecpar->width = cover_->codecpar->height = 16;
     cover_->disposition = AV_DISPOSITION_ATTACHED_PIC;
+  }
+
+  void add_attachment() {
+    AVStream* stream = add_stream(AVMEDIA_TYPE_ATTACHMENT, AV_CODEC_ID_TTF, 0);
+    av_dict_set(&stream->metadata, "filename", "letters.ttf", 0);
+    av_dict_set(&stream->metadata, "mimetype", "font/ttf", 0);
+    const std::size_t size = spec_.attachment.size();
+    stream->codecpar->extradata = static_cast<std::uint8_t*>(av_mallocz(size + AV_INPUT_BUFFER_PADDING_SIZE));
+    stream->codecpar->extradata_size = int(size);
+    std::copy(spec_.attachment.begin(), spec_.attachment.end(), stream->codecpar->extradata);
   }
 
   void add_chapters() {

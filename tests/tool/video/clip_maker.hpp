@@ -27,6 +27,7 @@ struct ClipSpec {
   double sound = 0;                    // seconds of a rising tone, AAC
   std::vector<std::string> subtitles;  // one every 200 ms: mov_text or subrip, as the container likes
   int motion_packets = 0;              // of 'gpmd' data, one every 100 ms
+  std::string attachment;              // contents of an attached font
   bool cover = false;                  // a small PNG
   std::vector<Chapter> chapters;
   std::map<std::string, std::string> metadata, sound_metadata, picture_metadata;

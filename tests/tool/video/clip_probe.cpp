@@ -86,8 +86,13 @@ void ClipProbe::read_streams(AVFormatContext& format) {
   for (unsigned k = 0; k < format.nb_streams; ++k) {
     const AVStream& stream = *format.streams[k];
     const AVCodecParameters& told = *stream.codecpar;
-    streams.push_back(
-        {told.codec_type, avcodec_get_name(told.codec_id), stream.time_base, stream.disposition, entries(stream.metadata), {}});
+    streams.push_back({told.codec_type,
+                       avcodec_get_name(told.codec_id),
+                       stream.time_base,
+                       stream.disposition,
+                       entries(stream.metadata),
+                       {},
+                       std::string(told.extradata, told.extradata + told.extradata_size)});
     if (told.codec_type != AVMEDIA_TYPE_VIDEO || (stream.disposition & AV_DISPOSITION_ATTACHED_PIC)) continue;
     range = told.color_range;
     matrix = told.color_space;

@@ -29,6 +29,7 @@ struct StreamFacts {
   int disposition;
   std::map<std::string, std::string> metadata;
   std::vector<PacketFacts> packets;
+  std::string extradata;
 
   std::string bytes() const;                // of all packets, one after the other
   std::vector<std::int64_t> times() const;  // presentation, microseconds, ascending

@@ -164,6 +164,38 @@ TEST(Clip, motion_data_and_a_cover_are_copied) {
   EXPECT_EQ(out.streams[2].bytes(), in.streams[2].bytes());
 }
 
+TEST(Clip, attachments_are_copied) {
+  const ScratchFolder folder;
+  ClipSpec spec;
+  spec.attachment = "not really a font";
+  write_clip(folder / "in.mkv", spec, walk(2));
+  expect_success(stitch_clip(folder / "in.mkv", folder / "out.mkv"), 2);
+  const ClipProbe out(folder / "out.mkv");
+  ASSERT_EQ(out.streams.size(), 2u);
+  EXPECT_EQ(out.streams[1].extradata, spec.attachment);
+  EXPECT_EQ(out.streams[1].metadata, ClipProbe(folder / "in.mkv").streams[1].metadata);
+  const Finished refused = stitch_clip(folder / "in.mkv", folder / "out.mp4");
+  EXPECT_EQ(refused.exit_code, 4);
+  EXPECT_NE(refused.err.find("stream 1 (attachment, letters.ttf) can't be held by"), std::string::npos) << refused.err;
+}
+
+// Its track is made anew by what writes QuickTime files, and the others keep it as metadata.
+TEST(Clip, time_code_is_kept) {
+  const ScratchFolder folder;
+  ClipSpec spec;
+  spec.picture_metadata = {{"timecode", "01:02:03:04"}};
+  write_clip(folder / "in.mov", spec, walk(2));
+  const StreamFacts track = ClipProbe(folder / "in.mov").only(AVMEDIA_TYPE_DATA);
+  for (const std::string name : {"out.mov", "out.mp4"}) {
+    expect_success(stitch_clip(folder / "in.mov", folder / name), 2);
+    ClipProbe out(folder / name);
+    EXPECT_EQ(out.only(AVMEDIA_TYPE_DATA).bytes(), track.bytes());
+    EXPECT_EQ(out.streams[0].metadata["timecode"], "01:02:03:04");
+  }
+  expect_success(stitch_clip(folder / "in.mov", folder / "out.mkv"), 2);
+  EXPECT_EQ(ClipProbe(folder / "out.mkv").streams[0].metadata["TIMECODE"], "01:02:03:04");
+}
+
 TEST(Clip, a_stream_that_cant_be_held_is_named) {
   const ScratchFolder folder;
   ClipSpec spec;

@@ -50,6 +50,8 @@ std::string stream_text(const AVStream& stream, const std::string& clip) {
   char tag[AV_FOURCC_MAX_STRING_SIZE] = "";
   const bool is_unknown = told.codec_id == AV_CODEC_ID_NONE || told.codec_id == AV_CODEC_ID_BIN_DATA;
   if (is_unknown && told.codec_tag != 0) codec = av_fourcc_make_string(tag, told.codec_tag);
+  const AVDictionaryEntry* file = av_dict_get(stream.metadata, "filename", nullptr, 0);
+  if (told.codec_type == AVMEDIA_TYPE_ATTACHMENT && file) codec = file->value;
   const std::string where = clip.empty() ? "" : clip + ": ";
   return where + "stream " + std::to_string(stream.index) + " (" + (kind ? kind : "unknown") + ", " + codec + ")";
 }
