@@ -44,7 +44,9 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::signal(SIGPIPE, SIG_IGN);  // a reader that went away is a write error with a message
+  // A reader that went away and a file that may not grow are write errors with a message.
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   av_log_set_level(AV_LOG_QUIET);
   try {
     return run(argc, argv);

@@ -231,6 +231,18 @@ TEST(Faults, a_full_disk_leaves_nothing) {
   umount(disk.c_str());
 }
 
+TEST(Faults, a_file_that_may_not_grow_leaves_nothing) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mp4", related_pictures(), walk(kFrames));
+  for (const std::string name : {"out.mp4", "out.mov", "out.mkv", "out.y4m"}) {
+    const Finished finished = run(with({"/usr/bin/prlimit", "--fsize=65536", BISEAM_TOOL, "stitch", folder / "in.mp4", "-o",
+                                        folder / name, "--drop-streams", "--crf", "0"},
+                                       known_lenses()));
+    expect_refusal(finished, 4, name + ": can't be written: File too large");
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.mp4"}));
+  }
+}
+
 TEST(Faults, a_full_device_is_told) {
   const ScratchFolder folder;
   write_clip(folder / "in.mkv", {}, walk(2));
@@ -244,6 +256,18 @@ std::string endless_frames() { return raw_bytes(walk(1)); }
 std::vector<std::string> frames_from_pipe(const std::string& output) {
   return with({BISEAM_TOOL, "stitch", "-", "--size", "240x120", "--rate", "25", "-o", output, "--preset", "ultrafast"},
               known_lenses());
+}
+
+TEST(Faults, an_input_that_vanishes_is_told_and_leaves_nothing) {
+  const ScratchFolder folder;
+  Started started(frames_from_pipe(folder / "out.mp4"), Started::Input::breakable);
+  for (int k = 0; k < 30; ++k) started.send(endless_frames());
+  started.wait_for_bytes_in(folder.path());
+  started.break_input();
+  const Finished finished = started.finish();
+  expect_refusal(finished, 3, "biseam: standard input: can't be read: Connection reset by peer\n");
+  EXPECT_EQ(std::count(finished.err.begin(), finished.err.end(), '\n'), 1) << finished.err;
+  EXPECT_TRUE(folder.names().empty());
 }
 
 TEST(Faults, an_interrupt_finishes_what_is_in_flight) {

@@ -1,6 +1,8 @@
 // A program that is still running.
 #pragma once
 
+#include <sys/socket.h>
+
 #include <chrono>
 #include <filesystem>
 #include <thread>
@@ -11,8 +13,11 @@ namespace biseam::test {
 
 class Started {
  public:
-  explicit Started(std::vector<std::string> arguments) {
+  enum class Input { pipe, breakable };
+
+  explicit Started(std::vector<std::string> arguments, Input input = Input::pipe) {
     std::signal(SIGPIPE, SIG_IGN);
+    if (input == Input::breakable) make_breakable();
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, in_.ends[0], 0);
@@ -50,7 +55,10 @@ class Started {
 
   void signal(int number) const { ::kill(child_, number); }
 
-  // The input stays open.
+  // What was sent can still be read, then reading fails.
+  void break_input() { in_.close_end(1); }
+
+  // The input stays open, or broken.
   Finished finish() {
     Finished finished;
     Pipe no_input;
@@ -64,6 +72,14 @@ class Started {
   }
 
  private:
+  // A socket that is closed while it holds unread bytes resets its peer.
+  void make_breakable() {
+    in_.close_end(0);
+    in_.close_end(1);
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, in_.ends.data()) != 0) ADD_FAILURE() << "no sockets";
+    if (::write(in_.ends[0], "", 1) != 1) ADD_FAILURE() << "can't write";
+  }
+
   Pipe in_, out_, err_;
   pid_t child_ = -1;
 };
