@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 namespace biseam::tool {
 namespace {
@@ -14,15 +15,15 @@ constexpr std::chrono::milliseconds kTerminalPause = 200ms, kLogPause = 10s;
 
 }  // namespace
 
-Progress::Progress(std::optional<std::int64_t> frames)
-    : frames_(frames), terminal_(::isatty(STDERR_FILENO) != 0), start_(Clock::now()), last_(start_) {}
+Progress::Progress(std::optional<std::int64_t> frames, Now now)
+    : frames_(frames), now_(std::move(now)), terminal_(::isatty(STDERR_FILENO) != 0), start_(now_()), last_(start_) {}
 
 Progress::~Progress() {
   if (shown_ && terminal_) std::fputs("\r\x1b[K", stderr);
 }
 
 void Progress::count(std::int64_t done) {
-  const auto now = Clock::now();
+  const auto now = now_();
   if (now - last_ < (terminal_ ? kTerminalPause : kLogPause)) return;
   last_ = now;
   shown_ = true;
@@ -30,7 +31,7 @@ void Progress::count(std::int64_t done) {
   std::fflush(stderr);
 }
 
-double Progress::seconds() const { return std::chrono::duration<double>(Clock::now() - start_).count(); }
+double Progress::seconds() const { return std::chrono::duration<double>(now_() - start_).count(); }
 
 std::string Progress::line(std::int64_t done) const {
   const double rate = double(done) / std::max(seconds(), 1e-9);

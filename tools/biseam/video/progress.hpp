@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -11,8 +12,11 @@ namespace biseam::tool {
 // On a terminal one line that changes, elsewhere a line now and then; on standard error.
 class Progress {
  public:
+  using Clock = std::chrono::steady_clock;
+  using Now = std::function<Clock::time_point()>;
+
   // frames: how many there will be, as far as that is known.
-  explicit Progress(std::optional<std::int64_t> frames);
+  explicit Progress(std::optional<std::int64_t> frames, Now now = Clock::now);
   ~Progress();
 
   void count(std::int64_t done);
@@ -20,11 +24,10 @@ class Progress {
   double seconds() const;
 
  private:
-  using Clock = std::chrono::steady_clock;
-
   std::string line(std::int64_t done) const;
 
   std::optional<std::int64_t> frames_;
+  Now now_;
   bool terminal_;
   bool shown_ = false;
   Clock::time_point start_, last_;
