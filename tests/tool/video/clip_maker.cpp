@@ -129,6 +129,7 @@ class Writer {
       sound.bit_rate = 48000;
     });
     sound_stream_ = add_encoded(*sound_, spec_.sound_metadata);
+    sound_stream_->disposition = spec_.sound_disposition;
   }
 
   AVStream* add_stream(AVMediaType type, AVCodecID codec, unsigned tag) {
@@ -144,6 +145,7 @@ class Writer {
     const bool mov = std::string(muxer_->oformat->name) != "matroska";
     subtitles_ = add_stream(AVMEDIA_TYPE_SUBTITLE, mov ? AV_CODEC_ID_MOV_TEXT : AV_CODEC_ID_SUBRIP, 0);
     av_dict_set(&subtitles_->metadata, "language", "fin", 0);
+    subtitles_->disposition = spec_.subtitle_disposition;
   }
 
   void add_cover() {

@@ -32,6 +32,7 @@ struct ClipSpec {
   std::vector<Chapter> chapters;
   std::map<std::string, std::string> metadata, sound_metadata, picture_metadata;
   std::map<std::string, std::string> muxer_options;
+  int sound_disposition = 0, subtitle_disposition = 0;
 };
 
 // Fills frame number index; the frame has the spec's format and the wanted size.

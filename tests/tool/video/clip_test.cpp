@@ -19,6 +19,8 @@ ClipSpec rich_clip() {
   spec.chapters = {{0, 200, "Start"}, {200, 480, "The end"}};
   spec.metadata = {{"title", "A walk"}, {"comment", "Sunday"}, {"creation_time", "2024-05-06T07:08:09.000000Z"}};
   spec.picture_metadata = {{"language", "fra"}};
+  spec.sound_disposition = AV_DISPOSITION_DEFAULT | AV_DISPOSITION_ORIGINAL;
+  spec.subtitle_disposition = AV_DISPOSITION_HEARING_IMPAIRED;
   return spec;
 }
 
@@ -108,6 +110,26 @@ TEST_P(Containers, players_are_told_that_it_is_a_sphere_unless_unwanted) {
   EXPECT_TRUE(ClipProbe(name("out")).spherical);
   expect_success(stitch_clip(name("in"), name("plain"), {"--no-360-metadata"}), 2);
   EXPECT_FALSE(ClipProbe(name("plain")).spherical);
+}
+
+// MJPEG says by its pictures' format that they have full range, the panorama by a tag.
+TEST(Clip, full_range_of_jpeg_formats_is_kept) {
+  for (const std::string extension : {"mov", "mkv"}) {
+    SCOPED_TRACE(extension);
+    const ScratchFolder folder;
+    ClipSpec spec;
+    spec.encoder = "mjpeg";
+    spec.options = {{"global_quality", "236"}, {"flags", "+qscale"}};
+    spec.format = AV_PIX_FMT_YUVJ420P;
+    spec.colour.range = AVCOL_RANGE_JPEG;
+    write_clip(folder / ("in." + extension), spec, walk(2));
+    expect_success(stitch_clip(folder / ("in." + extension), folder / ("out." + extension)), 2);
+    const ClipProbe in(folder / ("in." + extension)), out(folder / ("out." + extension));
+    EXPECT_EQ(out.range, AVCOL_RANGE_JPEG);
+    EXPECT_EQ(out.matrix, in.matrix);
+    EXPECT_EQ(out.siting, in.siting);
+    EXPECT_EQ(raw_bytes(out.pictures), stitch_singly(in.pictures, known_lenses()));
+  }
 }
 
 struct Tags {
