@@ -46,6 +46,26 @@ void sample_chroma(const RemapRegion& region, int64_t row) {
                     static_cast<int>(end - first));
 }
 
+// Whether both luma rows and the chroma row lie inside table and destination, and chroma begins where luma does.
+bool is_whole_pair(const RemapRegion& region, int64_t row) {
+  const bool rows_inside = row >= 0 && row + 1 < region.destination->height &&
+                           row / region.chroma_y_factor < region.destination->height / region.chroma_y_factor;
+  const bool columns_inside =
+      region.table_column >= 0 && region.count > 0 && int64_t{region.table_column} + region.count <= region.table_width;
+  return rows_inside && columns_inside && region.table_column % 2 == 0 && region.destination_column % 2 == 0;
+}
+
+void sample_pair(const RemapRegion& region, int64_t row) {
+  const ImageHeader &source = *region.source, &destination = *region.destination;
+  sample_row_pair(table_entry(region, row, region.table_column), table_entry(region, row + 1, region.table_column),
+                  {source.planes[0], source.planes[1], source.strides[0], source.strides[1]},
+                  static_cast<float>(region.chroma_y_factor),
+                  {plane_byte(destination, 0, row, region.destination_column),
+                   plane_byte(destination, 0, row + 1, region.destination_column),
+                   plane_byte(destination, 1, row / region.chroma_y_factor, region.destination_column)},
+                  region.count);
+}
+
 int chroma_rows_factor(int format) { return format < 4 ? 2 : 1; }
 
 RemapRegion plain_region(const RemapThreadArgs& args, int table_width) {
@@ -80,7 +100,12 @@ RemapRegion band_region(const RemapThreadArgs& args, int table_width, const Imag
 
 // One chroma row comes with each pair of luma rows: where chroma has full height, every second chroma row keeps what it held.
 void sample_region(const RemapRegion& region) {
+  const bool in_pairs = region.chroma_x_factor == 2 && region.chroma_y_factor >= 1;
   for (int64_t row = region.first_row; row < region.end_row; row += 2) {
+    if (in_pairs && is_whole_pair(region, row)) {
+      sample_pair(region, row);
+      continue;
+    }
     sample_luma(region, row);
     sample_luma(region, row + 1);
     sample_chroma(region, row);

@@ -54,6 +54,11 @@ constinit const Variants<SampleLumaRow> kSampleLumaRow{sample_luma_row_scalar, B
 constinit const Variants<SampleChromaRow> kSampleChromaRow{sample_chroma_row_scalar, BISEAM_ON_ARM(sample_chroma_row_neon),
                                                            BISEAM_ON_X86_64(sample_chroma_row_avx2),
                                                            BISEAM_ON_X86_64(sample_chroma_row_avx512)};
+constinit const Variants<SampleRowPair> kSampleRowPair{
+    sample_rows_one_by_one<sample_luma_row_scalar, sample_chroma_row_scalar>,
+    BISEAM_ON_ARM((sample_rows_one_by_one<sample_luma_row_neon, sample_chroma_row_neon>)),
+    BISEAM_ON_X86_64((sample_rows_one_by_one<sample_luma_row_avx2, sample_chroma_row_avx2>)),
+    BISEAM_ON_X86_64(sample_row_pair_avx512)};
 
 void sample_luma_row(const float* entries, const uint8_t* source, std::ptrdiff_t stride, uint8_t* destination,
                      int count) noexcept {
@@ -63,6 +68,11 @@ void sample_luma_row(const float* entries, const uint8_t* source, std::ptrdiff_t
 void sample_chroma_row(const float* entries, const uint8_t* source, std::ptrdiff_t stride, float x_factor, float y_factor,
                        uint8_t* destination, int count) noexcept {
   kSampleChromaRow.best()(entries, source, stride, x_factor, y_factor, destination, count);
+}
+
+void sample_row_pair(const float* upper, const float* lower, const SampleSource& source, float y_factor,
+                     const SampleDestination& to, int count) noexcept {
+  kSampleRowPair.best()(upper, lower, source, y_factor, to, count);
 }
 
 }  // namespace biseam

@@ -16,4 +16,18 @@ void sample_luma_row(const float* entries, const uint8_t* source, std::ptrdiff_t
 void sample_chroma_row(const float* entries, const uint8_t* source, std::ptrdiff_t stride, float x_factor, float y_factor,
                        uint8_t* destination, int count) noexcept;
 
+struct SampleSource {
+  const uint8_t *luma, *chroma;
+  std::ptrdiff_t luma_stride, chroma_stride;
+};
+
+struct SampleDestination {
+  uint8_t *upper, *lower, *chroma;
+};
+
+// A row of luma, the one that follows it in the table and the chroma row that comes with the first of them, at half the
+// columns. Chroma: count / 2 pairs.
+void sample_row_pair(const float* upper, const float* lower, const SampleSource& source, float y_factor,
+                     const SampleDestination& to, int count) noexcept;
+
 }  // namespace biseam

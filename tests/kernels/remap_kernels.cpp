@@ -134,6 +134,31 @@ void call_chroma(KernelCall& call, SampleChromaRow* sample) {
   call.run([&] { sample(entries, plane.first, plane.stride, x_factor, y_factor, out, count); });
 }
 
+// A row and the one below it: nearly the same positions, as lenses give them, or others altogether.
+template <Positions draw>
+void draw_two_rows(KernelCall& call, float* upper, float* lower, int count, const Axis (&axes)[2]) {
+  draw(call, upper, count, 2, axes);
+  if (call.number(0, 3) == 0) return draw(call, lower, count, 2, axes);
+  const float shifts[2] = {call.real(-1.2f, 1.2f), call.real(-1.2f, 1.2f)};
+  for (int i = 0; i < 2 * count; ++i) lower[i] = reflect(upper[i] + shifts[i % 2], axes[i % 2].last);
+}
+
+template <Positions draw>
+void call_pair(KernelCall& call, SampleRowPair* sample) {
+  const int count = call.size(), y_factor = call.number(1, 2);
+  const Plane luma = any_plane(call, 1);
+  // Just what the luma's last column and last row but one make of it.
+  const Plane chroma = make_plane(call, (luma.width - 1) / 2 + 2, (luma.height - 2) / y_factor + 2, 2);
+  float* upper = call.input<float>(static_cast<std::size_t>(2 * count), 0, 0);
+  float* lower = call.input<float>(static_cast<std::size_t>(2 * count), 0, 0);
+  draw_two_rows<draw>(call, upper, lower, count, {{1.0f, before(luma.width)}, {1.0f, before(luma.height - 1)}});
+  const SampleDestination to{call.output<uint8_t>(static_cast<std::size_t>(count)),
+                             call.output<uint8_t>(static_cast<std::size_t>(count)),
+                             call.output<uint8_t>(static_cast<std::size_t>(count / 2 * 2))};
+  const SampleSource source{luma.first, chroma.first, luma.stride, chroma.stride};
+  call.run([&] { sample(upper, lower, source, static_cast<float>(y_factor), to, count); });
+}
+
 // What a lens and a panorama of twice its picture's width make of a row.
 void draw_lens_row(float* entries, int floats, int step) {
   for (int i = 0; i + 1 < floats; i += step) {
@@ -161,6 +186,20 @@ void call_lens_chroma(KernelCall& call, SampleChromaRow* sample) {
   call.run([&] { sample(entries, plane, width, 2.0f, 2.0f, out, count); });
 }
 
+void call_lens_pair(KernelCall& call, SampleRowPair* sample) {
+  const int count = call.size(), width = 32 + count;
+  const uint8_t* luma = call.input<uint8_t>(static_cast<std::size_t>(width * 110), 0, 255);
+  const uint8_t* chroma = call.input<uint8_t>(static_cast<std::size_t>((width + 2) * 60), 0, 255);
+  float* entries = call.input<float>(static_cast<std::size_t>(4 * count), 0, 0);
+  float* lower = entries + 2 * count;
+  draw_lens_row(entries, 2 * count, 2);
+  for (int i = 0; i < 2 * count; ++i) lower[i] = entries[i] + (i % 2 == 0 ? 0.1f : 0.9f);
+  const SampleDestination to{call.output<uint8_t>(static_cast<std::size_t>(count)),
+                             call.output<uint8_t>(static_cast<std::size_t>(count)),
+                             call.output<uint8_t>(static_cast<std::size_t>(count / 2 * 2))};
+  call.run([&] { sample(entries, lower, {luma, chroma, width, width + 2}, 2.0f, to, count); });
+}
+
 }  // namespace
 
 std::vector<Kernel> remap_kernels() {
@@ -171,7 +210,11 @@ std::vector<Kernel> remap_kernels() {
           make_kernel("sample chroma row", kSampleChromaRow, call_lens_chroma, 960),
           make_kernel("sample chroma row, smooth", kSampleChromaRow, call_chroma<draw_smooth>, 960),
           make_kernel("sample chroma row, scattered", kSampleChromaRow, call_chroma<draw_scattered>, 960),
-          make_kernel("sample chroma row, odd", kSampleChromaRow, call_chroma<draw_odd>, 960)};
+          make_kernel("sample chroma row, odd", kSampleChromaRow, call_chroma<draw_odd>, 960),
+          make_kernel("sample row pair", kSampleRowPair, call_lens_pair),
+          make_kernel("sample row pair, smooth", kSampleRowPair, call_pair<draw_smooth>),
+          make_kernel("sample row pair, scattered", kSampleRowPair, call_pair<draw_scattered>),
+          make_kernel("sample row pair, odd", kSampleRowPair, call_pair<draw_odd>)};
 }
 
 }  // namespace biseam::test
