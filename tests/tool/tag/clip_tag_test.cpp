@@ -183,6 +183,22 @@ TEST(TagClip, fragments_become_one_movie) {
   }
 }
 
+// QuickTime's animations under the name of MP4, which has no place for them.
+TEST(TagClip, what_cant_be_written_again_is_named) {
+  const ScratchFolder folder;
+  ClipSpec spec;
+  spec.encoder = "qtrle";
+  spec.options = {};
+  spec.format = AV_PIX_FMT_RGB24;
+  spec.muxer_options = {{"brand", "isom"}};
+  write_clip(folder / "a.mov", spec, {64, 32}, 2,
+             [](int, AVFrame& frame) { std::fill_n(frame.data[0], std::size_t(frame.linesize[0]) * 32, std::uint8_t(90)); });
+  const std::string before = read_bytes(folder / "a.mov");
+  expect_refused(run_tag({folder / "a.mov"}), 4, folder / "a.mov", "stream 0 (video, qtrle) can't be written again");
+  EXPECT_EQ(read_bytes(folder / "a.mov"), before);
+  EXPECT_EQ(folder.names().size(), 1u);
+}
+
 TEST(TagClip, containers_that_are_no_choice_are_named) {
   const ScratchFolder folder;
   ClipSpec spec;

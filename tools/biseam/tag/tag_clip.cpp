@@ -29,6 +29,11 @@ std::string told_projection(const AVStream& stream) {
   return data ? av_spherical_projection_name(reinterpret_cast<const AVSphericalMapping*>(data)->projection) : "";
 }
 
+void check_held(const TagJob& job, const AVOutputFormat& format, const AVStream& stream, const std::string& text) {
+  const std::string trouble = holding_trouble(format, stream);
+  if (!trouble.empty()) throw Failure(ExitCode::output, job.from + ": " + text + " can't be written again: " + trouble);
+}
+
 using CopiedStreams = std::vector<CopiedStream>;  // by the index of the clip's stream
 
 CopiedStreams add_streams(const TagJob& job, Container& source, const AVStream& video, ClipMuxer& muxer) {
@@ -37,8 +42,7 @@ CopiedStreams add_streams(const TagJob& job, Container& source, const AVStream& 
     const AVStream& stream = *source->streams[k];
     if (is_carried_by_metadata(*source.get(), stream)) continue;
     const std::string text = stream_text(stream, "");
-    const std::string trouble = holding_trouble(muxer.format(), stream);
-    if (!trouble.empty()) throw Failure(ExitCode::output, job.from + ": " + text + " can't be written again: " + trouble);
+    check_held(job, muxer.format(), stream, text);
     copied[k] = muxer.add_copied(stream, text);
     if (&stream == &video) mark_spherical(*copied[k].to);
   }
