@@ -2,6 +2,9 @@
 
 #if defined(BISEAM_X86_64)
 
+#include <algorithm>
+#include <cstdint>
+
 #include "cpu/x86_intrinsics.hpp"
 #include "geometry/lens_row_kernels.hpp"
 #include "geometry/lens_row_tables.hpp"
@@ -101,10 +104,12 @@ BISEAM_AVX512 inline void find_angles_of_64(float* tangents) noexcept {
 }
 
 // A run of pixels between the passes.  Passes of short dependency chains keep the processor busy where one long chain does not.
-constexpr int kRun = 256;
+// Long, as a run ends within a cache line.
+constexpr int kRun = 1024;
 struct Run {
-  alignas(64) float x[kRun], y[kRun], z[kRun];  // x and y: per unit of radius
-  alignas(64) float angle[kRun];                // first its tangent
+  // A vector that begins anywhere in the run can be read whole.
+  alignas(64) float x[kRun + kLanes], y[kRun + kLanes], z[kRun + kLanes];  // x and y: per unit of radius
+  alignas(64) float angle[kRun + kLanes];                                  // first its tangent
 };
 
 // How far an operand's magnitude is above the least one that needs no special case, in bits; unsigned, so that lesser ones and
@@ -164,48 +169,92 @@ BISEAM_AVX512 inline __m512 coordinate(const __m512* m, __m512 a, __m512 b, __m5
   return _mm512_add_ps(_mm512_add_ps(in_plane, _mm512_mul_ps(m[2], z)), centre);
 }
 
-// False where an entry is no number.
-BISEAM_AVX512 inline bool place(const LensRecord& lens, float scale, int count, const Run& run, float* entries) noexcept {
-  __m512 matrix[6];
-  for (int i = 0; i < 6; ++i) matrix[i] = _mm512_set1_ps(lens.matrix[i]);
-  const __m512 cx = _mm512_set1_ps(lens.cx), cy = _mm512_set1_ps(lens.cy);
+// 16 entries, u and v in turns.
+struct Entries {
+  __m512 low, high;
+  __mmask16 no_numbers;
+};
+
+// What turns rays into positions.
+struct Projection {
+  __m512 matrix[6], cx, cy, scale;
+};
+
+BISEAM_AVX512 inline Projection make_projection(const LensRecord& lens, float scale) noexcept {
+  Projection p;
+  for (int i = 0; i < 6; ++i) p.matrix[i] = _mm512_set1_ps(lens.matrix[i]);
+  p.cx = _mm512_set1_ps(lens.cx), p.cy = _mm512_set1_ps(lens.cy), p.scale = _mm512_set1_ps(scale);
+  return p;
+}
+
+[[gnu::always_inline]] BISEAM_AVX512 inline Entries project(const Projection& p, const Run& run, int i) noexcept {
   const __m512i first = _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
   const __m512i second = _mm512_add_epi32(first, all(8));
-  uint32_t no_number = 0;
-  for (int i = 0; i < count; i += kLanes) {
-    const __m512 distance = _mm512_mul_ps(_mm512_set1_ps(scale), _mm512_load_ps(run.angle + i));
-    const __m512 a = _mm512_mul_ps(_mm512_load_ps(run.x + i), distance), b = _mm512_mul_ps(_mm512_load_ps(run.y + i), distance);
-    const __m512 z = _mm512_load_ps(run.z + i);
-    const __m512 u = coordinate(matrix, a, b, z, cx), v = coordinate(matrix + 3, a, b, z, cy);
-    no_number |= _mm512_cmp_ps_mask(u, v, _CMP_UNORD_Q);
-    const __m512d low = _mm512_castps_pd(_mm512_permutex2var_ps(u, first, v));
-    const __m512d high = _mm512_castps_pd(_mm512_permutex2var_ps(u, second, v));
-    if (count - i >= kLanes) {
-      _mm512_storeu_pd(entries + 2 * i, low);
-      _mm512_storeu_pd(entries + 2 * i + kLanes, high);
+  const __m512 distance = _mm512_mul_ps(p.scale, _mm512_loadu_ps(run.angle + i));
+  const __m512 a = _mm512_mul_ps(_mm512_loadu_ps(run.x + i), distance), b = _mm512_mul_ps(_mm512_loadu_ps(run.y + i), distance);
+  const __m512 z = _mm512_loadu_ps(run.z + i);
+  const __m512 u = coordinate(p.matrix, a, b, z, p.cx), v = coordinate(p.matrix + 3, a, b, z, p.cy);
+  return {_mm512_permutex2var_ps(u, first, v), _mm512_permutex2var_ps(u, second, v), _mm512_cmp_ps_mask(u, v, _CMP_UNORD_Q)};
+}
+
+// The first entries, up to 15.  Returns which of them are no numbers.
+BISEAM_AVX512 inline uint32_t store_some(const Entries& e, int count, float* entries) noexcept {
+  const uint32_t lanes = (1u << count) - 1;
+  _mm512_mask_storeu_pd(entries, static_cast<__mmask8>(lanes), _mm512_castps_pd(e.low));
+  _mm512_mask_storeu_pd(entries + kLanes, static_cast<__mmask8>(lanes >> 8), _mm512_castps_pd(e.high));
+  return e.no_numbers & lanes;
+}
+
+// How many entries come before the first that begins a cache line, if any does.
+inline int entries_before_line(const float* entries) noexcept {
+  const uintptr_t offset = reinterpret_cast<uintptr_t>(entries) % 64;
+  return offset % 8 == 0 ? static_cast<int>((64 - offset) % 64 / 8) : 0;
+}
+
+// False where an entry is no number.  A table is larger than the caches and not read soon: whole lines are written without
+// being fetched first.
+BISEAM_AVX512 inline bool place(const Projection& projection, int count, const Run& run, float* entries) noexcept {
+  int i = std::min(count, entries_before_line(entries));
+  uint32_t no_numbers = store_some(project(projection, run, 0), i, entries);
+  const bool whole_lines = reinterpret_cast<uintptr_t>(entries + 2 * i) % 64 == 0;
+  for (; i + kLanes <= count; i += kLanes) {
+    const Entries e = project(projection, run, i);
+    no_numbers |= e.no_numbers;
+    if (whole_lines) {
+      _mm512_stream_ps(entries + 2 * i, e.low);
+      _mm512_stream_ps(entries + 2 * i + kLanes, e.high);
     } else {
-      const uint32_t lanes = (1u << (count - i)) - 1;
-      _mm512_mask_storeu_pd(entries + 2 * i, static_cast<__mmask8>(lanes), low);
-      _mm512_mask_storeu_pd(entries + 2 * i + kLanes, static_cast<__mmask8>(lanes >> 8), high);
+      _mm512_storeu_ps(entries + 2 * i, e.low);
+      _mm512_storeu_ps(entries + 2 * i + kLanes, e.high);
     }
   }
-  return no_number == 0;
+  no_numbers |= store_some(project(projection, run, i), count - i, entries + 2 * i);
+  return no_numbers == 0;
+}
+
+// The lines that runs write parts of have to be fetched, and what is written later would wait for them.
+[[gnu::always_inline]] inline void ask_for_ends_of_runs(int count, const float* entries) noexcept {
+  for (int done = 0; done < count; done += kRun) __builtin_prefetch(entries + 2 * done, 1);
+  __builtin_prefetch(entries + 2 * count - 1, 1);
 }
 
 }  // namespace
 
 BISEAM_AVX512 void map_row_avx512(const LensRecord& lens, float scale, Latitude latitude, const double* sines,
                                   const double* cosines, int count, float* entries) noexcept {
+  const Projection projection = make_projection(lens, scale);
   Run run;
+  ask_for_ends_of_runs(count, entries);
   for (int done = 0; done < count; done += kRun) {
     const int part = count - done < kRun ? count - done : kRun;
     bool ordinary = trace_rays(latitude, sines + done, cosines + done, part, run);
     if (ordinary) {
       find_angles(part, run);
-      ordinary = place(lens, scale, part, run, entries + 2 * done);
+      ordinary = place(projection, part, run, entries + 2 * done);
     }
     if (!ordinary) map_row_scalar(lens, scale, latitude, sines + done, cosines + done, part, entries + 2 * done);
   }
+  _mm_sfence();  // what this thread does next comes after the lines
 }
 
 }  // namespace biseam

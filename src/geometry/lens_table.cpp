@@ -23,7 +23,7 @@ void* run_build(void* task) {
 }
 
 // Latitudes and longitudes of a tile fit the first-level cache; tiles are large enough that making them costs next to nothing.
-constexpr int kTileRows = 512, kTileColumns = 512;
+constexpr int kTileRows = 512, kTileColumns = 1024;
 static_assert(kTileColumns % 4 == 0);
 
 void build_tile(const LutBuilderArgs& args, int first_row, int rows, int first_column, int columns) {

@@ -104,12 +104,18 @@ void call_map_far(KernelCall& call, MapRow* map) {
   run_row(call, map, lens, {call.real(-1.0f, 1.0f), 1.0f}, columns);
 }
 
+// Around the runs that versions divide a row into, too.
+Kernel make_map_kernel(std::string name, void (*call)(KernelCall&, MapRow*)) {
+  std::vector<int> sizes = usual_sizes();
+  sizes.insert(sizes.end(), {511, 512, 513, 1023, 1024, 1025, 1034, 2100});
+  return make_kernel(std::move(name), kMapRow, call, 1920, 1.0, std::move(sizes));
+}
+
 }  // namespace
 
 std::vector<Kernel> table_kernels() {
-  return {make_kernel("map row", kMapRow, call_map), make_kernel("map row on the axis", kMapRow, call_map_on_axis),
-          make_kernel("map row of any operands", kMapRow, call_map_any),
-          make_kernel("map row of far operands", kMapRow, call_map_far)};
+  return {make_map_kernel("map row", call_map), make_map_kernel("map row on the axis", call_map_on_axis),
+          make_map_kernel("map row of any operands", call_map_any), make_map_kernel("map row of far operands", call_map_far)};
 }
 
 }  // namespace biseam::test
