@@ -5,6 +5,7 @@ import pathlib
 import sys
 import time
 
+import clip
 import machine
 import plot
 import quality
@@ -14,6 +15,8 @@ from sections import CURVE, SIZES, Suite
 
 ROUNDS = 21
 QUICK_SIZES = (1920, 960)
+CLIP = {"width": 3840, "turns": 5, "rounds": 7}
+QUICK_CLIP = {"width": 640, "turns": 1, "rounds": 1}
 
 
 def read_arguments():
@@ -26,22 +29,25 @@ def read_arguments():
     return parser.parse_args()
 
 
-def sections(suite, sizes, curve, quick):
+def sections(suite, sizes, curve, tool, quick):
     yield "contest", lambda: {str(width): suite.contest(width) for width in sizes}
     yield "stages", lambda: {str(width): suite.stages(width) for width in sizes}
     yield "curve", lambda: {"constant": suite.curve(curve, scaled=False), "scaled": suite.curve(curve, scaled=True)}
     yield "search", lambda: suite.search(sizes[0])
     yield "tables", lambda: suite.tables(sizes[0])
     yield "memory", lambda: suite.memory(sizes[0])
+    yield "clip", lambda: clip.measure(tool, suite.out, **(QUICK_CLIP if quick else CLIP))
     yield "instructions", lambda: suite.instructions(sizes[-1])
     if not quick:
         yield "kernels", suite.kernels
 
 
-def refuse_other_pictures(contest):
+def refuse_other_pictures(contest, clips):
     """A contestant that shows something else has not done the work that is measured."""
     strange = [f"{name} at {width}: {likeness:.1f} dB" for width, sizes in contest.items()
                for name, likeness in sizes["psnr"].items() if likeness is not None and likeness < quality.PLAUSIBLE]
+    if clips["psnr"] < quality.PLAUSIBLE:
+        strange.append(f"v360's clip: {clips['psnr']:.1f} dB")
     if strange:
         sys.exit("not the same panorama: " + ", ".join(strange))
     for width, sizes in contest.items():
@@ -52,15 +58,16 @@ def refuse_other_pictures(contest):
 def main():
     arguments = read_arguments()
     sizes, curve = (QUICK_SIZES, QUICK_SIZES) if arguments.quick else (SIZES, CURVE)
-    make_pictures(arguments.build / "tools/biseam/biseam", arguments.out / "pictures", rendered=sizes[0] // 2,
+    tool = arguments.build / "tools/biseam/biseam"
+    make_pictures(tool, arguments.out / "pictures", rendered=sizes[0] // 2,
                   sizes=sorted({width // 2 for width in (*sizes, *curve)}))
     suite = Suite(arguments.build, arguments.out, rounds=2 if arguments.quick else ROUNDS, against=arguments.against)
     results = {"machine": machine.describe(), "rounds": suite.rounds, "against": arguments.against}
-    for name, section in sections(suite, sizes, curve, arguments.quick):
+    for name, section in sections(suite, sizes, curve, tool, arguments.quick):
         start = time.monotonic()
         results[name] = section()
         print(f"{name:13} {time.monotonic() - start:5.1f} s", flush=True)
-    refuse_other_pictures(results["contest"])
+    refuse_other_pictures(results["contest"], results["clip"])
     if arguments.arm:
         results["arm"] = json.loads(arguments.arm.read_text())
     (arguments.out / "bench.json").write_text(json.dumps(results, indent=1, allow_nan=False) + "\n")

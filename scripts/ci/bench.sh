@@ -8,4 +8,5 @@ for file in bench.json bench.md frame.svg; do
   [ -s "out/bench-quick/$file" ]
 done
 grep -q '| FFmpeg v360 (remap only) | [0-9.]* |' out/bench-quick/bench.md
+grep -q '| ffmpeg, filter v360 (remap only) | [0-9.]* |' out/bench-quick/bench.md
 grep -q '</svg>' out/bench-quick/frame.svg
