@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Library and tests under the address, leak and undefined behaviour sanitizers.
+# Library, tool and tests under the address, leak and undefined behaviour sanitizers.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 cmake --preset asan
