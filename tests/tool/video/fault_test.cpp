@@ -295,6 +295,21 @@ TEST(Faults, an_interrupt_before_the_first_picture_leaves_nothing) {
   EXPECT_TRUE(folder.names().empty());
 }
 
+TEST(Faults, an_interrupt_that_the_caller_ignores_is_ignored) {
+  const ScratchFolder folder;
+  const auto before = std::signal(SIGINT, SIG_IGN);
+  Started started(frames_from_pipe(folder / "out.mp4"));
+  std::signal(SIGINT, before);
+  for (int k = 0; k < 30; ++k) started.send(endless_frames());
+  started.wait_for_bytes_in(folder.path());
+  started.signal(SIGINT);
+  started.send(endless_frames());
+  started.break_input();
+  const Finished finished = started.finish();
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  EXPECT_EQ(ClipProbe(folder / "out.mp4").pictures.size(), 31u);
+}
+
 TEST(Faults, a_killed_run_leaves_nothing_under_the_final_name) {
   const ScratchFolder folder;
   write_bytes(folder / "out.mp4", "what was there before");

@@ -55,7 +55,7 @@ class Started {
 
   void signal(int number) const { ::kill(child_, number); }
 
-  // What was sent can still be read, then reading fails.
+  // What was sent can still be read; then reading fails where the input is breakable, and a pipe has its end.
   void break_input() { in_.close_end(1); }
 
   // The input stays open, or broken.
