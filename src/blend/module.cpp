@@ -67,12 +67,12 @@ Status blend_by_stages(BlendInstance& instance, const BlendImage* const sources[
 }  // namespace
 
 Status blend_band(BlendInstance& instance, const BlendImage& source1, const BlendImage& source2, BlendImage& output,
-                  MemoryReport report, Weights weights) {
+                  MemoryReport report, Weights weights, const RowSink* sink) {
   if (instance.mask.data[0] == nullptr) return Status::no_memory;  // an instance that could not be carved
   const BlendImage* const sources[2] = {&source1, &source2};
   if (weights == Weights::made && make_weights(instance, sources, report) == Status::no_memory) return Status::no_memory;
   if (!can_be_streamed(instance, sources, output)) return blend_by_stages(instance, sources, output);
-  if (!blend_narrow(instance, sources, output)) blend_streamed(instance, sources, output);
+  if (!blend_narrow(instance, sources, output, sink)) blend_streamed(instance, sources, output);
   return Status::ok;
 }
 

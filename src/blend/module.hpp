@@ -1,6 +1,7 @@
 #pragma once
 
 #include "biseam/records.h"
+#include "blend/row_sink.hpp"
 #include "engine/memory_report.hpp"
 #include "engine/status.hpp"
 
@@ -18,8 +19,9 @@ void layout_blend(BlendInstance& instance);
 // Where the weights of a frame come from: they are made for it, by a search or a straight cut, or stay as they are.
 enum class Weights { made, kept };
 
-// One frame of one band.  no_memory: a temporary could not be had; output is undefined, the instance stays usable.
+// One frame of one band.  no_memory: a temporary could not be had; output is undefined, the instance stays usable.  The
+// sink, if there is one, gets either all rows of a frame, and then the output stays as it was, or none.
 Status blend_band(BlendInstance& instance, const BlendImage& source1, const BlendImage& source2, BlendImage& output,
-                  MemoryReport report = nullptr, Weights weights = Weights::made);
+                  MemoryReport report = nullptr, Weights weights = Weights::made, const RowSink* sink = nullptr);
 
 }  // namespace biseam

@@ -73,25 +73,25 @@ void mix_tops(BlendInstance& instance) {
   }
 }
 
-void collapse_levels(BlendInstance& instance, BlendImage& band) {
+void collapse_levels(BlendInstance& instance, BlendImage& band, const RowSink* sink) {
   int32_t* const scratch = level_of(instance, kBlended, 0).data[0];
   mix_tops(instance);
   for (int k = instance.pyr_level - 1; k >= 0; --k) {
     const auto level = [&](int pyramid, int n) { return bytes_of(instance, pyramid, n); };
     const MixedByteLevel mixed{level(kSource1, k),     level(kSource2, k),     level(kMask, k),
                                level(kSource1, k + 1), level(kSource2, k + 1), &level_of(instance, kBlended, k + 1)};
-    collapse_byte_level(mixed, k > 0 ? instance.levels[kBlended][k] : band, scratch);
+    collapse_byte_level(mixed, k > 0 ? instance.levels[kBlended][k] : band, scratch, k > 0 ? nullptr : sink);
   }
 }
 
 }  // namespace
 
-bool blend_narrow(BlendInstance& instance, const BlendImage* const sources[2], BlendImage& output) {
+bool blend_narrow(BlendInstance& instance, const BlendImage* const sources[2], BlendImage& output, const RowSink* sink) {
   if (!reduce_all(instance, sources)) return false;
   // The output may say it is higher: the rest stays.
   BlendImage band = instance.levels[kBlended][0];
   band.data[0] = output.data[0];
-  collapse_levels(instance, band);
+  collapse_levels(instance, band, output.height == instance.height ? sink : nullptr);
   return true;
 }
 

@@ -29,7 +29,7 @@ class ExpandedRing {
   ptrdiff_t row_step_;
 };
 
-// A doubled row may be one pixel wider than the level.  Six rows of 32-bit samples in all: fewer than collapse_scratch has.
+// A doubled row may be one pixel wider than the level.  Eight rows of 32-bit samples in all: fewer than collapse_scratch has.
 ptrdiff_t row_step(int width) { return (ptrdiff_t{3} * (ptrdiff_t{width} + 1) + 15) / 16 * 16; }
 
 class Scratch {
@@ -37,7 +37,8 @@ class Scratch {
   Scratch(int32_t* samples, int width)
       : blended(samples, row_step(width)),
         source1(reinterpret_cast<uint16_t*>(blended.end()), row_step(width)),
-        source2(source1.end(), row_step(width)) {}
+        source2(source1.end(), row_step(width)),
+        pair(reinterpret_cast<int32_t*>(source2.end())) {}
 
   void set(CollapseByteRows& rows, int64_t y) const {
     rows.blended = {blended.row(y - 1), blended.row(y), blended.row(y + 1)};
@@ -47,11 +48,12 @@ class Scratch {
 
   ExpandedRing<int32_t> blended;
   ExpandedRing<uint16_t> source1, source2;
+  int32_t* pair;  // of collapsed rows, for a sink
 };
 
 }  // namespace
 
-void collapse_byte_level(const MixedByteLevel& level, BlendImage& out, int32_t* scratch_samples) {
+void collapse_byte_level(const MixedByteLevel& level, BlendImage& out, int32_t* scratch_samples, const RowSink* sink) {
   const Scratch scratch(scratch_samples, out.width);
   const BlendImage& below = *level.blended_below;
   const ptrdiff_t count = ptrdiff_t{3} * out.width;
@@ -70,13 +72,16 @@ void collapse_byte_level(const MixedByteLevel& level, BlendImage& out, int32_t* 
       expand_byte_row(level.below2.row(source_y), scratch.source2.row(next), below.width);
     }
     scratch.set(rows, y);
-    int32_t* const to = out.data[0] + static_cast<ptrdiff_t>(2 * y) * out.stride;
+    int32_t* const to = sink != nullptr ? scratch.pair : out.data[0] + static_cast<ptrdiff_t>(2 * y) * out.stride;
     set_level_rows(2 * y);
     collapse_byte_row_on(rows, to, count);
     // An odd height ends on a row of the next level.
-    if (2 * y + 1 >= out.height) return;
-    set_level_rows(2 * y + 1);
-    collapse_byte_row_between(rows, to + out.stride, count);
+    const int pair_rows = 2 * y + 1 < out.height ? 2 : 1;
+    if (pair_rows == 2) {
+      set_level_rows(2 * y + 1);
+      collapse_byte_row_between(rows, to + count, count);
+    }
+    if (sink != nullptr) sink->take(sink->context, to, static_cast<int>(2 * y), pair_rows);
   }
 }
 

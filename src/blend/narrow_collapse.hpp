@@ -4,6 +4,7 @@
 
 #include "biseam/records.h"
 #include "blend/byte_image.hpp"
+#include "blend/row_sink.hpp"
 
 namespace biseam {
 
@@ -14,7 +15,7 @@ struct MixedByteLevel {
   const BlendImage* blended_below;
 };
 
-// collapse_level from bytes, with the same scratch.
-void collapse_byte_level(const MixedByteLevel& level, BlendImage& out, int32_t* scratch);
+// collapse_level from bytes, with the same scratch.  With a sink the rows go there, and nothing is written to out.
+void collapse_byte_level(const MixedByteLevel& level, BlendImage& out, int32_t* scratch, const RowSink* sink);
 
 }  // namespace biseam

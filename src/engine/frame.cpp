@@ -1,5 +1,6 @@
 #include "engine/frame.hpp"
 
+#include "engine/blended_rows.hpp"
 #include "engine/composition.hpp"
 #include "engine/shared_rows.hpp"
 #include "engine/stages.hpp"
@@ -41,6 +42,7 @@ namespace {
 
 struct BlendTask {
   BlendThreadArgs args;
+  ImageHeader* strip;
   MemoryReport report;
   Weights weights;
   Status status;
@@ -48,7 +50,11 @@ struct BlendTask {
 
 void* run_blend(void* task) {
   BlendTask& t = *static_cast<BlendTask*>(task);
-  t.status = blend_band(*t.args.instance, *t.args.source1, *t.args.source2, *t.args.output, t.report, t.weights);
+  BlendImage& band = *t.args.output;
+  const int code = converter_format(t.strip->format) | band.type << 4;
+  BlendedRows rows(band, *t.strip, code);
+  t.status = blend_band(*t.args.instance, *t.args.source1, *t.args.source2, band, t.report, t.weights, rows.sink());
+  if (!rows.have_come()) convert_image(&band, t.strip, code);
   return nullptr;
 }
 
@@ -58,7 +64,11 @@ Status blend_stage(StitchEngine& e, MemoryReport report, Weights weights) {
   BlendTask blends[2];
   ThreadTask tasks[2];
   for (int k = 0; k < 2; ++k) {
-    blends[k] = {{e.blend[k], &e.band_rgb[2 * k], &e.band_rgb[2 * k + 1], &e.blend_out[k]}, report, weights, Status::ok};
+    blends[k] = {{e.blend[k], &e.band_rgb[2 * k], &e.band_rgb[2 * k + 1], &e.blend_out[k]},
+                 &e.blend_yuv[k],
+                 report,
+                 weights,
+                 Status::ok};
     tasks[k] = {run_blend, &blends[k]};
   }
   run_together(tasks, 2);
@@ -67,9 +77,6 @@ Status blend_stage(StitchEngine& e, MemoryReport report, Weights weights) {
 
 void compose_stage(StitchEngine& e) {
   const StitchConfig& config = *e.config;
-  for (int k = 0; k < 2; ++k) {
-    convert_image(&e.blend_out[k], &e.blend_yuv[k], converter_format(e.blend_yuv[k].format) | e.blend_out[k].type << 4);
-  }
   ImageHeader strips[2] = {e.blend_yuv[0], e.blend_yuv[1]};
   for (ImageHeader& strip : strips) strip.height = shared_rows(e);
   compose_panorama(strips[0], strips[1], e.pano, e.left_inner, e.middle_inner, config.trans_width + e.band_width,

@@ -20,7 +20,7 @@ void remap_stage(const StitchEngine& engine, SampleRegion sample);
 // Bands to RGB.
 void conversion_stage(StitchEngine& engine);
 
-// Seam search, where the instances have it enabled and weights are made, and blend of both overlaps.
+// Seam search, where the instances have it enabled and weights are made, blend of both overlaps, and back to YUV.
 Status blend_stage(StitchEngine& engine, MemoryReport report, Weights weights = Weights::made);
 
 // Blended overlaps to the panorama, then flip and mirror.

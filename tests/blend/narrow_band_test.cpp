@@ -5,9 +5,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "biseam/biseam.h"
 #include "blend/blend_fixture.hpp"
+#include "blend/module.hpp"
 #include "blend/streamed_band.hpp"
 
 namespace biseam::test {
@@ -113,6 +115,65 @@ TEST(BlendNarrow, EqualsTheStreamedBandAtTheUsualSize) {
   }
 }
 
+// What a sink has got, in order.
+struct Taken {
+  std::vector<int32_t> samples;
+  int width, rows = 0;
+
+  static void take(void* context, int32_t* rows, int y, int count) {
+    Taken& self = *static_cast<Taken*>(context);
+    EXPECT_EQ(self.rows, y);
+    EXPECT_GE(2, count);
+    self.rows += count;
+    self.samples.insert(self.samples.end(), rows, rows + ptrdiff_t{3} * self.width * count);
+    std::fill_n(rows, ptrdiff_t{3} * self.width * count, kOld);  // nobody needs them any more
+  }
+  RowSink sink() { return {take, this}; }
+};
+
+TEST(BlendNarrow, SinkGetsTheRowsInsteadOfTheOutput) {
+  RandomSource random;
+  int streamed = 0;
+  for (int round = 0; round < 200 && !HasFailure(); ++round) {
+    const int t = random.between(0, 30), width = std::max(1, t + random.between(0, 40));
+    Band band({t, 0, width, random.between(10, 60), random.between(1, 4), 1, 0}, random);
+    if (!band.streams()) continue;
+    ++streamed;
+    Taken taken{{}, band.instance->width};
+    const RowSink sink = taken.sink();
+    overwrite_levels(*band.instance, random);
+    ASSERT_TRUE(blend_narrow(*band.instance, band.sources, *band.output, &sink));
+    EXPECT_EQ(band.instance->height, taken.rows);
+    EXPECT_EQ(band.streamed().samples(), taken.samples);
+    EXPECT_TRUE(
+        std::all_of(band.output.samples().begin(), band.output.samples().end(), [](int32_t sample) { return sample == kOld; }));
+  }
+  EXPECT_GT(streamed, 100);
+}
+
+TEST(BlendNarrow, SinkGetsNothingOfAHigherOutput) {
+  RandomSource random;
+  Band band(blend_config(8, 6, 40, 3), random);
+  Taken taken{{}, band.instance->width};
+  const RowSink sink = taken.sink();
+  TestImage output(band.instance->width, 43, 3, kOld);
+  ASSERT_TRUE(blend_narrow(*band.instance, band.sources, *output, &sink));
+  EXPECT_EQ(0, taken.rows);
+  const TestImage blended = band.streamed();
+  EXPECT_TRUE(std::equal(blended.samples().begin(), blended.samples().end(), output.samples().begin()));
+}
+
+TEST(BlendNarrow, SinkGetsNothingOfABandOutOfRange) {
+  RandomSource random;
+  Band band(blend_config(8, 6, 40, 3), random);
+  band.source2.samples().back() = 256;
+  Taken taken{{}, band.instance->width};
+  const RowSink sink = taken.sink();
+  ASSERT_EQ(Status::ok, blend_band(*band.instance, *band.source1, *band.source2, *band.output, nullptr, Weights::kept, &sink));
+  EXPECT_EQ(0, taken.rows);
+  EXPECT_EQ(by_hand(*band.instance, band.source1, band.source2).samples(), band.output.samples());
+}
+
 TEST(BlendNarrow, NarrowestBandsHaveScratchEnough) {
   // Scratch lies where the blended level 0 would be; samples behind it stay.
   RandomSource random;
@@ -124,10 +185,14 @@ TEST(BlendNarrow, NarrowestBandsHaveScratchEnough) {
       const BlendImage& level = band.instance->levels[3][0];
       TestImage samples(level.width, level.height + 20, 3, kOld);
       band.instance->levels[3][0].data[0] = samples.record()->data[0];
+      Taken taken{{}, level.width};
+      const RowSink sink = taken.sink();
       ASSERT_TRUE(blend_narrow(*band.instance, band.sources, *band.output));
+      ASSERT_TRUE(blend_narrow(*band.instance, band.sources, *band.output, &sink));
       const auto behind = samples.samples().begin() + int64_t{level.height} * level.stride;
       ASSERT_TRUE(std::all_of(behind, samples.samples().end(), [](int32_t sample) { return sample == kOld; }));
       ASSERT_EQ(band.streamed().samples(), band.output.samples());
+      ASSERT_EQ(taken.samples, band.output.samples());
       ++streamed;
     }
   }
