@@ -19,24 +19,16 @@ bool hold_to(const std::string& isa) {
   return false;
 }
 
-struct Search {
-  BlendInstance* instance;
-  const BlendImage* sources[2];
-};
-
 void* run_search(void* task) {
-  const Search& search = *static_cast<const Search*>(task);
-  (void)search_seam(*search.instance, search.sources, nullptr);
+  (void)search_seam(*static_cast<BlendInstance*>(task), nullptr, nullptr);
   return nullptr;
 }
 
-// Both seams at the same time, as blend_stage has them searched.
+// Both seams at the same time, as blend_stage has them searched: in the bytes that conversion_stage left.
 void search_stage(StitchEngine& engine) {
-  Search searches[2];
   ThreadTask tasks[2];
   for (int k = 0; k < 2; ++k) {
-    searches[k] = {engine.blend[k], {&engine.band_rgb[2 * k], &engine.band_rgb[2 * k + 1]}};
-    tasks[k] = {run_search, &searches[k]};
+    tasks[k] = {run_search, engine.blend[k]};
   }
   run_together(tasks, 2);
 }

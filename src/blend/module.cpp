@@ -76,4 +76,9 @@ Status blend_band(BlendInstance& instance, const BlendImage& source1, const Blen
   return Status::ok;
 }
 
+Status blend_bytes(BlendInstance& instance, BlendImage& output, MemoryReport report, Weights weights, const RowSink* sink) {
+  if (weights == Weights::made && make_weights(instance, nullptr, report) == Status::no_memory) return Status::no_memory;
+  return blend_narrow(instance, nullptr, output, sink) ? Status::ok : Status::mismatch;
+}
+
 }  // namespace biseam

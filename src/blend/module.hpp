@@ -24,4 +24,8 @@ enum class Weights { made, kept };
 Status blend_band(BlendInstance& instance, const BlendImage& source1, const BlendImage& source2, BlendImage& output,
                   MemoryReport report = nullptr, Weights weights = Weights::made, const RowSink* sink = nullptr);
 
+// The same for sources that lie in the levels 0 of their pyramids as bytes, widened, where can_be_streamed allows for it.
+// mismatch: some weight is above 64 or negative, and nothing but the weights and levels has been written.
+Status blend_bytes(BlendInstance& instance, BlendImage& output, MemoryReport report, Weights weights, const RowSink* sink);
+
 }  // namespace biseam

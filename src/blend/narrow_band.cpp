@@ -22,11 +22,11 @@ BlendImage& level_of(BlendInstance& instance, int pyramid, int k) {
 
 ByteImage bytes_of(BlendInstance& instance, int pyramid, int k) { return ByteImage::in(level_of(instance, pyramid, k)); }
 
-// Fills a Gaussian pyramid of bytes, level 0 included.
+// Fills a Gaussian pyramid of bytes.
 struct Reduction {
   BlendInstance* instance;
   int pyramid;
-  const BlendImage* source;
+  const BlendImage* source;  // null: level 0 is there
   int trans_width, side;
   uint32_t most;
   bool in_range;
@@ -41,7 +41,11 @@ uint16_t* sums_behind(const BlendImage& level0) {
 bool reduce_levels(const Reduction& r) {
   const auto level = [&](int k) { return bytes_of(*r.instance, r.pyramid, k); };
   uint16_t* const sums = sums_behind(level_of(*r.instance, r.pyramid, 0));
-  if (!narrow_and_reduce(*r.source, r.trans_width, r.side, r.most, level(0), level(1), sums)) return false;
+  if (r.source == nullptr) {
+    reduce_bytes(level(0), level(1), sums);
+  } else if (!narrow_and_reduce(*r.source, r.trans_width, r.side, r.most, level(0), level(1), sums)) {
+    return false;
+  }
   for (int k = 1; k < r.instance->pyr_level; ++k) reduce_bytes(level(k), level(k + 1), sums);
   return true;
 }
@@ -56,7 +60,8 @@ bool reduce_all(BlendInstance& instance, const BlendImage* const sources[2]) {
   Reduction reductions[2];
   ThreadTask tasks[2];
   for (int i = 0; i < 2; ++i) {
-    reductions[i] = {&instance, i, sources[i], instance.trans_width, i == 0 ? 1 : 0, UINT8_MAX, false};
+    reductions[i] = {&instance, i,    sources != nullptr ? sources[i] : nullptr, instance.trans_width, i == 0 ? 1 : 0,
+                     UINT8_MAX, false};
     tasks[i] = {run_reduction, &reductions[i]};
   }
   run_together(tasks, 2);

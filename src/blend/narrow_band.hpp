@@ -9,6 +9,7 @@ namespace biseam {
 // samples would be, which leaves about half of the traffic.  The same samples come out.  False where a sample of a source or
 // the mask is out of range: nothing but levels has been written then.  With a sink all rows go there instead of
 // an output of exactly the height.
+// Null sources lie in the levels 0 already, as bytes and widened.
 bool blend_narrow(BlendInstance& instance, const BlendImage* const sources[2], BlendImage& output,
                   const RowSink* sink = nullptr);
 

@@ -27,24 +27,26 @@ bool reduce(const ByteImage& level, const ByteImage& reduced, uint16_t* sums, Ha
 
 }  // namespace
 
+void mirror_byte_edge(uint8_t* row, int band_width, int trans_width, int side) noexcept {
+  if (trans_width < 1) return;
+  const ptrdiff_t edge = ptrdiff_t{3} * (side == 1 ? band_width - trans_width : trans_width);
+  if (side == 1) {
+    mirror_byte_pixels(row + edge - 3, row + edge, trans_width);
+  } else {
+    mirror_byte_pixels(row + 2 * edge - 3, row, trans_width);
+  }
+}
+
 bool narrow_and_reduce(const BlendImage& source, int trans_width, int side, uint32_t most, const ByteImage& level,
                        const ByteImage& reduced, uint16_t* sums) {
   const ptrdiff_t covered = ptrdiff_t{3} * covered_column(trans_width, side), count = ptrdiff_t{3} * source.width;
   const auto row_of = [&](int y) { return source.data[0] + ptrdiff_t{y} * source.stride; };
-  // As mirror_edge does.
-  const auto mirror = [&](uint8_t* row) {
-    if (side == 1) {
-      mirror_byte_pixels(row + count - 3, row + count, trans_width);
-    } else if (trans_width > 0) {
-      mirror_byte_pixels(row + 2 * covered - 3, row, trans_width);
-    }
-  };
   uint32_t largest = 0;
   int next = 0;  // row to be narrowed
   return reduce(level, reduced, sums, [&](int end) {
     for (; next < end && next < source.height; ++next) {
       narrow_row(row_of(next), level.row(next) + covered, count, largest);
-      mirror(level.row(next));
+      mirror_byte_edge(level.row(next), level.width, trans_width, side);
     }
     return largest <= most;
   });

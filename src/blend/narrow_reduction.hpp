@@ -13,6 +13,9 @@ namespace biseam {
 bool narrow_and_reduce(const BlendImage& source, int trans_width, int side, uint32_t most, const ByteImage& level,
                        const ByteImage& reduced, uint16_t* sums);
 
+// As mirror_edge, for a row of bytes.
+void mirror_byte_edge(uint8_t* row, int band_width, int trans_width, int side) noexcept;
+
 // reduced has half the size of level, rounded up.
 void reduce_bytes(const ByteImage& level, const ByteImage& reduced, uint16_t* sums);
 

@@ -1,9 +1,12 @@
 #include "blend/search.hpp"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 
+#include "blend/byte_image.hpp"
+#include "blend/widen.hpp"
 #include "engine/heap.hpp"
 #include "imgproc/pick.hpp"
 #include "seam/cut.hpp"
@@ -56,6 +59,13 @@ class SearchMemory {
   uint8_t* data_ = nullptr;
 };
 
+// The part of level 0 that is not mirrored.
+BytePixels source_in_level(const BlendInstance& instance, int source, int side) {
+  const ByteImage level = ByteImage::in(instance.levels[source][0]);
+  return {level.data + ptrdiff_t{3} * covered_column(instance.trans_width, side), level.width - instance.trans_width,
+          level.height, level.row_samples()};
+}
+
 }  // namespace
 
 Status search_seam(BlendInstance& instance, const BlendImage* const sources[2], MemoryReport report) {
@@ -66,8 +76,15 @@ Status search_seam(BlendInstance& instance, const BlendImage* const sources[2], 
   }
   for (int i = 0; i < 2; ++i) {
     const int side = i == 0 ? 1 : 0;
-    gray_of_strip(*sources[i], instance.strip[i], instance.findpath_width, instance.trans_width, side, instance.gray[i],
-                  memory.data());
+    const auto gray_of = [&](const auto& source) {
+      gray_of_strip(source, instance.strip[i], instance.findpath_width, instance.trans_width, side, instance.gray[i],
+                    memory.data());
+    };
+    if (sources != nullptr) {
+      gray_of(*sources[i]);
+    } else {
+      gray_of(source_in_level(instance, i, side));
+    }
     detail_of_gray(instance.gray[i], instance.detail[i], memory.data());
   }
   cut_seam_within(strip_column(instance), instance.seam_mask, instance.detail[0], instance.detail[1], memory.data());

@@ -1,5 +1,6 @@
 #include "engine/frame.hpp"
 
+#include "engine/band_bytes.hpp"
 #include "engine/blended_rows.hpp"
 #include "engine/composition.hpp"
 #include "engine/shared_rows.hpp"
@@ -20,20 +21,41 @@ int converter_format(int format) {
   return format;
 }
 
+int band_format(const StitchEngine& e, int band) { return converter_format(e.band_yuv[band].format); }
+
+// Overlaps as bands 0 and 1, 2 and 3 have them.
+bool goes_by_bytes(const StitchEngine& e, int overlap) {
+  const int format = band_format(e, 2 * overlap);
+  return format == band_format(e, 2 * overlap + 1) && takes_bytes(e, overlap, format);
+}
+
+void convert_to_rgb(StitchEngine& e, int band) {
+  convert_image(&e.band_yuv[band], &e.band_rgb[band], e.band_rgb[band].type | band_format(e, band) << 4);
+}
+
+struct ConversionTask {
+  StitchEngine* engine;
+  int band;
+};
+
 void* run_conversion(void* task) {
-  const ConversionArgs& args = *static_cast<const ConversionArgs*>(task);
-  convert_image(args.source, args.destination, args.code);
+  const auto [engine, band] = *static_cast<const ConversionTask*>(task);
+  if (goes_by_bytes(*engine, band / 2)) {
+    convert_to_bytes(*engine, band, band_format(*engine, band));
+  } else {
+    convert_to_rgb(*engine, band);
+  }
   return nullptr;
 }
 
 }  // namespace
 
 void conversion_stage(StitchEngine& e) {
-  ConversionArgs args[4];
+  ConversionTask conversions[4];
   ThreadTask tasks[4];
   for (int k = 0; k < 4; ++k) {
-    args[k] = {&e.band_yuv[k], &e.band_rgb[k], e.band_rgb[k].type | converter_format(e.band_yuv[k].format) << 4};
-    tasks[k] = {run_conversion, &args[k]};
+    conversions[k] = {&e, k};
+    tasks[k] = {run_conversion, &conversions[k]};
   }
   run_together(tasks, 4);
 }
@@ -41,20 +63,37 @@ void conversion_stage(StitchEngine& e) {
 namespace {
 
 struct BlendTask {
-  BlendThreadArgs args;
-  ImageHeader* strip;
+  StitchEngine* engine;
+  int overlap;
   MemoryReport report;
   Weights weights;
   Status status;
 };
 
+Status blend_overlap(const BlendTask& t, const RowSink* sink) {
+  StitchEngine& e = *t.engine;
+  BlendInstance& instance = *e.blend[t.overlap];
+  BlendImage& band = e.blend_out[t.overlap];
+  const int first = 2 * t.overlap;
+  Weights weights = t.weights;
+  if (goes_by_bytes(e, t.overlap)) {
+    const Status status = blend_bytes(instance, band, t.report, weights, sink);
+    if (status != Status::mismatch) return status;
+    // Weights of a host's own: they are made by now.
+    weights = Weights::kept;
+    for (int k = 0; k < 2; ++k) convert_to_rgb(e, first + k);
+  }
+  return blend_band(instance, e.band_rgb[first], e.band_rgb[first + 1], band, t.report, weights, sink);
+}
+
 void* run_blend(void* task) {
   BlendTask& t = *static_cast<BlendTask*>(task);
-  BlendImage& band = *t.args.output;
-  const int code = converter_format(t.strip->format) | band.type << 4;
-  BlendedRows rows(band, *t.strip, code);
-  t.status = blend_band(*t.args.instance, *t.args.source1, *t.args.source2, band, t.report, t.weights, rows.sink());
-  if (!rows.have_come()) convert_image(&band, t.strip, code);
+  BlendImage& band = t.engine->blend_out[t.overlap];
+  ImageHeader& strip = t.engine->blend_yuv[t.overlap];
+  const int code = converter_format(strip.format) | band.type << 4;
+  BlendedRows rows(band, strip, code);
+  t.status = blend_overlap(t, rows.sink());
+  if (!rows.have_come()) convert_image(&band, &strip, code);
   return nullptr;
 }
 
@@ -64,11 +103,7 @@ Status blend_stage(StitchEngine& e, MemoryReport report, Weights weights) {
   BlendTask blends[2];
   ThreadTask tasks[2];
   for (int k = 0; k < 2; ++k) {
-    blends[k] = {{e.blend[k], &e.band_rgb[2 * k], &e.band_rgb[2 * k + 1], &e.blend_out[k]},
-                 &e.blend_yuv[k],
-                 report,
-                 weights,
-                 Status::ok};
+    blends[k] = {&e, k, report, weights, Status::ok};
     tasks[k] = {run_blend, &blends[k]};
   }
   run_together(tasks, 2);

@@ -20,14 +20,14 @@ void copy_strip_row(const int32_t* source, int source_step, int source_width, in
 
 }  // namespace
 
-int64_t strip_first_column(const BlendImage& source, int findpath_width, int trans_width, int side) noexcept {
+int64_t strip_first_column(int source_width, int findpath_width, int trans_width, int side) noexcept {
   const int64_t shift = side != 0 ? int64_t{trans_width} : -int64_t{trans_width};
-  return (source.width + shift - findpath_width) / 2;
+  return (source_width + shift - findpath_width) / 2;
 }
 
 void copy_strip(const BlendImage& source, BlendImage& strip, int findpath_width, int trans_width, int side) {
   if (source.width < 1 || source.height < 1 || strip.width < 1) return;
-  const int64_t first_column = strip_first_column(source, findpath_width, trans_width, side);
+  const int64_t first_column = strip_first_column(source.width, findpath_width, trans_width, side);
   for (int y = 0; y < strip.height; ++y) {
     const int source_y = std::min(y, source.height - 1);
     copy_strip_row(source.data[0] + std::ptrdiff_t{source_y} * source.stride, source.steps[0], source.width, first_column,

@@ -6,8 +6,8 @@
 
 namespace biseam {
 
-// Column of the source at which its strip starts; may lie outside.
-int64_t strip_first_column(const BlendImage& source, int findpath_width, int trans_width, int side) noexcept;
+// Column of a source of that width at which its strip starts; may lie outside.
+int64_t strip_first_column(int source_width, int findpath_width, int trans_width, int side) noexcept;
 
 // The seam-search strip of a source: side 1 for source 1, 0 for source 2.  The strip's size decides how much is copied; what
 // would lie outside the source repeats its edge.

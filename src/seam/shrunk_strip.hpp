@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "biseam/records.h"
@@ -10,6 +11,17 @@ namespace biseam {
 // The grays of what copy_strip and resize give, without either image.  strip: record of the strip's size, whose samples are not
 // touched; what would lie outside the source repeats its edge, a source without pixels is black.
 void gray_of_strip(const BlendImage& source, const BlendImage& strip, int findpath_width, int trans_width, int side,
+                   BlendGray& gray, void* memory) noexcept;
+
+// Packed pixels of three bytes, rows a stride apart.
+struct BytePixels {
+  const uint8_t* data;
+  int width, height;
+  ptrdiff_t stride;
+};
+
+// The same of bytes.
+void gray_of_strip(const BytePixels& source, const BlendImage& strip, int findpath_width, int trans_width, int side,
                    BlendGray& gray, void* memory) noexcept;
 
 // As extract_detail, for grays within +-2^23, as to_gray makes them.  Rows without gaps.

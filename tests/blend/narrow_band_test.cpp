@@ -9,6 +9,7 @@
 
 #include "biseam/biseam.h"
 #include "blend/blend_fixture.hpp"
+#include "blend/byte_image.hpp"
 #include "blend/module.hpp"
 #include "blend/streamed_band.hpp"
 
@@ -209,6 +210,58 @@ TEST(BlendNarrow, RefusesWhatIsOutOfRangeAndLeavesTheOutput) {
     const int32_t outliers[] = {which == 2 ? 65 : 256, -1, INT32_MIN, INT32_MAX, 1 << 8, 1 << 16};
     image.data[0][random.between(0, static_cast<int>(end_of(image) - image.data[0]) - 1)] = outliers[random.between(0, 5)];
     EXPECT_FALSE(band.blend_by_bytes());
+    EXPECT_TRUE(
+        std::all_of(band.output.samples().begin(), band.output.samples().end(), [](int32_t sample) { return sample == kOld; }));
+  }
+}
+
+// Puts the sources where blend_bytes takes them from.
+void place_bytes(Band& band) {
+  TestImage* const sources[2] = {&band.source1, &band.source2};
+  for (int i = 0; i < 2; ++i) {
+    TestImage widened(band.instance->width, band.instance->height);
+    CreatBlend(sources[i]->record(), widened.record(), band.instance->trans_width, i == 0 ? 1 : 0);
+    std::copy(widened.samples().begin(), widened.samples().end(), ByteImage::in(band.instance->levels[i][0]).data);
+  }
+}
+
+TEST(BlendBytes, EqualsTheBandOfTheSamePixels) {
+  RandomSource random;
+  int streamed = 0;
+  for (int round = 0; round < 300 && !HasFailure(); ++round) {
+    const int t = random.between(0, 20), width = t + random.between(10, 40), search = random.between(0, 1);
+    const float inv_scale = static_cast<float>(random.between(1, 2));
+    const BlendConfig config{t, random.between(6, 20), width, random.between(12, 60), random.between(1, 4), inv_scale, search};
+    Band band(config, random), other(config, random);
+    if (!band.streams()) continue;
+    ++streamed;
+    other.source1 = band.source1;
+    other.source2 = band.source2;
+    overwrite(band.instance->mask, 0);
+    overwrite(other.instance->mask, 0);
+    for (int frame = 0; frame < 2; ++frame) {
+      const Weights weights = frame == 0 ? Weights::made : Weights::kept;
+      ASSERT_EQ(Status::ok,
+                blend_band(*other.instance, *other.source1, *other.source2, *other.output, nullptr, weights, nullptr));
+      overwrite_levels(*band.instance, random);
+      place_bytes(band);
+      ASSERT_EQ(Status::ok, blend_bytes(*band.instance, *band.output, nullptr, weights, nullptr));
+      EXPECT_EQ(other.output.samples(), band.output.samples());
+      EXPECT_EQ(copy_of(other.instance->mask).samples(), copy_of(band.instance->mask).samples());
+      EXPECT_EQ(copy_of(other.instance->seam_mask).samples(), copy_of(band.instance->seam_mask).samples());
+    }
+  }
+  EXPECT_GT(streamed, 100);
+}
+
+TEST(BlendBytes, RefusesWeightsOutOfRangeAndLeavesTheOutput) {
+  RandomSource random;
+  for (const int32_t weight : {65, -1, INT32_MIN, INT32_MAX}) {
+    Band band(blend_config(8, 6, 40, 3), random);
+    band.instance->mask
+        .data[0][random.between(0, static_cast<int>(end_of(band.instance->mask) - band.instance->mask.data[0]) - 1)] = weight;
+    place_bytes(band);
+    EXPECT_EQ(Status::mismatch, blend_bytes(*band.instance, *band.output, nullptr, Weights::kept, nullptr));
     EXPECT_TRUE(
         std::all_of(band.output.samples().begin(), band.output.samples().end(), [](int32_t sample) { return sample == kOld; }));
   }

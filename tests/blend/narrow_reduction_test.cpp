@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "biseam/biseam.h"
+#include "blend/widen.hpp"
 #include "support/blend_formulas.hpp"
 #include "support/guarded_block.hpp"
 
@@ -54,6 +55,19 @@ TEST(NarrowAndReduce, EqualsTheDirectSumsOfTheWidenedSource) {
     levels.reduced_bytes.data()[0] ^= 1;
     reduce_bytes(levels.level, levels.reduced, levels.sums.data());
     expect_equal(test::reduced(band, half_up(width + t), half_up(height)), levels.reduced_bytes);
+  }
+}
+
+TEST(MirrorByteEdge, EqualsMirrorEdge) {
+  RandomSource random;
+  for (int round = 0; round < 400; ++round) {
+    const int width = random.between(1, 60), t = random.between(0, width), side = random.between(0, 1);
+    GuardedBlock<int32_t> samples(size_t{3} * static_cast<size_t>(width + t));
+    GuardedBlock<uint8_t> bytes(samples.size());
+    for (size_t i = 0; i < samples.size(); ++i) samples.data()[i] = bytes.data()[i] = random.byte();
+    mirror_edge(samples.data(), width + t, t, side);
+    mirror_byte_edge(bytes.data(), width + t, t, side);
+    ASSERT_TRUE(std::equal(samples.data(), samples.data() + samples.size(), bytes.data())) << width << " + " << t;
   }
 }
 

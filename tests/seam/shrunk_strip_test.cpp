@@ -59,6 +59,34 @@ TEST(GrayOfStrip, IsTheGrayOfTheShrunkCopy) {
   }
 }
 
+TEST(GrayOfStrip, OfBytesIsTheSame) {
+  const unsigned seed = 33012;
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
+  const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+  for (int round = 0; round < 500; ++round) {
+    const int width = 1 + below(40), height = 1 + below(30), stride_pixels = width + below(3);
+    TestImage source(stride_pixels, height);
+    for (int32_t& sample : source.samples()) sample = below(256);
+    // The last row ends with its last pixel.
+    const size_t count = static_cast<size_t>(3 * (stride_pixels * (height - 1) + width));
+    const std::vector<uint8_t> bytes(source.samples().begin(), source.samples().begin() + static_cast<ptrdiff_t>(count));
+    BlendImage view = *source;
+    view.width = width;
+    const BlendImage strip = color_record(nullptr, 1 + below(30), 1 + below(35));
+    const int trans = below(20) - 4, side = below(2), findpath = round % 2 == 0 ? strip.width : below(60);
+    const int gray_width = 1 + below(40), gray_height = 1 + below(40);
+    Scratch scratch(gray_width, gray_height);
+    GuardedSamples expected(int64_t{gray_width} * gray_height, untouched), out(int64_t{gray_width} * gray_height, untouched);
+    BlendGray expected_gray = gray_record(expected.data(), gray_width, gray_height);
+    BlendGray gray = gray_record(out.data(), gray_width, gray_height);
+    gray_of_strip(view, strip, findpath, trans, side, expected_gray, scratch.data());
+    gray_of_strip(BytePixels{bytes.data(), width, height, ptrdiff_t{3} * stride_pixels}, strip, findpath, trans, side, gray,
+                  scratch.data());
+    ASSERT_EQ(expected.values(), out.values()) << "round " << round;
+  }
+}
+
 TEST(GrayOfStrip, SourceWithoutPixelsIsBlack) {
   for (const auto& [w, h] : {std::pair{0, 5}, {5, 0}, {-5, 5}, {5, -5}}) {
     GuardedSamples out(6, untouched);
