@@ -1,6 +1,7 @@
 // What one panorama is made of, frame by frame.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -17,7 +18,7 @@ struct CopiedPacket {
 
 // Times count in the time base of the first clip.
 struct FramePair {
-  std::shared_ptr<const AVFrame> picture[2];  // of each lens, or of both in the first; none: only packets
+  std::array<std::shared_ptr<const AVFrame>, 2> picture;  // of each lens, or of both in the first; none: only packets
   std::int64_t time = 0, duration = 0;
   std::int64_t number = 0;            // of the first clip's pictures
   bool is_wanted = true;              // false: only its seams are

@@ -30,6 +30,10 @@ std::string y4m_header(const ClipFacts& facts) {
   return header + "\n";
 }
 
+[[noreturn]] void refuse(const std::string& name, const std::string& stream) {
+  throw Failure(ExitCode::output, name + ": " + stream + " (--drop-streams leaves it out)");
+}
+
 void refuse_streams(const std::string& name, const PairReader& clips, bool drop_streams) {
   for (int k = 0; k < clips.clips(); ++k) {
     const AVFormatContext& format = *clips.clip(k).container().get();
@@ -38,7 +42,7 @@ void refuse_streams(const std::string& name, const PairReader& clips, bool drop_
       if (&stream == &clips.clip(k).stream()) continue;
       const std::string clip = clips.clips() == 1 ? "" : clips.clip(k).container().name();
       const std::string line = stream_text(stream, clip) + " can't be held by raw frames";
-      if (!drop_streams) throw Failure(ExitCode::output, name + ": " + line + " (--drop-streams leaves it out)");
+      if (!drop_streams) refuse(name, line);
       notice(line + "; it is left out");
     }
   }
