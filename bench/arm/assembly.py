@@ -80,8 +80,21 @@ def stored_bytes(line):
     return 0
 
 
+def stored_by(loop):
+    """All of a loop's stores but those to the stack, also through a register that was made to point there."""
+    total, on_stack = 0, set()
+    for line in loop:
+        point = re.match(r"^\tadd\s+(\w+), (?:sp|r13), ", line)
+        address = re.search(r"\[(\w+)", line)
+        if point:
+            on_stack.add(point.group(1))
+        elif not address or address.group(1) not in on_stack:
+            total += stored_bytes(line)
+    return total
+
+
 def hot_loop(lines):
     """The loop that stores most, which for vector code is the one that whole vectors go through; with the bytes it stores."""
-    loops = [(sum(map(stored_bytes, loop)), len(loop), loop) for loop in innermost_loops(lines)]
+    loops = [(stored_by(loop), len(loop), loop) for loop in innermost_loops(lines)]
     stored, _, loop = max(loops, default=(0, 0, []))
     return stored, loop

@@ -27,12 +27,11 @@ SINGLE_LOAD = re.compile(r"\tvldmia\.64\s+(\w+)!, \{(\w+)\}")  # the model has n
 LOOPS = (
     ("remap, luma", "sample_luma_row_scalar", "sample_luma_row_neon", 1),
     ("remap, chroma (per pair)", "sample_chroma_row_scalar", "sample_chroma_row_neon", 2),
-    ("bands to RGB", "yuv420_rows_to_integer_rgb::scalar", "yuv420_rows_to_integer_rgb::neon", 12),
+    ("bands to RGB", "yuv420_rows_to_byte_rgb::scalar", "yuv420_rows_to_byte_rgb::neon", 3),
     ("RGB to luma", "rgb_row_to_luma::scalar", "rgb_row_to_luma::neon", 1),
-    ("reduction across", "pixels_scalar<false>", "reduce_pixels_neon", 12),
-    ("reduction down", "rows_loop<false>::scalar", "rows_loop<false>::neon", 12),
-    ("subtraction", "subtract::scalar", "subtract::neon", 12),
-    ("mixing", "mix::scalar", "mix::neon", 36),
+    ("reduction down", "sum_rows_loop::scalar", "sum_rows_loop::neon", 6),
+    ("reduction across", "reduce_pixels_scalar", "reduce_byte_pixels_neon", 3),
+    ("expansion across", "expand_pixels_scalar", "expand_byte_pixels_neon", 6),
 )
 
 
