@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "blend/instance_levels.hpp"
 #include "blend/narrow_collapse.hpp"
 #include "blend/narrow_reduction.hpp"
 #include "blend/narrow_rows.hpp"
@@ -11,14 +12,6 @@
 namespace biseam {
 
 namespace {
-
-// The pyramids of an instance.
-enum Pyramids { kSource1, kSource2, kMask, kBlended };
-
-// A level, or the top behind the last one.
-BlendImage& level_of(BlendInstance& instance, int pyramid, int k) {
-  return k < instance.pyr_level ? instance.levels[pyramid][k] : instance.top[pyramid];
-}
 
 ByteImage bytes_of(BlendInstance& instance, int pyramid, int k) { return ByteImage::in(level_of(instance, pyramid, k)); }
 

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "blend/arithmetic_rows.hpp"
+#include "blend/instance_levels.hpp"
 #include "blend/level_collapse.hpp"
 #include "blend/widened_reduction.hpp"
 #include "engine/threads.hpp"
@@ -12,14 +13,6 @@
 namespace biseam {
 
 namespace {
-
-// The pyramids of an instance.
-enum Pyramids { kSource1, kSource2, kMask, kBlended };
-
-// A level, or the top behind the last one.
-BlendImage& level_of(BlendInstance& instance, int pyramid, int k) {
-  return k < instance.pyr_level ? instance.levels[pyramid][k] : instance.top[pyramid];
-}
 
 // Fills a Gaussian pyramid from level 1 on.  Its level 0 is the source, widened; the row of sums lies where it would be stored.
 struct Reduction {
