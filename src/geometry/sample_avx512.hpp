@@ -59,11 +59,6 @@ struct Weights {
 BISEAM_STEP __m512i all(uint32_t value) { return _mm512_set1_epi32(static_cast<int>(value)); }
 BISEAM_STEP __m512 all(float value) { return _mm512_set1_ps(value); }
 
-BISEAM_STEP void ask_for_entries(const float* entries) {
-  _mm_prefetch(entries + kFloatsAhead, _MM_HINT_T0);
-  _mm_prefetch(entries + kFloatsAhead + kLuma, _MM_HINT_T0);
-}
-
 BISEAM_STEP Positions luma_positions(const float* entries) {
   const __m512i u = _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
   const __m512i v = _mm512_setr_epi32(1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);

@@ -3,6 +3,8 @@
 #if defined(BISEAM_X86_64)
 
 #include <algorithm>
+#include <cstdint>
+#include <initializer_list>
 
 namespace biseam {
 
@@ -48,10 +50,19 @@ BISEAM_STEP ChromaVector place_chroma(const Positions& upper, __m512i upper_pair
   return {s.fx, s.fy, place<ChromaShape>(pairs, known, source.chroma, source.chroma_stride)};
 }
 
+// Brings what the next pair of rows has at these columns to the second-level cache: rows follow each other as these two do.
+// There may be no next pair; nothing is read.
+BISEAM_STEP void ask_for_next_pair(const float* upper_entries, const float* lower_entries) {
+  const uintptr_t lower = reinterpret_cast<uintptr_t>(lower_entries), row = lower - reinterpret_cast<uintptr_t>(upper_entries);
+  for (const uintptr_t entries : {lower + row, lower + 2 * row}) {
+    _mm_prefetch(reinterpret_cast<const char*>(entries), _MM_HINT_T1);
+    _mm_prefetch(reinterpret_cast<const char*>(entries + kLuma * sizeof(float)), _MM_HINT_T1);
+  }
+}
+
 BISEAM_STEP Block place_block(const float* upper_entries, const float* lower_entries, const ChromaRows& rows,
                               const SampleSource& source) {
-  ask_for_entries(upper_entries);
-  ask_for_entries(lower_entries);
+  ask_for_next_pair(upper_entries, lower_entries);
   const Positions at = luma_positions(upper_entries);
   const Split upper = split(at), lower = split(luma_positions(lower_entries));
   const __m512i upper_pairs = pair_up(upper), lower_pairs = pair_up(lower);

@@ -45,7 +45,8 @@ BISEAM_AVX512 void sample_luma_row_avx512(const float* entries, const uint8_t* s
   Vector vector = luma_vector(entries, source, stride);
   for (int k = 0;;) {
     const int next = std::min(k + kLuma, last);
-    ask_for_entries(entries + 2 * next);
+    ask_for(entries + 2 * next, kFloatsAhead * sizeof(float));
+    ask_for(entries + 2 * next, (kFloatsAhead + kLuma) * sizeof(float));
     const Vector next_vector = luma_vector(entries + 2 * next, source, stride);
     if (vector.at.window != nullptr) {
       mix_luma(vector.fx, vector.fy, pick_luma(load_luma(vector.at.window, stride), vector.at.x_y), destination + k);
