@@ -215,7 +215,8 @@ typedef struct ClImage {
   uint8_t* data; /* width * height * channels bytes, rows top to bottom */
 } ClImage;
 
-/* One engine.  Made by QOR_Create_BI_Soft; the fields may be looked at, not changed. */
+/* One engine.  Made by QOR_Create_BI_Soft; the fields may be looked at, not changed.  Maps, masks, band_yuv and blend_yuv hold
+ * what the last frame used or made of them; band_rgb and blend_out are working memory. */
 typedef struct StitchEngine {
   MAPTIHeader map_left, map_middle, map_right;
   ImageHeader src_image[2];

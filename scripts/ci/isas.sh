@@ -4,10 +4,13 @@
 set -uo pipefail
 cd "$(dirname "$0")/../.."
 status=0
+below=()
 for isa in scalar avx2 avx512; do
-  if BISEAM_ISA=$isa build/release/tests/cpu/biseam_cpu_tests --gtest_list_tests >/dev/null; then
-    BISEAM_ISA=$isa scripts/ci/programs.sh build/release || status=1
-  fi
+  BISEAM_ISA=$isa build/release/tests/cpu/biseam_cpu_tests --gtest_list_tests >/dev/null && below+=("$isa")
+done
+[ ${#below[@]} -gt 1 ] && unset 'below[-1]'  # the best
+for isa in "${below[@]}"; do
+  BISEAM_ISA=$isa scripts/ci/programs.sh build/release || status=1
 done
 if [ "$(uname -m)" = x86_64 ]; then
   scripts/ci/programs.sh build/release qemu-x86_64 -cpu Opteron_G1,-sse3 || status=1
