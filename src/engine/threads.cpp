@@ -28,9 +28,8 @@ void run_together(const ThreadTask* tasks, int count) {
   Queue queue{tasks, count, 0};
   pthread_t threads[kMostThreads];
   int started = 0;
-  while (started < count && started < kMostThreads &&
-         pthread_create(&threads[started], nullptr, run_what_is_left, &queue) == 0) {
-    ++started;
+  for (int i = 0; i < count && started < kMostThreads; ++i) {
+    if (pthread_create(&threads[started], nullptr, run_what_is_left, &queue) == 0) ++started;
   }
   if (started < count) run_what_is_left(&queue);
   for (int i = 0; i < started; ++i) pthread_join(threads[i], nullptr);

@@ -201,7 +201,7 @@ TEST(EngineFailure, WithoutThreadsTablesAndFramesAreTheSame) {
   EngineSession lonely(config);
   EXPECT_EQ(0, std::memcmp(engine->map_middle.entries, lonely->map_middle.entries, 8 * 272 * 240));
   single.process(lonely);
-  EXPECT_GE(none.refused(), 4);  // tables, remap, conversion and blend each ask until they are refused
+  EXPECT_GE(none.refused(), 4 + 4 + 4 + 2);
   EXPECT_EQ(threaded.luma, single.luma);
   EXPECT_EQ(threaded.chroma, single.chroma);
 }
