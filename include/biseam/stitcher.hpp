@@ -83,8 +83,8 @@ struct StitcherSizes {
   std::size_t fisheye_luma, fisheye_chroma, panorama_luma, panorama_chroma, working_memory;
 };
 
-// One overlap band after the last frame, or as loaded: the blend weight of fisheye 0's side or 1's, whichever lies left, 0
-// .. 64. Weight of (x, y), in panorama pixels before flip and mirror: weights[y * stride + x * step], x counted from
+// One overlap band after the last frame, or as loaded: the blend weight, 0 .. 64, of fisheye 0's side or 1's, whichever lies
+// left.  Weight of (x, y), in panorama pixels before flip and mirror: weights[y * stride + x * step], x counted from
 // first_column.
 struct BandView {
   int first_column, width, height;

@@ -115,8 +115,8 @@ void remap_stage(const StitchEngine& e, SampleRegion sample) {
                       {middle_args(e, 0, half), remap_middle_strip, 0},
                       {right_args(e), remap_edge_strip, 0}};
     sample_strips(strips, sample);
-    Strip lower[] = {{middle_args(e, half, rows), remap_middle_strip, half}};
-    sample_strips(lower, sample);
+    Strip lower{middle_args(e, half, rows), remap_middle_strip, half};
+    sample_strip(lower, sample);
   }
 }
 
