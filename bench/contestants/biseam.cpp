@@ -1,11 +1,11 @@
 // This library, held to an instruction set, as a whole and by stages.
 #include <cstdio>
 
-#include "blend/search.hpp"
+#include "base/isa.hpp"
+#include "base/threads.hpp"
 #include "contestants/stitched_frame.hpp"
-#include "cpu/isa.hpp"
-#include "engine/stages.hpp"
-#include "engine/threads.hpp"
+#include "frame/seam/search.hpp"
+#include "frame/stages.hpp"
 
 namespace biseam::bench {
 

@@ -6,7 +6,7 @@ cd "$(dirname "$0")/../.."
 status=0
 below=()
 for isa in scalar avx2 avx512; do
-  BISEAM_ISA=$isa build/release/tests/cpu/biseam_cpu_tests --gtest_list_tests >/dev/null && below+=("$isa")
+  BISEAM_ISA=$isa build/release/tests/base/biseam_base_tests --gtest_list_tests >/dev/null && below+=("$isa")
 done
 [ ${#below[@]} -gt 1 ] && unset 'below[-1]'  # the best
 for isa in "${below[@]}"; do

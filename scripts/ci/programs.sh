@@ -9,7 +9,7 @@ count() { sed -nE "s/^\[ +$1 +\] ([0-9]+) tests?.*/\1/p" "$log" | head -n 1; }
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 
-for program in "$build"/tests/{cpu,engine,geometry,seam,blend,imgproc,format,stitcher}/biseam_*_tests; do
+for program in "$build"/tests/{base,stages,frame,panorama}/biseam_*_tests; do
   status=0
   "$@" "$program" >"$log" 2>&1 || status=$?
   cat "$log"

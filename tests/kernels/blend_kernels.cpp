@@ -1,10 +1,10 @@
 #include <climits>
 
 #include "biseam/records.h"
-#include "blend/arithmetic_kernels.hpp"
-#include "blend/collapse_kernels.hpp"
-#include "blend/narrow_kernels.hpp"
+#include "frame/blend/collapse_kernels.hpp"
+#include "frame/blend/narrow_kernels.hpp"
 #include "kernels/kernels.hpp"
+#include "stages/blend/arithmetic_kernels.hpp"
 
 namespace biseam::test {
 

@@ -1,4 +1,4 @@
-#include "geometry/exchange_kernels.hpp"
+#include "frame/compose/exchange_kernels.hpp"
 #include "kernels/kernels.hpp"
 
 namespace biseam::test {

@@ -1,6 +1,6 @@
 #include <climits>
 
-#include "format/rows_kernels.hpp"
+#include "frame/bands/rows_kernels.hpp"
 #include "kernels/kernels.hpp"
 
 namespace biseam::test {

@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "cpu/variants.hpp"
+#include "base/variants.hpp"
 #include "kernels/guarded_buffer.hpp"
 
 // Kernels checked and measured by the same code: a kernel's case makes its buffers and calls the version it is given.

@@ -1,9 +1,9 @@
 #include <climits>
 
-#include "imgproc/byte_kernels.hpp"
-#include "imgproc/pyr_down_kernels.hpp"
-#include "imgproc/pyr_up_kernels.hpp"
+#include "frame/blend/byte_kernels.hpp"
 #include "kernels/kernels.hpp"
+#include "stages/image/pyr_down_kernels.hpp"
+#include "stages/image/pyr_up_kernels.hpp"
 
 namespace biseam::test {
 

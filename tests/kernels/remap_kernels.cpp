@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <limits>
 
-#include "geometry/sample_kernels.hpp"
+#include "frame/remap/sample_kernels.hpp"
 #include "kernels/kernels.hpp"
 
 namespace biseam::test {

@@ -1,9 +1,9 @@
 #include <climits>
 
-#include "imgproc/pick_kernels.hpp"
+#include "frame/seam/cost_kernels.hpp"
+#include "frame/seam/detail_kernels.hpp"
+#include "frame/seam/pick_kernels.hpp"
 #include "kernels/kernels.hpp"
-#include "seam/cost_kernels.hpp"
-#include "seam/detail_kernels.hpp"
 
 namespace biseam::test {
 

@@ -2,7 +2,7 @@
 #include <climits>
 #include <cstdint>
 
-#include "geometry/lens_row_kernels.hpp"
+#include "frame/tables/lens_row_kernels.hpp"
 #include "kernels/kernels.hpp"
 
 namespace biseam::test {

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "cpu/isa.hpp"
+#include "base/isa.hpp"
 
 namespace biseam::test {
 

@@ -1,0 +1,86 @@
+#include "frame/blend/byte_rows.hpp"
+
+#include <algorithm>
+
+#include "base/loop_versions.hpp"
+#include "frame/blend/byte_kernels.hpp"
+
+namespace biseam {
+
+namespace {
+
+constexpr int binomial(int a, int b, int c, int d, int e) { return 6 * c + 4 * (b + d) + a + e; }
+
+BISEAM_LOOP void sum_rows_loop(const uint8_t* const rows[5], uint16_t* out, ptrdiff_t count) noexcept {
+  const uint8_t *a = rows[0], *b = rows[1], *c = rows[2], *d = rows[3], *e = rows[4];
+  BISEAM_TURNS_APART
+  for (ptrdiff_t i = 0; i < count; ++i) out[i] = static_cast<uint16_t>(binomial(a[i], b[i], c[i], d[i], e[i]));
+}
+
+// Pixels before .. after are named: two on either side.
+void reduce_pixel(const uint16_t* const pixels[5], uint8_t* row) noexcept {
+  for (int k = 0; k < 3; ++k) {
+    const int sum = binomial(pixels[0][k], pixels[1][k], pixels[2][k], pixels[3][k], pixels[4][k]);
+    row[k] = static_cast<uint8_t>((sum + 128) >> 8);
+  }
+}
+
+void reduce_pixels_scalar(const uint16_t* sums, uint8_t* row, ptrdiff_t pixels) noexcept {
+  for (ptrdiff_t x = 0; x < pixels; ++x) {
+    const uint16_t* s = sums + 6 * x;
+    const uint16_t* const around[5] = {s - 6, s - 3, s, s + 3, s + 6};
+    reduce_pixel(around, row + 3 * x);
+  }
+}
+
+void reduce_pixel_at(const uint16_t* sums, const int32_t columns[5], uint8_t* row) noexcept {
+  const uint16_t* pixels[5];
+  for (int i = 0; i < 5; ++i) pixels[i] = sums + ptrdiff_t{3} * columns[i];
+  reduce_pixel(pixels, row);
+}
+
+void expand_pixel(const uint8_t* before, const uint8_t* middle, const uint8_t* after, uint16_t* out) noexcept {
+  for (int k = 0; k < 3; ++k) {
+    out[k] = static_cast<uint16_t>(before[k] + 6 * middle[k] + after[k]);
+    out[k + 3] = static_cast<uint16_t>(4 * (middle[k] + after[k]));
+  }
+}
+
+void expand_pixels_scalar(const uint8_t* src, uint16_t* row, ptrdiff_t pixels) noexcept {
+  for (ptrdiff_t i = 0; i < pixels; ++i) expand_pixel(src + 3 * i - 3, src + 3 * i, src + 3 * i + 3, row + 6 * i);
+}
+
+}  // namespace
+
+constinit const Variants<SumByteRows> kSumByteRows = loop_versions<sum_rows_loop, SumByteRows>;
+constinit const Variants<ReduceBytePixels> kReduceBytePixels{reduce_pixels_scalar, BISEAM_ON_ARM(reduce_byte_pixels_neon),
+                                                             BISEAM_ON_X86_64(reduce_byte_pixels_avx2),
+                                                             BISEAM_ON_X86_64(reduce_byte_pixels_avx512)};
+constinit const Variants<ExpandBytePixels> kExpandBytePixels{expand_pixels_scalar, BISEAM_ON_ARM(expand_byte_pixels_neon),
+                                                             BISEAM_ON_X86_64(expand_byte_pixels_avx2),
+                                                             BISEAM_ON_X86_64(expand_byte_pixels_avx512)};
+
+void sum_byte_rows(const uint8_t* const rows[5], uint16_t* out, ptrdiff_t count) noexcept {
+  kSumByteRows.best()(rows, out, count);
+}
+
+void reduce_byte_row(const uint16_t* sums, uint8_t* row, int width, const RowEdges& edges) noexcept {
+  if (width < 1) return;
+  kReduceBytePixels.best()(sums + 6, row + 3, edges.inner_end - 1);
+  reduce_pixel_at(sums, edges.left, row);
+  for (int x = std::max(edges.inner_end, 1); x < width; ++x) {
+    reduce_pixel_at(sums, edges.right + (x - edges.inner_end), row + ptrdiff_t{3} * x);
+  }
+}
+
+void expand_byte_row(const uint8_t* src, uint16_t* row, ptrdiff_t width) noexcept {
+  if (width < 1) return;
+  const uint8_t* const second = width > 1 ? src + 3 : src;
+  expand_pixel(second, src, second, row);
+  if (width < 2) return;
+  kExpandBytePixels.best()(src + 3, row + 6, width - 2);
+  const uint8_t* const last = src + (width - 1) * 3;
+  expand_pixel(last - 3, last, last, row + 6 * (width - 1));
+}
+
+}  // namespace biseam

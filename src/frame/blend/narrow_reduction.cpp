@@ -1,0 +1,59 @@
+#include "frame/blend/narrow_reduction.hpp"
+
+#include <cstddef>
+
+#include "frame/blend/byte_rows.hpp"
+#include "frame/blend/narrow_rows.hpp"
+#include "stages/blend/widen.hpp"
+#include "stages/image/border.hpp"
+
+namespace biseam {
+
+namespace {
+
+// Reduces row by row; before a row, have_rows(end) sees to it that the level's rows up to that one are there.
+template <class HaveRows>
+bool reduce(const ByteImage& level, const ByteImage& reduced, uint16_t* sums, HaveRows have_rows) {
+  const RowEdges edges = find_edges(level.width, reduced.width);
+  for (int y = 0; y < reduced.height; ++y) {
+    if (!have_rows(2 * y + 3)) return false;
+    const uint8_t* rows[5];
+    for (int k = 0; k < 5; ++k) rows[k] = level.row(reflected(int64_t{2} * y + k - 2, level.height));
+    sum_byte_rows(rows, sums, level.row_samples());
+    reduce_byte_row(sums, reduced.row(y), reduced.width, edges);
+  }
+  return true;
+}
+
+}  // namespace
+
+void mirror_byte_edge(uint8_t* row, int band_width, int trans_width, int side) noexcept {
+  if (trans_width < 1) return;
+  const ptrdiff_t edge = ptrdiff_t{3} * (side == 1 ? band_width - trans_width : trans_width);
+  if (side == 1) {
+    mirror_byte_pixels(row + edge - 3, row + edge, trans_width);
+  } else {
+    mirror_byte_pixels(row + 2 * edge - 3, row, trans_width);
+  }
+}
+
+bool narrow_and_reduce(const BlendImage& source, int trans_width, int side, uint32_t most, const ByteImage& level,
+                       const ByteImage& reduced, uint16_t* sums) {
+  const ptrdiff_t covered = ptrdiff_t{3} * covered_column(trans_width, side), count = ptrdiff_t{3} * source.width;
+  const auto row_of = [&](int y) { return source.data[0] + ptrdiff_t{y} * source.stride; };
+  uint32_t largest = 0;
+  int next = 0;  // row to be narrowed
+  return reduce(level, reduced, sums, [&](int end) {
+    for (; next < end && next < source.height; ++next) {
+      narrow_row(row_of(next), level.row(next) + covered, count, largest);
+      mirror_byte_edge(level.row(next), level.width, trans_width, side);
+    }
+    return largest <= most;
+  });
+}
+
+void reduce_bytes(const ByteImage& level, const ByteImage& reduced, uint16_t* sums) {
+  reduce(level, reduced, sums, [](int) { return true; });
+}
+
+}  // namespace biseam

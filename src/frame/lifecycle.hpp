@@ -1,0 +1,18 @@
+#pragma once
+
+#include "base/status.hpp"
+#include "biseam/records.h"
+#include "stages/lens/lens_table.hpp"
+
+namespace biseam {
+
+// Makes an engine over the caller's configuration.  no_memory: nothing is left allocated, engine is not written.
+Status create_engine(StitchConfig& config, StitchEngine*& engine);
+
+// Builds the tables and lays out every record.  mismatch: the configuration's sizes are no longer those that the engine was
+// carved for; the engine stays as it was.
+Status configure_engine(StitchEngine& engine, BuildStrip build = build_strip);
+
+void destroy_engine(StitchEngine* engine);
+
+}  // namespace biseam

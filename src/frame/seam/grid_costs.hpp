@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+
+#include "frame/seam/grid_flow.hpp"
+
+namespace biseam {
+
+// build_grid for a Grid: writes nodes and terminals.  rows: scratch of grid_cost_rows * width floats.
+inline constexpr int32_t grid_cost_rows = 5;
+void fill_grid(const Grid& grid, const int32_t* a, const int32_t* b, int32_t border, float* rows) noexcept;
+
+}  // namespace biseam

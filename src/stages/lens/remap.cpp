@@ -1,0 +1,128 @@
+#include "stages/lens/remap.hpp"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "frame/remap/sample_row.hpp"
+
+namespace biseam {
+
+namespace {
+
+// Items first .. end - 1 of a region's row whose table columns, column + item * step, lie inside the table's row.
+struct Span {
+  int64_t first, end;
+};
+
+Span inside_table(int64_t column, int step, int64_t count, int64_t table_width) {
+  const int64_t first = column < 0 ? (-column + step - 1) / step : 0;
+  const int64_t end = column < table_width ? (table_width - column + step - 1) / step : 0;
+  return {first, std::min(count, end)};
+}
+
+const float* table_entry(const RemapRegion& region, int64_t row, int64_t column) {
+  return region.table + static_cast<std::ptrdiff_t>((row * region.table_width + column) * 2);
+}
+
+uint8_t* plane_byte(const ImageHeader& image, int plane, int64_t row, int64_t column) {
+  return image.planes[plane] + static_cast<std::ptrdiff_t>(row * image.strides[plane] + column);
+}
+
+void sample_luma(const RemapRegion& region, int64_t row) {
+  const auto [first, end] = inside_table(region.table_column, 1, region.count, region.table_width);
+  if (row < 0 || row >= region.destination->height || first >= end) return;
+  sample_luma_row(table_entry(region, row, region.table_column + first), region.source->planes[0], region.source->strides[0],
+                  plane_byte(*region.destination, 0, row, region.destination_column + first), static_cast<int>(end - first));
+}
+
+void sample_chroma(const RemapRegion& region, int64_t row) {
+  if (region.chroma_y_factor < 1) return;
+  const int64_t chroma_row = row / region.chroma_y_factor, column = region.table_column / 2 * 2;
+  const auto [first, end] = inside_table(column, 2, region.count / 2, region.table_width);
+  if (row < 0 || chroma_row >= region.destination->height / region.chroma_y_factor || first >= end) return;
+  sample_chroma_row(table_entry(region, row, column + 2 * first), region.source->planes[1], region.source->strides[1],
+                    static_cast<float>(region.chroma_x_factor), static_cast<float>(region.chroma_y_factor),
+                    plane_byte(*region.destination, 1, chroma_row, region.destination_column / 2 * 2 + 2 * first),
+                    static_cast<int>(end - first));
+}
+
+// Whether both luma rows and the chroma row lie inside table and destination, and chroma begins where luma does.
+bool is_whole_pair(const RemapRegion& region, int64_t row) {
+  const bool rows_inside = row >= 0 && row + 1 < region.destination->height &&
+                           row / region.chroma_y_factor < region.destination->height / region.chroma_y_factor;
+  const bool columns_inside =
+      region.table_column >= 0 && region.count > 0 && int64_t{region.table_column} + region.count <= region.table_width;
+  return rows_inside && columns_inside && region.table_column % 2 == 0 && region.destination_column % 2 == 0;
+}
+
+void sample_pair(const RemapRegion& region, int64_t row) {
+  const ImageHeader &source = *region.source, &destination = *region.destination;
+  sample_row_pair(table_entry(region, row, region.table_column), table_entry(region, row + 1, region.table_column),
+                  {source.planes[0], source.planes[1], source.strides[0], source.strides[1]},
+                  static_cast<float>(region.chroma_y_factor),
+                  {plane_byte(destination, 0, row, region.destination_column),
+                   plane_byte(destination, 0, row + 1, region.destination_column),
+                   plane_byte(destination, 1, row / region.chroma_y_factor, region.destination_column)},
+                  region.count);
+}
+
+int chroma_rows_factor(int format) { return format < 4 ? 2 : 1; }
+
+RemapRegion plain_region(const RemapThreadArgs& args, int table_width) {
+  return {args.table,
+          table_width,
+          args.plain_column,
+          &args.source,
+          &args.pano,
+          args.pano_column,
+          args.plain_width,
+          args.first_row,
+          args.end_row,
+          2,
+          chroma_rows_factor(args.format)};
+}
+
+RemapRegion band_region(const RemapThreadArgs& args, int table_width, const ImageHeader& band, int table_column) {
+  return {args.table,
+          table_width,
+          table_column,
+          &args.source,
+          &band,
+          0,
+          band.width,
+          args.first_row,
+          args.end_row,
+          2,
+          chroma_rows_factor(args.format)};
+}
+
+}  // namespace
+
+// One chroma row comes with each pair of luma rows: where chroma has full height, every second chroma row keeps what it held.
+void sample_region(const RemapRegion& region) {
+  const bool in_pairs = region.chroma_x_factor == 2 && region.chroma_y_factor >= 1;
+  for (int64_t row = region.first_row; row < region.end_row; row += 2) {
+    if (in_pairs && is_whole_pair(region, row)) {
+      sample_pair(region, row);
+      continue;
+    }
+    sample_luma(region, row);
+    sample_luma(region, row + 1);
+    sample_chroma(region, row);
+  }
+}
+
+void remap_edge_strip(const RemapThreadArgs& args, SampleRegion sample) {
+  const int table_width = args.plain_width + args.band0.width;
+  sample(plain_region(args, table_width));
+  sample(band_region(args, table_width, args.band0, args.band0_column));
+}
+
+void remap_middle_strip(const RemapThreadArgs& args, SampleRegion sample) {
+  const int table_width = args.plain_width + args.band0.width + args.band1.width;
+  sample(band_region(args, table_width, args.band0, args.band0_column));
+  sample(plain_region(args, table_width));
+  sample(band_region(args, table_width, args.band1, args.band1_column));
+}
+
+}  // namespace biseam

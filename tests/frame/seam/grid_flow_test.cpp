@@ -1,0 +1,233 @@
+#include "frame/seam/grid_flow.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include "frame/seam/grid_costs.hpp"
+#include "stages/seam/graph.hpp"
+#include "stages/seam/grid.hpp"
+#include "stages/seam/images.hpp"
+#include "stages/seam/max_flow.hpp"
+#include "support/guarded_block.hpp"
+
+namespace biseam::test {
+namespace {
+
+// A general graph of a grid and what its cut needs.
+struct GeneralGrid {
+  GeneralGrid(int width_, int height_)
+      : width(width_),
+        height(height_),
+        nodes(static_cast<size_t>(width) * static_cast<size_t>(height)),
+        arcs(4 * nodes.size() + 2),
+        orphans(nodes.size()) {
+    reset_graph(graph, nodes.data(), arcs.data());
+  }
+
+  template <class Cost>
+  void connect(Cost cost) {
+    for (int r = 0; r < height; ++r) {
+      for (int c = 0; c < width; ++c) {
+        const int here = r * width + c;
+        if (c < width - 1) connect_two(here, here + 1, cost);
+        if (r < height - 1) connect_two(here, here + width, cost);
+      }
+    }
+  }
+  template <class Cost>
+  void connect_two(int i, int j, Cost cost) {
+    const float there = cost(), back = cost();
+    add_edge(graph, i, j, there, back);
+  }
+
+  // The direction of arc a of node i.
+  Direction direction(int i, int32_t a) const {
+    const int step = arcs[static_cast<size_t>(a)].head - i;
+    if (step == width) return down;
+    return step == 1 ? right : step == -width ? up : left;
+  }
+  void solve() { max_flow(graph, orphans.data(), static_cast<int32_t>(orphans.size())); }
+
+  int width, height;
+  std::vector<GraphNode> nodes;
+  std::vector<GraphArc> arcs;
+  std::vector<int32_t> orphans;
+  SeamGraph graph{};
+};
+
+// A grid in exact blocks between guards.
+struct GuardedGrid {
+  GuardedGrid(int width, int height)
+      : count(static_cast<size_t>(width) * static_cast<size_t>(height)),
+        nodes((static_cast<size_t>(height) + 2) * static_cast<size_t>(width)),
+        terminals(count),
+        active(count + 1),
+        orphans(count),
+        grid{nodes.data(), terminals.data(), active.data(), orphans.data(), height, width} {}
+
+  void take(const GeneralGrid& from) {
+    for (size_t i = 0; i < nodes.size(); ++i) nodes[i] = GridNode{};
+    for (size_t i = 0; i < count; ++i) {
+      terminals[i] = from.nodes[i].terminal_capacity;
+      for (int32_t a = from.nodes[i].first_arc; a != 0; a = from.arcs[static_cast<size_t>(a)].next)
+        node(i).room[from.direction(static_cast<int>(i), a)] = from.arcs[static_cast<size_t>(a)].residual;
+    }
+  }
+  GridNode& node(size_t i) { return grid.at(static_cast<int64_t>(i)); }
+
+  size_t count;
+  GuardedBlock<GridNode> nodes;
+  GuardedBlock<float> terminals;
+  GuardedBlock<uint32_t> active, orphans;
+  Grid grid;
+};
+
+void expect_same_state(const GeneralGrid& general, GuardedGrid& special) {
+  for (size_t i = 0; i < special.count; ++i) {
+    const GraphNode& expected = general.nodes[i];
+    const GridNode& node = special.node(i);
+    ASSERT_EQ(expected.sink, node.sink) << i;
+    ASSERT_EQ(expected.terminal_capacity, special.terminals[i]) << i;
+    ASSERT_EQ(expected.parent > 0, node.parent > grid_orphan) << i;
+    ASSERT_EQ(expected.time_stamp, node.time_stamp) << i;
+    ASSERT_EQ(0, node.queued);
+    if (expected.parent <= 0) {
+      ASSERT_EQ(expected.parent == parent_none ? grid_free : grid_root, node.parent) << i;
+    } else {
+      const int32_t head = general.arcs[static_cast<size_t>(expected.parent)].head;
+      ASSERT_EQ(static_cast<uint32_t>(head + general.width) * sizeof(GridNode), node.parent) << i;
+      ASSERT_EQ(general.direction(static_cast<int>(i), expected.parent), node.to_parent) << i;
+    }
+    ASSERT_EQ(expected.distance, node.distance) << i;
+    float room[4] = {};
+    for (int32_t a = expected.first_arc; a != 0; a = general.arcs[static_cast<size_t>(a)].next)
+      room[general.direction(static_cast<int>(i), a)] = general.arcs[static_cast<size_t>(a)].residual;
+    for (const Direction d : {down, right, left, up}) ASSERT_EQ(room[d], node.room[d]) << i << " " << int{d};
+  }
+}
+
+// Random ties: between the borders, anywhere, or so large and small that rounding takes part.
+void tie(GeneralGrid& grid, std::mt19937& random, int kind) {
+  std::uniform_real_distribution<float> real(0.0f, 1.0f);
+  for (int r = 0; r < grid.height; ++r) {
+    for (int c = 0; c < grid.width; ++c) {
+      append_node(grid.graph);
+      float weight = 0.0f;
+      if (kind == 0 && r >= 2 && r < grid.height - 2) weight = c < 2 ? kTie : c >= grid.width - 2 ? -kTie : 0.0f;
+      if (kind == 1 && random() % 3 == 0) weight = static_cast<float>(static_cast<int>(random() % 200) - 100);
+      if (kind == 2 && random() % 5 == 0) weight = (real(random) - 0.5f) * std::ldexp(1.0f, static_cast<int>(random() % 60));
+      add_terminal_weights(grid.graph, r * grid.width + c, weight > 0 ? weight : 0.0f, weight < 0 ? -weight : 0.0f);
+    }
+  }
+}
+
+// Random, equal, fractional and extreme costs, and infinite ones.
+float cost_of(std::mt19937& random, int kind) {
+  std::uniform_real_distribution<float> real(0.0f, 1.0f);
+  switch (kind) {
+    case 0:
+      return static_cast<float>(random() % 50);
+    case 1:
+      return 1.0f;
+    case 2:
+      return real(random) * 1000.0f;
+    case 3:
+      return random() % 4 == 0 ? 0.0f : std::ldexp(1.0f + real(random), static_cast<int>(random() % 66));
+    default:
+      return random() % 6 == 0 ? std::numeric_limits<float>::infinity() : static_cast<float>(random() % 9);
+  }
+}
+
+TEST(SolveGrid, EndsInTheStateOfTheGeneralSearch) {
+  const unsigned seed = 32031;
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
+  for (int round = 0; round < 6000; ++round) {
+    const int most = round % 20 == 0 ? 40 : 12;
+    const int w = 1 + static_cast<int>(random() % static_cast<unsigned>(most));
+    const int h = 1 + static_cast<int>(random() % static_cast<unsigned>(most));
+    SCOPED_TRACE(testing::Message() << "round " << round << ": " << w << " x " << h);
+    GeneralGrid general(w, h);
+    tie(general, random, round % 3);
+    const bool symmetric = random() % 2 == 0;
+    float last = 0.0f;
+    bool back = false;
+    general.connect([&] {
+      if (!(symmetric && back)) last = cost_of(random, round / 3 % 5);
+      back = !back;
+      return last;
+    });
+    GuardedGrid special(w, h);
+    special.take(general);
+    general.solve();
+    solve_grid(special.grid);
+    expect_same_state(general, special);
+    if (HasFatalFailure()) return;
+  }
+}
+
+void fill_details(std::mt19937& random, int kind, std::vector<int32_t>& a, std::vector<int32_t>& b) {
+  for (size_t i = 0; i < a.size(); ++i) {
+    if (kind == 0) a[i] = static_cast<int32_t>(random() % 60), b[i] = static_cast<int32_t>(random() % 60);
+    if (kind == 1) a[i] = b[i] = 5;
+    if (kind == 2) a[i] = static_cast<int32_t>(random()), b[i] = static_cast<int32_t>(random());
+    if (kind == 3) a[i] = random() % 9 == 0 ? static_cast<int32_t>(random() % 256) : 0;
+  }
+}
+
+TEST(FillGrid, IsTheGraphOfTheGeneralGrid) {
+  const unsigned seed = 32032;
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
+  for (int round = 0; round < 1500; ++round) {
+    const int w = 1 + static_cast<int>(random() % 40), h = 1 + static_cast<int>(random() % 30);
+    const int border = round % 5 == 0 ? static_cast<int>(random() % 9) : 2;
+    SCOPED_TRACE(testing::Message() << "round " << round << ": " << w << " x " << h << " border " << border);
+    const size_t count = static_cast<size_t>(w) * static_cast<size_t>(h);
+    std::vector<int32_t> a(count), b(count);
+    fill_details(random, round % 4, a, b);
+    GeneralGrid general(w, h);
+    build_grid(general.graph, a.data(), b.data(), h, w, border);
+    GuardedGrid expected(w, h), special(w, h);
+    expected.take(general);
+    GuardedBlock<float> rows(static_cast<size_t>(grid_cost_rows * w));
+    fill_grid(special.grid, a.data(), b.data(), border, rows.data());
+    for (size_t i = 0; i < special.nodes.size(); ++i) {
+      for (const Direction d : {down, right, left, up}) ASSERT_EQ(expected.nodes[i].room[d], special.nodes[i].room[d]) << i;
+      ASSERT_EQ(0, special.nodes[i].sink);
+      ASSERT_EQ(grid_free, special.nodes[i].parent);
+    }
+    for (size_t i = 0; i < count; ++i) ASSERT_EQ(expected.terminals[i], special.terminals[i]) << i;
+  }
+}
+
+TEST(SolveGrid, SeamSearchesOfAllKindsEndInTheStateOfTheGeneralSearch) {
+  const unsigned seed = 32033;
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
+  const int sizes[][2] = {{16, 480}, {32, 200}, {64, 120}, {5, 300}, {90, 40}, {16, 33}, {24, 24}, {7, 7}};
+  for (int round = 0; round < 32; ++round) {
+    const int w = sizes[round % 8][0], h = sizes[round % 8][1];
+    SCOPED_TRACE(testing::Message() << "round " << round << ": " << w << " x " << h);
+    const size_t count = static_cast<size_t>(w) * static_cast<size_t>(h);
+    std::vector<int32_t> a(count), b(count);
+    fill_details(random, round / 8, a, b);
+    GeneralGrid general(w, h);
+    build_grid(general.graph, a.data(), b.data(), h, w, 2);
+    GuardedGrid special(w, h);
+    GuardedBlock<float> rows(static_cast<size_t>(grid_cost_rows * w));
+    fill_grid(special.grid, a.data(), b.data(), 2, rows.data());
+    general.solve();
+    solve_grid(special.grid);
+    expect_same_state(general, special);
+    if (HasFatalFailure()) return;
+  }
+}
+
+}  // namespace
+}  // namespace biseam::test

@@ -1,0 +1,394 @@
+#include "biseam/stitcher.hpp"
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "biseam/biseam.h"
+#include "panorama/fixture.hpp"
+#include "support/engine_session.hpp"
+
+namespace biseam {
+namespace {
+
+using test::EngineSession;
+using test::Frame;
+using test::Plane;
+using test::valid_config;
+
+using Planes = std::vector<std::vector<uint8_t>>;
+
+Planes panorama_of(const Frame& frame) { return {frame.luma.bytes(), frame.chroma.bytes()}; }
+
+void blank(Frame& frame) {
+  std::memset(frame.luma.data(), 0x5a, frame.luma.size());
+  std::memset(frame.chroma.data(), 0x5a, frame.chroma.size());
+}
+
+Stitcher make(const StitchConfig& config, const StitcherOptions& options = {}) {
+  Result<Stitcher> made = Stitcher::create(config, options);
+  EXPECT_TRUE(made) << made.error().text();
+  return std::move(*made);
+}
+
+Planes stitch(Stitcher& stitcher, Frame& frame) {
+  blank(frame);
+  const Error error = frame.stitch(stitcher);
+  EXPECT_FALSE(error) << error.text();
+  return panorama_of(frame);
+}
+
+Planes stitch(EngineSession& engine, Frame& frame) {
+  blank(frame);
+  engine.process(frame.luma0.data(), frame.chroma0.data(), frame.luma1.data(), frame.chroma1.data(), frame.luma.data(),
+                 frame.chroma.data());
+  return panorama_of(frame);
+}
+
+struct Variant {
+  const char* name;
+  void (*change)(StitchConfig&);
+};
+
+// Test names hold it instead of the record's bytes.
+void PrintTo(const Variant& variant, std::ostream* out) { *out << variant.name; }
+
+const Variant kVariants[] = {
+    {"plain", [](StitchConfig&) {}},
+    {"format_4", [](StitchConfig& c) { c.in_yuv_type = c.out_yuv_type = 4; }},
+    {"fixed_seam", [](StitchConfig& c) { c.findpath_enable = 0; }},
+    {"turned", [](StitchConfig& c) { c.out_flip[0] = c.out_mirror[0] = 1; }},
+    {"odd_levels",
+     [](StitchConfig& c) {
+       c.trans_width = 2;
+       c.pyr_level = 4;
+     }},
+    {"unscaled_search", [](StitchConfig& c) { c.inv_scale = 1; }},
+    {"least_search",
+     [](StitchConfig& c) {
+       c.findpath_width = 10;
+       c.inv_scale = 2;
+     }},
+    {"no_transition", [](StitchConfig& c) { c.trans_width = 0; }},
+    {"no_plain_part",
+     [](StitchConfig& c) {
+       c.p0 = c.p1 = 20;
+       c.feather = 48;
+       c.trans_width = 16;
+       c.findpath_width = 96;
+     }},
+    {"padded",
+     [](StitchConfig& c) {
+       c.in_luma_stride = c.in_chroma_stride = 131;
+       c.out_luma_stride[0] = 259;
+       c.out_chroma_stride[0] = 262;
+       c.out_flip[0] = c.out_mirror[0] = 1;
+     }},
+    {"padded_format_4",
+     [](StitchConfig& c) {
+       c.in_yuv_type = c.out_yuv_type = 4;
+       c.in_luma_stride = c.in_chroma_stride = 131;
+       c.out_luma_stride[0] = c.out_chroma_stride[0] = 259;
+     }},
+};
+
+class EveryVariant : public testing::TestWithParam<Variant> {
+ protected:
+  EveryVariant() : config_(valid_config()) { GetParam().change(config_); }
+  StitchConfig config_;
+};
+
+TEST_P(EveryVariant, first_frame_equals_the_c_interface) {
+  const unsigned seed = 7;
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
+  Stitcher stitcher = make(config_);
+  EngineSession engine(config_);
+  Frame frame(stitcher.sizes(), random);
+  const Planes inputs = {frame.luma0.bytes(), frame.chroma0.bytes(), frame.luma1.bytes(), frame.chroma1.bytes()};
+  const Planes expected = stitch(engine, frame);
+  EXPECT_EQ(stitch(stitcher, frame), expected);
+  EXPECT_EQ((Planes{frame.luma0.bytes(), frame.chroma0.bytes(), frame.luma1.bytes(), frame.chroma1.bytes()}), inputs);
+}
+
+TEST_P(EveryVariant, bytes_beyond_the_rows_stay) {
+  std::mt19937 random(8);
+  Stitcher stitcher = make(config_);
+  Frame frame(stitcher.sizes(), random);
+  const Planes planes = stitch(stitcher, frame);
+  const int strides[] = {config_.out_luma_stride[0], config_.out_chroma_stride[0]};
+  for (int p = 0; p < 2; ++p) {
+    for (size_t i = 0; i < planes[p].size(); ++i) {
+      if (static_cast<int>(i) % strides[p] >= config_.out_w[0]) {
+        ASSERT_EQ(planes[p][i], 0x5a) << "plane " << p << " byte " << i;
+      }
+    }
+  }
+}
+
+TEST_P(EveryVariant, prints_nothing) {
+  std::mt19937 random(9);
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  {
+    Stitcher stitcher = make(config_);
+    Frame frame(stitcher.sizes(), random);
+    stitch(stitcher, frame);
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_P(EveryVariant, fresh_seam_makes_every_frame_a_first_frame) {
+  std::mt19937 random(10);
+  Stitcher stitcher = make(config_);
+  Frame frames[3] = {{stitcher.sizes(), random}, {stitcher.sizes(), random}, {stitcher.sizes(), random}};
+  for (Frame& frame : frames) {
+    // Chroma rows that 4:2:2 leaves out stay in the engine's bands, which start empty.
+    EngineSession first(config_);
+    EXPECT_EQ(stitch(stitcher, frame), stitch(first, frame));
+  }
+}
+
+TEST_P(EveryVariant, without_fresh_seam_frames_follow_the_c_interface) {
+  std::mt19937 random(11);
+  Stitcher stitcher = make(config_, {.fresh_seam = false});
+  EngineSession engine(config_);
+  Frame frames[3] = {{stitcher.sizes(), random}, {stitcher.sizes(), random}, {stitcher.sizes(), random}};
+  for (Frame& frame : frames) EXPECT_EQ(stitch(stitcher, frame), stitch(engine, frame));
+}
+
+INSTANTIATE_TEST_SUITE_P(variants, EveryVariant, testing::ValuesIn(kVariants),
+                         [](const auto& param) { return std::string(param.param.name); });
+
+std::vector<int32_t> weights_of(const BandView& band) {
+  std::vector<int32_t> weights;
+  for (int y = 0; y < band.height; ++y) {
+    for (int x = 0; x < band.width; ++x) weights.push_back(band.weights[y * band.stride + x * band.step]);
+  }
+  return weights;
+}
+
+TEST(Stitcher, seams_of_earlier_frames_stay_only_without_fresh_seam) {
+  std::mt19937 random(12);
+  const StitchConfig config = valid_config();
+  Stitcher fresh = make(config), kept = make(config, {.fresh_seam = false});
+  Frame frames[3] = {{fresh.sizes(), random}, {fresh.sizes(), random}, {fresh.sizes(), random}};
+  std::vector<int32_t> all(32 * 128);
+  for (Frame& frame : frames) {
+    stitch(fresh, frame);
+    stitch(kept, frame);
+    const std::vector<int32_t> weights = weights_of(fresh.band(0));
+    for (size_t i = 0; i < all.size(); ++i) all[i] = std::max(all[i], weights[i]);
+    EXPECT_EQ(weights_of(kept.band(0)), all);
+  }
+  EXPECT_NE(weights_of(fresh.band(0)), all) << "the frames' seams don't differ";
+}
+
+TEST(Stitcher, band_views_show_the_weights_over_the_panorama) {
+  std::mt19937 random(13);
+  StitchConfig config = valid_config();
+  config.findpath_enable = 0;
+  Stitcher stitcher = make(config);
+  Frame frame(stitcher.sizes(), random);
+  stitch(stitcher, frame);
+  const int first_columns[] = {48, 176};
+  for (int index = 0; index < 2; ++index) {
+    const BandView band = stitcher.band(index);
+    EXPECT_EQ(band.first_column, first_columns[index]);
+    EXPECT_EQ(band.width, 32);
+    EXPECT_EQ(band.height, 128);
+    for (int y = 0; y < band.height; ++y) {
+      for (int x = 0; x < band.width; ++x) {
+        ASSERT_EQ(band.weights[y * band.stride + x * band.step], x < 16 ? 64 : 0) << x << "," << y;
+      }
+    }
+  }
+}
+
+TEST(Stitcher, searched_weights_are_all_or_nothing) {
+  std::mt19937 random(14);
+  Stitcher stitcher = make(valid_config());
+  Frame frame(stitcher.sizes(), random);
+  stitch(stitcher, frame);
+  for (int index = 0; index < 2; ++index) {
+    const BandView band = stitcher.band(index);
+    for (int y = 0; y < band.height; ++y) {
+      for (int x = 0; x < band.width; ++x) {
+        const int32_t weight = band.weights[y * band.stride + x * band.step];
+        ASSERT_TRUE(weight == 0 || weight == 64);
+        ASSERT_TRUE(x >= 8 || weight == 64) << "left of the overlap";
+        ASSERT_TRUE(x < 24 || weight == 0) << "right of the overlap";
+      }
+    }
+  }
+}
+
+TEST(Stitcher, sizes_end_with_the_last_pixel) {
+  StitchConfig config = valid_config();
+  config.in_luma_stride = 130;
+  config.in_chroma_stride = 134;
+  config.out_luma_stride[0] = 300;
+  config.out_chroma_stride[0] = 310;
+  const StitcherSizes sizes = make(config).sizes();
+  EXPECT_EQ(sizes.fisheye_luma, 127u * 130 + 128);
+  EXPECT_EQ(sizes.fisheye_chroma, 63u * 134 + 128);
+  EXPECT_EQ(sizes.panorama_luma, 127u * 300 + 256);
+  EXPECT_EQ(sizes.panorama_chroma, 63u * 310 + 256);
+
+  config.in_yuv_type = config.out_yuv_type = 4;
+  const StitcherSizes full = make(config).sizes();
+  EXPECT_EQ(full.fisheye_chroma, 127u * 134 + 128);
+  EXPECT_EQ(full.panorama_chroma, 127u * 310 + 256);
+
+  EngineMemInfo info;
+  QOR_GetMemSize_BI(&config, &info);
+  BlendConfig settings = {8, 16, 24, 128, 3, 2, 1};
+  BlendMemory blend;
+  GetMemSize(&settings, &blend);
+  EXPECT_EQ(full.working_memory, static_cast<size_t>(info.size) + 2 * size_t{blend.size});
+}
+
+TEST(Stitcher, every_short_buffer_is_refused_and_nothing_is_written) {
+  std::mt19937 random(15);
+  Stitcher stitcher = make(valid_config());
+  Frame frame(stitcher.sizes(), random);
+  const Planes expected = stitch(stitcher, frame);
+  blank(frame);
+  const auto short_of = [](auto plane) { return plane.first(plane.size() - 1); };
+  const std::span<const uint8_t> luma0 = frame.luma0, chroma0 = frame.chroma0, luma1 = frame.luma1, chroma1 = frame.chroma1;
+  const std::span<uint8_t> luma = frame.luma, chroma = frame.chroma;
+  const struct {
+    Error error;
+    const char* text;
+  } refusals[] = {
+      {stitcher.process({short_of(luma0), chroma0}, {luma1, chroma1}, {luma, chroma}),
+       "lens0.luma has 16383 bytes: must be 16384 or more"},
+      {stitcher.process({luma0, short_of(chroma0)}, {luma1, chroma1}, {luma, chroma}),
+       "lens0.chroma has 8191 bytes: must be 8192 or more"},
+      {stitcher.process({luma0, chroma0}, {short_of(luma1), chroma1}, {luma, chroma}),
+       "lens1.luma has 16383 bytes: must be 16384 or more"},
+      {stitcher.process({luma0, chroma0}, {luma1, short_of(chroma1)}, {luma, chroma}),
+       "lens1.chroma has 8191 bytes: must be 8192 or more"},
+      {stitcher.process({luma0, chroma0}, {luma1, chroma1}, {short_of(luma), chroma}),
+       "panorama.luma has 32767 bytes: must be 32768 or more"},
+      {stitcher.process({luma0, chroma0}, {luma1, chroma1}, {luma, short_of(chroma)}),
+       "panorama.chroma has 16383 bytes: must be 16384 or more"},
+      {stitcher.process({}, {}, {}), "lens0.luma has 0 bytes: must be 16384 or more"},
+  };
+  for (const auto& [error, text] : refusals) {
+    EXPECT_EQ(error.code(), ErrorCode::buffer_too_small);
+    EXPECT_STREQ(error.text(), text);
+  }
+  EXPECT_EQ(panorama_of(frame), (Planes{std::vector<uint8_t>(32768, 0x5a), std::vector<uint8_t>(16384, 0x5a)}));
+  EXPECT_EQ(stitch(stitcher, frame), expected);
+}
+
+TEST(Stitcher, planes_need_no_alignment) {
+  std::mt19937 random(16);
+  StitchConfig config = valid_config();
+  config.out_flip[0] = config.out_mirror[0] = 1;
+  Stitcher stitcher = make(config);
+  Frame frame(stitcher.sizes(), random);
+  const Planes expected = stitch(stitcher, frame);
+  Plane luma(frame.luma.size() + 1, uint8_t{0x5a}), chroma(frame.chroma.size() + 1, uint8_t{0x5a});
+  const std::span<uint8_t> odd_luma = std::span<uint8_t>(luma).subspan(1), odd_chroma = std::span<uint8_t>(chroma).subspan(1);
+  const Error error = stitcher.process({frame.luma0, frame.chroma0}, {frame.luma1, frame.chroma1}, {odd_luma, odd_chroma});
+  ASSERT_FALSE(error) << error.text();
+  EXPECT_EQ(std::vector<uint8_t>(odd_luma.begin(), odd_luma.end()), expected[0]);
+  EXPECT_EQ(std::vector<uint8_t>(odd_chroma.begin(), odd_chroma.end()), expected[1]);
+}
+
+TEST(Stitcher, keeps_its_own_configuration) {
+  std::mt19937 random(17);
+  StitchConfig config = valid_config();
+  Stitcher first = make(config);
+  Frame frame(first.sizes(), random);
+  const Planes expected = stitch(first, frame);
+  Stitcher second = make(config);
+  std::memset(&config, 0xff, sizeof config);
+  EXPECT_EQ(stitch(second, frame), expected);
+}
+
+TEST(Stitcher, moves_without_copying_or_losing_its_engine) {
+  std::mt19937 random(18);
+  const StitchConfig config = valid_config();
+  StitchConfig other = config;
+  other.out_flip[0] = 1;
+  Stitcher first = make(config);
+  Frame frame(first.sizes(), random);
+  const Planes expected = stitch(first, frame);
+  const int32_t* weights = first.band(0).weights;
+
+  Stitcher second(std::move(first));
+  EXPECT_EQ(second.band(0).weights, weights);
+  EXPECT_EQ(stitch(second, frame), expected);
+
+  Stitcher third = make(other);
+  const Planes turned = stitch(third, frame);
+  EXPECT_NE(turned, expected);
+  third = std::move(second);
+  EXPECT_EQ(third.band(0).weights, weights);
+  EXPECT_EQ(stitch(third, frame), expected);
+
+  Stitcher empty;
+  empty = std::move(third);
+  EXPECT_EQ(stitch(empty, frame), expected);
+  Stitcher& same = empty;
+  empty = std::move(same);
+  EXPECT_EQ(stitch(empty, frame), expected);
+}
+
+TEST(Stitcher, error_is_false_and_empty_by_default) {
+  const Error none;
+  EXPECT_FALSE(none);
+  EXPECT_EQ(none.code(), ErrorCode::none);
+  EXPECT_STREQ(none.text(), "");
+}
+
+// Whatever the rules and the table check let through is stitched, with planes of exactly the least sizes.
+TEST(Stitcher, random_configurations_are_refused_or_survived) {
+  const unsigned seed = 20240612;
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
+  const auto between = [&](int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); };
+  int survived = 0;
+  for (int i = 0; i < 400; ++i) {
+    StitchConfig config = valid_config(between(0, 1) * 4);
+    config.in_w = between(2, 40) * 2;
+    config.in_h = config.out_h[0] = between(1, 24) * 4;
+    config.out_w[0] = between(1, 50) * 4;
+    config.in_luma_stride = config.in_w + between(0, 3);
+    config.in_chroma_stride = config.in_w + between(0, 3);
+    config.out_luma_stride[0] = config.out_w[0] + between(0, 3);
+    config.out_chroma_stride[0] = config.out_w[0] + between(0, 3);
+    config.out_flip[0] = between(0, 1);
+    config.out_mirror[0] = between(0, 1);
+    config.feather = between(0, 20);
+    config.trans_width = between(0, 6) * 2;
+    config.findpath_width = between(0, 2 * config.feather);
+    config.findpath_enable = between(0, 1);
+    config.pyr_level = between(1, 5);
+    config.inv_scale = static_cast<float>(between(4, 12)) / 4;
+    config.p0 = config.p1 = static_cast<float>(std::min(config.in_w, config.in_h)) / static_cast<float>(between(6, 10));
+    config.cx0 = config.cx1 = static_cast<float>(config.in_w - 1) / 2;
+    config.cy0 = config.cy1 = static_cast<float>(config.in_h - 1) / 2;
+    Result<Stitcher> made = Stitcher::create(config, {.fresh_seam = between(0, 1) == 1});
+    if (!made) {
+      ASSERT_NE(made.error().code(), ErrorCode::out_of_memory) << made.error().text();
+      continue;
+    }
+    Frame frame(made->sizes(), random);
+    stitch(*made, frame);
+    stitch(*made, frame);
+    ++survived;
+  }
+  EXPECT_GT(survived, 40);
+}
+
+}  // namespace
+}  // namespace biseam

@@ -1,0 +1,528 @@
+#include "stages/lens/remap.hpp"
+
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+
+#include <cmath>
+#include <limits>
+
+#include "biseam/biseam.h"
+#include "support/guarded.hpp"
+
+namespace biseam::test {
+namespace {
+
+uint32_t plain_truncate(float value) {
+  if (std::isnan(value) || value <= 0.0f) return 0;
+  return value >= 4294967296.0 ? 0xFFFFFFFFu : static_cast<uint32_t>(static_cast<uint64_t>(value));
+}
+
+uint8_t low_byte(float value) { return static_cast<uint8_t>(plain_truncate(value) & 0xFF); }
+
+uint8_t plain_luma(const ImageHeader& source, float u, float v) {
+  const uint32_t iu = plain_truncate(u), iv = plain_truncate(v);
+  const float fx = u - iu, fy = v - iv;
+  const float p0 = source.planes[0][iv * source.strides[0] + iu];
+  const float p1 = source.planes[0][(iv + 1) * source.strides[0] + iu];
+  return low_byte((fx - fx * fy) * p0 + ((1 - fy) - (fx - fx * fy)) * p0 + (fy - fx * fy) * p1 + (fx * fy) * p1);
+}
+
+uint8_t plain_chroma(const ImageHeader& source, float uc, float vc, int component) {
+  const uint32_t iu = plain_truncate(uc), iv = plain_truncate(vc);
+  const float fx = uc - iu, fy = vc - iv;
+  const auto sample = [&](int dx, int dy) -> float {
+    return source.planes[1][(iv + dy) * source.strides[1] + 2 * (iu + dx) + component];
+  };
+  const float w00 = (1 - fy) - (fx - fx * fy), w10 = fx - fx * fy, w01 = fy - fx * fy, w11 = fx * fy;
+  return low_byte(w00 * sample(0, 0) + w10 * sample(1, 0) + w01 * sample(0, 1) + w11 * sample(1, 1));
+}
+
+// A picture of two planes: chroma pairs of full or half height, a guarded block each.
+struct Picture {
+  Picture(int width, int height, int chroma_rows, int padding)
+      : luma_stride(width + padding),
+        chroma_stride((width + 1) / 2 * 2 + padding),
+        luma(luma_stride * height),
+        chroma(chroma_stride * chroma_rows) {
+    header.width = width;
+    header.height = height;
+    header.planes[0] = luma.data();
+    header.planes[1] = chroma.data();
+    header.strides[0] = luma_stride;
+    header.strides[1] = chroma_stride;
+  }
+
+  void fill(Random& random) {
+    for (std::size_t i = 0; i < luma.bytes(); ++i) luma.data()[i] = static_cast<uint8_t>(random());
+    for (std::size_t i = 0; i < chroma.bytes(); ++i) chroma.data()[i] = static_cast<uint8_t>(random());
+  }
+  bool guards_intact() const { return luma.guards_intact() && chroma.guards_intact(); }
+  uint8_t& luma_at(int x, int y) { return luma.data()[y * luma_stride + x]; }
+  uint8_t& chroma_at(int pair, int component, int y) { return chroma.data()[y * chroma_stride + 2 * pair + component]; }
+
+  int luma_stride, chroma_stride;
+  Guarded<uint8_t> luma, chroma;
+  ImageHeader header{};
+};
+
+bool same_bytes(Picture& a, Picture& b) {
+  return std::memcmp(a.luma.data(), b.luma.data(), a.luma.bytes()) == 0 &&
+         std::memcmp(a.chroma.data(), b.chroma.data(), a.chroma.bytes()) == 0;
+}
+
+// One region, pixel by pixel, into planes that lie inside destination.
+void plain_region(const float* table, int table_width, int table_column, const ImageHeader& source,
+                  const ImageHeader& destination, int destination_column, int count, int first_row, int end_row, int y_factor) {
+  for (int y = first_row; y < end_row; y += 2) {
+    for (int row = y; row <= y + 1 && row < destination.height; ++row) {
+      for (int k = 0; k < count; ++k) {
+        const float* entry = table + 2 * (row * table_width + table_column + k);
+        destination.planes[0][row * destination.strides[0] + destination_column + k] = plain_luma(source, entry[0], entry[1]);
+      }
+    }
+    if (y / y_factor >= destination.height / y_factor) continue;
+    for (int j = 0; j < count / 2; ++j) {
+      const float* entry = table + 2 * (y * table_width + table_column / 2 * 2 + 2 * j);
+      uint8_t* pair = destination.planes[1] + y / y_factor * destination.strides[1] + destination_column / 2 * 2 + 2 * j;
+      for (int c = 0; c < 2; ++c) pair[c] = plain_chroma(source, entry[0] / 2.0f, entry[1] / static_cast<float>(y_factor), c);
+    }
+  }
+}
+
+// Entries inside a picture of width x height with room for the neighbours; now and then a negative one or none at all.
+std::vector<float> random_table(Random& random, int entries, int width, int height) {
+  std::vector<float> table(2 * entries);
+  for (int i = 0; i < 2 * entries; ++i) {
+    const float most = static_cast<float>((i % 2 == 0 ? width : height) - 4);
+    const int kind = pick(random, 0, 19);
+    table[i] = kind == 0                 ? pick(random, -4.0f, 0.0f)
+               : kind == 1               ? static_cast<float>(pick(random, 0, static_cast<int>(most)))
+               : kind == 2 && i % 7 == 0 ? std::numeric_limits<float>::quiet_NaN()
+                                         : pick(random, 0.0f, most);
+  }
+  return table;
+}
+
+TEST(RemapYpoint, RandomRegionsEqualThePlainFormula) {
+  const unsigned seed = 20601;
+  SCOPED_TRACE(testing::Message() << "seed " << seed);
+  Random random(seed);
+  for (int round = 0; round < 400; ++round) {
+    const int y_factor = pick(random, 1, 2), height = pick(random, 1, 14), table_width = pick(random, 1, 40);
+    const int table_column = pick(random, 0, table_width - 1), count = pick(random, 0, table_width - table_column);
+    const int column = pick(random, 0, 9), width = column + count + pick(random, 0, 6);
+    const int first_row = pick(random, 0, height - 1), end_row = pick(random, 0, height + 3);
+    Picture source(23, 18, 18, 3), expected(width, height, height / y_factor, 2), result(width, height, height / y_factor, 2);
+    source.fill(random);
+    const auto table = exact_copy(random_table(random, table_width * height, 23, 18));
+    plain_region(table.get(), table_width, table_column, source.header, expected.header, column, count, first_row, end_row,
+                 y_factor);
+    remap_ypoint(table.get(), table_width, table_column, &source.header, &result.header, column, count, first_row, end_row, 2,
+                 y_factor);
+    ASSERT_TRUE(same_bytes(expected, result)) << "round " << round;
+    ASSERT_TRUE(result.guards_intact()) << "round " << round;
+  }
+}
+
+// A table, a source and a destination of one entry pattern, for the cases below.
+class RemapCase : public testing::Test {
+ protected:
+  static constexpr int kWidth = 6, kHeight = 4;
+
+  RemapCase() {
+    Random random(20602);
+    source.fill(random);
+  }
+
+  void fill_table(float u, float v) {
+    table.resize(2 * kWidth * kHeight);
+    for (std::size_t i = 0; i < table.size(); i += 2) {
+      table[i] = u;
+      table[i + 1] = v;
+    }
+  }
+  void remap(Picture& destination, int count, int first_row, int end_row, int y_factor) {
+    const auto entries = exact_copy(table);
+    remap_ypoint(entries.get(), kWidth, 0, &source.header, &destination.header, 0, count, first_row, end_row, 2, y_factor);
+    EXPECT_TRUE(destination.guards_intact());
+  }
+
+  std::vector<float> table;
+  Picture source{20, 16, 16, 1};
+  Picture half{kWidth, kHeight, kHeight / 2, 1}, full{kWidth, kHeight, kHeight, 1};
+};
+
+TEST_F(RemapCase, IntegralCoordinatesCopyThePixel) {
+  fill_table(6.0f, 8.0f);
+  remap(half, kWidth, 0, kHeight, 2);
+  for (int y = 0; y < kHeight; ++y) {
+    for (int x = 0; x < kWidth; ++x) EXPECT_EQ(half.luma_at(x, y), source.luma_at(6, 8));
+  }
+  for (int pair = 0; pair < kWidth / 2; ++pair) {
+    EXPECT_EQ(half.chroma_at(pair, 0, 1), source.chroma_at(3, 0, 4));
+    EXPECT_EQ(half.chroma_at(pair, 1, 1), source.chroma_at(3, 1, 4));
+  }
+}
+
+TEST_F(RemapCase, HalfColumnLeavesLumaUnmixed) {
+  fill_table(6.5f, 8.0f);
+  remap(half, kWidth, 0, kHeight, 2);
+  EXPECT_EQ(half.luma_at(2, 2), source.luma_at(6, 8));
+}
+
+TEST_F(RemapCase, HalfChromaColumnMixesBothNeighbours) {
+  fill_table(7.0f, 8.0f);  // 3.5 chroma samples
+  remap(half, kWidth, 0, kHeight, 2);
+  for (int component = 0; component < 2; ++component) {
+    const int sum = source.chroma_at(3, component, 4) + source.chroma_at(4, component, 4);
+    EXPECT_EQ(half.chroma_at(0, component, 0), sum / 2);
+  }
+}
+
+TEST_F(RemapCase, LumaMixesWithThePixelBelow) {
+  fill_table(6.0f, 8.25f);
+  source.luma_at(6, 8) = 100;
+  source.luma_at(6, 9) = 200;
+  remap(half, kWidth, 0, kHeight, 2);
+  EXPECT_EQ(half.luma_at(0, 0), 125);
+}
+
+TEST_F(RemapCase, NegativeCoordinateReadsZeroAndKeepsItsFraction) {
+  fill_table(0.0f, -0.5f);
+  source.luma_at(0, 0) = 100;
+  source.luma_at(0, 1) = 40;
+  remap(half, kWidth, 0, kHeight, 2);
+  EXPECT_EQ(half.luma_at(0, 0), 130);  // 1.5 * 100 - 0.5 * 40
+}
+
+TEST_F(RemapCase, ValueBelowZeroIsStoredAsZero) {
+  fill_table(0.0f, -0.5f);
+  source.luma_at(0, 0) = 10;
+  source.luma_at(0, 1) = 250;
+  remap(half, kWidth, 0, kHeight, 2);
+  EXPECT_EQ(half.luma_at(0, 0), 0);
+}
+
+TEST_F(RemapCase, ValueAboveAByteKeepsItsLowByte) {
+  fill_table(0.0f, -0.5f);
+  source.luma_at(0, 0) = 250;
+  source.luma_at(0, 1) = 10;
+  remap(half, kWidth, 0, kHeight, 2);
+  EXPECT_EQ(half.luma_at(0, 0), (375 - 5) & 0xFF);
+}
+
+TEST_F(RemapCase, NanCoordinateReadsPositionZeroAndStoresZero) {
+  fill_table(std::numeric_limits<float>::quiet_NaN(), 3.0f);
+  remap(half, kWidth, 0, kHeight, 2);
+  EXPECT_EQ(half.luma_at(0, 0), 0);
+  EXPECT_EQ(half.chroma_at(0, 0, 0), 0);
+}
+
+TEST_F(RemapCase, OneColumnWritesLumaAndNoChroma) {
+  fill_table(6.0f, 8.0f);
+  remap(half, 1, 0, kHeight, 2);
+  for (int y = 0; y < kHeight; ++y) {
+    EXPECT_EQ(half.luma_at(0, y), source.luma_at(6, 8));
+    EXPECT_TRUE(half.luma.untouched(y * half.luma_stride + 1, (y + 1) * half.luma_stride));
+  }
+  EXPECT_TRUE(half.chroma.untouched(0, half.chroma.bytes()));
+}
+
+TEST_F(RemapCase, NoColumnsWriteNothing) {
+  fill_table(6.0f, 8.0f);
+  for (const int count : {0, -1, -7}) remap(half, count, 0, kHeight, 2);
+  EXPECT_TRUE(half.luma.untouched(0, half.luma.bytes()));
+  EXPECT_TRUE(half.chroma.untouched(0, half.chroma.bytes()));
+}
+
+TEST_F(RemapCase, SecondRowIsWrittenThoughItIsTheEndRow) {
+  fill_table(6.0f, 8.0f);
+  remap(half, kWidth, 0, 1, 2);
+  EXPECT_EQ(half.luma_at(0, 1), source.luma_at(6, 8));
+  EXPECT_TRUE(half.luma.untouched(2 * half.luma_stride, half.luma.bytes()));
+  EXPECT_TRUE(half.chroma.untouched(half.chroma_stride, half.chroma.bytes()));
+}
+
+TEST_F(RemapCase, FullHeightChromaGetsEverySecondRow) {
+  fill_table(6.0f, 8.0f);
+  remap(full, kWidth, 0, kHeight, 1);
+  for (int y = 0; y < kHeight; ++y) {
+    if (y % 2 == 0) {
+      EXPECT_EQ(full.chroma_at(0, 0, y), source.chroma_at(3, 0, 8)) << y;
+    } else {
+      EXPECT_TRUE(full.chroma.untouched(y * full.chroma_stride, (y + 1) * full.chroma_stride)) << y;
+    }
+  }
+}
+
+TEST_F(RemapCase, RowsPastTheDestinationAreNeitherReadNorWritten) {
+  for (const int height : {3, 1}) {
+    SCOPED_TRACE(height);
+    fill_table(6.0f, 8.0f);
+    table.resize(2 * kWidth * height);
+    Picture destination(kWidth, height, height / 2, 0);
+    remap(destination, kWidth, 0, kHeight + 3, 2);
+    EXPECT_EQ(destination.luma_at(kWidth - 1, height - 1), source.luma_at(6, 8));
+  }
+}
+
+TEST_F(RemapCase, RowsAndColumnsBeforeTheTableAreNeitherReadNorWritten) {
+  fill_table(6.0f, 8.0f);
+  const auto entries = exact_copy(table);
+  remap_ypoint(entries.get(), kWidth, -3, &source.header, &half.header, 0, kWidth, -4, kHeight, 2, 2);
+  EXPECT_TRUE(half.guards_intact());
+  for (int y = 0; y < kHeight; ++y) {
+    EXPECT_TRUE(half.luma.untouched(y * half.luma_stride, y * half.luma_stride + 3));
+    EXPECT_EQ(half.luma_at(3, y), source.luma_at(6, 8));
+  }
+  EXPECT_TRUE(half.chroma.untouched(0, 2));
+  EXPECT_EQ(half.chroma_at(1, 0, 0), source.chroma_at(3, 0, 4));
+}
+
+TEST_F(RemapCase, ColumnsPastTheTableAreNeitherReadNorWritten) {
+  fill_table(6.0f, 8.0f);
+  const auto entries = exact_copy(table);
+  remap_ypoint(entries.get(), kWidth, 4, &source.header, &half.header, 0, kWidth, 0, kHeight, 2, 2);
+  EXPECT_TRUE(half.guards_intact());
+  EXPECT_EQ(half.luma_at(1, 3), source.luma_at(6, 8));
+  EXPECT_TRUE(half.luma.untouched(3 * half.luma_stride + 2, half.luma.bytes()));
+  EXPECT_TRUE(half.chroma.untouched(2, half.chroma_stride));
+}
+
+TEST_F(RemapCase, ZeroChromaFactorWritesNoChroma) {
+  fill_table(6.0f, 8.0f);
+  remap(half, kWidth, 0, kHeight, 0);
+  EXPECT_EQ(half.luma_at(0, 0), source.luma_at(6, 8));
+  EXPECT_TRUE(half.chroma.untouched(0, half.chroma.bytes()));
+}
+
+TEST_F(RemapCase, OddColumnsRoundDownToChromaPairs) {
+  fill_table(6.0f, 8.0f);
+  table[2 * 2] = 10.0f;  // entry 2 is the pair of table column 3
+  const auto entries = exact_copy(table);
+  remap_ypoint(entries.get(), kWidth, 3, &source.header, &half.header, 1, 2, 0, 2, 2, 2);
+  EXPECT_EQ(half.chroma_at(0, 0, 0), source.chroma_at(5, 0, 4));
+  EXPECT_TRUE(half.chroma.untouched(2, half.chroma.bytes()));
+}
+
+TEST(RemapYpoint, SourcesPastTwoGigabytesAreAddressed) {
+  if (sizeof(void*) < 8) GTEST_SKIP() << "needs 64-bit addresses";
+  const int stride = 1 << 20, rows = 2600;
+  const std::size_t bytes = static_cast<std::size_t>(stride) * rows;
+  void* block = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (block == MAP_FAILED) GTEST_SKIP() << "no address space";
+  uint8_t* plane = static_cast<uint8_t*>(block);
+  plane[std::size_t{2500} * stride + 7] = 201;
+  plane[std::size_t{2500} * stride + 6] = 99;
+  ImageHeader source{};
+  source.planes[0] = source.planes[1] = plane;
+  source.strides[0] = source.strides[1] = stride;
+  const float table[] = {7.0f, 2500.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f};
+  Picture destination(2, 2, 2, 0);
+  remap_ypoint(table, 2, 0, &source, &destination.header, 0, 2, 0, 2, 2, 1);
+  EXPECT_EQ(destination.luma_at(0, 0), 201);
+  EXPECT_EQ(destination.luma_at(1, 0), 0);
+  EXPECT_EQ(destination.chroma_at(0, 0, 0), 49);  // 3.5 samples: half of byte 6 and half of byte 8
+  munmap(block, bytes);
+}
+
+// Wide enough for whole vectors, with entries near each other and far apart on both sides of the limits of 32-bit offsets.
+TEST(RemapYpoint, WideRowsOfSourcesPastFourGigabytesAreAddressed) {
+  if (sizeof(void*) < 8) GTEST_SKIP() << "needs 64-bit addresses";
+  constexpr int stride = 1 << 21, count = 96;
+  const std::size_t bytes = std::size_t{stride} * 2100;
+  void* block = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (block == MAP_FAILED) GTEST_SKIP() << "no address space";
+  uint8_t* plane = static_cast<uint8_t*>(block);
+  ImageHeader source{};
+  source.planes[0] = source.planes[1] = plane;
+  source.strides[0] = source.strides[1] = stride;
+  Random random(20606);
+  std::vector<float> table(4 * count);
+  const auto address = [&](const float* entry) {
+    return plane + std::size_t{stride} * static_cast<std::size_t>(entry[1]) + static_cast<std::size_t>(entry[0]);
+  };
+  for (int k = 0; k < 2 * count; ++k) {
+    static constexpr int rows[] = {0, 510, 1022, 1023, 2046, 2090};
+    const bool near = k % 64 < 32;
+    table[2 * k] = static_cast<float>(stride - 2048 + 2 * (near ? k % 8 : pick(random, 0, 1000)));
+    table[2 * k + 1] = static_cast<float>(rows[k / 32] + (near ? k % 4 : 0));
+    for (int i = 0; i < 2; ++i) address(&table[2 * k])[i] = static_cast<uint8_t>(random());
+  }
+  Picture expected(count, 2, 2, 0), result(count, 2, 2, 0);
+  for (int x = 0; x < count; ++x) {
+    for (int y = 0; y < 2; ++y) expected.luma_at(x, y) = *address(&table[2 * (y * count + x)]);
+    expected.chroma_at(x / 2, x % 2, 0) = address(&table[2 * (x / 2 * 2)])[x % 2];
+  }
+  remap_ypoint(table.data(), count, 0, &source, &result.header, 0, count, 0, 2, 2, 1);
+  EXPECT_TRUE(same_bytes(expected, result));
+  munmap(block, bytes);
+}
+
+// The records of a panorama of one strip each: columns, bands and rows drawn at random.
+struct Strip {
+  Strip(Random& random, int format, bool middle)
+      : rows(pick(random, 1, 12)),
+        y_factor(format < 4 ? 2 : 1),
+        plain(pick(random, 0, 30)),
+        band(pick(random, 1, 12)),
+        pano_column(pick(random, 0, 11)),
+        table_width(plain + band + (middle ? band : 0)),
+        source(30, 26, 26, 2),
+        pano(pano_column + plain + 3, rows, rows / y_factor, 1),
+        band0(band, rows, rows / y_factor, 0),
+        band1(band, rows, rows / y_factor, 0),
+        table(exact_copy(random_table(random, table_width * rows, 30, 26))) {
+    source.fill(random);
+    args.table = table.get();
+    args.source = source.header;
+    args.pano = pano.header;
+    args.band0 = band0.header;
+    args.plain_width = plain;
+    args.pano_column = pano_column;
+    args.first_row = 0;
+    args.end_row = rows;
+    args.format = format;
+    if (middle) args.band1 = band1.header;
+  }
+
+  // The plain formula for one region of this strip.
+  void expect_region(Picture& destination, int table_column, int column, int count) {
+    plain_region(table.get(), table_width, table_column, source.header, destination.header, column, count, args.first_row,
+                 args.end_row, y_factor);
+  }
+
+  int rows, y_factor, plain, band, pano_column, table_width;
+  Picture source, pano, band0, band1;
+  std::unique_ptr<float[]> table;
+  RemapThreadArgs args{};
+};
+
+TEST(RemapSrc0MainPht, FillsThePlainPartAndTheBand) {
+  const unsigned seed = 20603;
+  SCOPED_TRACE(testing::Message() << "seed " << seed);
+  Random random(seed);
+  for (int round = 0; round < 100; ++round) {
+    Strip strip(random, round % 6, false);
+    const bool left = round % 2 == 0;  // plain part first, or band first
+    strip.args.plain_column = left ? 0 : strip.band;
+    strip.args.band0_column = left ? strip.plain : 0;
+    Picture pano = strip.pano, band = strip.band0;
+    pano.header.planes[0] = pano.luma.data(), pano.header.planes[1] = pano.chroma.data();
+    band.header.planes[0] = band.luma.data(), band.header.planes[1] = band.chroma.data();
+    strip.expect_region(pano, strip.args.plain_column, strip.pano_column, strip.plain);
+    strip.expect_region(band, strip.args.band0_column, 0, strip.band);
+    EXPECT_EQ(remap_src0_main_pht(&strip.args), nullptr);
+    ASSERT_TRUE(same_bytes(strip.pano, pano)) << "round " << round;
+    ASSERT_TRUE(same_bytes(strip.band0, band)) << "round " << round;
+    ASSERT_TRUE(strip.pano.guards_intact() && strip.band0.guards_intact()) << "round " << round;
+  }
+}
+
+TEST(RemapSrc1MainPht, FillsBothBandsAndThePlainPart) {
+  const unsigned seed = 20604;
+  SCOPED_TRACE(testing::Message() << "seed " << seed);
+  Random random(seed);
+  for (int round = 0; round < 100; ++round) {
+    Strip strip(random, round % 6, true);
+    strip.args.plain_column = strip.band;
+    strip.args.band0_column = 0;
+    strip.args.band1_column = strip.band + strip.plain;
+    Picture pano = strip.pano, first = strip.band0, second = strip.band1;
+    for (Picture* picture : {&pano, &first, &second}) {
+      picture->header.planes[0] = picture->luma.data(), picture->header.planes[1] = picture->chroma.data();
+    }
+    strip.expect_region(first, 0, 0, strip.band);
+    strip.expect_region(pano, strip.band, strip.pano_column, strip.plain);
+    strip.expect_region(second, strip.band + strip.plain, 0, strip.band);
+    EXPECT_EQ(remap_src1_main_pht(&strip.args), nullptr);
+    ASSERT_TRUE(same_bytes(strip.pano, pano)) << "round " << round;
+    ASSERT_TRUE(same_bytes(strip.band0, first)) << "round " << round;
+    ASSERT_TRUE(same_bytes(strip.band1, second)) << "round " << round;
+    ASSERT_TRUE(strip.pano.guards_intact() && strip.band0.guards_intact() && strip.band1.guards_intact());
+  }
+}
+
+TEST(RemapSrc1MainPht, TwoHalvesEqualTheWhole) {
+  Random random(20605), same(20605);
+  Strip whole(random, 0, true), halves(same, 0, true);
+  for (Strip* strip : {&whole, &halves}) {
+    strip->args.plain_column = strip->band;
+    strip->args.band1_column = strip->band + strip->plain;
+  }
+  const int middle = whole.rows / 4 * 2;
+  ASSERT_GT(middle, 0);
+  remap_src1_main_pht(&whole.args);
+  halves.args.end_row = middle;
+  remap_src1_main_pht(&halves.args);
+  halves.args.first_row = middle;
+  halves.args.end_row = whole.rows;
+  remap_src1_main_pht(&halves.args);
+  EXPECT_TRUE(same_bytes(whole.pano, halves.pano));
+  EXPECT_TRUE(same_bytes(whole.band0, halves.band0));
+  EXPECT_TRUE(same_bytes(whole.band1, halves.band1));
+}
+
+std::vector<RemapRegion> regions;
+void note_region(const RemapRegion& region) { regions.push_back(region); }
+
+RemapThreadArgs numbered_args() {
+  RemapThreadArgs args{};
+  args.band0.width = 8;
+  args.band1.width = 10;
+  args.plain_width = 100;
+  args.plain_column = 1;
+  args.band0_column = 2;
+  args.band1_column = 3;
+  args.pano_column = 4;
+  args.first_row = 6;
+  args.end_row = 20;
+  return args;
+}
+
+void expect_region(const RemapRegion& region, const RemapThreadArgs& args, const ImageHeader& destination, int table_width,
+                   int table_column, int column, int count) {
+  EXPECT_EQ(region.table, args.table);
+  EXPECT_EQ(region.source, &args.source);
+  EXPECT_EQ(region.destination, &destination);
+  EXPECT_EQ(region.table_width, table_width);
+  EXPECT_EQ(region.table_column, table_column);
+  EXPECT_EQ(region.destination_column, column);
+  EXPECT_EQ(region.count, count);
+  EXPECT_EQ(region.first_row, 6);
+  EXPECT_EQ(region.end_row, 20);
+  EXPECT_EQ(region.chroma_x_factor, 2);
+}
+
+TEST(RemapEdgeStrip, HandsPlainPartThenBandToTheGivenSampler) {
+  regions.clear();
+  const RemapThreadArgs args = numbered_args();
+  remap_edge_strip(args, note_region);
+  ASSERT_EQ(regions.size(), 2u);
+  expect_region(regions[0], args, args.pano, 108, 1, 4, 100);
+  expect_region(regions[1], args, args.band0, 108, 2, 0, 8);
+}
+
+TEST(RemapMiddleStrip, HandsBandPlainPartAndBandToTheGivenSampler) {
+  regions.clear();
+  const RemapThreadArgs args = numbered_args();
+  remap_middle_strip(args, note_region);
+  ASSERT_EQ(regions.size(), 3u);
+  expect_region(regions[0], args, args.band0, 118, 2, 0, 8);
+  expect_region(regions[1], args, args.pano, 118, 1, 4, 100);
+  expect_region(regions[2], args, args.band1, 118, 3, 0, 10);
+}
+
+TEST(RemapMiddleStrip, FormatsBelowFourHalveTheChromaRows) {
+  for (int format = 0; format < 8; ++format) {
+    regions.clear();
+    RemapThreadArgs args = numbered_args();
+    args.format = format;
+    remap_middle_strip(args, note_region);
+    remap_edge_strip(args, note_region);
+    for (const RemapRegion& region : regions) EXPECT_EQ(region.chroma_y_factor, format < 4 ? 2 : 1) << format;
+  }
+}
+
+}  // namespace
+}  // namespace biseam::test
