@@ -82,25 +82,25 @@ const auto& yuv422_versions(const uint8_t*) noexcept { return kYuv422RowToByteRg
 
 // The definitions.
 
-void scalar::yuv420_rows_to_integer_rgb(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma, int32_t* rgb0,
-                                        int32_t* rgb1, int pairs) noexcept {
+void yuv420_rows_to_integer_rgb_scalar(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma, int32_t* rgb0,
+                                       int32_t* rgb1, int pairs) noexcept {
   convert_420(luma0, luma1, chroma, rgb0, rgb1, pairs);
 }
 
-void scalar::yuv420_rows_to_byte_rgb(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma, uint8_t* rgb0,
-                                     uint8_t* rgb1, int pairs) noexcept {
+void yuv420_rows_to_byte_rgb_scalar(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma, uint8_t* rgb0,
+                                    uint8_t* rgb1, int pairs) noexcept {
   convert_420(luma0, luma1, chroma, rgb0, rgb1, pairs);
 }
 
-void scalar::yuv422_row_to_integer_rgb(const uint8_t* luma, const uint8_t* chroma, int32_t* rgb, int pairs) noexcept {
+void yuv422_row_to_integer_rgb_scalar(const uint8_t* luma, const uint8_t* chroma, int32_t* rgb, int pairs) noexcept {
   convert_422(luma, chroma, rgb, pairs);
 }
 
-void scalar::yuv422_row_to_byte_rgb(const uint8_t* luma, const uint8_t* chroma, uint8_t* rgb, int pairs) noexcept {
+void yuv422_row_to_byte_rgb_scalar(const uint8_t* luma, const uint8_t* chroma, uint8_t* rgb, int pairs) noexcept {
   convert_422(luma, chroma, rgb, pairs);
 }
 
-void scalar::rgb_row_to_luma(const int32_t* rgb, uint8_t* luma, int count) noexcept {
+void rgb_row_to_luma_scalar(const int32_t* rgb, uint8_t* luma, int count) noexcept {
   for (int i = 0; i < count; ++i) {
     const int32_t* p = rgb + 3 * i;
     luma[i] = to_byte(0.299 * (p[0] >> kFractionBits) + 0.587 * (p[1] >> kFractionBits) + 0.114 * (p[2] >> kFractionBits));
@@ -116,7 +116,7 @@ ChromaPair chroma422_of(const int32_t* p0, const int32_t* p1) noexcept {
   return chroma_of(mean_of_two(p0[0], p1[0]), mean_of_two(p0[1], p1[1]), mean_of_two(p0[2], p1[2]));
 }
 
-void scalar::rgb_rows_to_chroma420(const int32_t* rgb0, const int32_t* rgb1, uint8_t* chroma, int pairs) noexcept {
+void rgb_rows_to_chroma420_scalar(const int32_t* rgb0, const int32_t* rgb1, uint8_t* chroma, int pairs) noexcept {
   for (int i = 0; i < pairs; ++i) {
     const ChromaPair pair = chroma420_of(rgb0 + 6 * i, rgb0 + 6 * i + 3, rgb1 + 6 * i, rgb1 + 6 * i + 3);
     chroma[2 * i] = pair.u;
@@ -124,7 +124,7 @@ void scalar::rgb_rows_to_chroma420(const int32_t* rgb0, const int32_t* rgb1, uin
   }
 }
 
-void scalar::rgb_row_to_chroma422(const int32_t* rgb, uint8_t* chroma, int pairs) noexcept {
+void rgb_row_to_chroma422_scalar(const int32_t* rgb, uint8_t* chroma, int pairs) noexcept {
   for (int i = 0; i < pairs; ++i) {
     const ChromaPair pair = chroma422_of(rgb + 6 * i, rgb + 6 * i + 3);
     chroma[2 * i] = pair.u;

@@ -16,57 +16,40 @@ using RgbRowToLuma = void(const int32_t* rgb, uint8_t* luma, int count) noexcept
 using RgbRowsToChroma420 = void(const int32_t* rgb0, const int32_t* rgb1, uint8_t* chroma, int pairs) noexcept;
 using RgbRowToChroma422 = void(const int32_t* rgb, uint8_t* chroma, int pairs) noexcept;
 
-namespace scalar {
-Yuv420RowsToRgb<int32_t> yuv420_rows_to_integer_rgb;
-Yuv420RowsToRgb<uint8_t> yuv420_rows_to_byte_rgb;
-Yuv422RowToRgb<int32_t> yuv422_row_to_integer_rgb;
-Yuv422RowToRgb<uint8_t> yuv422_row_to_byte_rgb;
-RgbRowToLuma rgb_row_to_luma;
-RgbRowsToChroma420 rgb_rows_to_chroma420;
-RgbRowToChroma422 rgb_row_to_chroma422;
-}  // namespace scalar
+Yuv420RowsToRgb<int32_t> yuv420_rows_to_integer_rgb_scalar, yuv420_rows_to_integer_rgb_neon, yuv420_rows_to_integer_rgb_avx2,
+    yuv420_rows_to_integer_rgb_avx512;
+Yuv420RowsToRgb<uint8_t> yuv420_rows_to_byte_rgb_scalar, yuv420_rows_to_byte_rgb_neon, yuv420_rows_to_byte_rgb_avx2,
+    yuv420_rows_to_byte_rgb_avx512;
+Yuv422RowToRgb<int32_t> yuv422_row_to_integer_rgb_scalar, yuv422_row_to_integer_rgb_neon, yuv422_row_to_integer_rgb_avx2,
+    yuv422_row_to_integer_rgb_avx512;
+Yuv422RowToRgb<uint8_t> yuv422_row_to_byte_rgb_scalar, yuv422_row_to_byte_rgb_neon, yuv422_row_to_byte_rgb_avx2,
+    yuv422_row_to_byte_rgb_avx512;
+RgbRowToLuma rgb_row_to_luma_scalar, rgb_row_to_luma_neon, rgb_row_to_luma_avx2, rgb_row_to_luma_avx512;
+RgbRowsToChroma420 rgb_rows_to_chroma420_scalar, rgb_rows_to_chroma420_neon, rgb_rows_to_chroma420_avx2,
+    rgb_rows_to_chroma420_avx512;
+RgbRowToChroma422 rgb_row_to_chroma422_scalar, rgb_row_to_chroma422_neon, rgb_row_to_chroma422_avx2,
+    rgb_row_to_chroma422_avx512;
 
-namespace neon {
-Yuv420RowsToRgb<int32_t> yuv420_rows_to_integer_rgb;
-Yuv420RowsToRgb<uint8_t> yuv420_rows_to_byte_rgb;
-Yuv422RowToRgb<int32_t> yuv422_row_to_integer_rgb;
-Yuv422RowToRgb<uint8_t> yuv422_row_to_byte_rgb;
-RgbRowToLuma rgb_row_to_luma;
-RgbRowsToChroma420 rgb_rows_to_chroma420;
-RgbRowToChroma422 rgb_row_to_chroma422;
-}  // namespace neon
-
-namespace avx2 {
-Yuv420RowsToRgb<int32_t> yuv420_rows_to_integer_rgb;
-Yuv420RowsToRgb<uint8_t> yuv420_rows_to_byte_rgb;
-Yuv422RowToRgb<int32_t> yuv422_row_to_integer_rgb;
-Yuv422RowToRgb<uint8_t> yuv422_row_to_byte_rgb;
-RgbRowToLuma rgb_row_to_luma;
-RgbRowsToChroma420 rgb_rows_to_chroma420;
-RgbRowToChroma422 rgb_row_to_chroma422;
-}  // namespace avx2
-
-namespace avx512 {
-Yuv420RowsToRgb<int32_t> yuv420_rows_to_integer_rgb;
-Yuv420RowsToRgb<uint8_t> yuv420_rows_to_byte_rgb;
-Yuv422RowToRgb<int32_t> yuv422_row_to_integer_rgb;
-Yuv422RowToRgb<uint8_t> yuv422_row_to_byte_rgb;
-RgbRowToLuma rgb_row_to_luma;
-RgbRowsToChroma420 rgb_rows_to_chroma420;
-RgbRowToChroma422 rgb_row_to_chroma422;
-}  // namespace avx512
-
-#define BISEAM_ROW_VERSIONS(name) \
-  { scalar::name, BISEAM_ON_ARM(neon::name), BISEAM_ON_X86_64(avx2::name), BISEAM_ON_X86_64(avx512::name) }
-
-inline constexpr Variants<Yuv420RowsToRgb<int32_t>> kYuv420RowsToIntegerRgb = BISEAM_ROW_VERSIONS(yuv420_rows_to_integer_rgb);
-inline constexpr Variants<Yuv420RowsToRgb<uint8_t>> kYuv420RowsToByteRgb = BISEAM_ROW_VERSIONS(yuv420_rows_to_byte_rgb);
-inline constexpr Variants<Yuv422RowToRgb<int32_t>> kYuv422RowToIntegerRgb = BISEAM_ROW_VERSIONS(yuv422_row_to_integer_rgb);
-inline constexpr Variants<Yuv422RowToRgb<uint8_t>> kYuv422RowToByteRgb = BISEAM_ROW_VERSIONS(yuv422_row_to_byte_rgb);
-inline constexpr Variants<RgbRowToLuma> kRgbRowToLuma = BISEAM_ROW_VERSIONS(rgb_row_to_luma);
-inline constexpr Variants<RgbRowsToChroma420> kRgbRowsToChroma420 = BISEAM_ROW_VERSIONS(rgb_rows_to_chroma420);
-inline constexpr Variants<RgbRowToChroma422> kRgbRowToChroma422 = BISEAM_ROW_VERSIONS(rgb_row_to_chroma422);
-
-#undef BISEAM_ROW_VERSIONS
+inline constexpr Variants<Yuv420RowsToRgb<int32_t>> kYuv420RowsToIntegerRgb{
+    yuv420_rows_to_integer_rgb_scalar, BISEAM_ON_ARM(yuv420_rows_to_integer_rgb_neon),
+    BISEAM_ON_X86_64(yuv420_rows_to_integer_rgb_avx2), BISEAM_ON_X86_64(yuv420_rows_to_integer_rgb_avx512)};
+inline constexpr Variants<Yuv420RowsToRgb<uint8_t>> kYuv420RowsToByteRgb{
+    yuv420_rows_to_byte_rgb_scalar, BISEAM_ON_ARM(yuv420_rows_to_byte_rgb_neon), BISEAM_ON_X86_64(yuv420_rows_to_byte_rgb_avx2),
+    BISEAM_ON_X86_64(yuv420_rows_to_byte_rgb_avx512)};
+inline constexpr Variants<Yuv422RowToRgb<int32_t>> kYuv422RowToIntegerRgb{
+    yuv422_row_to_integer_rgb_scalar, BISEAM_ON_ARM(yuv422_row_to_integer_rgb_neon),
+    BISEAM_ON_X86_64(yuv422_row_to_integer_rgb_avx2), BISEAM_ON_X86_64(yuv422_row_to_integer_rgb_avx512)};
+inline constexpr Variants<Yuv422RowToRgb<uint8_t>> kYuv422RowToByteRgb{
+    yuv422_row_to_byte_rgb_scalar, BISEAM_ON_ARM(yuv422_row_to_byte_rgb_neon), BISEAM_ON_X86_64(yuv422_row_to_byte_rgb_avx2),
+    BISEAM_ON_X86_64(yuv422_row_to_byte_rgb_avx512)};
+inline constexpr Variants<RgbRowToLuma> kRgbRowToLuma{rgb_row_to_luma_scalar, BISEAM_ON_ARM(rgb_row_to_luma_neon),
+                                                      BISEAM_ON_X86_64(rgb_row_to_luma_avx2),
+                                                      BISEAM_ON_X86_64(rgb_row_to_luma_avx512)};
+inline constexpr Variants<RgbRowsToChroma420> kRgbRowsToChroma420{
+    rgb_rows_to_chroma420_scalar, BISEAM_ON_ARM(rgb_rows_to_chroma420_neon), BISEAM_ON_X86_64(rgb_rows_to_chroma420_avx2),
+    BISEAM_ON_X86_64(rgb_rows_to_chroma420_avx512)};
+inline constexpr Variants<RgbRowToChroma422> kRgbRowToChroma422{
+    rgb_row_to_chroma422_scalar, BISEAM_ON_ARM(rgb_row_to_chroma422_neon), BISEAM_ON_X86_64(rgb_row_to_chroma422_avx2),
+    BISEAM_ON_X86_64(rgb_row_to_chroma422_avx512)};
 
 }  // namespace biseam

@@ -100,25 +100,25 @@ BISEAM_AVX2 inline void convert_422(const uint8_t* luma, const uint8_t* chroma, 
 
 }  // namespace
 
-BISEAM_AVX2 void avx2::yuv420_rows_to_integer_rgb(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma,
-                                                  int32_t* rgb0, int32_t* rgb1, int pairs) noexcept {
-  if (pairs < kPairs) return scalar::yuv420_rows_to_integer_rgb(luma0, luma1, chroma, rgb0, rgb1, pairs);
+BISEAM_AVX2 void yuv420_rows_to_integer_rgb_avx2(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma,
+                                                 int32_t* rgb0, int32_t* rgb1, int pairs) noexcept {
+  if (pairs < kPairs) return yuv420_rows_to_integer_rgb_scalar(luma0, luma1, chroma, rgb0, rgb1, pairs);
   convert_420(luma0, luma1, chroma, rgb0, rgb1, pairs);
 }
 
-BISEAM_AVX2 void avx2::yuv420_rows_to_byte_rgb(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma, uint8_t* rgb0,
-                                               uint8_t* rgb1, int pairs) noexcept {
-  if (pairs < kPairs) return scalar::yuv420_rows_to_byte_rgb(luma0, luma1, chroma, rgb0, rgb1, pairs);
+BISEAM_AVX2 void yuv420_rows_to_byte_rgb_avx2(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma, uint8_t* rgb0,
+                                              uint8_t* rgb1, int pairs) noexcept {
+  if (pairs < kPairs) return yuv420_rows_to_byte_rgb_scalar(luma0, luma1, chroma, rgb0, rgb1, pairs);
   convert_420(luma0, luma1, chroma, rgb0, rgb1, pairs);
 }
 
-BISEAM_AVX2 void avx2::yuv422_row_to_integer_rgb(const uint8_t* luma, const uint8_t* chroma, int32_t* rgb, int pairs) noexcept {
-  if (pairs < kPairs) return scalar::yuv422_row_to_integer_rgb(luma, chroma, rgb, pairs);
+BISEAM_AVX2 void yuv422_row_to_integer_rgb_avx2(const uint8_t* luma, const uint8_t* chroma, int32_t* rgb, int pairs) noexcept {
+  if (pairs < kPairs) return yuv422_row_to_integer_rgb_scalar(luma, chroma, rgb, pairs);
   convert_422(luma, chroma, rgb, pairs);
 }
 
-BISEAM_AVX2 void avx2::yuv422_row_to_byte_rgb(const uint8_t* luma, const uint8_t* chroma, uint8_t* rgb, int pairs) noexcept {
-  if (pairs < kPairs) return scalar::yuv422_row_to_byte_rgb(luma, chroma, rgb, pairs);
+BISEAM_AVX2 void yuv422_row_to_byte_rgb_avx2(const uint8_t* luma, const uint8_t* chroma, uint8_t* rgb, int pairs) noexcept {
+  if (pairs < kPairs) return yuv422_row_to_byte_rgb_scalar(luma, chroma, rgb, pairs);
   convert_422(luma, chroma, rgb, pairs);
 }
 

@@ -75,7 +75,7 @@ BISEAM_AVX2 inline void luma_block(const int32_t* rgb, uint8_t* luma) noexcept {
   const Samples a = load(rgb), b = load(rgb + 12);
   const __m256i beyond =
       _mm256_or_si256(_mm256_or_si256(excess(a.first, a.middle), excess(a.last, b.first)), excess(b.middle, b.last));
-  if (!_mm256_testz_si256(beyond, beyond)) return scalar::rgb_row_to_luma(rgb, luma, kPixels);
+  if (!_mm256_testz_si256(beyond, beyond)) return rgb_row_to_luma_scalar(rgb, luma, kPixels);
   const __m256i sums = _mm256_packus_epi32(luma_sums(a), luma_sums(b));
   const __m256i quotients =
       _mm256_srli_epi16(_mm256_mulhi_epu16(sums, _mm256_set1_epi16(static_cast<int16_t>(kLumaReciprocal))), kLumaShift);
@@ -110,8 +110,8 @@ BISEAM_AVX2 inline bool chroma_block(const Samples& samples_a, const Samples& sa
 
 }  // namespace
 
-BISEAM_AVX2 void avx2::rgb_row_to_luma(const int32_t* rgb, uint8_t* luma, int count) noexcept {
-  if (count < kPixels) return scalar::rgb_row_to_luma(rgb, luma, count);
+BISEAM_AVX2 void rgb_row_to_luma_avx2(const int32_t* rgb, uint8_t* luma, int count) noexcept {
+  if (count < kPixels) return rgb_row_to_luma_scalar(rgb, luma, count);
   // The last block goes back to where it is whole.
   for (int next = 0; next < count; next += kPixels) {
     const int i = next + kPixels <= count ? next : count - kPixels;
@@ -119,25 +119,25 @@ BISEAM_AVX2 void avx2::rgb_row_to_luma(const int32_t* rgb, uint8_t* luma, int co
   }
 }
 
-BISEAM_AVX2 void avx2::rgb_rows_to_chroma420(const int32_t* rgb0, const int32_t* rgb1, uint8_t* chroma, int pairs) noexcept {
-  if (pairs < kPairs) return scalar::rgb_rows_to_chroma420(rgb0, rgb1, chroma, pairs);
+BISEAM_AVX2 void rgb_rows_to_chroma420_avx2(const int32_t* rgb0, const int32_t* rgb1, uint8_t* chroma, int pairs) noexcept {
+  if (pairs < kPairs) return rgb_rows_to_chroma420_scalar(rgb0, rgb1, chroma, pairs);
   for (int next = 0; next < pairs; next += kPairs) {
     const int i = next + kPairs <= pairs ? next : pairs - kPairs;
     const int32_t *p0 = rgb0 + 6 * i, *p1 = rgb1 + 6 * i;
     uint8_t* out = chroma + 2 * i;
     if (!chroma_block<1>(load_sum(p0, p1), load_sum(p0 + 12, p1 + 12), out)) {
-      scalar::rgb_rows_to_chroma420(p0, p1, out, kPairs);
+      rgb_rows_to_chroma420_scalar(p0, p1, out, kPairs);
     }
   }
 }
 
-BISEAM_AVX2 void avx2::rgb_row_to_chroma422(const int32_t* rgb, uint8_t* chroma, int pairs) noexcept {
-  if (pairs < kPairs) return scalar::rgb_row_to_chroma422(rgb, chroma, pairs);
+BISEAM_AVX2 void rgb_row_to_chroma422_avx2(const int32_t* rgb, uint8_t* chroma, int pairs) noexcept {
+  if (pairs < kPairs) return rgb_row_to_chroma422_scalar(rgb, chroma, pairs);
   for (int next = 0; next < pairs; next += kPairs) {
     const int i = next + kPairs <= pairs ? next : pairs - kPairs;
     const int32_t* p = rgb + 6 * i;
     uint8_t* out = chroma + 2 * i;
-    if (!chroma_block<2>(load(p), load(p + 12), out)) scalar::rgb_row_to_chroma422(p, out, kPairs);
+    if (!chroma_block<2>(load(p), load(p + 12), out)) rgb_row_to_chroma422_scalar(p, out, kPairs);
   }
 }
 

@@ -72,7 +72,7 @@ BISEAM_AVX512 inline __m512i factors(int16_t even, int16_t odd) noexcept {
 BISEAM_AVX512 inline void luma_block(const int32_t* rgb, uint8_t* luma) noexcept {
   const __m512i a = load(rgb), b = load(rgb + 16), c = load(rgb + 32);
   if (any_excess(_mm512_or_si512(_mm512_or_si512(raised(a), raised(b)), raised(c)))) {
-    return scalar::rgb_row_to_luma(rgb, luma, kPixels);
+    return rgb_row_to_luma_scalar(rgb, luma, kPixels);
   }
   const __m512i front = whole(a, b), back = whole(c, c);
   const __m512i red_green = _mm512_permutex2var_epi16(front, _mm512_load_si512(kPixelOrder.red_green), back);
@@ -123,8 +123,8 @@ BISEAM_AVX512 inline bool chroma_block(__m512i a, __m512i b, uint8_t* chroma) no
 
 }  // namespace
 
-BISEAM_AVX512 void avx512::rgb_row_to_luma(const int32_t* rgb, uint8_t* luma, int count) noexcept {
-  if (count < kPixels) return scalar::rgb_row_to_luma(rgb, luma, count);
+BISEAM_AVX512 void rgb_row_to_luma_avx512(const int32_t* rgb, uint8_t* luma, int count) noexcept {
+  if (count < kPixels) return rgb_row_to_luma_scalar(rgb, luma, count);
   // The last block goes back to where it is whole.
   for (int next = 0; next < count; next += kPixels) {
     const int i = next + kPixels <= count ? next : count - kPixels;
@@ -132,26 +132,25 @@ BISEAM_AVX512 void avx512::rgb_row_to_luma(const int32_t* rgb, uint8_t* luma, in
   }
 }
 
-BISEAM_AVX512 void avx512::rgb_rows_to_chroma420(const int32_t* rgb0, const int32_t* rgb1, uint8_t* chroma,
-                                                 int pairs) noexcept {
-  if (pairs < kPairs) return scalar::rgb_rows_to_chroma420(rgb0, rgb1, chroma, pairs);
+BISEAM_AVX512 void rgb_rows_to_chroma420_avx512(const int32_t* rgb0, const int32_t* rgb1, uint8_t* chroma, int pairs) noexcept {
+  if (pairs < kPairs) return rgb_rows_to_chroma420_scalar(rgb0, rgb1, chroma, pairs);
   for (int next = 0; next < pairs; next += kPairs) {
     const int i = next + kPairs <= pairs ? next : pairs - kPairs;
     const int32_t *p0 = rgb0 + 6 * i, *p1 = rgb1 + 6 * i;
     uint8_t* out = chroma + 2 * i;
     if (!chroma_block<1>(sums_of_four(p0, p1), sums_of_four(p0 + 24, p1 + 24), out)) {
-      scalar::rgb_rows_to_chroma420(p0, p1, out, kPairs);
+      rgb_rows_to_chroma420_scalar(p0, p1, out, kPairs);
     }
   }
 }
 
-BISEAM_AVX512 void avx512::rgb_row_to_chroma422(const int32_t* rgb, uint8_t* chroma, int pairs) noexcept {
-  if (pairs < kPairs) return scalar::rgb_row_to_chroma422(rgb, chroma, pairs);
+BISEAM_AVX512 void rgb_row_to_chroma422_avx512(const int32_t* rgb, uint8_t* chroma, int pairs) noexcept {
+  if (pairs < kPairs) return rgb_row_to_chroma422_scalar(rgb, chroma, pairs);
   for (int next = 0; next < pairs; next += kPairs) {
     const int i = next + kPairs <= pairs ? next : pairs - kPairs;
     const int32_t* p = rgb + 6 * i;
     uint8_t* out = chroma + 2 * i;
-    if (!chroma_block<2>(sums_of_two(p), sums_of_two(p + 24), out)) scalar::rgb_row_to_chroma422(p, out, kPairs);
+    if (!chroma_block<2>(sums_of_two(p), sums_of_two(p + 24), out)) rgb_row_to_chroma422_scalar(p, out, kPairs);
   }
 }
 

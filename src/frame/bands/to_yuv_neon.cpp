@@ -86,14 +86,14 @@ BISEAM_NEON inline bool chroma_block(const int32x4x3_t& a, const int32x4x3_t& b,
 
 BISEAM_NEON inline void luma_block(const int32_t* rgb, uint8_t* luma) noexcept {
   const int32x4x3_t a = vld3q_s32(rgb), b = vld3q_s32(rgb + 12);
-  if (any_excess(a, b)) return scalar::rgb_row_to_luma(rgb, luma, kPixels);
+  if (any_excess(a, b)) return rgb_row_to_luma_scalar(rgb, luma, kPixels);
   vst1_u8(luma, vqmovn_u16(vcombine_u16(luma_of(a), luma_of(b))));
 }
 
 }  // namespace
 
-BISEAM_NEON void neon::rgb_row_to_luma(const int32_t* rgb, uint8_t* luma, int count) noexcept {
-  if (count < kPixels) return scalar::rgb_row_to_luma(rgb, luma, count);
+BISEAM_NEON void rgb_row_to_luma_neon(const int32_t* rgb, uint8_t* luma, int count) noexcept {
+  if (count < kPixels) return rgb_row_to_luma_scalar(rgb, luma, count);
   // The last block goes back to where it is whole.
   for (int next = 0; next < count; next += kPixels) {
     const int i = next + kPixels <= count ? next : count - kPixels;
@@ -101,25 +101,25 @@ BISEAM_NEON void neon::rgb_row_to_luma(const int32_t* rgb, uint8_t* luma, int co
   }
 }
 
-BISEAM_NEON void neon::rgb_rows_to_chroma420(const int32_t* rgb0, const int32_t* rgb1, uint8_t* chroma, int pairs) noexcept {
-  if (pairs < kPairs) return scalar::rgb_rows_to_chroma420(rgb0, rgb1, chroma, pairs);
+BISEAM_NEON void rgb_rows_to_chroma420_neon(const int32_t* rgb0, const int32_t* rgb1, uint8_t* chroma, int pairs) noexcept {
+  if (pairs < kPairs) return rgb_rows_to_chroma420_scalar(rgb0, rgb1, chroma, pairs);
   for (int next = 0; next < pairs; next += kPairs) {
     const int i = next + kPairs <= pairs ? next : pairs - kPairs;
     const int32_t *p0 = rgb0 + 6 * i, *p1 = rgb1 + 6 * i;
     uint8_t* out = chroma + 2 * i;
     if (!chroma_block<1>(sums_of_four(p0, p1), sums_of_four(p0 + 24, p1 + 24), out)) {
-      scalar::rgb_rows_to_chroma420(p0, p1, out, kPairs);
+      rgb_rows_to_chroma420_scalar(p0, p1, out, kPairs);
     }
   }
 }
 
-BISEAM_NEON void neon::rgb_row_to_chroma422(const int32_t* rgb, uint8_t* chroma, int pairs) noexcept {
-  if (pairs < kPairs) return scalar::rgb_row_to_chroma422(rgb, chroma, pairs);
+BISEAM_NEON void rgb_row_to_chroma422_neon(const int32_t* rgb, uint8_t* chroma, int pairs) noexcept {
+  if (pairs < kPairs) return rgb_row_to_chroma422_scalar(rgb, chroma, pairs);
   for (int next = 0; next < pairs; next += kPairs) {
     const int i = next + kPairs <= pairs ? next : pairs - kPairs;
     const int32_t* p = rgb + 6 * i;
     uint8_t* out = chroma + 2 * i;
-    if (!chroma_block<2>(sums_of_two(p), sums_of_two(p + 24), out)) scalar::rgb_row_to_chroma422(p, out, kPairs);
+    if (!chroma_block<2>(sums_of_two(p), sums_of_two(p + 24), out)) rgb_row_to_chroma422_scalar(p, out, kPairs);
   }
 }
 

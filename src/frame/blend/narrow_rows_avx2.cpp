@@ -2,7 +2,7 @@
 
 #if defined(BISEAM_X86_64)
 
-#include "base/x86_intrinsics.hpp"
+#include "base/intrinsics.hpp"
 #include "frame/blend/narrow_kernels.hpp"
 
 namespace biseam {

@@ -59,8 +59,8 @@ void mirror(ReverseRow<Element>* reverse, Element* plane, int width, int stride,
 
 constinit const Variants<SwapRows> kSwapRows = loop_versions<swap_apart, SwapRows>;
 
-void scalar::reverse_bytes(uint8_t* row, int width) noexcept { reverse_elements(row, width); }
-void scalar::reverse_pairs(PlanePair* row, int width) noexcept { reverse_elements(row, width); }
+void reverse_bytes_scalar(uint8_t* row, int width) noexcept { reverse_elements(row, width); }
+void reverse_pairs_scalar(PlanePair* row, int width) noexcept { reverse_elements(row, width); }
 
 void flip_plane(uint8_t* plane, int width, int stride, int height) noexcept { flip(plane, width, stride, height); }
 void flip_plane(PlanePair* plane, int width, int stride, int height) noexcept { flip(plane, width, stride, height); }

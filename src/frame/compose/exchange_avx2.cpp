@@ -32,16 +32,16 @@ BISEAM_AVX2 inline ptrdiff_t reverse_ends(uint8_t* row, ptrdiff_t bytes, __m128i
 
 }  // namespace
 
-BISEAM_AVX2 void avx2::reverse_bytes(uint8_t* row, int width) noexcept {
+BISEAM_AVX2 void reverse_bytes_avx2(uint8_t* row, int width) noexcept {
   const __m128i order = _mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
   const ptrdiff_t done = reverse_ends(row, width, order);
-  scalar::reverse_bytes(row + done, static_cast<int>(width - 2 * done));
+  reverse_bytes_scalar(row + done, static_cast<int>(width - 2 * done));
 }
 
-BISEAM_AVX2 void avx2::reverse_pairs(PlanePair* row, int width) noexcept {
+BISEAM_AVX2 void reverse_pairs_avx2(PlanePair* row, int width) noexcept {
   const __m128i order = _mm_setr_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1);
   const ptrdiff_t done = reverse_ends(reinterpret_cast<uint8_t*>(row), ptrdiff_t{2} * width, order) / 2;
-  scalar::reverse_pairs(row + done, static_cast<int>(width - 2 * done));
+  reverse_pairs_scalar(row + done, static_cast<int>(width - 2 * done));
 }
 
 }  // namespace biseam

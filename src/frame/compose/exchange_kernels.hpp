@@ -14,25 +14,13 @@ using SwapRows = void(uint8_t* upper, uint8_t* lower, std::ptrdiff_t bytes) noex
 template <class Element>
 using ReverseRow = void(Element* row, int width) noexcept;
 
-namespace scalar {
-ReverseRow<uint8_t> reverse_bytes;
-ReverseRow<PlanePair> reverse_pairs;
-}  // namespace scalar
-
-namespace neon {
-ReverseRow<uint8_t> reverse_bytes;
-ReverseRow<PlanePair> reverse_pairs;
-}  // namespace neon
-
-namespace avx2 {
-ReverseRow<uint8_t> reverse_bytes;
-ReverseRow<PlanePair> reverse_pairs;
-}  // namespace avx2
+ReverseRow<uint8_t> reverse_bytes_scalar, reverse_bytes_neon, reverse_bytes_avx2;
+ReverseRow<PlanePair> reverse_pairs_scalar, reverse_pairs_neon, reverse_pairs_avx2;
 
 extern const Variants<SwapRows> kSwapRows;
-inline constexpr Variants<ReverseRow<uint8_t>> kReverseBytes{scalar::reverse_bytes, BISEAM_ON_ARM(neon::reverse_bytes),
-                                                             BISEAM_ON_X86_64(avx2::reverse_bytes)};
-inline constexpr Variants<ReverseRow<PlanePair>> kReversePairs{scalar::reverse_pairs, BISEAM_ON_ARM(neon::reverse_pairs),
-                                                               BISEAM_ON_X86_64(avx2::reverse_pairs)};
+inline constexpr Variants<ReverseRow<uint8_t>> kReverseBytes{reverse_bytes_scalar, BISEAM_ON_ARM(reverse_bytes_neon),
+                                                             BISEAM_ON_X86_64(reverse_bytes_avx2)};
+inline constexpr Variants<ReverseRow<PlanePair>> kReversePairs{reverse_pairs_scalar, BISEAM_ON_ARM(reverse_pairs_neon),
+                                                               BISEAM_ON_X86_64(reverse_pairs_avx2)};
 
 }  // namespace biseam

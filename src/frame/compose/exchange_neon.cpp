@@ -37,14 +37,14 @@ BISEAM_NEON inline int reverse_ends(Element* row, int width) noexcept {
 
 }  // namespace
 
-BISEAM_NEON void neon::reverse_bytes(uint8_t* row, int width) noexcept {
+BISEAM_NEON void reverse_bytes_neon(uint8_t* row, int width) noexcept {
   const int done = reverse_ends(row, width);
-  scalar::reverse_bytes(row + done, width - done - done);
+  reverse_bytes_scalar(row + done, width - done - done);
 }
 
-BISEAM_NEON void neon::reverse_pairs(PlanePair* row, int width) noexcept {
+BISEAM_NEON void reverse_pairs_neon(PlanePair* row, int width) noexcept {
   const int done = reverse_ends(row, width);
-  scalar::reverse_pairs(row + done, width - done - done);
+  reverse_pairs_scalar(row + done, width - done - done);
 }
 
 }  // namespace biseam

@@ -4,7 +4,7 @@
 
 #if defined(BISEAM_X86_64)
 
-#include "base/x86_intrinsics.hpp"
+#include "base/intrinsics.hpp"
 
 #define BISEAM_STEP [[gnu::always_inline]] BISEAM_AVX512 inline
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "base/x86_intrinsics.hpp"
+#include "base/intrinsics.hpp"
 #include "frame/tables/lens_row_kernels.hpp"
 #include "frame/tables/lens_row_tables.hpp"
 

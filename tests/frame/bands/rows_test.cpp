@@ -206,7 +206,7 @@ TEST(RowsThatOverlap, LumaAndChromaOverTheirOwnPixels) {
   auto* bytes = reinterpret_cast<uint8_t*>(want.data());
   for (int i = 0; i < 200; ++i) {
     const int32_t pixel[3] = {want[size_t(3 * i)], want[size_t(3 * i + 1)], want[size_t(3 * i + 2)]};
-    scalar::rgb_row_to_luma(pixel, bytes + i, 1);
+    rgb_row_to_luma_scalar(pixel, bytes + i, 1);
   }
   rgb_row_to_luma(got.data(), reinterpret_cast<uint8_t*>(got.data()), 200);
   EXPECT_EQ(want, got);
