@@ -4,15 +4,15 @@
 #include <cstdint>
 
 #include "base/variants.hpp"
+#include "stages/seam/detail.hpp"
 
 // Row kernels of the detail images of the seam search, in their versions.
 namespace biseam {
 
-// Taps of the detail's mean, and samples that a mean reaches to either side.
-inline constexpr int kDetailTaps = 11;
+// Samples that a detail's mean reaches to either side.
 inline constexpr int kDetailReach = kDetailTaps / 2;
 
-// gray[x] = (76 R + 150 G + 30 B) >> 8 in wrapping 32-bit arithmetic, pixels of three samples.
+// gray[x] = gray_of pixel x, pixels of three samples.
 using GrayRow = void(const int32_t* pixels, int32_t* gray, ptrdiff_t count) noexcept;
 
 // means[x] = sum of tap * samples[x + j] over the taps j / totals[x]; reads count + kDetailTaps - 1 samples.

@@ -5,13 +5,8 @@ namespace biseam {
 
 namespace {
 
-// BT.601 luma in 1/256.
 BISEAM_LOOP void gray_row(const int32_t* pixels, int32_t* gray, ptrdiff_t count) noexcept {
-  for (ptrdiff_t x = 0; x < count; ++x) {
-    const uint32_t sum = 76u * static_cast<uint32_t>(pixels[3 * x]) + 150u * static_cast<uint32_t>(pixels[3 * x + 1]) +
-                         30u * static_cast<uint32_t>(pixels[3 * x + 2]);
-    gray[x] = static_cast<int32_t>(sum) >> 8;
-  }
+  for (ptrdiff_t x = 0; x < count; ++x) gray[x] = gray_of(pixels[3 * x], pixels[3 * x + 1], pixels[3 * x + 2]);
 }
 
 // Taps in their order: every sum is rounded on its own.

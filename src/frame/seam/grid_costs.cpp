@@ -32,37 +32,35 @@ void add_up_differences(const int32_t* a, const int32_t* b, int64_t start, int64
 }
 
 // In rows of the frame all edges are dear, in others those at columns before left and from right on.
-void add_frame_costs(float* costs, int32_t count, bool row_in_frame, int32_t left, int32_t right) {
-  const int32_t first_end = row_in_frame ? count : std::clamp(left, 0, count);
-  for (int32_t c = 0; c < first_end; ++c) costs[c] += kFrameCost;
-  for (int32_t c = std::max(first_end, right); c < count; ++c) costs[c] += kFrameCost;
+void add_frame_costs(float* costs, int32_t count, bool row_in_frame, int64_t left, int64_t right) {
+  const int64_t first_end = row_in_frame ? count : std::clamp<int64_t>(left, 0, count);
+  for (int64_t c = 0; c < first_end; ++c) costs[c] += kFrameCost;
+  for (int64_t c = std::max(first_end, right); c < count; ++c) costs[c] += kFrameCost;
 }
 
 void store_row(GridNode* nodes, const Rows& rows, int32_t width) {
   for (int32_t c = 0; c < width; ++c) {
     nodes[c] = GridNode{};
-    nodes[c].room[down] = rows.down[c];
-    nodes[c].room[right] = rows.right[c];
-    nodes[c].room[left] = c > 0 ? rows.right[c - 1] : 0.0f;
-    nodes[c].room[up] = rows.down_above[c];
+    nodes[c].room[kDown] = rows.down[c];
+    nodes[c].room[kRight] = rows.right[c];
+    nodes[c].room[kLeft] = c > 0 ? rows.right[c - 1] : 0.0f;
+    nodes[c].room[kUp] = rows.down_above[c];
   }
 }
 
-// What the ties of columns between the borders come to: as much from the source as to the sink.
-void fill_terminals(float* terminals, int32_t width, int32_t border, bool tied) {
+void fill_terminals(float* terminals, int32_t width, const GridFrame& frame, int32_t r) {
   for (int32_t c = 0; c < width; ++c) {
-    const float from_source = tied && c < int64_t{width} - border ? kTie : 0.0f;
-    const float to_sink = tied && c >= border ? kTie : 0.0f;
-    terminals[c] = from_source - to_sink;
+    const Ties ties = ties_at(frame, r, c);
+    terminals[c] = ties.from_source - ties.to_sink;
   }
 }
 
 }  // namespace
 
 void fill_grid(const Grid& grid, const int32_t* a, const int32_t* b, int32_t border, float* memory) noexcept {
-  const int32_t width = grid.width;
-  const int32_t height = grid.height;
+  const int32_t width = grid.width, height = grid.height;
   const int64_t count = int64_t{height} * width;
+  const GridFrame frame = frame_of(height, width, border);
   Rows rows{memory, memory + width, memory + 2 * ptrdiff_t{width}, memory + 3 * ptrdiff_t{width},
             memory + 4 * ptrdiff_t{width}};
   std::fill_n(grid.nodes, width, GridNode{});
@@ -70,19 +68,19 @@ void fill_grid(const Grid& grid, const int32_t* a, const int32_t* b, int32_t bor
   std::fill_n(rows.down_above, width, 0.0f);
   add_up_differences(a, b, 0, width, count, rows.differences);
   for (int32_t r = 0; r < height; ++r) {
-    const bool in_frame = r < border || r >= height - border;
+    const bool in_frame = frame.holds_row(r);
     kCostRow.best()(rows.differences, rows.differences + 1, rows.right, width - 1);
-    add_frame_costs(rows.right, width - 1, in_frame, border, width - border - 1);
+    add_frame_costs(rows.right, width - 1, in_frame, frame.left, frame.right - 1);
     rows.right[width - 1] = 0.0f;
     if (r + 1 < height) {
       add_up_differences(a, b, (int64_t{r} + 1) * width, width, count, rows.differences_below);
       kCostRow.best()(rows.differences_below, rows.differences, rows.down, width);
-      add_frame_costs(rows.down, width, r < border || r >= height - border - 1, border, width - border);
+      add_frame_costs(rows.down, width, in_frame || frame.holds_row(int64_t{r} + 1), frame.left, frame.right);
     } else {
       std::fill_n(rows.down, width, 0.0f);
     }
     store_row(&grid.at(int64_t{r} * width), rows, width);
-    fill_terminals(grid.terminals + int64_t{r} * width, width, border, !in_frame);
+    fill_terminals(grid.terminals + int64_t{r} * width, width, frame, r);
     std::swap(rows.down, rows.down_above);
     std::swap(rows.differences, rows.differences_below);
   }

@@ -6,8 +6,8 @@
 
 namespace biseam {
 
-// build_grid for a Grid: writes nodes and terminals.  rows: scratch of grid_cost_rows * width floats.
-inline constexpr int32_t grid_cost_rows = 5;
+// build_grid for a Grid: writes nodes and terminals.  rows: scratch of kGridCostRows * width floats.
+inline constexpr int32_t kGridCostRows = 5;
 void fill_grid(const Grid& grid, const int32_t* a, const int32_t* b, int32_t border, float* rows) noexcept;
 
 }  // namespace biseam

@@ -1,94 +1,35 @@
 #include "frame/seam/grid_flow.hpp"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
-#include <cstddef>
+
+#include "frame/seam/grid_search.hpp"
 
 namespace biseam {
 
 namespace {
 
-struct Search {
-  explicit Search(const Grid& grid)
-      : base(reinterpret_cast<char*>(grid.nodes)),
-        terminals(grid.terminals - grid.width),
-        ring(grid.active),
-        ring_end(grid.active + int64_t{grid.height} * grid.width + 1),
-        first(grid.active),
-        last(grid.active),
-        orphans(grid.orphans),
-        orphans_end(grid.orphans),
-        row(static_cast<ptrdiff_t>(grid.width) * ptrdiff_t{sizeof(GridNode)}) {}
-
-  char* base;
-  float* terminals;  // of the first node of the block
-  uint32_t *ring, *ring_end, *first, *last;
-  uint32_t *orphans, *orphans_end;
-  ptrdiff_t row;
-  int32_t time = 0;
-
-  GridNode* node(uint32_t place) const noexcept { return reinterpret_cast<GridNode*>(base + place); }
-  uint32_t place(const GridNode* n) const noexcept { return static_cast<uint32_t>(reinterpret_cast<const char*>(n) - base); }
-  float& terminal(const GridNode* n) const noexcept { return terminals[place(n) / sizeof(GridNode)]; }
-  template <Direction d>
-  GridNode* neighbour(GridNode* n) const noexcept {
-    constexpr ptrdiff_t one = sizeof(GridNode);
-    const ptrdiff_t step = d == down ? row : d == right ? one : d == left ? -one : -row;
-    return reinterpret_cast<GridNode*>(reinterpret_cast<char*>(n) + step);
-  }
-};
-
-void append_active(Search& s, GridNode* n) noexcept {
-  if (n->queued != 0) return;
-  n->queued = 1;
-  *s.last++ = s.place(n);
-  if (s.last == s.ring_end) s.last = s.ring;
-}
-
-void remove_first_active(Search& s) noexcept {
-  s.node(*s.first)->queued = 0;
-  if (++s.first == s.ring_end) s.first = s.ring;
-}
-
-void push_orphan(Search& s, GridNode* n) noexcept {
-  n->parent = grid_orphan;
-  *s.orphans_end++ = s.place(n);
-}
-
-// Room is +0 where there is none: it never falls below zero, and a difference of equals is +0.
-bool is_full(const GridNode* n, Direction d) noexcept { return std::bit_cast<uint32_t>(n->room[d]) == 0; }
-
-bool has_parent(const GridNode* n) noexcept { return n->parent > grid_orphan; }
-
-void plant_roots(Search& s, const Grid& grid) noexcept {
+void plant_roots(GridSearch& s, const Grid& grid) noexcept {
   for (int64_t i = 0; i < int64_t{grid.height} * grid.width; ++i) {
     GridNode* const n = &grid.at(i);
     const float terminal = grid.terminals[i];
     n->time_stamp = 0;
-    n->parent = grid_free;
+    n->parent = kGridFree;
     n->queued = 0;
     if (terminal == 0.0f) continue;
-    n->parent = grid_root;
+    n->parent = kGridRoot;
     n->distance = 1;
     n->sink = terminal < 0.0f;
     append_active(s, n);
   }
 }
 
-void hang(const Search& s, GridNode* child, const GridNode* parent, Direction to_parent) noexcept {
-  child->parent = s.place(parent);
-  child->to_parent = to_parent;
-  child->time_stamp = parent->time_stamp;
-  child->distance = parent->distance + 1;
-}
-
 // Looks from node n of a tree in one direction.  True: the neighbour is of the other tree and can be reached.
 template <bool sink, Direction d>
-bool grow_towards(Search& s, GridNode* n) noexcept {
+bool grow_towards(GridSearch& s, GridNode* n) noexcept {
   GridNode* const other = s.neighbour<d>(n);
   if (sink ? is_full(other, opposite(d)) : is_full(n, d)) return false;
-  if (other->parent == grid_free) {
+  if (other->parent == kGridFree) {
     other->sink = sink;
     hang(s, other, n, opposite(d));
     append_active(s, other);
@@ -100,15 +41,15 @@ bool grow_towards(Search& s, GridNode* n) noexcept {
   return false;
 }
 
-constexpr int no_bridge = 4;
+constexpr int kNoBridge = 4;
 
 template <bool sink>
-int grow(Search& s, GridNode* n) noexcept {
-  if (grow_towards<sink, down>(s, n)) return down;
-  if (grow_towards<sink, right>(s, n)) return right;
-  if (grow_towards<sink, left>(s, n)) return left;
-  if (grow_towards<sink, up>(s, n)) return up;
-  return no_bridge;
+int grow(GridSearch& s, GridNode* n) noexcept {
+  if (grow_towards<sink, kDown>(s, n)) return kDown;
+  if (grow_towards<sink, kRight>(s, n)) return kRight;
+  if (grow_towards<sink, kLeft>(s, n)) return kLeft;
+  if (grow_towards<sink, kUp>(s, n)) return kUp;
+  return kNoBridge;
 }
 
 // A way from a bridge to a terminal: the nodes on it but the root, in the room of the orphans to come.
@@ -118,7 +59,7 @@ struct Path {
 };
 
 template <bool sink>
-Path find_path(const Search& s, GridNode* n, uint32_t* places, float& limit) noexcept {
+Path find_path(const GridSearch& s, GridNode* n, uint32_t* places, float& limit) noexcept {
   Path path{places, places, nullptr};
   while (has_parent(n)) {
     *path.end++ = s.place(n);
@@ -132,7 +73,7 @@ Path find_path(const Search& s, GridNode* n, uint32_t* places, float& limit) noe
 }
 
 template <bool sink>
-void push_path(Search& s, const Path& path, float amount) noexcept {
+void push_path(GridSearch& s, const Path& path, float amount) noexcept {
   for (const uint32_t* place = path.first; place != path.end; ++place) {
     GridNode* const n = s.node(*place);
     GridNode* const parent = s.node(n->parent);
@@ -148,7 +89,7 @@ void push_path(Search& s, const Path& path, float amount) noexcept {
   if (terminal == 0.0f) push_orphan(s, path.root);
 }
 
-void augment(Search& s, GridNode* source_end, GridNode* sink_end, Direction d) noexcept {
+void augment(GridSearch& s, GridNode* source_end, GridNode* sink_end, Direction d) noexcept {
   float amount = source_end->room[d];
   const Path source_path = find_path<false>(s, source_end, s.orphans, amount);
   const Path sink_path = find_path<true>(s, sink_end, source_path.end + 1, amount);
@@ -159,10 +100,10 @@ void augment(Search& s, GridNode* source_end, GridNode* sink_end, Direction d) n
   ++s.time;
 }
 
-int32_t terminal_distance(Search& s, GridNode* n) noexcept {
+int32_t terminal_distance(GridSearch& s, GridNode* n) noexcept {
   for (int32_t links = 0;; ++links) {
     if (n->time_stamp == s.time) return links + n->distance;
-    if (n->parent == grid_root) {
+    if (n->parent == kGridRoot) {
       n->time_stamp = s.time;
       n->distance = 1;
       return links + 1;
@@ -172,7 +113,7 @@ int32_t terminal_distance(Search& s, GridNode* n) noexcept {
   }
 }
 
-void stamp_path(Search& s, GridNode* n, int32_t distance) noexcept {
+void stamp_path(GridSearch& s, GridNode* n, int32_t distance) noexcept {
   while (n->time_stamp != s.time) {
     n->time_stamp = s.time;
     n->distance = distance--;
@@ -181,9 +122,9 @@ void stamp_path(Search& s, GridNode* n, int32_t distance) noexcept {
 }
 
 template <bool sink, Direction d>
-void release(Search& s, GridNode* n) noexcept {
+void release(GridSearch& s, GridNode* n) noexcept {
   GridNode* const other = s.neighbour<d>(n);
-  if (other->sink != sink || other->parent == grid_free) return;
+  if (other->sink != sink || other->parent == kGridFree) return;
   if (!is_full(other, opposite(d))) append_active(s, other);
   if (has_parent(other) && other->to_parent == opposite(d)) push_orphan(s, other);
 }
@@ -195,10 +136,10 @@ struct Candidate {
 };
 
 template <bool sink, Direction d>
-void consider(Search& s, GridNode* n, Candidate& best) noexcept {
+void consider(GridSearch& s, GridNode* n, Candidate& best) noexcept {
   GridNode* const other = s.neighbour<d>(n);
   if (sink ? is_full(n, d) : is_full(other, opposite(d))) return;
-  if (other->sink != sink || other->parent == grid_free) return;
+  if (other->sink != sink || other->parent == kGridFree) return;
   const int32_t distance = terminal_distance(s, other);
   if (distance == 0) return;
   if (best.node == nullptr || distance < best.distance) best = {distance, other, d};
@@ -206,12 +147,12 @@ void consider(Search& s, GridNode* n, Candidate& best) noexcept {
 }
 
 template <bool sink>
-void adopt(Search& s, GridNode* n) noexcept {
-  Candidate best{0, nullptr, down};
-  consider<sink, down>(s, n, best);
-  consider<sink, right>(s, n, best);
-  consider<sink, left>(s, n, best);
-  consider<sink, up>(s, n, best);
+void adopt(GridSearch& s, GridNode* n) noexcept {
+  Candidate best{0, nullptr, kDown};
+  consider<sink, kDown>(s, n, best);
+  consider<sink, kRight>(s, n, best);
+  consider<sink, kLeft>(s, n, best);
+  consider<sink, kUp>(s, n, best);
   if (best.node != nullptr) {
     n->parent = s.place(best.node);
     n->to_parent = best.to_parent;
@@ -220,35 +161,35 @@ void adopt(Search& s, GridNode* n) noexcept {
     return;
   }
   n->time_stamp = 0;
-  n->parent = grid_free;
-  release<sink, down>(s, n);
-  release<sink, right>(s, n);
-  release<sink, left>(s, n);
-  release<sink, up>(s, n);
+  n->parent = kGridFree;
+  release<sink, kDown>(s, n);
+  release<sink, kRight>(s, n);
+  release<sink, kLeft>(s, n);
+  release<sink, kUp>(s, n);
 }
 
-GridNode* neighbour_at(const Search& s, GridNode* n, Direction d) noexcept {
+GridNode* neighbour_at(const GridSearch& s, GridNode* n, Direction d) noexcept {
   switch (d) {
-    case down:
-      return s.neighbour<down>(n);
-    case right:
-      return s.neighbour<right>(n);
-    case left:
-      return s.neighbour<left>(n);
+    case kDown:
+      return s.neighbour<kDown>(n);
+    case kRight:
+      return s.neighbour<kRight>(n);
+    case kLeft:
+      return s.neighbour<kLeft>(n);
     default:
-      return s.neighbour<up>(n);
+      return s.neighbour<kUp>(n);
   }
 }
 
 }  // namespace
 
 void solve_grid(const Grid& grid) noexcept {
-  Search s(grid);
+  GridSearch s(grid);
   plant_roots(s, grid);
   while (s.first != s.last) {
     GridNode* const n = s.node(*s.first);
-    const int found = n->parent == grid_free ? no_bridge : n->sink != 0 ? grow<true>(s, n) : grow<false>(s, n);
-    if (found == no_bridge) {
+    const int found = n->parent == kGridFree ? kNoBridge : n->sink != 0 ? grow<true>(s, n) : grow<false>(s, n);
+    if (found == kNoBridge) {
       remove_first_active(s);
       continue;
     }

@@ -7,10 +7,10 @@
 
 #include "base/heap.hpp"
 #include "frame/blend/byte_image.hpp"
+#include "frame/seam/grid_cut.hpp"
 #include "frame/seam/pick.hpp"
 #include "frame/seam/shrunk_strip.hpp"
 #include "stages/blend/widen.hpp"
-#include "stages/seam/cut.hpp"
 
 namespace biseam {
 

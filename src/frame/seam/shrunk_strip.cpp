@@ -13,13 +13,11 @@ namespace biseam {
 
 namespace {
 
-constexpr float kSigma = 1.5f;
-
 // totals[n] = the sum of n taps, added up one by one as the mean of n samples has it.
 struct Taps {
   Taps() noexcept {
     float kernel[kDetailTaps];
-    fill_flat_kernel(kSigma, kernel, kDetailTaps);
+    fill_flat_kernel(kDetailSigma, kernel, kDetailTaps);
     tap = kernel[0];
     totals[0] = 0.0f;
     for (int n = 0; n < kDetailTaps; ++n) totals[n + 1] = totals[n] + tap;

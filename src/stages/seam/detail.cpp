@@ -9,16 +9,8 @@ namespace biseam {
 
 namespace {
 
-constexpr float detail_sigma = 1.5f;
-constexpr int detail_taps = 11;
-
-// BT.601 luma in 1/256.
 void gray_row(const int32_t* src, int step, int32_t* dst, int width) noexcept {
-  for (int x = 0; x < width; ++x, src += step) {
-    const uint32_t sum =
-        76u * static_cast<uint32_t>(src[0]) + 150u * static_cast<uint32_t>(src[1]) + 30u * static_cast<uint32_t>(src[2]);
-    dst[x] = static_cast<int32_t>(sum) >> 8;
-  }
+  for (int x = 0; x < width; ++x, src += step) dst[x] = gray_of(src[0], src[1], src[2]);
 }
 
 // A difference of the integer minimum stays as it is.
@@ -51,7 +43,7 @@ Status extract_detail(const BlendGray& src, BlendGray& dst, MemoryReport report)
   if (src.width < 1 || src.height < 1) return Status::ok;
   Temporary<BlendGray> mean(src.width, src.height);
   if (!mean) return Status::no_memory;
-  if (const Status status = smooth(src, *mean, detail_sigma, detail_taps, report); status != Status::ok) return status;
+  if (const Status status = smooth(src, *mean, kDetailSigma, kDetailTaps, report); status != Status::ok) return status;
   return subtract_gray(src, *mean, dst);
 }
 

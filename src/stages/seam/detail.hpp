@@ -1,12 +1,25 @@
 #pragma once
 
+#include <cstdint>
+
 #include "base/status.hpp"
 #include "biseam/records.h"
 #include "stages/seam/smooth.hpp"
 
 namespace biseam {
 
-// dst = (76 R + 150 G + 30 B) >> 8 in wrapping 32-bit arithmetic.  Writes src's size, samples without gaps.
+// What a detail is measured against: the mean over so many taps, made with this sigma.
+inline constexpr float kDetailSigma = 1.5f;
+inline constexpr int kDetailTaps = 11;
+
+// BT.601 luma in 1/256, in wrapping 32-bit arithmetic.
+constexpr int32_t gray_of(int32_t red, int32_t green, int32_t blue) noexcept {
+  const uint32_t sum =
+      76u * static_cast<uint32_t>(red) + 150u * static_cast<uint32_t>(green) + 30u * static_cast<uint32_t>(blue);
+  return static_cast<int32_t>(sum) >> 8;
+}
+
+// dst = gray_of every pixel.  Writes src's size, samples without gaps.
 void to_gray(const BlendImage& src, BlendGray& dst);
 
 // out = |a - b|, wrapping; all three are laid out like a.  mismatch: a channel count is not 1 or the sizes differ.

@@ -5,8 +5,7 @@
 namespace biseam {
 
 GraphBytes graph_bytes(int64_t nodes, int64_t arcs) {
-  constexpr int64_t reserved_arcs = 2;
-  return {nodes * int64_t{sizeof(GraphNode)}, (arcs + reserved_arcs) * int64_t{sizeof(GraphArc)},
+  return {nodes * int64_t{sizeof(GraphNode)}, (arcs + kReservedArcs) * int64_t{sizeof(GraphArc)},
           arcs * int64_t{sizeof(int32_t)}};
 }
 
@@ -17,7 +16,7 @@ void append_node(SeamGraph& graph) { graph.nodes[graph.node_count++] = GraphNode
 void add_edge(SeamGraph& graph, int32_t i, int32_t j, float capacity, float reverse_capacity) {
   if (graph.arc_count == 0) {
     graph.arcs[0] = graph.arcs[1] = GraphArc{};
-    graph.arc_count = 2;
+    graph.arc_count = kReservedArcs;
   }
   const int32_t arc = graph.arc_count;
   graph.arcs[arc] = {j, graph.nodes[i].first_arc, capacity};

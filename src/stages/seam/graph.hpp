@@ -7,9 +7,12 @@
 namespace biseam {
 
 // Values of GraphNode::parent that are no arc.
-enum : int32_t { parent_none = 0, parent_terminal = -1, parent_orphan = -2 };
+enum : int32_t { kParentNone = 0, kParentTerminal = -1, kParentOrphan = -2 };
 
-// Bytes of the blocks behind a graph; m arcs are m / 2 edges, two further arcs are reserved so that index 0 can mean none.
+// Arcs before the first pair, so that index 0 can mean none.
+inline constexpr int kReservedArcs = 2;
+
+// Bytes of the blocks behind a graph; m arcs are m / 2 edges, the reserved ones come on top.
 struct GraphBytes {
   int64_t nodes, arcs, orphans;
 };

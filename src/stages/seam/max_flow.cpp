@@ -39,7 +39,7 @@ void remove_first_active(Search& search) noexcept {
 }
 
 void push_orphan(Search& search, int32_t i) noexcept {
-  search.nodes[i].parent = parent_orphan;
+  search.nodes[i].parent = kParentOrphan;
   search.orphans[search.orphan_count++] = i;
 }
 
@@ -52,9 +52,9 @@ void plant_roots(Search& search, int32_t node_count) noexcept {
     GraphNode& node = search.nodes[i];
     node.next_active = 0;
     node.time_stamp = 0;
-    node.parent = parent_none;
+    node.parent = kParentNone;
     if (node.terminal_capacity == 0.0f) continue;
-    node.parent = parent_terminal;
+    node.parent = kParentTerminal;
     node.distance = 1;
     node.sink = node.terminal_capacity < 0.0f;
     append_active(search, i);
@@ -75,7 +75,7 @@ int32_t grow(Search& search, int32_t i) noexcept {
     if (search.arcs[towards_sink].residual == 0.0f) continue;
     const int32_t j = search.arcs[a].head;
     GraphNode& other = search.nodes[j];
-    if (other.parent == parent_none) {
+    if (other.parent == kParentNone) {
       other.sink = node.sink;
       hang(other, node, a ^ 1);
       append_active(search, j);
@@ -135,7 +135,7 @@ int32_t terminal_distance(Search& search, int32_t j) noexcept {
   for (int32_t links = 0;; ++links) {
     GraphNode& node = search.nodes[j];
     if (node.time_stamp == search.time) return links + node.distance;
-    if (node.parent == parent_terminal) {
+    if (node.parent == kParentTerminal) {
       node.time_stamp = search.time;
       node.distance = 1;
       return links + 1;
@@ -159,11 +159,11 @@ void stamp_path(Search& search, int32_t j, int32_t distance) noexcept {
 void set_free(Search& search, int32_t i) noexcept {
   GraphNode& node = search.nodes[i];
   node.time_stamp = 0;
-  node.parent = parent_none;
+  node.parent = kParentNone;
   for (int32_t a = node.first_arc; a != 0; a = search.arcs[a].next) {
     const int32_t j = search.arcs[a].head;
     const GraphNode& other = search.nodes[j];
-    if (other.sink != node.sink || other.parent == parent_none) continue;
+    if (other.sink != node.sink || other.parent == kParentNone) continue;
     // The arc from j to i decides in the sink tree too, where flow would run the other way: labels depend on it.
     if (search.arcs[a ^ 1].residual != 0.0f) append_active(search, j);
     if (other.parent > 0 && search.arcs[other.parent].head == i) push_orphan(search, j);
@@ -179,7 +179,7 @@ void adopt(Search& search, int32_t i) noexcept {
     if (search.arcs[downstream_arc(node, a)].residual == 0.0f) continue;
     const int32_t j = search.arcs[a].head;
     const GraphNode& other = search.nodes[j];
-    if (other.sink != node.sink || other.parent == parent_none) continue;
+    if (other.sink != node.sink || other.parent == kParentNone) continue;
     const int32_t distance = terminal_distance(search, j);
     if (distance == 0) continue;
     if (best_arc == 0 || distance < best_distance) {
@@ -201,12 +201,12 @@ void adopt(Search& search, int32_t i) noexcept {
 
 float max_flow(SeamGraph& graph, int32_t* orphan_stack, int32_t stack_size) {
   // An orphan has arcs and is on the stack once at most.
-  if (stack_size < std::min(graph.node_count, graph.arc_count - 2)) return graph.flow;
+  if (stack_size < std::min(graph.node_count, graph.arc_count - kReservedArcs)) return graph.flow;
   Search search{graph.nodes, graph.arcs, orphan_stack};
   plant_roots(search, graph.node_count);
   while (search.first_active != 0) {
     const int32_t i = search.first_active - 1;
-    const int32_t bridge = search.nodes[i].parent == parent_none ? 0 : grow(search, i);
+    const int32_t bridge = search.nodes[i].parent == kParentNone ? 0 : grow(search, i);
     if (bridge == 0) {
       remove_first_active(search);
       continue;

@@ -48,8 +48,8 @@ struct GeneralGrid {
   // The direction of arc a of node i.
   Direction direction(int i, int32_t a) const {
     const int step = arcs[static_cast<size_t>(a)].head - i;
-    if (step == width) return down;
-    return step == 1 ? right : step == -width ? up : left;
+    if (step == width) return kDown;
+    return step == 1 ? kRight : step == -width ? kUp : kLeft;
   }
   void solve() { max_flow(graph, orphans.data(), static_cast<int32_t>(orphans.size())); }
 
@@ -93,11 +93,11 @@ void expect_same_state(const GeneralGrid& general, GuardedGrid& special) {
     const GridNode& node = special.node(i);
     ASSERT_EQ(expected.sink, node.sink) << i;
     ASSERT_EQ(expected.terminal_capacity, special.terminals[i]) << i;
-    ASSERT_EQ(expected.parent > 0, node.parent > grid_orphan) << i;
+    ASSERT_EQ(expected.parent > 0, node.parent > kGridOrphan) << i;
     ASSERT_EQ(expected.time_stamp, node.time_stamp) << i;
     ASSERT_EQ(0, node.queued);
     if (expected.parent <= 0) {
-      ASSERT_EQ(expected.parent == parent_none ? grid_free : grid_root, node.parent) << i;
+      ASSERT_EQ(expected.parent == kParentNone ? kGridFree : kGridRoot, node.parent) << i;
     } else {
       const int32_t head = general.arcs[static_cast<size_t>(expected.parent)].head;
       ASSERT_EQ(static_cast<uint32_t>(head + general.width) * sizeof(GridNode), node.parent) << i;
@@ -107,7 +107,7 @@ void expect_same_state(const GeneralGrid& general, GuardedGrid& special) {
     float room[4] = {};
     for (int32_t a = expected.first_arc; a != 0; a = general.arcs[static_cast<size_t>(a)].next)
       room[general.direction(static_cast<int>(i), a)] = general.arcs[static_cast<size_t>(a)].residual;
-    for (const Direction d : {down, right, left, up}) ASSERT_EQ(room[d], node.room[d]) << i << " " << int{d};
+    for (const Direction d : {kDown, kRight, kLeft, kUp}) ASSERT_EQ(room[d], node.room[d]) << i << " " << int{d};
   }
 }
 
@@ -195,12 +195,12 @@ TEST(FillGrid, IsTheGraphOfTheGeneralGrid) {
     build_grid(general.graph, a.data(), b.data(), h, w, border);
     GuardedGrid expected(w, h), special(w, h);
     expected.take(general);
-    GuardedBlock<float> rows(static_cast<size_t>(grid_cost_rows * w));
+    GuardedBlock<float> rows(static_cast<size_t>(kGridCostRows * w));
     fill_grid(special.grid, a.data(), b.data(), border, rows.data());
     for (size_t i = 0; i < special.nodes.size(); ++i) {
-      for (const Direction d : {down, right, left, up}) ASSERT_EQ(expected.nodes[i].room[d], special.nodes[i].room[d]) << i;
+      for (const Direction d : {kDown, kRight, kLeft, kUp}) ASSERT_EQ(expected.nodes[i].room[d], special.nodes[i].room[d]) << i;
       ASSERT_EQ(0, special.nodes[i].sink);
-      ASSERT_EQ(grid_free, special.nodes[i].parent);
+      ASSERT_EQ(kGridFree, special.nodes[i].parent);
     }
     for (size_t i = 0; i < count; ++i) ASSERT_EQ(expected.terminals[i], special.terminals[i]) << i;
   }
@@ -220,7 +220,7 @@ TEST(SolveGrid, SeamSearchesOfAllKindsEndInTheStateOfTheGeneralSearch) {
     GeneralGrid general(w, h);
     build_grid(general.graph, a.data(), b.data(), h, w, 2);
     GuardedGrid special(w, h);
-    GuardedBlock<float> rows(static_cast<size_t>(grid_cost_rows * w));
+    GuardedBlock<float> rows(static_cast<size_t>(kGridCostRows * w));
     fill_grid(special.grid, a.data(), b.data(), 2, rows.data());
     general.solve();
     solve_grid(special.grid);

@@ -37,7 +37,7 @@ struct Solved {
     for (int i = 0; i < graph.node_count; ++i) side.push_back(on_source_side(graph, i));
     return side;
   }
-  bool is_free(int i) const { return nodes[static_cast<size_t>(i)].parent == parent_none; }
+  bool is_free(int i) const { return nodes[static_cast<size_t>(i)].parent == kParentNone; }
 
   // Nodes that the residual still lets the source reach.
   std::vector<bool> reached_from_source() const {
@@ -123,7 +123,7 @@ void expect_maximum(const TestGraph& plain, const Solved& solved) {
     const bool in_source_tree = on_source_side(solved.graph, i) && !solved.is_free(i);
     ASSERT_EQ(reached[static_cast<size_t>(i)], in_source_tree) << i;
     ASSERT_EQ(solved.nodes[static_cast<size_t>(i)].next_active, 0);
-    ASSERT_NE(solved.nodes[static_cast<size_t>(i)].parent, parent_orphan);
+    ASSERT_NE(solved.nodes[static_cast<size_t>(i)].parent, kParentOrphan);
     if (solved.is_free(i)) {
       ASSERT_EQ(solved.nodes[static_cast<size_t>(i)].time_stamp, 0);
     }
@@ -231,7 +231,7 @@ TEST(MaxFlow, NodeWhoseTerminalWeightsCancelStartsFreeAndCountsAsSource) {
   append_node(graph);
   add_terminal_weights(graph, 0, 100000.0f, 100000.0f);
   EXPECT_EQ(max_flow(graph, nullptr, 0), 100000.0f);
-  EXPECT_EQ(nodes[0].parent, parent_none);
+  EXPECT_EQ(nodes[0].parent, kParentNone);
   EXPECT_TRUE(on_source_side(graph, 0));
 }
 
