@@ -1,6 +1,7 @@
 #include <climits>
 
-#include "frame/bands/rows_kernels.hpp"
+#include "frame/bands/to_rgb_rows.hpp"
+#include "frame/bands/to_yuv_rows.hpp"
 #include "kernels/kernels.hpp"
 
 namespace biseam::test {
@@ -9,20 +10,18 @@ namespace {
 
 uint8_t* any_bytes(KernelCall& call, int count) { return call.input<uint8_t>(static_cast<std::size_t>(count), 0, 255); }
 
-template <class Sample>
-void call_420_to_rgb(KernelCall& call, Yuv420RowsToRgb<Sample>* convert) {
+void call_420_to_rgb(KernelCall& call, Yuv420RowsToRgb* convert) {
   const int pairs = call.size();
   const uint8_t *luma0 = any_bytes(call, 2 * pairs), *luma1 = any_bytes(call, 2 * pairs), *chroma = any_bytes(call, 2 * pairs);
-  Sample* rgb0 = call.output<Sample>(static_cast<std::size_t>(6 * pairs));
-  Sample* rgb1 = call.output<Sample>(static_cast<std::size_t>(6 * pairs));
+  uint8_t* rgb0 = call.output<uint8_t>(static_cast<std::size_t>(6 * pairs));
+  uint8_t* rgb1 = call.output<uint8_t>(static_cast<std::size_t>(6 * pairs));
   call.run([&] { convert(luma0, luma1, chroma, rgb0, rgb1, pairs); });
 }
 
-template <class Sample>
-void call_422_to_rgb(KernelCall& call, Yuv422RowToRgb<Sample>* convert) {
+void call_422_to_rgb(KernelCall& call, Yuv422RowToRgb* convert) {
   const int pairs = call.size();
   const uint8_t *luma = any_bytes(call, 2 * pairs), *chroma = any_bytes(call, 2 * pairs);
-  Sample* rgb = call.output<Sample>(static_cast<std::size_t>(6 * pairs));
+  uint8_t* rgb = call.output<uint8_t>(static_cast<std::size_t>(6 * pairs));
   call.run([&] { convert(luma, chroma, rgb, pairs); });
 }
 
@@ -81,11 +80,8 @@ void add_around(std::vector<Kernel>& kernels, const std::string& name) {
 }  // namespace
 
 std::vector<Kernel> format_kernels() {
-  std::vector<Kernel> kernels = {
-      make_kernel("yuv 4:2:0 to integer rgb", kYuv420RowsToIntegerRgb, call_420_to_rgb<int32_t>, 64, 4),
-      make_kernel("yuv 4:2:0 to byte rgb", kYuv420RowsToByteRgb, call_420_to_rgb<uint8_t>, 64, 4),
-      make_kernel("yuv 4:2:2 to integer rgb", kYuv422RowToIntegerRgb, call_422_to_rgb<int32_t>, 64, 2),
-      make_kernel("yuv 4:2:2 to byte rgb", kYuv422RowToByteRgb, call_422_to_rgb<uint8_t>, 64, 2)};
+  std::vector<Kernel> kernels = {make_kernel("yuv 4:2:0 to rgb", kYuv420RowsToRgb, call_420_to_rgb, 64, 4),
+                                 make_kernel("yuv 4:2:2 to rgb", kYuv422RowToRgb, call_422_to_rgb, 64, 2)};
   add_to_yuv<kLeast, kMost>(kernels, "");
   add_to_yuv<kLeast, kMost, 100>(kernels, ", some huge");
   add_to_yuv<INT_MIN, INT_MAX>(kernels, ", any");

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "frame/bands/rows.hpp"
+#include "frame/bands/to_rgb_rows.hpp"
 #include "frame/blend/byte_image.hpp"
 #include "frame/blend/narrow_reduction.hpp"
 #include "frame/blend/streamed_band.hpp"
@@ -41,11 +41,11 @@ void convert_to_bytes(StitchEngine& e, int band, int format) {
     const uint8_t* const luma = yuv.planes[0] + ptrdiff_t{y} * yuv.strides[0];
     if (format == BISEAM_YUV420_SEMIPLANAR) {
       const uint8_t* const chroma = yuv.planes[1] + ptrdiff_t{y / 2} * yuv.strides[1];
-      yuv420_rows_to_rgb(luma, luma + yuv.strides[0], chroma, row0 + covered, row1 + covered, pairs);
+      kYuv420RowsToRgb.best()(luma, luma + yuv.strides[0], chroma, row0 + covered, row1 + covered, pairs);
     } else {
       const uint8_t* const chroma = yuv.planes[1] + ptrdiff_t{y} * yuv.strides[1];
-      yuv422_row_to_rgb(luma, chroma, row0 + covered, pairs);
-      yuv422_row_to_rgb(luma + yuv.strides[0], chroma + yuv.strides[1], row1 + covered, pairs);
+      kYuv422RowToRgb.best()(luma, chroma, row0 + covered, pairs);
+      kYuv422RowToRgb.best()(luma + yuv.strides[0], chroma + yuv.strides[1], row1 + covered, pairs);
     }
     mirror_byte_edge(row0, level.width, instance.trans_width, side);
     mirror_byte_edge(row1, level.width, instance.trans_width, side);

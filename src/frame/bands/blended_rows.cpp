@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "stages/format/convert.hpp"
+#include "frame/bands/to_yuv_rows.hpp"
 
 namespace biseam {
 
@@ -24,15 +24,20 @@ const RowSink* BlendedRows::sink() {
 
 void BlendedRows::take(void* context, int32_t* rows, int y, int count) {
   BlendedRows& self = *static_cast<BlendedRows*>(context);
-  BlendImage pair = self.band_;
-  pair.data[0] = rows;
-  pair.height = count;
+  const int width = self.band_.width, pairs = width / 2;
+  const ptrdiff_t stride = self.band_.stride;
   // Strips are packed, their chroma rows as long as those of luma.
-  const int chroma_row = self.code_ == kTo420 ? y / 2 : y;
-  ImageHeader to = self.strip_;
-  to.planes[0] += ptrdiff_t{y} * pair.width;
-  to.planes[1] += ptrdiff_t{chroma_row} * pair.width;
-  convert_image(&pair, &to, self.code_);
+  uint8_t* const luma = self.strip_.planes[0] + ptrdiff_t{y} * width;
+  for (int row = 0; row < count; ++row) kRgbRowToLuma.best()(rows + row * stride, luma + ptrdiff_t{row} * width, width);
+  if (self.code_ == kTo420) {
+    uint8_t* const chroma = self.strip_.planes[1] + ptrdiff_t{y / 2} * width;
+    kRgbRowsToChroma420.best()(rows, rows + stride, chroma, pairs);
+  } else {
+    uint8_t* const chroma = self.strip_.planes[1] + ptrdiff_t{y} * width;
+    for (int row = 0; row < count; ++row) {
+      kRgbRowToChroma422.best()(rows + row * stride, chroma + ptrdiff_t{row} * width, pairs);
+    }
+  }
   self.have_come_ = true;
 }
 

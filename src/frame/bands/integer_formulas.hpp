@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "stages/format/colour.hpp"
+
 // The colour formulas in integers, for the vector versions.
 //
 // The coefficients have four decimals, so a result is a whole number of ten-thousandths (of 1 / 40000 for chroma, whose red,
@@ -11,10 +13,22 @@
 // wherever its dividend fits.
 namespace biseam {
 
+void not_a_whole_number_of_units();  // nowhere: what would call it is no constant
+
+// A coefficient in units of one over scale, which it is a whole number of.
+consteval int16_t in_units(double coefficient, int scale) {
+  const double units = coefficient * scale;
+  const int nearest = static_cast<int>(units < 0 ? units - 0.5 : units + 0.5);
+  if (static_cast<double>(nearest) / scale != coefficient) not_a_whole_number_of_units();
+  return static_cast<int16_t>(nearest);
+}
+
 // RGB from YUV, in ten-thousandths of what is added to luma; u and v less 128.
-//   red 14020 v, green -3441 u - 7141 v, blue 17720 u
-inline constexpr int16_t kRedOfV = 14020, kGreenOfU = -3441, kGreenOfV = -7141, kBlueOfU = 17720;
 inline constexpr int32_t kOffsetScale = 10000;
+inline constexpr int16_t kRedOfV = in_units(colour::kRedOfV, kOffsetScale);
+inline constexpr int16_t kGreenOfU = in_units(colour::kGreenOfU, kOffsetScale);
+inline constexpr int16_t kGreenOfV = in_units(colour::kGreenOfV, kOffsetScale);
+inline constexpr int16_t kBlueOfU = in_units(colour::kBlueOfU, kOffsetScale);
 // Keeps dividends positive; taken off again after the division.
 inline constexpr int16_t kOffsetBias = 256;
 inline constexpr int32_t kOffsetRounding = kOffsetBias * kOffsetScale + kOffsetScale / 2;
@@ -26,13 +40,14 @@ static_assert(double{kPerOffsetScale} * kOffsetScale > 1 && double{kPerOffsetSca
 inline constexpr int32_t kDecimalReciprocal = 1759218605;  // 2^44 / 10000
 inline constexpr int kOffsetShift = 13;
 
-// Integer RGB that is read: its fractional bits, and the least sample that does not fit 16 bits without them.
-inline constexpr int kFractionBits = 6;
+// The least sample of integer RGB that does not fit 16 bits without its fractional bits.
 inline constexpr int32_t kWholeLimit = 1 << (15 + kFractionBits);
 
-// Luma in thousandths, from samples without fractional bits that fit 16 bits: 299 r + 587 g + 114 b.
-inline constexpr int16_t kLumaOfRed = 299, kLumaOfGreen = 587, kLumaOfBlue = 114;
+// Luma in thousandths, from samples without fractional bits that fit 16 bits.
 inline constexpr int32_t kLumaScale = 1000, kLumaRounding = kLumaScale / 2;
+inline constexpr int16_t kLumaOfRed = in_units(colour::kLumaOfRed, kLumaScale);
+inline constexpr int16_t kLumaOfGreen = in_units(colour::kLumaOfGreen, kLumaScale);
+inline constexpr int16_t kLumaOfBlue = in_units(colour::kLumaOfBlue, kLumaScale);
 // Division in 16 bits: n / 8 * 33555 >> 22 is n / 1000 while n / 8 is below 59074, and more than 255 from there on.
 inline constexpr uint16_t kLumaReciprocal = 33555;
 inline constexpr int kLumaEase = 3, kLumaShift = 6;
@@ -41,10 +56,13 @@ inline constexpr int32_t kLumaWideReciprocal = 1099511628;  // 2^40 / 1000
 inline constexpr int kLumaWideShift = 9;
 
 // Chroma in units of 1 / 40000, from sums of four samples without fractional bits that fit 16 bits.  Sums of two count double.
-//   u = -1687 r - 3313 g + 5000 b, v = 5000 r - 4187 g - 813 b
-inline constexpr int16_t kUOfRed = -1687, kUOfGreen = -3313, kUOfBlue = 5000;
-inline constexpr int16_t kVOfRed = 5000, kVOfGreen = -4187, kVOfBlue = -813;
-inline constexpr int32_t kChromaScale = 40000, kChromaRounding = 128 * kChromaScale + kChromaScale / 2;
+// The coefficients are ten-thousandths.
+inline constexpr int16_t kUOfRed = in_units(colour::kUOfRed, kOffsetScale),
+                         kUOfGreen = in_units(colour::kUOfGreen, kOffsetScale);
+inline constexpr int16_t kUOfBlue = in_units(colour::kUOfBlue, kOffsetScale), kVOfRed = in_units(colour::kVOfRed, kOffsetScale);
+inline constexpr int16_t kVOfGreen = in_units(colour::kVOfGreen, kOffsetScale);
+inline constexpr int16_t kVOfBlue = in_units(colour::kVOfBlue, kOffsetScale);
+inline constexpr int32_t kChromaScale = 4 * kOffsetScale, kChromaRounding = 128 * kChromaScale + kChromaScale / 2;
 // Division in floats: of n >> 6 by 625, with the float after 1 / 625.
 inline constexpr int kChromaEase = 6;
 inline constexpr float kPerChromaScale = 1.60000008e-3f;

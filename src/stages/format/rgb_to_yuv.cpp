@@ -1,7 +1,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "frame/bands/rows.hpp"
+#include "stages/format/colour.hpp"
 #include "stages/format/convert.hpp"
 
 namespace biseam {
@@ -20,7 +20,7 @@ class RgbSamples {
 
   const int32_t* row(int64_t y) const { return data_ + y * stride_; }
 
-  // Pixel of an edge block.  Where there is none, the one to the left stands in, then the one above.
+  // Pixel of a block.  Where there is none, the one to the left stands in, then the one above.
   const int32_t* pixel(int64_t x, int64_t y) const {
     if (exists(x, y)) return row(y) + 3 * x;
     if (x >= columns_ && exists(x - 1, y)) return row(y) + 3 * (x - 1);
@@ -48,7 +48,7 @@ void adopt_size(YuvView& yuv, const RgbView& rgb) {
 }
 
 template <int block_rows>
-ChromaPair edge_pair(const RgbSamples& samples, int64_t x, int64_t y) {
+ChromaPair pair_at(const RgbSamples& samples, int64_t x, int64_t y) {
   const int32_t* p0 = samples.pixel(x, y);
   const int32_t* p1 = samples.pixel(x + 1, y);
   if constexpr (block_rows == 2) {
@@ -62,21 +62,16 @@ template <int block_rows>
 void convert(YuvView& yuv, const RgbView& rgb) {
   adopt_size(yuv, rgb);
   const RgbSamples samples(rgb);
-  for (int64_t y = 0; y < rgb.height; ++y) rgb_row_to_luma(samples.row(y), yuv.luma + y * rgb.width, rgb.width);
-
+  for (int64_t y = 0; y < rgb.height; ++y) {
+    for (int64_t x = 0; x < rgb.width; ++x) yuv.luma[y * rgb.width + x] = luma_of(samples.row(y) + 3 * x);
+  }
   const int64_t chroma_end = int64_t{rgb.width} * rgb.height / block_rows;
   for (int64_t y = 0; y < rgb.height; y += block_rows) {
-    const int64_t first = y / block_rows * rgb.width;
-    const int pairs = y + block_rows <= rgb.height ? rgb.width / 2 : 0;
-    if constexpr (block_rows == 2) {
-      if (pairs > 0) rgb_rows_to_chroma420(samples.row(y), samples.row(y + 1), yuv.chroma + first, pairs);
-    } else {
-      rgb_row_to_chroma422(samples.row(y), yuv.chroma + first, pairs);
-    }
-    for (int64_t x = int64_t{2} * pairs; x < rgb.width; x += 2) {
-      const ChromaPair pair = edge_pair<block_rows>(samples, x, y);
-      if (first + x < chroma_end) yuv.chroma[first + x] = pair.u;
-      if (first + x + 1 < chroma_end) yuv.chroma[first + x + 1] = pair.v;
+    for (int64_t x = 0; x < rgb.width; x += 2) {
+      const ChromaPair pair = pair_at<block_rows>(samples, x, y);
+      const int64_t place = y / block_rows * rgb.width + x;
+      if (place < chroma_end) yuv.chroma[place] = pair.u;
+      if (place + 1 < chroma_end) yuv.chroma[place + 1] = pair.v;
     }
   }
 }

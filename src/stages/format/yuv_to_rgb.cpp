@@ -1,7 +1,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "frame/bands/rows.hpp"
+#include "stages/format/colour.hpp"
 #include "stages/format/convert.hpp"
 
 namespace biseam {
@@ -28,7 +28,7 @@ class Conversion {
   Conversion(const YuvView& yuv, const RgbView& rgb, int stride)
       : yuv_(yuv),
         luma_{yuv.luma, int64_t{yuv.luma_stride} * yuv.height, 1, 0},
-        chroma_{yuv.chroma, int64_t{yuv.chroma_stride} * yuv.height / block_rows, 2, 128},
+        chroma_{yuv.chroma, int64_t{yuv.chroma_stride} * yuv.height / block_rows, 2, kNeutralChroma},
         out_(static_cast<Sample*>(rgb.data)),
         columns_(rgb.width),
         rows_(rgb.height),
@@ -38,40 +38,43 @@ class Conversion {
   void run() const {
     const bool inside = columns_ <= yuv_.width && rows_ <= yuv_.height;
     for (int64_t y = 0; y < rows_; y += block_rows) {
-      const int pairs = inside && y + block_rows <= rows_ ? columns_ / 2 : 0;
-      convert_pairs(y, pairs);
-      for (int64_t x = int64_t{2} * pairs; x < columns_; x += 2) convert_edge_block(x, y);
+      for (int64_t x = 0; x < columns_; x += 2) {
+        if (inside && y + block_rows <= rows_ && x + 2 <= columns_) {
+          convert_block(x, y);
+        } else {
+          convert_edge_block(x, y);
+        }
+      }
     }
   }
 
  private:
-  void convert_pairs(int64_t y, int pairs) const {
-    const uint8_t* luma = yuv_.luma + y * yuv_.luma_stride;
-    const uint8_t* chroma = yuv_.chroma + y / block_rows * yuv_.chroma_stride;
-    Sample* rgb = out_ + y * stride_;
-    if (pairs < 1) return;
-    if constexpr (block_rows == 2) {
-      yuv420_rows_to_rgb(luma, luma + yuv_.luma_stride, chroma, rgb, rgb + stride_, pairs);
-    } else {
-      yuv422_row_to_rgb(luma, chroma, rgb, pairs);
+  // The upper two pixels first, which settles the result where rows overlap.
+  void convert_block(int64_t x, int64_t y) const {
+    const uint8_t* chroma = yuv_.chroma + y / block_rows * yuv_.chroma_stride + x;
+    const ChromaTerms terms = terms_of(chroma[0], chroma[1]);
+    for (int row = 0; row < block_rows; ++row) {
+      const uint8_t* luma = yuv_.luma + (y + row) * yuv_.luma_stride + x;
+      Sample* rgb = out_ + (y + row) * stride_ + 3 * x;
+      store_pixel(luma[0], terms, rgb);
+      store_pixel(luma[1], terms, rgb + 3);
     }
   }
 
   void convert_edge_block(int64_t x, int64_t y) const {
     const int64_t pair = x + y / block_rows * yuv_.chroma_stride;
-    const int u = chroma_.at(pair);
-    const int v = chroma_.at(pair + 1);
+    const ChromaTerms terms = terms_of(chroma_.at(pair), chroma_.at(pair + 1));
     for (int row = 0; row < block_rows; ++row) {
-      convert_edge_pixel(x, y + row, u, v);
-      convert_edge_pixel(x + 1, y + row, u, v);
+      convert_edge_pixel(x, y + row, terms);
+      convert_edge_pixel(x + 1, y + row, terms);
     }
   }
 
-  void convert_edge_pixel(int64_t x, int64_t y, int u, int v) const {
+  void convert_edge_pixel(int64_t x, int64_t y, const ChromaTerms& terms) const {
     const int64_t offset = y * stride_ + 3 * x;
     const bool in_view = x < columns_ && y < rows_;
     if (!in_view && (offset < 0 || offset + 3 > end_)) return;
-    yuv_to_rgb_pixel(luma_.at(y * yuv_.luma_stride + x), u, v, out_ + offset);
+    store_pixel(luma_.at(y * yuv_.luma_stride + x), terms, out_ + offset);
   }
 
   const YuvView& yuv_;

@@ -343,6 +343,71 @@ TEST(ConvertImages, EmptyImagesAreLeftAlone) {
   EXPECT_EQ(GuardedBlock<uint8_t>(4).values(), chroma.values());
 }
 
+// ---- Pixels over their own bytes ---------------------------------------------------------------------------------------
+
+// Pixel by pixel, luma before chroma, whatever has been written over.
+TEST(ConvertOverlaps, PixelsOverTheirOwnLuma) {
+  RandomSource random;
+  constexpr int width = 100;
+  std::vector<uint8_t> want(3 * width), chroma(width);
+  for (uint8_t& y : want) y = random.byte();
+  for (uint8_t& c : chroma) c = random.byte();
+  std::vector<uint8_t> got = want;
+  for (size_t x = 0; x < width; ++x) {
+    const Rgb p = pixel_of(want[200 + x], chroma[x / 2 * 2], chroma[x / 2 * 2 + 1]);
+    want[3 * x] = static_cast<uint8_t>(p.r);
+    want[3 * x + 1] = static_cast<uint8_t>(p.g);
+    want[3 * x + 2] = static_cast<uint8_t>(p.b);
+  }
+  YuvView yuv{got.data() + 200, chroma.data(), width, 1, width, width};
+  RgbView rgb{got.data(), width, 1, 0};
+  yuv422_2rgbnew(&yuv, &rgb);
+  EXPECT_EQ(want, got);
+}
+
+TEST(ConvertOverlaps, UpperAndLowerPixelsOfABlockOverTheRowBelow) {
+  RandomSource random;
+  constexpr int width = 100;
+  std::vector<uint8_t> want(6 * width), chroma(width);
+  for (uint8_t& y : want) y = random.byte();
+  for (uint8_t& c : chroma) c = random.byte();
+  std::vector<uint8_t> got = want;
+  for (size_t block = 0; block < width; block += 2) {
+    for (const size_t row : {0, 1}) {
+      for (size_t x = block; x < block + 2; ++x) {
+        const Rgb p = pixel_of(want[300 + width * row + x], chroma[block], chroma[block + 1]);
+        const size_t at = 3 * (width * row + x);
+        want[at] = static_cast<uint8_t>(p.r);
+        want[at + 1] = static_cast<uint8_t>(p.g);
+        want[at + 2] = static_cast<uint8_t>(p.b);
+      }
+    }
+  }
+  YuvView yuv{got.data() + 300, chroma.data(), width, 2, width, width};
+  RgbView rgb{got.data(), width, 2, 0};
+  yuv420_2rgbnew(&yuv, &rgb);
+  EXPECT_EQ(want, got);
+}
+
+TEST(ConvertOverlaps, LumaAndChromaOverTheirOwnPixels) {
+  RandomSource random;
+  constexpr int width = 200;
+  std::vector<int32_t> want = random_rgb(random, width, 1, false);
+  std::vector<int32_t> got = want;
+  std::vector<uint8_t> chroma(width);
+  auto* const bytes = reinterpret_cast<uint8_t*>(want.data());
+  for (int x = 0; x < width; ++x) {
+    const int32_t p[3] = {want[size_t(3 * x)], want[size_t(3 * x + 1)], want[size_t(3 * x + 2)]};
+    bytes[x] = static_cast<uint8_t>(luma_of(p[0] >> 6, p[1] >> 6, p[2] >> 6));
+  }
+  const YuvPlanes of_what_is_left = naive_to_yuv(want, width, 1, 1, 0);
+  YuvView yuv{reinterpret_cast<uint8_t*>(got.data()), chroma.data(), 0, 0, 0, 0};
+  RgbView rgb{got.data(), width, 1, 3 * width};
+  rgb2yuv422(&yuv, &rgb);
+  EXPECT_EQ(want, got);
+  EXPECT_EQ(of_what_is_left.chroma, chroma);
+}
+
 // ---- Views and strides -------------------------------------------------------------------------------------------------
 
 TEST(ConvertViews, YuvToRgbReadsPaddedYuvAndIgnoresTheRgbStride) {

@@ -1,4 +1,4 @@
-#include "frame/bands/rows_kernels.hpp"
+#include "frame/bands/to_rgb_rows.hpp"
 
 #if defined(BISEAM_ARM)
 
@@ -50,18 +50,7 @@ BISEAM_NEON inline void store_eight(uint8_t* rgb, uint8x8_t red, uint8x8_t green
   vst3_u8(rgb, (uint8x8x3_t{{red, green, blue}}));
 }
 
-BISEAM_NEON inline void store_four(int32_t* rgb, uint16x4_t red, uint16x4_t green, uint16x4_t blue) noexcept {
-  vst3q_u32(reinterpret_cast<uint32_t*>(rgb), (uint32x4x3_t{{vmovl_u16(red), vmovl_u16(green), vmovl_u16(blue)}}));
-}
-
-BISEAM_NEON inline void store_eight(int32_t* rgb, uint8x8_t red, uint8x8_t green, uint8x8_t blue) noexcept {
-  const uint16x8_t r = vmovl_u8(red), g = vmovl_u8(green), b = vmovl_u8(blue);
-  store_four(rgb, vget_low_u16(r), vget_low_u16(g), vget_low_u16(b));
-  store_four(rgb + 12, vget_high_u16(r), vget_high_u16(g), vget_high_u16(b));
-}
-
-template <class Sample>
-BISEAM_NEON inline void convert_row(const uint8_t* luma, const Offsets& offsets, Sample* rgb) noexcept {
+BISEAM_NEON inline void convert_row(const uint8_t* luma, const Offsets& offsets, uint8_t* rgb) noexcept {
   const uint8x8x2_t bytes = vld2_u8(luma);
   const int16x8_t even = vreinterpretq_s16_u16(vmovl_u8(bytes.val[0]));
   const int16x8_t odd = vreinterpretq_s16_u16(vmovl_u8(bytes.val[1]));
@@ -72,9 +61,11 @@ BISEAM_NEON inline void convert_row(const uint8_t* luma, const Offsets& offsets,
   store_eight(rgb + 24, red.val[1], green.val[1], blue.val[1]);
 }
 
-template <class Sample>
-BISEAM_NEON inline void convert_420(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma, Sample* rgb0,
-                                    Sample* rgb1, int pairs) noexcept {
+}  // namespace
+
+BISEAM_NEON void yuv420_rows_to_rgb_neon(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma, uint8_t* rgb0,
+                                         uint8_t* rgb1, int pairs) noexcept {
+  if (pairs < kPairs) return yuv420_rows_to_rgb_scalar(luma0, luma1, chroma, rgb0, rgb1, pairs);
   // The last block goes back to where it is whole.
   for (int next = 0; next < pairs; next += kPairs) {
     const int i = next + kPairs <= pairs ? next : pairs - kPairs;
@@ -84,36 +75,12 @@ BISEAM_NEON inline void convert_420(const uint8_t* luma0, const uint8_t* luma1, 
   }
 }
 
-template <class Sample>
-BISEAM_NEON inline void convert_422(const uint8_t* luma, const uint8_t* chroma, Sample* rgb, int pairs) noexcept {
+BISEAM_NEON void yuv422_row_to_rgb_neon(const uint8_t* luma, const uint8_t* chroma, uint8_t* rgb, int pairs) noexcept {
+  if (pairs < kPairs) return yuv422_row_to_rgb_scalar(luma, chroma, rgb, pairs);
   for (int next = 0; next < pairs; next += kPairs) {
     const int i = next + kPairs <= pairs ? next : pairs - kPairs;
     convert_row(luma + 2 * i, load_offsets(chroma + 2 * i), rgb + 6 * i);
   }
-}
-
-}  // namespace
-
-BISEAM_NEON void yuv420_rows_to_integer_rgb_neon(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma,
-                                                 int32_t* rgb0, int32_t* rgb1, int pairs) noexcept {
-  if (pairs < kPairs) return yuv420_rows_to_integer_rgb_scalar(luma0, luma1, chroma, rgb0, rgb1, pairs);
-  convert_420(luma0, luma1, chroma, rgb0, rgb1, pairs);
-}
-
-BISEAM_NEON void yuv420_rows_to_byte_rgb_neon(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma, uint8_t* rgb0,
-                                              uint8_t* rgb1, int pairs) noexcept {
-  if (pairs < kPairs) return yuv420_rows_to_byte_rgb_scalar(luma0, luma1, chroma, rgb0, rgb1, pairs);
-  convert_420(luma0, luma1, chroma, rgb0, rgb1, pairs);
-}
-
-BISEAM_NEON void yuv422_row_to_integer_rgb_neon(const uint8_t* luma, const uint8_t* chroma, int32_t* rgb, int pairs) noexcept {
-  if (pairs < kPairs) return yuv422_row_to_integer_rgb_scalar(luma, chroma, rgb, pairs);
-  convert_422(luma, chroma, rgb, pairs);
-}
-
-BISEAM_NEON void yuv422_row_to_byte_rgb_neon(const uint8_t* luma, const uint8_t* chroma, uint8_t* rgb, int pairs) noexcept {
-  if (pairs < kPairs) return yuv422_row_to_byte_rgb_scalar(luma, chroma, rgb, pairs);
-  convert_422(luma, chroma, rgb, pairs);
 }
 
 }  // namespace biseam

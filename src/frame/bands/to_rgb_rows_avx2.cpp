@@ -1,4 +1,4 @@
-#include "frame/bands/rows_kernels.hpp"
+#include "frame/bands/to_rgb_rows.hpp"
 
 #if defined(BISEAM_X86_64)
 
@@ -56,31 +56,22 @@ BISEAM_AVX2 inline Interleaved convert_pixels(const uint8_t* luma, const Offsets
           _mm256_or_si256(_mm256_shuffle_epi8(rg, rg_last), _mm256_shuffle_epi8(b, b_last))};
 }
 
-BISEAM_AVX2 inline void store_eight(int32_t* samples, __m128i bytes) noexcept {
-  _mm256_storeu_si256(reinterpret_cast<__m256i*>(samples), _mm256_cvtepu8_epi32(bytes));
-}
-
-BISEAM_AVX2 inline void store_half(int32_t* samples, __m128i first, __m128i last) noexcept {
-  store_eight(samples, first);
-  store_eight(samples + 8, _mm_srli_si128(first, 8));
-  store_eight(samples + 16, last);
-}
-
 BISEAM_AVX2 inline void store_half(uint8_t* samples, __m128i first, __m128i last) noexcept {
   _mm_storeu_si128(reinterpret_cast<__m128i*>(samples), first);
   _mm_storel_epi64(reinterpret_cast<__m128i*>(samples + 16), last);
 }
 
-template <class Sample>
-BISEAM_AVX2 inline void convert_row(const uint8_t* luma, const Offsets& offsets, Sample* rgb) noexcept {
+BISEAM_AVX2 inline void convert_row(const uint8_t* luma, const Offsets& offsets, uint8_t* rgb) noexcept {
   const Interleaved pixels = convert_pixels(luma, offsets);
   store_half(rgb, _mm256_castsi256_si128(pixels.first), _mm256_castsi256_si128(pixels.last));
   store_half(rgb + 24, _mm256_extracti128_si256(pixels.first, 1), _mm256_extracti128_si256(pixels.last, 1));
 }
 
-template <class Sample>
-BISEAM_AVX2 inline void convert_420(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma, Sample* rgb0,
-                                    Sample* rgb1, int pairs) noexcept {
+}  // namespace
+
+BISEAM_AVX2 void yuv420_rows_to_rgb_avx2(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma, uint8_t* rgb0,
+                                         uint8_t* rgb1, int pairs) noexcept {
+  if (pairs < kPairs) return yuv420_rows_to_rgb_scalar(luma0, luma1, chroma, rgb0, rgb1, pairs);
   // The last block goes back to where it is whole.
   for (int next = 0; next < pairs; next += kPairs) {
     const int i = next + kPairs <= pairs ? next : pairs - kPairs;
@@ -90,36 +81,12 @@ BISEAM_AVX2 inline void convert_420(const uint8_t* luma0, const uint8_t* luma1, 
   }
 }
 
-template <class Sample>
-BISEAM_AVX2 inline void convert_422(const uint8_t* luma, const uint8_t* chroma, Sample* rgb, int pairs) noexcept {
+BISEAM_AVX2 void yuv422_row_to_rgb_avx2(const uint8_t* luma, const uint8_t* chroma, uint8_t* rgb, int pairs) noexcept {
+  if (pairs < kPairs) return yuv422_row_to_rgb_scalar(luma, chroma, rgb, pairs);
   for (int next = 0; next < pairs; next += kPairs) {
     const int i = next + kPairs <= pairs ? next : pairs - kPairs;
     convert_row(luma + 2 * i, load_offsets(chroma + 2 * i), rgb + 6 * i);
   }
-}
-
-}  // namespace
-
-BISEAM_AVX2 void yuv420_rows_to_integer_rgb_avx2(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma,
-                                                 int32_t* rgb0, int32_t* rgb1, int pairs) noexcept {
-  if (pairs < kPairs) return yuv420_rows_to_integer_rgb_scalar(luma0, luma1, chroma, rgb0, rgb1, pairs);
-  convert_420(luma0, luma1, chroma, rgb0, rgb1, pairs);
-}
-
-BISEAM_AVX2 void yuv420_rows_to_byte_rgb_avx2(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma, uint8_t* rgb0,
-                                              uint8_t* rgb1, int pairs) noexcept {
-  if (pairs < kPairs) return yuv420_rows_to_byte_rgb_scalar(luma0, luma1, chroma, rgb0, rgb1, pairs);
-  convert_420(luma0, luma1, chroma, rgb0, rgb1, pairs);
-}
-
-BISEAM_AVX2 void yuv422_row_to_integer_rgb_avx2(const uint8_t* luma, const uint8_t* chroma, int32_t* rgb, int pairs) noexcept {
-  if (pairs < kPairs) return yuv422_row_to_integer_rgb_scalar(luma, chroma, rgb, pairs);
-  convert_422(luma, chroma, rgb, pairs);
-}
-
-BISEAM_AVX2 void yuv422_row_to_byte_rgb_avx2(const uint8_t* luma, const uint8_t* chroma, uint8_t* rgb, int pairs) noexcept {
-  if (pairs < kPairs) return yuv422_row_to_byte_rgb_scalar(luma, chroma, rgb, pairs);
-  convert_422(luma, chroma, rgb, pairs);
 }
 
 }  // namespace biseam

@@ -1,4 +1,4 @@
-#include "frame/bands/rows_kernels.hpp"
+#include "frame/bands/to_rgb_rows.hpp"
 
 #if defined(BISEAM_X86_64)
 
@@ -42,15 +42,11 @@ BISEAM_AVX512 inline Offsets load_offsets(const uint8_t* chroma) noexcept {
 // green ones, and from 64 on eight blue ones and eight to leave.
 struct alignas(64) Order {
   uint8_t bytes[128] = {};
-  // The same, with the bytes in the lowest places of 32-bit samples.
-  uint8_t samples[6][64] = {};
 
   constexpr Order() {
     for (int i = 0; i < 96; ++i) {
       const int pixel = i / 3, channel = i % 3;
-      const int place = pixel / 8 * 16 + pixel % 8 + (channel == 1 ? 8 : channel == 2 ? 64 : 0);
-      bytes[i] = static_cast<uint8_t>(place);
-      samples[i / 16][i % 16 * 4] = static_cast<uint8_t>(place);
+      bytes[i] = static_cast<uint8_t>(pixel / 8 * 16 + pixel % 8 + (channel == 1 ? 8 : channel == 2 ? 64 : 0));
     }
   }
 };
@@ -58,31 +54,24 @@ constexpr Order kOrder;
 
 BISEAM_AVX512 inline __m512i order_at(const uint8_t* order) noexcept { return _mm512_load_si512(order); }
 
-BISEAM_AVX512 inline void store_pixels(int32_t* rgb, __m512i red_green, __m512i blue) noexcept {
-  constexpr __mmask64 lowest_bytes = 0x1111111111111111;
-  for (int i = 0; i < 6; ++i) {
-    const __m512i samples = _mm512_maskz_permutex2var_epi8(lowest_bytes, red_green, order_at(kOrder.samples[i]), blue);
-    _mm512_storeu_si512(rgb + 16 * i, samples);
-  }
-}
-
 BISEAM_AVX512 inline void store_pixels(uint8_t* rgb, __m512i red_green, __m512i blue) noexcept {
   _mm512_storeu_si512(rgb, _mm512_permutex2var_epi8(red_green, order_at(kOrder.bytes), blue));
   const __m512i last = _mm512_permutex2var_epi8(red_green, order_at(kOrder.bytes + 64), blue);
   _mm256_storeu_si256(reinterpret_cast<__m256i*>(rgb + 64), _mm512_castsi512_si256(last));
 }
 
-template <class Sample>
-BISEAM_AVX512 inline void convert_row(const uint8_t* luma, const Offsets& offsets, Sample* rgb) noexcept {
+BISEAM_AVX512 inline void convert_row(const uint8_t* luma, const Offsets& offsets, uint8_t* rgb) noexcept {
   const __m512i y = widen(luma, kOffsetBias);
   const __m512i blue = _mm512_add_epi16(y, offsets.blue);
   store_pixels(rgb, _mm512_packus_epi16(_mm512_add_epi16(y, offsets.red), _mm512_add_epi16(y, offsets.green)),
                _mm512_packus_epi16(blue, blue));
 }
 
-template <class Sample>
-BISEAM_AVX512 inline void convert_420(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma, Sample* rgb0,
-                                      Sample* rgb1, int pairs) noexcept {
+}  // namespace
+
+BISEAM_AVX512 void yuv420_rows_to_rgb_avx512(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma, uint8_t* rgb0,
+                                             uint8_t* rgb1, int pairs) noexcept {
+  if (pairs < kPairs) return yuv420_rows_to_rgb_avx2(luma0, luma1, chroma, rgb0, rgb1, pairs);
   // The last block goes back to where it is whole.
   for (int next = 0; next < pairs; next += kPairs) {
     const int i = next + kPairs <= pairs ? next : pairs - kPairs;
@@ -92,37 +81,12 @@ BISEAM_AVX512 inline void convert_420(const uint8_t* luma0, const uint8_t* luma1
   }
 }
 
-template <class Sample>
-BISEAM_AVX512 inline void convert_422(const uint8_t* luma, const uint8_t* chroma, Sample* rgb, int pairs) noexcept {
+BISEAM_AVX512 void yuv422_row_to_rgb_avx512(const uint8_t* luma, const uint8_t* chroma, uint8_t* rgb, int pairs) noexcept {
+  if (pairs < kPairs) return yuv422_row_to_rgb_avx2(luma, chroma, rgb, pairs);
   for (int next = 0; next < pairs; next += kPairs) {
     const int i = next + kPairs <= pairs ? next : pairs - kPairs;
     convert_row(luma + 2 * i, load_offsets(chroma + 2 * i), rgb + 6 * i);
   }
-}
-
-}  // namespace
-
-BISEAM_AVX512 void yuv420_rows_to_integer_rgb_avx512(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma,
-                                                     int32_t* rgb0, int32_t* rgb1, int pairs) noexcept {
-  if (pairs < kPairs) return yuv420_rows_to_integer_rgb_avx2(luma0, luma1, chroma, rgb0, rgb1, pairs);
-  convert_420(luma0, luma1, chroma, rgb0, rgb1, pairs);
-}
-
-BISEAM_AVX512 void yuv420_rows_to_byte_rgb_avx512(const uint8_t* luma0, const uint8_t* luma1, const uint8_t* chroma,
-                                                  uint8_t* rgb0, uint8_t* rgb1, int pairs) noexcept {
-  if (pairs < kPairs) return yuv420_rows_to_byte_rgb_avx2(luma0, luma1, chroma, rgb0, rgb1, pairs);
-  convert_420(luma0, luma1, chroma, rgb0, rgb1, pairs);
-}
-
-BISEAM_AVX512 void yuv422_row_to_integer_rgb_avx512(const uint8_t* luma, const uint8_t* chroma, int32_t* rgb,
-                                                    int pairs) noexcept {
-  if (pairs < kPairs) return yuv422_row_to_integer_rgb_avx2(luma, chroma, rgb, pairs);
-  convert_422(luma, chroma, rgb, pairs);
-}
-
-BISEAM_AVX512 void yuv422_row_to_byte_rgb_avx512(const uint8_t* luma, const uint8_t* chroma, uint8_t* rgb, int pairs) noexcept {
-  if (pairs < kPairs) return yuv422_row_to_byte_rgb_avx2(luma, chroma, rgb, pairs);
-  convert_422(luma, chroma, rgb, pairs);
 }
 
 }  // namespace biseam

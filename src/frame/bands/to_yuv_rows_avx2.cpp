@@ -1,4 +1,4 @@
-#include "frame/bands/rows_kernels.hpp"
+#include "frame/bands/to_yuv_rows.hpp"
 
 #if defined(BISEAM_X86_64)
 

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+
+#include "base/variants.hpp"
+
+// Integer RGB with 6 fractional bits to YUV, row by row.  RGB is interleaved, R first; chroma is interleaved, U first.  A pair
+// is two neighbouring pixels that share their chroma.  Rows that are written are apart from all others.
+namespace biseam {
+
+using RgbRowToLuma = void(const int32_t* rgb, uint8_t* luma, int count) noexcept;
+RgbRowToLuma rgb_row_to_luma_scalar, rgb_row_to_luma_neon, rgb_row_to_luma_avx2, rgb_row_to_luma_avx512;
+
+// The raw samples of a block are summed (wrapping) before the fractional bits are dropped: once per block.
+using RgbRowsToChroma420 = void(const int32_t* rgb0, const int32_t* rgb1, uint8_t* chroma, int pairs) noexcept;
+RgbRowsToChroma420 rgb_rows_to_chroma420_scalar, rgb_rows_to_chroma420_neon, rgb_rows_to_chroma420_avx2,
+    rgb_rows_to_chroma420_avx512;
+
+using RgbRowToChroma422 = void(const int32_t* rgb, uint8_t* chroma, int pairs) noexcept;
+RgbRowToChroma422 rgb_row_to_chroma422_scalar, rgb_row_to_chroma422_neon, rgb_row_to_chroma422_avx2,
+    rgb_row_to_chroma422_avx512;
+
+inline constexpr Variants<RgbRowToLuma> kRgbRowToLuma{rgb_row_to_luma_scalar, BISEAM_ON_ARM(rgb_row_to_luma_neon),
+                                                      BISEAM_ON_X86_64(rgb_row_to_luma_avx2),
+                                                      BISEAM_ON_X86_64(rgb_row_to_luma_avx512)};
+inline constexpr Variants<RgbRowsToChroma420> kRgbRowsToChroma420{
+    rgb_rows_to_chroma420_scalar, BISEAM_ON_ARM(rgb_rows_to_chroma420_neon), BISEAM_ON_X86_64(rgb_rows_to_chroma420_avx2),
+    BISEAM_ON_X86_64(rgb_rows_to_chroma420_avx512)};
+inline constexpr Variants<RgbRowToChroma422> kRgbRowToChroma422{
+    rgb_row_to_chroma422_scalar, BISEAM_ON_ARM(rgb_row_to_chroma422_neon), BISEAM_ON_X86_64(rgb_row_to_chroma422_avx2),
+    BISEAM_ON_X86_64(rgb_row_to_chroma422_avx512)};
+
+}  // namespace biseam
