@@ -1,14 +1,15 @@
 #!/usr/bin/env bash
 # Every include runs along the plan of the house: down to a lower storey, or to a room of its own storey that it may see.  A line
-# of the list is a storey, its rooms, which see each other, and the lowest comes first.  A folder without a place is an error, so
-# that new ones are thought about.
+# of the list is a storey, its rooms, which see each other, and the lowest comes first; a room is a folder with all below it that
+# is no room itself.  A folder without a place is an error, so that new ones are thought about.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 
-check() {  # root, storeys: lowest first, rooms of one storey joined by commas
-  local root=$1
-  shift
-  git ls-files "$root" | grep -E '\.(c|h|cpp|hpp)$' | xargs grep -nE '^ *# *include "' | awk -v root="$root" -v storeys="$*" '
+check() {  # folder, the folder its includes are written from, storeys: lowest first, rooms of one storey joined by commas
+  local folder=$1 root=$2
+  shift 2
+  git ls-files "$folder" | grep -E '\.(c|h|cpp|hpp)$' | xargs grep -nE '^ *# *include "' |
+    awk -v folder="$folder" -v root="$root" -v storeys="$*" '
     BEGIN {
       count = split(storeys, lines, " ")
       for (i = 1; i <= count; ++i) {
@@ -16,7 +17,13 @@ check() {  # root, storeys: lowest first, rooms of one storey joined by commas
         for (k = 1; k <= rooms; ++k) level[names[k]] = i
       }
     }
-    function room_of(path) { return path ~ /\// ? substr(path, 1, index(path, "/") - 1) : "" }
+    function room_of(path) {  # the innermost folder that is a room; without one the whole folder
+      sub(/\/?[^\/]*$/, "", path)
+      for (room = path; room != "" && !(room in level);) {
+        if (!sub(/\/[^\/]*$/, "", room)) break
+      }
+      return room in level ? room : path
+    }
     {
       split($0, parts, ":")
       from = room_of(substr(parts[1], length(root) + 2))
@@ -30,11 +37,13 @@ check() {  # root, storeys: lowest first, rooms of one storey joined by commas
       if (level[to] > level[from]) { print parts[1] ":" parts[2] ": " from " looks up to " to; bad = 1 }
     }
     END {
-      printf "%s: %d includes\n", root, includes
+      printf "%s: %d includes\n", folder, includes
       exit bad || includes == 0
     }'
 }
 
 status=0
-check src base stages frame panorama || status=1
+check src src base stages frame panorama || status=1
+check tools/profile tools profile || status=1
+check tools/biseam tools/biseam profile base text media picture clip/read clip/write camera stitch tag scene sheet compare view commands || status=1
 exit $status

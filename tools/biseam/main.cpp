@@ -6,8 +6,8 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
+#include "base/failure.hpp"
 #include "commands/commands.hpp"
-#include "failure.hpp"
 
 namespace {
 

@@ -4,11 +4,11 @@
 #include <filesystem>
 
 #include "compare/metrics.hpp"
-#include "input/read_picture.hpp"
-#include "process.hpp"
-#include "scratch_folder.hpp"
-#include "video/clip_probe.hpp"
-#include "video/started.hpp"
+#include "picture/read_picture.hpp"
+#include "tool/support/clip_probe.hpp"
+#include "tool/support/process.hpp"
+#include "tool/support/scratch_folder.hpp"
+#include "tool/support/started.hpp"
 
 namespace biseam::tool {
 namespace {

@@ -4,11 +4,11 @@
 #include <filesystem>
 #include <random>
 
-#include "scratch_folder.hpp"
-#include "tag/run_tag.hpp"
-#include "video/clip_maker.hpp"
-#include "video/clip_probe.hpp"
-#include "video/walk.hpp"
+#include "tool/support/clip_maker.hpp"
+#include "tool/support/clip_probe.hpp"
+#include "tool/support/scratch_folder.hpp"
+#include "tool/support/walk.hpp"
+#include "tool/tag/run_tag.hpp"
 
 namespace biseam::tool {
 namespace {

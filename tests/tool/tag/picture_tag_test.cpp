@@ -7,11 +7,11 @@
 #include <map>
 #include <random>
 
-#include "output/gpano.hpp"
-#include "output/write_picture.hpp"
-#include "scratch_folder.hpp"
-#include "tag/run_tag.hpp"
-#include "video/walk.hpp"
+#include "picture/gpano.hpp"
+#include "picture/write_picture.hpp"
+#include "tool/support/scratch_folder.hpp"
+#include "tool/support/walk.hpp"
+#include "tool/tag/run_tag.hpp"
 
 namespace biseam::tool {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "process.hpp"
+#include "tool/support/process.hpp"
 
 namespace biseam::test {
 

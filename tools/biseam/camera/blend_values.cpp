@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "failure.hpp"
+#include "base/failure.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -32,7 +32,7 @@ int open_levels(int pair_width) { return std::clamp(int(std::log2(std::max(pair_
 
 }  // namespace
 
-BlendValues settle_blend(const BlendSettings& settings, int width, double reach) {
+BlendValues settle_blend(const profile::BlendSettings& settings, int width, double reach) {
   BlendValues values;
   values.feather = settings.feather ? *settings.feather : open_feather(width, reach);
   values.trans_width = settings.trans_width.value_or(open_transition(width, values.feather));

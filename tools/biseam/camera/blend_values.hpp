@@ -1,6 +1,6 @@
 #pragma once
 
-#include "camera/settings.hpp"
+#include "profile/settings.hpp"
 
 namespace biseam::tool {
 
@@ -14,6 +14,6 @@ struct BlendValues {
 
 // reach: degrees off axis that the worse lens sees along the horizon.  Throws Failure (settings) when the feather is left
 // open and the lenses overlap by too little for one.
-BlendValues settle_blend(const BlendSettings& settings, int width, double reach);
+BlendValues settle_blend(const profile::BlendSettings& settings, int width, double reach);
 
 }  // namespace biseam::tool

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <numbers>
 
-#include "failure.hpp"
+#include "base/failure.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -28,7 +28,7 @@ void tell_assumption(int index, Point centre, double radius, double fov) {
 
 }  // namespace
 
-Lens settle_lens(const LensSettings& settings, Size recorded, int index) {
+Lens settle_lens(const profile::LensSettings& settings, Size recorded, int index) {
   const int mount = settings.mount.value_or(0);
   const double fov = settings.fov.value_or(kUsualFov);
   const Point centre{settings.cx.value_or((recorded.width - 1) / 2.0), settings.cy.value_or((recorded.height - 1) / 2.0)};

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "camera/quarter_turn.hpp"
-#include "camera/settings.hpp"
+#include "picture/quarter_turn.hpp"
+#include "profile/settings.hpp"
 
 namespace biseam::tool {
 
@@ -25,6 +25,6 @@ struct Lens {
 
 // Fills what is open: the middle of the picture, and a circle of fov degrees that just fits around the centre.
 // recorded: the picture before its mounting is undone.  index and recorded are told in a notice of what was assumed.
-Lens settle_lens(const LensSettings& settings, Size recorded, int index);
+Lens settle_lens(const profile::LensSettings& settings, Size recorded, int index);
 
 }  // namespace biseam::tool

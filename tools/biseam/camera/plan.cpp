@@ -79,7 +79,7 @@ void set_lenses(StitchConfig& config, const LensPlan (&plan)[2], const std::arra
 
 }  // namespace
 
-Plan make_plan(const Lens (&lenses)[2], const Size (&sizes)[2], const BlendSettings& blend, int width) {
+Plan make_plan(const Lens (&lenses)[2], const Size (&sizes)[2], const profile::BlendSettings& blend, int width) {
   Plan plan = {};
   set_output(plan.config, width);
   set_blend(plan.config, settle_blend(blend, width, std::min(lenses[0].reach, lenses[1].reach)));

@@ -3,8 +3,8 @@
 
 #include "biseam/records.h"
 #include "camera/lens.hpp"
-#include "camera/settings.hpp"
 #include "camera/warp.hpp"
+#include "profile/settings.hpp"
 
 namespace biseam::tool {
 
@@ -23,6 +23,6 @@ struct Plan {
 // just so stay as they are; others are resampled so that the tables fill the height.  The roll of lens 1 goes into the
 // configuration's matrix, where it is exact; a matrix can't express yaw and pitch, which are taken out by resampling.
 // sizes: the upright pictures.  Throws Failure (settings) when the lenses don't overlap.
-Plan make_plan(const Lens (&lenses)[2], const Size (&sizes)[2], const BlendSettings& blend, int width);
+Plan make_plan(const Lens (&lenses)[2], const Size (&sizes)[2], const profile::BlendSettings& blend, int width);
 
 }  // namespace biseam::tool

@@ -4,17 +4,41 @@
 #include <cmath>
 #include <thread>
 
-#include "camera/profile.hpp"
-#include "camera/quarter_turn.hpp"
-#include "failure.hpp"
+#include "base/byte_source.hpp"
+#include "base/failure.hpp"
+#include "picture/quarter_turn.hpp"
+#include "profile/read.hpp"
 
 namespace biseam::tool {
 namespace {
 
 // Twice the height of a picture, where neither detail nor time is wasted, within what the engine's memory allows.
-int natural_width(Size picture) { return std::clamp(picture.height * 2 / 8 * 8, int(kWidthLimits.low), 8192); }
+int natural_width(Size picture) { return std::clamp(picture.height * 2 / 8 * 8, int(profile::kWidthLimits.low), 8192); }
 
 Size upright_size(Size recorded, int mount) { return mount % 180 == 0 ? recorded : Size{recorded.height, recorded.width}; }
+
+constexpr std::size_t kMostBytes = 1 << 20;  // of a profile
+
+// What is wrong with a profile, as the tool says it.
+template <class Work>
+auto checked(Work work) {
+  try {
+    return work();
+  } catch (const profile::Error& error) {
+    throw Failure(ExitCode::settings, error.what());
+  }
+}
+
+profile::CameraSettings read_profile(const std::string& path) {
+  ByteSource source(path);
+  const std::vector<std::uint8_t> bytes = source.read_all(kMostBytes);
+  return checked([&] { return profile::read({bytes.begin(), bytes.end()}, source.name()); });
+}
+
+profile::LensSettings lens_settings(const profile::CameraSettings& camera, int index, Size recorded, const std::string& path) {
+  const profile::Size size{recorded.width, recorded.height};
+  return checked([&] { return profile::scale_lens(camera.lens[index], camera.picture.value_or(size), size, path); });
+}
 
 void tell_missing(const Plan& plan) {
   for (int k = 0; k < 2; ++k) {
@@ -26,22 +50,21 @@ void tell_missing(const Plan& plan) {
 
 }  // namespace
 
-Setup make_setup(const std::string& profile_path, const CameraSettings& given, const Size (&recorded)[2]) {
-  CameraSettings profile;
-  if (!profile_path.empty()) profile = read_profile(profile_path);
-  const int width = given.width.value_or(profile.width.value_or(natural_width(recorded[0])));
+Setup make_setup(const std::string& profile_path, const profile::CameraSettings& given, const Size (&recorded)[2]) {
+  const profile::CameraSettings camera = profile_path.empty() ? profile::CameraSettings() : read_profile(profile_path);
+  const int width = given.width.value_or(camera.width.value_or(natural_width(recorded[0])));
   Setup setup;
   Lens lenses[2];
   Size sizes[2];
   for (int k = 0; k < 2; ++k) {
-    LensSettings settings = scale_lens(profile.lens[k], profile.picture.value_or(recorded[k]), recorded[k], profile_path);
-    replace_settings(settings, given.lens[k]);
+    profile::LensSettings settings = lens_settings(camera, k, recorded[k], profile_path);
+    profile::replace_settings(settings, given.lens[k]);
     lenses[k] = settle_lens(settings, recorded[k], k);
     setup.mount[k] = settings.mount.value_or(0);
     sizes[k] = upright_size(recorded[k], setup.mount[k]);
   }
-  BlendSettings blend = scale_blend(profile.blend, profile.width.value_or(width), width);
-  replace_settings(blend, given.blend);
+  profile::BlendSettings blend = profile::scale_blend(camera.blend, camera.width.value_or(width), width);
+  profile::replace_settings(blend, given.blend);
   setup.plan = make_plan(lenses, sizes, blend, width);
   tell_missing(setup.plan);
   const int threads = std::clamp(int(std::thread::hardware_concurrency()), 1, 16);

@@ -6,7 +6,7 @@
 
 #include "camera/plan.hpp"
 #include "camera/warp.hpp"
-#include "picture.hpp"
+#include "picture/picture.hpp"
 
 namespace biseam::tool {
 
@@ -18,7 +18,7 @@ struct Setup {
 
 // profile: path of a camera profile, or empty; given: what replaces its values; recorded: the sizes of both pictures.
 // Tells in notices what was assumed and what the pictures lack.
-Setup make_setup(const std::string& profile, const CameraSettings& given, const Size (&recorded)[2]);
+Setup make_setup(const std::string& profile, const profile::CameraSettings& given, const Size (&recorded)[2]);
 
 // Brings the pictures of one lens to what the engine wants.
 class LensPath {

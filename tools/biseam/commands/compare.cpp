@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "base/failure.hpp"
 #include "commands/commands.hpp"
 #include "compare/metrics.hpp"
-#include "failure.hpp"
-#include "input/read_picture.hpp"
+#include "picture/read_picture.hpp"
 
 namespace biseam::tool {
 namespace {

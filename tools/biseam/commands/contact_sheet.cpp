@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
+#include "base/failure.hpp"
 #include "commands/commands.hpp"
-#include "failure.hpp"
-#include "input/read_picture.hpp"
-#include "output/write_picture.hpp"
+#include "picture/read_picture.hpp"
+#include "picture/write_picture.hpp"
 #include "sheet/contact_sheet.hpp"
 
 namespace biseam::tool {

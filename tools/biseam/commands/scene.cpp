@@ -6,15 +6,15 @@
 #include <optional>
 #include <string>
 
-#include "camera/settings.hpp"
+#include "base/failure.hpp"
+#include "base/interrupt.hpp"
+#include "base/replace_file.hpp"
+#include "clip/write/lossless_clip.hpp"
 #include "commands/commands.hpp"
-#include "failure.hpp"
-#include "interrupt.hpp"
-#include "output/replace_file.hpp"
-#include "output/write_picture.hpp"
+#include "picture/write_picture.hpp"
+#include "profile/settings.hpp"
 #include "scene/profile.hpp"
 #include "scene/shooting.hpp"
-#include "video/lossless_clip.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -64,7 +64,7 @@ void write_clips(const SceneOptions& options, scene::Shooting& shooting) {
 }
 
 void make_scene(SceneOptions& options) {
-  if (!is_panorama_width(options.rig.panorama_width)) {
+  if (!profile::is_panorama_width(options.rig.panorama_width)) {
     throw Failure(ExitCode::usage, "--width: must be a multiple of 8, 64 to 16384");
   }
   std::error_code trouble;

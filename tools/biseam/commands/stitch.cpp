@@ -5,13 +5,13 @@
 #include <memory>
 #include <string>
 
+#include "base/failure.hpp"
 #include "commands/commands.hpp"
-#include "commands/stitch_options.hpp"
-#include "commands/stitch_picture.hpp"
-#include "failure.hpp"
-#include "input/container.hpp"
-#include "input/read_picture.hpp"
-#include "video/stitch_video.hpp"
+#include "media/container.hpp"
+#include "picture/read_picture.hpp"
+#include "stitch/stitch_options.hpp"
+#include "stitch/stitch_picture.hpp"
+#include "stitch/stitch_video.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -53,7 +53,7 @@ int stitch(StitchOptions& options) {
 }
 
 void add_camera_options(CLI::App& command, StitchOptions& options) {
-  CameraSettings& settings = options.settings;
+  profile::CameraSettings& settings = options.settings;
   const auto add = [&](const char* name, auto& value, const char* type, const char* text) {
     command.add_option(name, value, text)->type_name(type)->group("Camera (in place of the profile's values)");
   };
@@ -67,7 +67,7 @@ void add_camera_options(CLI::App& command, StitchOptions& options) {
   add("--turn1", options.turn, "YAW,PITCH,ROLL", "of lens 1 against lens 0, degrees: right, up, clockwise");
 }
 
-void add_blend_options(CLI::App& command, BlendSettings& blend) {
+void add_blend_options(CLI::App& command, profile::BlendSettings& blend) {
   const char* const group = "Seams and blend (in columns of the panorama)";
   const auto add = [&](const char* name, auto& value, const char* type, const char* text) {
     command.add_option(name, value, text)->type_name(type)->group(group);

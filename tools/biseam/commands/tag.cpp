@@ -6,11 +6,11 @@
 #include <memory>
 #include <string>
 
+#include "base/byte_source.hpp"
+#include "base/failure.hpp"
+#include "base/interrupt.hpp"
 #include "commands/commands.hpp"
-#include "failure.hpp"
-#include "input/byte_source.hpp"
-#include "input/container.hpp"
-#include "interrupt.hpp"
+#include "media/container.hpp"
 #include "tag/tag_clip.hpp"
 #include "tag/tag_picture.hpp"
 

@@ -4,9 +4,9 @@
 #include <optional>
 #include <string>
 
+#include "base/failure.hpp"
+#include "base/replace_file.hpp"
 #include "commands/commands.hpp"
-#include "failure.hpp"
-#include "output/replace_file.hpp"
 #include "view/page.hpp"
 #include "view/panorama_file.hpp"
 #include "view/serve.hpp"

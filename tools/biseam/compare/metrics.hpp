@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "picture.hpp"
+#include "picture/picture.hpp"
 
 namespace biseam::tool {
 

@@ -1,25 +1,37 @@
 #include "scene/profile.hpp"
 
-#include <cstdio>
+#include <cmath>
 #include <numbers>
 
-namespace biseam::scene {
+#include "profile/write.hpp"
 
-static std::string lens_text(const Fisheye& lens) {
-  char text[200];
-  std::snprintf(text, sizeof text, "\n[lens%d]\ncx = %.3f\ncy = %.3f\np = %.6f\nfov = %.3f\n", lens.index, lens.centre.u,
-                lens.centre.v, lens.pixels_per_radian, lens.field_of_view * 180 / std::numbers::pi);
-  return text;
+namespace biseam::scene {
+namespace {
+
+constexpr double kThousandths = 1e3, kMillionths = 1e6;
+
+double rounded(double value, double parts) { return std::round(value * parts) / parts; }
+
+profile::LensSettings settings_of(const Fisheye& lens) {
+  profile::LensSettings settings;
+  settings.cx = rounded(lens.centre.u, kThousandths);
+  settings.cy = rounded(lens.centre.v, kThousandths);
+  settings.p = rounded(lens.pixels_per_radian, kMillionths);
+  settings.fov = rounded(lens.field_of_view * 180 / std::numbers::pi, kThousandths);
+  return settings;
 }
 
+}  // namespace
+
 std::string profile_text(const Fisheye& lens0, const Fisheye& lens1, int panorama_width) {
-  char text[300];
-  std::snprintf(text, sizeof text,
-                "# Camera of the virtual place: two equidistant fisheyes back to back.  Pixels; p: pixels per radian;\n"
-                "# fov: degrees across the image circle.\n"
-                "width = %d\n\n[picture]\nwidth = %d\nheight = %d\n",
-                panorama_width, lens0.size, lens0.size);
-  return text + lens_text(lens0) + lens_text(lens1);
+  profile::CameraSettings settings;
+  settings.width = panorama_width;
+  settings.picture = profile::Size{lens0.size, lens0.size};
+  settings.lens[0] = settings_of(lens0);
+  settings.lens[1] = settings_of(lens1);
+  return profile::write(settings,
+                        "Camera of the virtual place: two equidistant fisheyes back to back.  Pixels; p: pixels per radian;\n"
+                        "fov: degrees across the image circle.");
 }
 
 }  // namespace biseam::scene

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-#include "picture.hpp"
+#include "picture/picture.hpp"
 #include "scene/film.hpp"
 
 namespace biseam::scene {

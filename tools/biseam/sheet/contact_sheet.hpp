@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "picture.hpp"
+#include "picture/picture.hpp"
 
 namespace biseam::tool {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "picture.hpp"
+#include "picture/picture.hpp"
 
 namespace biseam::tool {
 

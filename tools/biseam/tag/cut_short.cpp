@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <optional>
 
-#include "failure.hpp"
-#include "input/byte_source.hpp"
+#include "base/byte_source.hpp"
+#include "base/failure.hpp"
 
 namespace biseam::tool {
 namespace {

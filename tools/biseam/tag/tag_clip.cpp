@@ -7,12 +7,12 @@ extern "C" {
 #include <new>
 #include <vector>
 
-#include "failure.hpp"
-#include "interrupt.hpp"
+#include "base/failure.hpp"
+#include "base/interrupt.hpp"
+#include "clip/write/clip_metadata.hpp"
+#include "clip/write/clip_muxer.hpp"
+#include "clip/write/stream_fit.hpp"
 #include "tag/cut_short.hpp"
-#include "video/clip_metadata.hpp"
-#include "video/clip_muxer.hpp"
-#include "video/stream_fit.hpp"
 
 namespace biseam::tool {
 namespace {

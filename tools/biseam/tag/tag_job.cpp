@@ -1,9 +1,9 @@
 #include "tag/tag_job.hpp"
 
-#include "failure.hpp"
-#include "input/byte_source.hpp"
-#include "interrupt.hpp"
-#include "output/replace_file.hpp"
+#include "base/byte_source.hpp"
+#include "base/failure.hpp"
+#include "base/interrupt.hpp"
+#include "base/replace_file.hpp"
 
 namespace biseam::tool {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "picture.hpp"
+#include "picture/picture.hpp"
 
 namespace biseam::tool {
 

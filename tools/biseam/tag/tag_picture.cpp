@@ -3,11 +3,11 @@
 #include <stdexcept>
 #include <vector>
 
-#include "failure.hpp"
-#include "input/byte_source.hpp"
-#include "input/decode.hpp"
-#include "output/gpano.hpp"
-#include "output/replace_file.hpp"
+#include "base/byte_source.hpp"
+#include "base/failure.hpp"
+#include "base/replace_file.hpp"
+#include "picture/decode.hpp"
+#include "picture/gpano.hpp"
 
 namespace biseam::tool {
 namespace {

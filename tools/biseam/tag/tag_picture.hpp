@@ -1,6 +1,6 @@
 #pragma once
 
-#include "input/container.hpp"
+#include "media/container.hpp"
 #include "tag/tag_job.hpp"
 
 namespace biseam::tool {

@@ -1,4 +1,4 @@
-#include "failure.hpp"
+#include "base/failure.hpp"
 #include "view/page.hpp"
 #include "view/serve.hpp"
 

@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <vector>
 
-#include "failure.hpp"
-#include "input/byte_source.hpp"
+#include "base/byte_source.hpp"
+#include "base/failure.hpp"
 #include "view/base64.hpp"
 
 namespace biseam::tool {

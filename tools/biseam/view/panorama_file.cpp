@@ -12,10 +12,10 @@ extern "C" {
 #include <span>
 #include <string_view>
 
-#include "failure.hpp"
-#include "input/byte_source.hpp"
-#include "input/decode.hpp"
-#include "libav.hpp"
+#include "base/byte_source.hpp"
+#include "base/failure.hpp"
+#include "media/libav.hpp"
+#include "picture/decode.hpp"
 
 namespace biseam::tool {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "picture.hpp"
+#include "picture/picture.hpp"
 
 namespace biseam::tool {
 

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <memory>
 
-#include "failure.hpp"
+#include "base/failure.hpp"
 #include "view/site.hpp"
 
 namespace biseam::tool {

@@ -7,7 +7,7 @@
 #include <memory>
 #include <utility>
 
-#include "failure.hpp"
+#include "base/failure.hpp"
 #include "view/byte_range.hpp"
 
 namespace biseam::tool {

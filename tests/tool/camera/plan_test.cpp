@@ -1,0 +1,161 @@
+#include "camera/plan.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "biseam/stitcher.hpp"
+#include "camera/blend_values.hpp"
+#include "tool/support/expect_failure.hpp"
+
+namespace biseam::tool {
+namespace {
+
+Lens lens_at(double cx, double cy, double p, double reach = 97.5, Turn turn = {}) { return {{cx, cy}, p, reach, turn}; }
+
+// Columns either side of the seams for a panorama of 1920.
+profile::BlendSettings feather_of(int feather) {
+  profile::BlendSettings blend;
+  blend.feather = feather;
+  return blend;
+}
+
+Plan plan_of(const Lens& lens0, const Lens& lens1, Size size, int width, const profile::BlendSettings& blend = {}) {
+  return make_plan({lens0, lens1}, {size, size}, blend, width);
+}
+
+TEST(Plan, a_picture_of_the_right_size_stays_as_it_is) {
+  const Lens lens = lens_at(479.5, 479.5, 281);
+  const Plan plan = plan_of(lens, lens, {960, 960}, 1920);
+  for (const LensPlan& k : plan.lens) {
+    EXPECT_TRUE(k.as_is);
+    EXPECT_EQ(k.missing, 0);
+  }
+  EXPECT_EQ(plan.config.in_w, 960);
+  EXPECT_EQ(plan.config.in_h, 960);
+  EXPECT_EQ(plan.config.p0, 281);
+  EXPECT_EQ(plan.config.cx1, 479.5f);
+  EXPECT_TRUE(Stitcher::create(plan.config));
+}
+
+TEST(Plan, a_wide_picture_of_the_right_height_stays_as_it_is) {
+  const Lens lens = lens_at(799.5, 479.5, 281);
+  const Plan plan = plan_of(lens, lens, {1600, 960}, 1920);
+  EXPECT_TRUE(plan.lens[0].as_is);
+  EXPECT_EQ(plan.config.in_w, 1600);
+}
+
+TEST(Plan, another_height_is_resampled_to_fill_the_engines) {
+  const Lens lens = lens_at(1347, 1303, 800);
+  const Plan plan = plan_of(lens, lens, {2704, 2624}, 1920);
+  EXPECT_FALSE(plan.lens[0].as_is);
+  EXPECT_EQ(plan.config.in_h, 960);
+  EXPECT_GT(plan.config.p0, 300);
+  EXPECT_TRUE(Stitcher::create(plan.config));
+}
+
+TEST(Plan, a_cropped_circle_is_completed_and_told) {
+  const Lens lens0 = lens_at(475, 471, 280), lens1 = lens_at(478, 478, 277);
+  const Plan plan = plan_of(lens0, lens1, {960, 960}, 1920, feather_of(40));
+  EXPECT_NEAR(plan.lens[0].missing, 0.0, 6);
+  EXPECT_TRUE(Stitcher::create(plan.config));
+  const Plan cropped = plan_of(lens_at(400, 471, 280), lens1, {960, 960}, 1920, feather_of(40));
+  EXPECT_NEAR(cropped.lens[0].missing, 280 * 97.5 / 180 * 3.14159265 - 400, 3);
+  EXPECT_FALSE(cropped.lens[0].as_is);
+  EXPECT_TRUE(Stitcher::create(cropped.config));
+}
+
+TEST(Plan, the_roll_is_in_the_matrix_and_needs_no_resampling) {
+  const Lens lens0 = lens_at(479.5, 479.5, 275), lens1 = lens_at(479.5, 479.5, 275, 97.5, {0, 0, 30});
+  const Plan plan = plan_of(lens0, lens1, {960, 960}, 1920);
+  EXPECT_TRUE(plan.lens[1].as_is);
+  const float* m = plan.config.lens_matrix;
+  EXPECT_FLOAT_EQ(m[0], float(std::sqrt(0.75)));
+  EXPECT_FLOAT_EQ(m[1], 0.5f);
+  EXPECT_FLOAT_EQ(m[3], -0.5f);
+  EXPECT_FLOAT_EQ(m[4], float(std::sqrt(0.75)));
+  EXPECT_EQ(m[2], 0);
+  EXPECT_EQ(m[5], 0);
+}
+
+TEST(Plan, yaw_and_pitch_resample_lens_1_only) {
+  const Lens lens0 = lens_at(479.5, 479.5, 281), lens1 = lens_at(479.5, 479.5, 281, 97.5, {1, 0, 0});
+  const Plan plan = plan_of(lens0, lens1, {960, 960}, 1920);
+  EXPECT_TRUE(plan.lens[0].as_is);
+  EXPECT_FALSE(plan.lens[1].as_is);
+  EXPECT_EQ(plan.lens[1].target.p, 281);
+}
+
+TEST(Plan, the_tables_stay_inside_whatever_the_lenses) {
+  const unsigned seed = 4711;
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
+  const auto between = [&](double low, double high) { return std::uniform_real_distribution<double>(low, high)(random); };
+  for (int round = 0; round < 40; ++round) {
+    const int width = 8 * int(between(30, 130));
+    const Size size{2 * int(between(50, 400)), 2 * int(between(50, 400))};
+    Lens lenses[2];
+    for (Lens& lens : lenses) {
+      lens = lens_at(between(-0.2, 1.2) * size.width, between(-0.2, 1.2) * size.height, between(20, 400), 96,
+                     {between(-45, 45), between(-45, 45), between(-45, 45)});
+    }
+    lenses[0].turn = {};
+    const Plan plan = make_plan(lenses, {size, size}, feather_of(8), width);
+    const auto made = Stitcher::create(plan.config);
+    EXPECT_TRUE(made) << made.error().text();
+  }
+}
+
+TEST(BlendValues, the_feather_fits_the_overlap) {
+  const BlendValues values = settle_blend({}, 1920, 97.5);
+  EXPECT_EQ(values.feather, 32);
+  EXPECT_LE(values.feather * 360.0 / 1920, 7.5);
+  EXPECT_EQ(settle_blend({}, 1920, 94).feather, 16);
+  EXPECT_EQ(settle_blend({}, 3840, 94).feather, 32);
+}
+
+TEST(BlendValues, a_wide_overlap_is_not_used_up) { EXPECT_EQ(settle_blend({}, 1920, 140).feather, 60); }
+
+TEST(BlendValues, the_transition_leaves_room_beside_a_wide_feather) {
+  const BlendValues values = settle_blend(feather_of(200), 1920, 140);
+  EXPECT_EQ(values.trans_width, 280);
+  EXPECT_EQ(settle_blend(feather_of(600), 1920, 140).trans_width, 0);
+}
+
+TEST(BlendValues, too_little_overlap_is_refused_unless_a_feather_is_given) {
+  for (const double reach : {-5.0, 80.0, 90.0, 90.9}) {
+    EXPECT_EQ(test::failure_of([&] { settle_blend({}, 1920, reach); }).first, ExitCode::settings) << reach;
+    EXPECT_EQ(settle_blend(feather_of(6), 1920, reach).feather, 6);
+  }
+}
+
+TEST(BlendValues, values_that_are_given_are_taken) {
+  profile::BlendSettings settings;
+  settings.feather = 20;
+  settings.trans_width = 12;
+  settings.pyr_level = 2;
+  settings.findpath_width = 30;
+  settings.inv_scale = 1.5;
+  settings.search = false;
+  const BlendValues values = settle_blend(settings, 1920, 97.5);
+  EXPECT_EQ(values.feather, 20);
+  EXPECT_EQ(values.trans_width, 12);
+  EXPECT_EQ(values.pyr_level, 2);
+  EXPECT_EQ(values.findpath_width, 30);
+  EXPECT_EQ(values.inv_scale, 1.5);
+  EXPECT_FALSE(values.search);
+}
+
+TEST(BlendValues, defaults_work_at_every_kind_of_width) {
+  for (const int width : {384, 392, 400, 408, 512, 648, 776, 1000, 1024, 1920}) {
+    const Lens lens = lens_at((width / 2 - 1) / 2.0, (width / 2 - 1) / 2.0, width / 2 / 3.42);
+    const Plan plan = make_plan({lens, lens}, {{width / 2, width / 2}, {width / 2, width / 2}}, {}, width);
+    StitchConfig config = plan.config;
+    const auto made = Stitcher::create(config);
+    ASSERT_TRUE(made) << width << ": " << made.error().text();
+  }
+}
+
+}  // namespace
+}  // namespace biseam::tool

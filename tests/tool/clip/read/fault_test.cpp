@@ -1,0 +1,355 @@
+// What goes wrong with clips: damage, missing parts, signals, full disks.
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+
+#include <chrono>
+#include <thread>
+
+#include "support/random_source.hpp"
+#include "tool/support/clip_maker.hpp"
+#include "tool/support/clip_probe.hpp"
+#include "tool/support/run_clip.hpp"
+#include "tool/support/scratch_folder.hpp"
+#include "tool/support/started.hpp"
+
+namespace biseam::tool {
+namespace {
+
+using namespace test;
+
+constexpr int kFrames = 20;
+
+// Pictures on their own, so that one damaged packet is one damaged picture.
+ClipSpec single_pictures() {
+  ClipSpec spec;
+  spec.encoder = "mjpeg";
+  spec.options = {{"global_quality", "236"}, {"flags", "+qscale"}};
+  spec.format = AV_PIX_FMT_YUVJ420P;
+  spec.colour.range = AVCOL_RANGE_JPEG;
+  return spec;
+}
+
+ClipSpec related_pictures() {
+  ClipSpec spec;
+  spec.options = {{"crf", "18"}, {"preset", "ultrafast"}, {"g", "5"}, {"bf", "2"}};
+  spec.sound = 0.5;
+  return spec;
+}
+
+// Where a packet lies in the file.
+std::size_t place_of(const std::string& file, const PacketFacts& packet) { return file.find(packet.bytes); }
+
+void expect_refusal(const Finished& finished, int exit_code, const std::string& name) {
+  EXPECT_EQ(finished.exit_code, exit_code) << finished.err;
+  EXPECT_NE(finished.err.find(name), std::string::npos) << finished.err;
+}
+
+void overwrite_packet(const std::string& path, std::size_t number) {
+  const ClipProbe probe(path);
+  std::string bytes = read_bytes(path);
+  const PacketFacts& packet = probe.only(AVMEDIA_TYPE_VIDEO).packets.at(number);
+  std::fill_n(bytes.begin() + std::ptrdiff_t(place_of(bytes, packet)), packet.bytes.size(), '\xff');
+  write_bytes(path, bytes);
+}
+
+TEST(Faults, a_damaged_packet_is_counted_and_bridged_by_the_picture_before) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mov", single_pictures(), walk(6));
+  const ClipProbe whole(folder / "in.mov");
+  overwrite_packet(folder / "in.mov", 2);
+  const Finished finished = stitch_clip(folder / "in.mov", folder / "out.mov", {"--json", "-"});
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  EXPECT_NE(finished.err.find("in.mov: 1 damaged packet, 1 picture replaced by the one before"), std::string::npos)
+      << finished.err;
+  EXPECT_NE(finished.out.find("\"repeated\": 1, \"damaged_packets\": 1"), std::string::npos) << finished.out;
+  auto expected = whole.pictures;
+  expected[2] = expected[1];
+  const ClipProbe out(folder / "out.mov");
+  EXPECT_EQ(raw_bytes(out.pictures), stitch_singly(expected, known_lenses()));
+  EXPECT_EQ(out.picture_times, whole.picture_times);
+}
+
+TEST(Faults, strict_stops_at_damage_and_leaves_nothing) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mov", single_pictures(), walk(6));
+  overwrite_packet(folder / "in.mov", 3);
+  const Finished finished = stitch_clip(folder / "in.mov", folder / "out.mov", {"--strict"});
+  expect_refusal(finished, 3, "in.mov: damaged after 0:00:00.080");
+  EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.mov"}));
+}
+
+TEST(Faults, pictures_damaged_at_the_beginning_are_left_out) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mov", single_pictures(), walk(6));
+  const ClipProbe whole(folder / "in.mov");
+  overwrite_packet(folder / "in.mov", 0);
+  const Finished finished = stitch_clip(folder / "in.mov", folder / "out.mov");
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  EXPECT_NE(finished.err.find("1 left out at the beginning"), std::string::npos) << finished.err;
+  const ClipProbe out(folder / "out.mov");
+  EXPECT_EQ(out.picture_times, std::vector<std::int64_t>(whole.picture_times.begin() + 1, whole.picture_times.end()));
+}
+
+// Whatever a decoder makes of flipped bytes, every picture has its time and the tool an orderly end.
+TEST(Faults, flipped_bytes_never_change_the_times) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mp4", related_pictures(), walk(kFrames));
+  const ClipProbe whole(folder / "in.mp4");
+  const std::string clean = read_bytes(folder / "in.mp4");
+  RandomSource random;
+  int reports = 0;
+  for (int round = 0; round < 6; ++round) {
+    std::string bytes = clean;
+    for (int flip = 0; flip < 5; ++flip) {
+      const auto& packets = whole.only(AVMEDIA_TYPE_VIDEO).packets;
+      const PacketFacts& packet = packets[std::size_t(random.between(1, int(packets.size()) - 1))];
+      bytes[place_of(clean, packet) + std::size_t(random.between(0, int(packet.bytes.size()) - 1))] ^=
+          char(random.between(1, 255));
+    }
+    write_bytes(folder / "bad.mp4", bytes);
+    const Finished finished = stitch_clip(folder / "bad.mp4", folder / "out.mp4");
+    ASSERT_EQ(finished.exit_code, 0) << finished.err;
+    const ClipProbe out(folder / "out.mp4");
+    EXPECT_EQ(out.picture_times, whole.picture_times);
+    EXPECT_EQ(out.only(AVMEDIA_TYPE_AUDIO).packets, whole.only(AVMEDIA_TYPE_AUDIO).packets);
+    if (finished.err.find("damaged packet") != std::string::npos) ++reports;
+  }
+  EXPECT_GT(reports, 0);
+}
+
+TEST(Faults, a_lost_key_picture_freezes_until_the_next_one) {
+  const ScratchFolder folder;
+  ClipSpec spec = related_pictures();
+  spec.options["bf"] = "0";
+  write_clip(folder / "in.mp4", spec, walk(15));
+  const ClipProbe whole(folder / "in.mp4");
+  overwrite_packet(folder / "in.mp4", 5);
+  const Finished finished = stitch_clip(folder / "in.mp4", folder / "out.mp4");
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  EXPECT_NE(finished.err.find("damaged packet"), std::string::npos) << finished.err;
+  EXPECT_EQ(ClipProbe(folder / "out.mp4").picture_times, whole.picture_times);
+}
+
+TEST(Faults, a_truncated_file_is_stitched_as_far_as_it_goes_and_told) {
+  for (const std::string extension : {"mkv", "mp4"}) {
+    SCOPED_TRACE(extension);
+    const ScratchFolder folder;
+    const std::string in = folder / ("in." + extension), out = folder / ("out." + extension);
+    ClipSpec spec = related_pictures();
+    if (extension == "mp4") spec.muxer_options = {{"movflags", "+faststart"}};
+    spec.times = {};
+    for (int k = 0; k < 50; ++k) spec.times.push_back(k * 512);
+    write_clip(in, spec, walk(50));
+    const std::string all = read_bytes(in);
+    write_bytes(in, all.substr(0, all.size() / 2));
+    const Finished finished = stitch_clip(in, out);
+    EXPECT_EQ(finished.exit_code, 0) << finished.err;
+    EXPECT_NE(finished.err.find("in." + extension + ": is cut short"), std::string::npos) << finished.err;
+    const std::size_t frames = ClipProbe(out).pictures.size();
+    EXPECT_GT(frames, 10u);
+    EXPECT_LT(frames, 40u);
+    expect_refusal(stitch_clip(in, folder / ("strict." + extension), {"--strict"}), 3, "in." + extension);
+  }
+}
+
+TEST(Faults, files_that_are_no_clips_are_named) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mp4", related_pictures(), walk(4));
+  const std::string all = read_bytes(folder / "in.mp4");
+  write_bytes(folder / "headless.mp4", all.substr(0, all.size() / 2));  // what describes it comes last
+  write_bytes(folder / "empty.mp4", "");
+  write_bytes(folder / "text.mp4", "no clip at all\n");
+  for (const std::string name : {"headless.mp4", "empty.mp4", "text.mp4", "missing.mp4", "."}) {
+    SCOPED_TRACE(name);
+    const Finished finished = stitch_clip(folder / name, folder / "out.mp4");
+    expect_refusal(finished, 3, folder / name);
+    EXPECT_EQ(std::count(finished.err.begin(), finished.err.end(), '\n'), 1) << finished.err;
+    EXPECT_FALSE(std::filesystem::exists(folder / "out.mp4"));
+  }
+}
+
+TEST(Faults, an_unreadable_file_is_named) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mp4", related_pictures(), walk(2));
+  std::filesystem::permissions(folder / "in.mp4", std::filesystem::perms::none);
+  std::filesystem::permissions(folder.path(), std::filesystem::perms::all);
+  std::filesystem::copy(BISEAM_TOOL, folder / "tool");  // where any user can run it
+  std::vector<std::string> command = {folder / "tool", "stitch", folder / "in.mp4", "-o", folder / "out.mp4"};
+  if (geteuid() == 0) command = with({"/usr/bin/setpriv", "--reuid=65534", "--clear-groups"}, command);
+  expect_refusal(run(command), 3, "in.mp4: can't be opened: Permission denied");
+}
+
+// A page of a process' memory that does not exist reads as an error.
+TEST(Faults, a_read_error_is_told_with_its_reason) {
+  const ScratchFolder folder;
+  expect_refusal(stitch_clip("/proc/self/mem", folder / "out.mp4"), 3, "/proc/self/mem: can't be read");
+}
+
+TEST(Faults, a_size_that_changes_is_told_with_its_time) {
+  const ScratchFolder folder;
+  ClipSpec spec = single_pictures();
+  write_clip(folder / "a.mkv", spec, walk(3));
+  std::vector<Nv12> smaller;
+  for (const Nv12& picture : walk(2)) smaller.push_back(Nv12(picture.width / 2, picture.height / 2));
+  write_clip(folder / "b.mkv", spec, smaller);
+  // MJPEG pictures say their size themselves: a packet of the other clip in the place of a larger one.
+  std::string bytes = read_bytes(folder / "a.mkv");
+  const PacketFacts large = ClipProbe(folder / "a.mkv").only(AVMEDIA_TYPE_VIDEO).packets[1];
+  std::string small = ClipProbe(folder / "b.mkv").only(AVMEDIA_TYPE_VIDEO).packets[0].bytes;
+  ASSERT_LT(small.size(), large.bytes.size());
+  small.resize(large.bytes.size());
+  bytes.replace(place_of(bytes, large), small.size(), small);
+  write_bytes(folder / "a.mkv", bytes);
+  const Finished finished = stitch_clip(folder / "a.mkv", folder / "out.mkv");
+  expect_refusal(finished, 3, "a.mkv: at 0:00:00.040 the pictures change from 240x120 to 120x60");
+  EXPECT_FALSE(std::filesystem::exists(folder / "out.mkv"));
+}
+
+TEST(Faults, targets_that_cant_be_written_are_named) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mp4", related_pictures(), walk(2));
+  std::filesystem::create_directory(folder / "taken.mp4");
+  for (const std::string& target : {folder / "taken.mp4", folder / "none/out.mp4", std::string("/proc/out.mp4")}) {
+    const Finished finished = stitch_clip(folder / "in.mp4", target);
+    expect_refusal(finished, 4, target);
+    EXPECT_EQ(std::count(finished.err.begin(), finished.err.end(), '\n'), 1) << finished.err;
+  }
+  EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.mp4", "taken.mp4"}));
+}
+
+TEST(Faults, a_full_disk_leaves_nothing) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mp4", related_pictures(), walk(kFrames));
+  const std::string disk = folder / "disk";
+  std::filesystem::create_directory(disk);
+  if (mount("none", disk.c_str(), "tmpfs", 0, "size=64k") != 0) GTEST_SKIP() << "a small tmpfs can't be mounted here";
+  for (const std::string name : {"out.mp4", "out.mov", "out.mkv", "out.y4m"}) {
+    const Finished finished = stitch_clip(folder / "in.mp4", disk + "/" + name, {"--drop-streams"});
+    expect_refusal(finished, 4, name + ": can't be written: No space left on device");
+    EXPECT_TRUE(std::filesystem::is_empty(disk));
+  }
+  umount(disk.c_str());
+}
+
+TEST(Faults, a_file_that_may_not_grow_leaves_nothing) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mp4", related_pictures(), walk(kFrames));
+  for (const std::string name : {"out.mp4", "out.mov", "out.mkv", "out.y4m"}) {
+    const Finished finished = run(with({"/usr/bin/prlimit", "--fsize=65536", BISEAM_TOOL, "stitch", folder / "in.mp4", "-o",
+                                        folder / name, "--drop-streams", "--crf", "0"},
+                                       known_lenses()));
+    expect_refusal(finished, 4, name + ": can't be written: File too large");
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.mp4"}));
+  }
+}
+
+TEST(Faults, a_full_device_is_told) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mkv", {}, walk(2));
+  const Finished finished = run(with({BISEAM_TOOL, "stitch", folder / "in.mkv", "-o", "-"}, known_lenses()), "", "/dev/full");
+  expect_refusal(finished, 4, "standard output: can't be written: No space left on device");
+}
+
+// Enough frames to be in the middle of them for a while.
+std::string endless_frames() { return raw_bytes(walk(1)); }
+
+std::vector<std::string> frames_from_pipe(const std::string& output) {
+  return with({BISEAM_TOOL, "stitch", "-", "--size", "240x120", "--rate", "25", "-o", output, "--preset", "ultrafast"},
+              known_lenses());
+}
+
+TEST(Faults, an_input_that_vanishes_is_told_and_leaves_nothing) {
+  const ScratchFolder folder;
+  Started started(frames_from_pipe(folder / "out.mp4"), Started::Input::breakable);
+  for (int k = 0; k < 30; ++k) started.send(endless_frames());
+  started.wait_for_bytes_in(folder.path());
+  started.break_input();
+  const Finished finished = started.finish();
+  expect_refusal(finished, 3, "biseam: standard input: can't be read: Connection reset by peer\n");
+  EXPECT_EQ(std::count(finished.err.begin(), finished.err.end(), '\n'), 1) << finished.err;
+  EXPECT_TRUE(folder.names().empty());
+}
+
+TEST(Faults, an_interrupt_finishes_what_is_in_flight) {
+  for (const int signal : {SIGINT, SIGTERM}) {
+    const ScratchFolder folder;
+    Started started(frames_from_pipe(folder / "out.mp4"));
+    for (int k = 0; k < 30; ++k) started.send(endless_frames());
+    started.wait_for_bytes_in(folder.path());
+    started.signal(signal);
+    const Finished finished = started.finish();
+    EXPECT_EQ(finished.exit_code, 130) << finished.err;
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"out.mp4"}));
+    EXPECT_GT(ClipProbe(folder / "out.mp4").pictures.size(), 0u);
+  }
+}
+
+TEST(Faults, an_interrupt_before_the_first_picture_leaves_nothing) {
+  const ScratchFolder folder;
+  Started started(frames_from_pipe(folder / "out.mp4"));
+  started.send(endless_frames().substr(0, 100));
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  started.signal(SIGINT);
+  const Finished finished = started.finish();
+  EXPECT_EQ(finished.exit_code, 130) << finished.err;
+  EXPECT_TRUE(folder.names().empty());
+}
+
+TEST(Faults, an_interrupt_that_the_caller_ignores_is_ignored) {
+  const ScratchFolder folder;
+  const auto before = std::signal(SIGINT, SIG_IGN);
+  Started started(frames_from_pipe(folder / "out.mp4"));
+  std::signal(SIGINT, before);
+  for (int k = 0; k < 30; ++k) started.send(endless_frames());
+  started.wait_for_bytes_in(folder.path());
+  started.signal(SIGINT);
+  started.send(endless_frames());
+  started.break_input();
+  const Finished finished = started.finish();
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  EXPECT_EQ(ClipProbe(folder / "out.mp4").pictures.size(), 31u);
+}
+
+TEST(Faults, a_killed_run_leaves_nothing_under_the_final_name) {
+  const ScratchFolder folder;
+  write_bytes(folder / "out.mp4", "what was there before");
+  Started started(frames_from_pipe(folder / "out.mp4"));
+  for (int k = 0; k < 30; ++k) started.send(endless_frames());
+  started.wait_for_bytes_in(folder.path());
+  started.signal(SIGKILL);
+  EXPECT_EQ(started.finish().exit_code, -SIGKILL);
+  EXPECT_EQ(read_bytes(folder / "out.mp4"), "what was there before");
+}
+
+TEST(Faults, encoders_and_settings_that_do_not_exist_are_named) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mkv", {}, walk(1));
+  const std::vector<std::tuple<std::vector<std::string>, int, std::string>> wrong = {
+      {{"--encoder", "nonsense"}, 2, "--encoder: there is no video encoder 'nonsense'"},
+      {{"--encoder", "aac"}, 2, "--encoder"},
+      {{"--encoder", "v210"}, 2, "--encoder: v210 doesn't take"},
+      {{"--encoder", "ffv1", "--crf", "3"}, 2, "--crf: the encoder ffv1 has no such setting"},
+      {{"--encoder", "ffv1", "--preset", "fast"}, 2, "--preset: the encoder ffv1 has no such setting"},
+      {{"--crf", "-5"}, 2, "--crf"},
+      {{"--preset", "sluggish"}, 2, "--preset: 'sluggish'"},
+      {{"--bitrate", "much"}, 2, "--bitrate"},
+  };
+  for (const auto& [options, exit_code, text] : wrong) {
+    SCOPED_TRACE(testing::PrintToString(options));
+    const Finished finished = run_stitch(with(with({folder / "in.mkv", "-o", folder / "out.mkv"}, known_lenses()), options));
+    expect_refusal(finished, exit_code, text);
+    EXPECT_EQ(std::count(finished.err.begin(), finished.err.end(), '\n'), 1) << finished.err;
+  }
+  EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.mkv"}));
+}
+
+TEST(Faults, video_options_are_no_picture_options) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mkv", {}, walk(1));
+  expect_refusal(run_stitch({folder / "in.mkv", "-o", folder / "out.png", "--crf", "3"}), 2, "--crf: only for video");
+  expect_refusal(run_stitch({folder / "in.mkv", "-o", folder / "out.mkv", "--show-seams", folder / "s.png"}), 2,
+                 "--show-seams: only for pictures");
+}
+
+}  // namespace
+}  // namespace biseam::tool

@@ -1,0 +1,155 @@
+// Parts of clips, and parts against the whole.
+#include <gtest/gtest.h>
+
+#include "tool/support/clip_maker.hpp"
+#include "tool/support/clip_probe.hpp"
+#include "tool/support/run_clip.hpp"
+#include "tool/support/scratch_folder.hpp"
+
+namespace biseam::tool {
+namespace {
+
+using namespace test;
+
+constexpr int kFrames = 24;  // at 25 a second
+
+// Key pictures now and then and pictures that refer to later ones, so that a part begins in the middle of both.
+void write_long_clip(const std::string& path) {
+  ClipSpec spec;
+  spec.options = {{"qp", "0"}, {"preset", "ultrafast"}, {"bf", "2"}, {"g", "7"}};
+  spec.sound = 0.96;
+  spec.motion_packets = path.ends_with("mkv") ? 0 : 10;
+  spec.chapters = {{0, 300, "One"}, {300, 960, "Two"}};
+  write_clip(path, spec, walk(kFrames));
+}
+
+class Parts : public testing::TestWithParam<const char*> {
+ protected:
+  std::string name(const std::string& stem) const { return folder_ / (stem + "." + GetParam()); }
+  ClipProbe part(const std::string& stem, const std::vector<std::string>& range) {
+    const Finished finished = stitch_clip(name("in"), name(stem), range);
+    EXPECT_EQ(finished.exit_code, 0) << finished.err;
+    return ClipProbe(name(stem));
+  }
+  ScratchFolder folder_;
+};
+INSTANTIATE_TEST_SUITE_P(Clip, Parts, testing::Values("mp4", "mkv"),
+                         [](const auto& parameter) { return std::string(parameter.param); });
+
+TEST_P(Parts, one_after_the_other_they_equal_the_whole) {
+  write_long_clip(name("in"));
+  const ClipProbe whole = part("whole", {}), a = part("a", {"--to", "0.3"}), b = part("b", {"--from", "0.3", "--to", "0.62"}),
+                  c = part("c", {"--from", "0.62"});
+  ASSERT_EQ(whole.pictures.size(), std::size_t(kFrames));
+  EXPECT_EQ(a.pictures.size(), 8u);
+  EXPECT_EQ(b.pictures.size(), 8u);
+  EXPECT_EQ(raw_bytes(a.pictures) + raw_bytes(b.pictures) + raw_bytes(c.pictures), raw_bytes(whole.pictures));
+  EXPECT_EQ(b.only(AVMEDIA_TYPE_VIDEO).times().front(), 20000);
+  for (const AVMediaType type : {AVMEDIA_TYPE_AUDIO, AVMEDIA_TYPE_DATA}) {
+    if (type == AVMEDIA_TYPE_DATA && std::string(GetParam()) == "mkv") continue;
+    EXPECT_EQ(a.only(type).bytes() + b.only(type).bytes() + c.only(type).bytes(), whole.only(type).bytes());
+  }
+}
+
+TEST_P(Parts, a_number_of_frames_ends_everything) {
+  write_long_clip(name("in"));
+  const ClipProbe whole = part("whole", {}), a = part("a", {"--frames", "10"});
+  ASSERT_EQ(a.pictures.size(), 10u);
+  EXPECT_EQ(raw_bytes(a.pictures), raw_bytes(std::vector<Nv12>(whole.pictures.begin(), whole.pictures.begin() + 10)));
+  EXPECT_LT(a.only(AVMEDIA_TYPE_AUDIO).times().back(), 400000);
+  EXPECT_GT(a.only(AVMEDIA_TYPE_AUDIO).times().back(), 370000);
+  const ClipProbe b = part("b", {"--from", "0:00:00.4", "--frames", "100"});
+  EXPECT_EQ(b.pictures.size(), 14u);
+  EXPECT_EQ(a.only(AVMEDIA_TYPE_AUDIO).bytes() + b.only(AVMEDIA_TYPE_AUDIO).bytes(), whole.only(AVMEDIA_TYPE_AUDIO).bytes());
+}
+
+TEST_P(Parts, chapters_are_cut_to_the_part) {
+  write_long_clip(name("in"));
+  const ClipProbe b = part("b", {"--from", "0.2", "--to", "0.6"});
+  EXPECT_EQ(b.chapters, (std::vector<ChapterFacts>{{0, 100, "One"}, {100, 400, "Two"}}));
+  const ClipProbe c = part("c", {"--from", "0.4"});
+  ASSERT_EQ(c.chapters.size(), 1u);
+  EXPECT_EQ(c.chapters[0].title, "Two");
+}
+
+TEST(Part, a_far_one_is_reached_without_decoding_everything) {
+  const ScratchFolder folder;
+  ClipSpec spec;
+  spec.options["g"] = "4";
+  for (int k = 0; k < 40; ++k) spec.times.push_back(k * 12800);  // one a second
+  const auto pairs = walk(40);
+  write_clip(folder / "in.mp4", spec, pairs);
+  const Finished finished = stitch_clip(folder / "in.mp4", folder / "out.mp4", {"--from", "33", "--to", "35.5"});
+  expect_success(finished, 3);
+  EXPECT_EQ(raw_bytes(ClipProbe(folder / "out.mp4").pictures),
+            stitch_singly({pairs[33], pairs[34], pairs[35]}, known_lenses()));
+}
+
+TEST(Part, of_a_stream_that_cant_be_sought) {
+  const ScratchFolder folder;
+  const auto pairs = walk(6);
+  write_clip(folder / "in.mkv", {}, pairs);
+  const Finished finished =
+      run_stitch(with({"-", "-o", "-", "--from", "0.08", "--frames", "2"}, known_lenses()), read_bytes(folder / "in.mkv"));
+  expect_success(finished, 2);
+  EXPECT_EQ(finished.out, stitch_singly({pairs[2], pairs[3]}, known_lenses()));
+}
+
+TEST(Part, of_raw_frames_and_streams_without_an_index) {
+  const ScratchFolder folder;
+  const auto pairs = walk(60);
+  write_bytes(folder / "in.nv12", raw_bytes(pairs));
+  const std::vector<std::string> part = with({"--from", "2.2", "--frames", "2", "-o", "-"}, known_lenses());
+  const std::string expected = stitch_singly({pairs[55], pairs[56]}, known_lenses());
+  EXPECT_EQ(run_stitch(with({folder / "in.nv12", "--size", "240x120", "--rate", "25"}, part)).out, expected);
+  EXPECT_EQ(
+      run_stitch(with({folder / "in.nv12", "--size", "240x120", "--rate", "25", "-o", folder / "in.y4m", "--width", "240"},
+                      known_lenses()))
+          .exit_code,
+      0);
+  const ClipProbe y4m(folder / "in.y4m");
+  const Finished finished = run_stitch({folder / "in.y4m", "-o", "-", "--from", "2.2", "--frames", "2", "--no-search"});
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  EXPECT_EQ(finished.out, stitch_singly({y4m.pictures[55], y4m.pictures[56]}, {"--no-search"}));
+}
+
+TEST(Part, of_two_clips) {
+  const ScratchFolder folder;
+  std::vector<Nv12> lens[2];
+  for (int k = 0; k < 2; ++k) {
+    for (int step = 0; step < 12; ++step) lens[k].push_back(walk_lens(k, step));
+    write_clip(folder / (std::to_string(k) + ".mkv"), {}, lens[k]);
+  }
+  const Finished finished =
+      run_stitch(with({folder / "0.mkv", folder / "1.mkv", "-o", "-", "--from", "0.2", "--to", "0.3"}, known_lenses()));
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  EXPECT_EQ(finished.out, stitch_singly({walk(8)[5], walk(8)[6], walk(8)[7]}, known_lenses()));
+}
+
+TEST(Part, beyond_the_end_is_refused) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mp4", {}, walk(2));
+  const Finished finished = stitch_clip(folder / "in.mp4", folder / "out.mp4", {"--from", "5"});
+  EXPECT_EQ(finished.exit_code, 3);
+  EXPECT_NE(finished.err.find("in.mp4: has no picture in the part"), std::string::npos) << finished.err;
+  EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.mp4"}));
+}
+
+TEST(Part, a_wrong_range_is_a_wrong_command_line) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mp4", {}, walk(1));
+  for (const auto& [range, option] :
+       std::vector<std::pair<std::vector<std::string>, std::string>>{{{"--from", "x"}, "--from"},
+                                                                     {{"--from", "-1"}, "--from"},
+                                                                     {{"--to", "1:2:3:4"}, "--to"},
+                                                                     {{"--from", "2", "--to", "1"}, "--to"},
+                                                                     {{"--frames", "0"}, "--frames"},
+                                                                     {{"--offset", "soon"}, "--offset"}}) {
+    const Finished finished = stitch_clip(folder / "in.mp4", folder / "out.mp4", range);
+    EXPECT_EQ(finished.exit_code, 2) << finished.err;
+    EXPECT_NE(finished.err.find(option), std::string::npos) << finished.err;
+  }
+}
+
+}  // namespace
+}  // namespace biseam::tool

@@ -1,0 +1,353 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "picture/encode.hpp"
+#include "picture/read_picture.hpp"
+#include "picture/write_picture.hpp"
+#include "tool/support/process.hpp"
+#include "tool/support/scratch_folder.hpp"
+#include "tool/support/sphere.hpp"
+
+namespace biseam::tool {
+namespace {
+
+using test::Finished;
+using test::FisheyeView;
+using test::paint_fisheye;
+using test::paint_panorama;
+using test::read_bytes;
+using test::ScratchFolder;
+using test::write_bytes;
+
+constexpr int kWidth = 640;
+
+Finished stitch(std::vector<std::string> arguments, const std::string& input = "", const std::string& out_path = "") {
+  arguments.insert(arguments.begin(), {BISEAM_TOOL, "stitch"});
+  return test::run(std::move(arguments), input, out_path);
+}
+
+void expect_refusal(const Finished& finished, int exit_code, const std::string& name) {
+  EXPECT_EQ(finished.exit_code, exit_code) << finished.err;
+  EXPECT_EQ(finished.out, "");
+  EXPECT_EQ(finished.err.rfind("biseam: ", 0), 0u) << finished.err;
+  EXPECT_EQ(std::count(finished.err.begin(), finished.err.end(), '\n'), 1) << finished.err;
+  EXPECT_NE(finished.err.find(name), std::string::npos) << finished.err;
+}
+
+std::string bytes_of(const Nv12& picture) {
+  const auto bytes = encode_raw(picture);
+  return {bytes.begin(), bytes.end()};
+}
+
+Nv12 side_by_side(const Nv12& left, const Nv12& right) {
+  Nv12 both(left.width * 2, left.height);
+  const std::size_t half = std::size_t(left.width);
+  for (std::size_t y = 0; y < std::size_t(left.height); ++y) {
+    std::copy_n(&left.luma[y * half], half, &both.luma[y * 2 * half]);
+    std::copy_n(&right.luma[y * half], half, &both.luma[y * 2 * half + half]);
+  }
+  for (std::size_t y = 0; y < std::size_t(left.height / 2); ++y) {
+    std::copy_n(&left.chroma[y * half], half, &both.chroma[y * 2 * half]);
+    std::copy_n(&right.chroma[y * half], half, &both.chroma[y * 2 * half + half]);
+  }
+  return both;
+}
+
+// A pair of 320 x 320 whose circles of 195 degrees just fit.
+FisheyeView usual_view() { return {320, 320, 159.5, 159.5, 160 / test::radians(97.5)}; }
+
+std::string usual_pair() { return bytes_of(side_by_side(paint_fisheye(usual_view(), 0), paint_fisheye(usual_view(), 1))); }
+
+Nv12 panorama_from(const std::string& raw) {
+  const ScratchFolder folder;
+  write_bytes(folder / "p.nv12", raw);
+  return read_picture(folder / "p.nv12", Size{kWidth, kWidth / 2});
+}
+
+void expect_painted_sphere(const std::string& raw) {
+  ASSERT_EQ(raw.size(), nv12_bytes({kWidth, kWidth / 2}));
+  const Nv12 got = panorama_from(raw), truth = paint_panorama(kWidth);
+  EXPECT_LE(test::difference(got.luma, truth.luma), 1.2);
+  EXPECT_LE(test::difference(got.chroma, truth.chroma), 1.2);
+  EXPECT_LE(test::worst_difference(got.luma, truth.luma), 8);
+  EXPECT_LE(test::worst_difference(got.chroma, truth.chroma), 8);
+}
+
+TEST(StitchCommand, side_by_side_through_pipes_gives_the_sphere_back) {
+  const Finished finished = stitch({"-", "--size", "640x320", "-o", "-"}, usual_pair());
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  expect_painted_sphere(finished.out);
+}
+
+TEST(StitchCommand, what_was_assumed_is_told_on_standard_error) {
+  const Finished finished = stitch({"-", "--size", "640x320", "-o", "-"}, usual_pair());
+  EXPECT_NE(finished.err.find("lens 0: "), std::string::npos) << finished.err;
+  EXPECT_NE(finished.err.find("195 degrees"), std::string::npos) << finished.err;
+}
+
+TEST(StitchCommand, two_files_are_the_same_as_one_side_by_side) {
+  const ScratchFolder folder;
+  write_picture(folder / "0.nv12", paint_fisheye(usual_view(), 0));
+  write_picture(folder / "1.nv12", paint_fisheye(usual_view(), 1));
+  const Finished two = stitch({folder / "0.nv12", folder / "1.nv12", "--size", "320x320", "-o", "-"});
+  EXPECT_EQ(two.exit_code, 0) << two.err;
+  EXPECT_EQ(two.out, stitch({"-", "--size", "640x320", "-o", "-"}, usual_pair()).out);
+}
+
+// Everything at once that a camera can have: another size for each lens, centres, scales, mounts, a turn.
+TEST(StitchCommand, a_profile_describes_any_camera) {
+  const ScratchFolder folder;
+  FisheyeView view0{600, 500, 310, 242, 150}, view1{440, 560, 215, 290, 130};
+  view0.mount = 90;
+  view1.mount = 270;
+  view1.yaw = 4;
+  view1.pitch = -3;
+  view1.roll = 7;
+  write_picture(folder / "0.png", paint_fisheye(view0, 0));
+  write_picture(folder / "1.png", paint_fisheye(view1, 1));
+  write_bytes(folder / "camera.toml", R"(
+width = 640
+[lens0]
+cx = 310
+cy = 242
+p = 150
+mount = 90
+[lens1]
+cx = 215
+cy = 290
+p = 130
+mount = 270
+yaw = 4
+pitch = -3
+roll = 7
+[blend]
+feather = 10
+trans_width = 10
+)");
+  const Finished finished = stitch({folder / "0.png", folder / "1.png", "--camera", folder / "camera.toml", "-o", "-"});
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  expect_painted_sphere(finished.out);
+}
+
+TEST(StitchCommand, options_replace_the_profiles_values) {
+  const ScratchFolder folder;
+  FisheyeView view = usual_view();
+  view.mount = 180;
+  const std::string pair = bytes_of(side_by_side(paint_fisheye(view, 0), paint_fisheye(view, 1)));
+  write_bytes(folder / "camera.toml", "width = 1920\n[lens0]\np = 20\nmount = 90\n[lens1]\ncx = 3\np = 20\n");
+  const std::string p = std::to_string(view.p);
+  const Finished finished = stitch({"-", "--size", "640x320", "-o", "-", "--camera", folder / "camera.toml", "--width", "640",
+                                    "--p0", p, "--p1", p, "--centre1", "159.5,159.5", "--mount0", "180", "--mount1", "180"},
+                                   pair);
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  expect_painted_sphere(finished.out);
+}
+
+TEST(StitchCommand, a_turn_may_begin_with_a_minus) {
+  FisheyeView turned = usual_view();
+  turned.yaw = -1;
+  turned.pitch = 2;
+  turned.roll = -3;
+  const std::string pair = bytes_of(side_by_side(paint_fisheye(usual_view(), 0), paint_fisheye(turned, 1)));
+  const Finished finished = stitch({"-", "--size", "640x320", "-o", "-", "--turn1", "-1,2,-3"}, pair);
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  expect_painted_sphere(finished.out);
+}
+
+// The profile holds for the camera's pictures of any size and for panoramas of any width.
+TEST(StitchCommand, a_profile_is_scaled_to_picture_and_width) {
+  const ScratchFolder folder;
+  write_bytes(folder / "camera.toml",
+              "width = 1280\n[picture]\nwidth = 640\nheight = 640\n[lens0]\ncx = 319.5\ncy = 319.5\np = 188.0520\n"
+              "[lens1]\ncx = 319.5\ncy = 319.5\np = 188.0520\n[blend]\nfeather = 20\ntrans_width = 20\n");
+  const Finished finished =
+      stitch({"-", "--size", "640x320", "-o", "-", "--camera", folder / "camera.toml", "--width", "640"}, usual_pair());
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  EXPECT_EQ(finished.err, "");
+  expect_painted_sphere(finished.out);
+}
+
+TEST(StitchCommand, a_cropped_circle_is_stitched_and_told) {
+  FisheyeView view{320, 280, 159.5, 139.5, 160 / test::radians(97.5)};
+  const std::string pair = bytes_of(side_by_side(paint_fisheye(view, 0), paint_fisheye(view, 1)));
+  const std::string p = std::to_string(view.p);
+  const Finished finished = stitch({"-", "--size", "640x280", "-o", "-", "--width", "640", "--p0", p, "--p1", p}, pair);
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  EXPECT_EQ(finished.out.size(), nv12_bytes({kWidth, kWidth / 2}));
+  EXPECT_NE(finished.err.find("beyond the picture's edge"), std::string::npos) << finished.err;
+}
+
+TEST(StitchCommand, every_kind_of_file_is_written) {
+  const ScratchFolder folder;
+  const std::string pair = usual_pair();
+  for (const char* name : {"a.png", "a.jpg", "a.nv12"}) {
+    const Finished finished = stitch({"-", "--size", "640x320", "-o", folder / name}, pair);
+    EXPECT_EQ(finished.exit_code, 0) << finished.err;
+    EXPECT_EQ(finished.out, "");
+  }
+  EXPECT_EQ(read_picture(folder / "a.png").width, kWidth);
+  EXPECT_EQ(read_picture(folder / "a.jpg").height, kWidth / 2);
+  expect_painted_sphere(read_bytes(folder / "a.nv12"));
+}
+
+TEST(StitchCommand, seam_layer_is_a_png_with_opacity) {
+  const ScratchFolder folder;
+  const Finished finished =
+      stitch({"-", "--size", "640x320", "-o", folder / "a.png", "--seam-layer", folder / "layer.png"}, usual_pair());
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  constexpr std::size_t kColourType = 25;
+  EXPECT_EQ(read_bytes(folder / "layer.png").at(kColourType), 6);
+  const Finished jpeg =
+      stitch({"-", "--size", "640x320", "-o", folder / "a.png", "--seam-layer", folder / "layer.jpg"}, usual_pair());
+  expect_refusal(jpeg, 2, "layer.jpg");
+}
+
+TEST(StitchCommand, show_seams_writes_a_second_picture_that_differs_in_the_bands_only) {
+  const ScratchFolder folder;
+  const Finished finished =
+      stitch({"-", "--size", "640x320", "-o", folder / "a.png", "--show-seams", folder / "s.png"}, usual_pair());
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  const Nv12 plain = read_picture(folder / "a.png"), seams = read_picture(folder / "s.png");
+  const auto differs = [&](std::size_t x) { return plain.luma[100 * kWidth + x] != seams.luma[100 * kWidth + x]; };
+  EXPECT_TRUE(differs(kWidth / 4 - 4));
+  EXPECT_TRUE(differs(3 * kWidth / 4 + 4));
+  EXPECT_FALSE(differs(10) || differs(kWidth / 2) || differs(kWidth - 10));
+}
+
+TEST(StitchCommand, searching_and_cutting_straight_differ) {
+  FisheyeView near = usual_view();
+  near.yaw = 3;  // a mismatch on the seams
+  const std::string pair = bytes_of(side_by_side(paint_fisheye(usual_view(), 0), paint_fisheye(near, 1)));
+  const std::string searched = stitch({"-", "--size", "640x320", "-o", "-"}, pair).out;
+  EXPECT_EQ(stitch({"-", "--size", "640x320", "-o", "-", "--search"}, pair).out, searched);
+  const std::string straight = stitch({"-", "--size", "640x320", "-o", "-", "--no-search"}, pair).out;
+  EXPECT_EQ(straight.size(), searched.size());
+  EXPECT_NE(straight, searched);
+}
+
+TEST(StitchCommand, a_missing_or_broken_input_is_named_and_nothing_is_left) {
+  const ScratchFolder folder;
+  const auto png = encode_png(to_rgb(paint_fisheye(usual_view(), 0)));
+  write_bytes(folder / "cut.png", std::string(png.begin(), png.begin() + std::ptrdiff_t(png.size() / 2)));
+  write_bytes(folder / "text.png", "no picture");
+  for (const char* name : {"none.png", "cut.png", "text.png"}) {
+    expect_refusal(stitch({folder / name, "-o", folder / "out.png"}), 3, folder / name);
+  }
+  EXPECT_EQ(folder.names(), (std::vector<std::string>{"cut.png", "text.png"}));
+}
+
+TEST(StitchCommand, raw_input_of_another_size_is_refused) {
+  expect_refusal(stitch({"-", "--size", "640x322", "-o", "-"}, usual_pair()), 3, "standard input");
+  expect_refusal(stitch({"-", "--size", "640x318", "-o", "-"}, usual_pair()), 3, "standard input");
+}
+
+TEST(StitchCommand, an_output_that_cant_be_written_is_named_and_nothing_is_left) {
+  const ScratchFolder folder;
+  std::filesystem::create_directory(folder / "taken.png");
+  const std::string pair = usual_pair(), quiet = std::to_string(usual_view().p);
+  for (const char* name : {"taken.png", "none/out.png"}) {
+    expect_refusal(stitch({"-", "--size", "640x320", "--p0", quiet, "--p1", quiet, "-o", folder / name}, pair), 4,
+                   folder / name);
+  }
+  EXPECT_EQ(folder.names(), (std::vector<std::string>{"taken.png"}));
+}
+
+// Not even the superuser makes files there.
+TEST(StitchCommand, an_unwritable_folder_is_named) {
+  const std::string quiet = std::to_string(usual_view().p);
+  const Finished finished = stitch({"-", "--size", "640x320", "--p0", quiet, "--p1", quiet, "-o", "/proc/a.png"}, usual_pair());
+  expect_refusal(finished, 4, "/proc/a.png");
+}
+
+TEST(StitchCommand, a_full_disk_is_told) {
+  const std::string quiet = std::to_string(usual_view().p);
+  expect_refusal(stitch({"-", "--size", "640x320", "--p0", quiet, "--p1", quiet, "-o", "-"}, usual_pair(), "/dev/full"), 4,
+                 "standard output");
+}
+
+TEST(StitchCommand, a_png_comes_through_a_pipe) {
+  const Rgb both = to_rgb(side_by_side(paint_fisheye(usual_view(), 0), paint_fisheye(usual_view(), 1)));
+  const auto png = encode_png(both);
+  const Finished finished = stitch({"-", "-o", "-"}, std::string(png.begin(), png.end()));
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  expect_painted_sphere(finished.out);
+}
+
+TEST(StitchCommand, a_profile_for_another_shape_of_picture_is_named) {
+  const ScratchFolder folder;
+  write_bytes(folder / "camera.toml", "[picture]\nwidth = 640\nheight = 480\n");
+  expect_refusal(stitch({"-", "--size", "640x320", "-o", "-", "--camera", folder / "camera.toml"}, usual_pair()), 5,
+                 "camera.toml");
+}
+
+TEST(StitchCommand, a_profile_that_is_wrong_is_named_with_line_and_key) {
+  const ScratchFolder folder;
+  write_bytes(folder / "camera.toml", "width = 640\n[lens0]\nradius = 3\n");
+  const Finished finished = stitch({"-", "--size", "640x320", "-o", "-", "--camera", folder / "camera.toml"}, usual_pair());
+  expect_refusal(finished, 5, "camera.toml: line 3: unknown key 'lens0.radius'");
+  expect_refusal(stitch({"-", "--size", "640x320", "-o", "-", "--camera", folder / "none.toml"}, usual_pair()), 3, "none.toml");
+}
+
+TEST(StitchCommand, settings_the_engine_refuses_are_told_in_its_words) {
+  const std::string p = std::to_string(usual_view().p);
+  const std::vector<std::string> usual = {"-", "--size", "640x320", "-o", "-", "--p0", p, "--p1", p};
+  const auto with = [&](std::vector<std::string> more) {
+    more.insert(more.begin(), usual.begin(), usual.end());
+    return stitch(more, usual_pair());
+  };
+  expect_refusal(with({"--feather", "7"}), 5, "feather");
+  expect_refusal(with({"--feather", "8", "--findpath-width", "18"}), 5, "findpath_width");
+  expect_refusal(with({"--pyr-level", "16"}), 5, "pyr_level");
+}
+
+TEST(StitchCommand, a_wrong_command_line_is_one_line) {
+  const ScratchFolder folder;
+  const std::string out = folder / "out.png";
+  const std::vector<std::pair<std::vector<std::string>, std::string>> wrong = {
+      {{}, "IN"},
+      {{"a.png"}, "--output"},
+      {{"a.png", "-o", out, "--nonsense"}, "--nonsense"},
+      {{"a.png", "b.png", "c.png", "-o", out}, "IN"},
+      {{"a.png", "-o", folder / "out.bmp"}, "out.bmp"},
+      {{"a.png", "-o", out, "--show-seams", "seams"}, "seams"},
+      {{"a.png", "-o", out, "--show-seams", "-"}, "--show-seams"},
+      {{"a.png", "-o", out, "--width", "100"}, "--width"},
+      {{"a.png", "-o", out, "--width", "-8"}, "--width"},
+      {{"a.png", "-o", out, "--width", "many"}, "--width"},
+      {{"a.png", "-o", out, "--size", "640"}, "640"},
+      {{"a.png", "-o", out, "--p0", "0"}, "--p0"},
+      {{"a.png", "-o", out, "--p1", "nan"}, "--p1"},
+      {{"a.png", "-o", out, "--fov", "20"}, "--fov"},
+      {{"a.png", "-o", out, "--mount1", "45"}, "--mount1"},
+      {{"a.png", "-o", out, "--centre0", "3"}, "--centre0"},
+      {{"a.png", "-o", out, "--centre0", "3,4,5"}, "--centre0"},
+      {{"a.png", "-o", out, "--turn1", "1,2,x"}, "--turn1"},
+      {{"a.png", "-o", out, "--turn1", "1,2,90"}, "--turn1"},
+      {{"a.png", "-o", out, "--feather", "-4"}, "--feather"},
+      {{"a.png", "-o", out, "--inv-scale", "0"}, "--inv-scale"},
+      {{"a.nv12", "-o", out}, "a.nv12"},
+      {{"-", "-", "-o", out}, "standard input"},
+  };
+  write_bytes(folder / "a.nv12", "xx");
+  for (auto [arguments, name] : wrong) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    if (!arguments.empty() && arguments[0] == "a.nv12") arguments[0] = folder / "a.nv12";
+    expect_refusal(stitch(arguments), 2, name);
+  }
+  EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.nv12"}));
+}
+
+TEST(StitchCommand, an_odd_half_is_refused) {
+  expect_refusal(stitch({"-", "--size", "642x320", "-o", "-"}, std::string(nv12_bytes({642, 320}), 'x')), 3, "standard input");
+}
+
+TEST(StitchCommand, help_goes_to_standard_output) {
+  const Finished finished = stitch({"--help"});
+  EXPECT_EQ(finished.exit_code, 0);
+  EXPECT_NE(finished.out.find("--show-seams"), std::string::npos);
+  EXPECT_EQ(finished.err, "");
+}
+
+}  // namespace
+}  // namespace biseam::tool

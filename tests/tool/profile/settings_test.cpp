@@ -1,0 +1,81 @@
+#include "profile/settings.hpp"
+
+#include <gtest/gtest.h>
+
+namespace biseam::profile {
+namespace {
+
+TEST(Settings, values_that_are_set_replace_others) {
+  LensSettings base{.cx = 1, .cy = 2, .p = {}, .fov = 190, .mount = {}, .yaw = {}, .pitch = {}, .roll = {}};
+  LensSettings over;
+  over.cy = 5;
+  over.p = 7;
+  replace_settings(base, over);
+  EXPECT_EQ(base.cx, 1);
+  EXPECT_EQ(base.cy, 5);
+  EXPECT_EQ(base.p, 7);
+  EXPECT_EQ(base.fov, 190);
+  EXPECT_FALSE(base.mount);
+}
+
+TEST(Settings, a_search_that_is_switched_off_replaces_one_that_is_on) {
+  BlendSettings base, over;
+  base.search = true;
+  over.search = false;
+  replace_settings(base, over);
+  EXPECT_EQ(base.search, false);
+}
+
+// The middle and the edges of a picture stay where they are.
+TEST(Settings, lens_values_follow_the_pictures_size) {
+  LensSettings lens;
+  lens.cx = 479.5;
+  lens.cy = -0.5;
+  lens.p = 280;
+  lens.fov = 200;
+  lens.yaw = 3;
+  const LensSettings scaled = scale_lens(lens, {960, 960}, {1920, 1920}, "cam.toml");
+  EXPECT_DOUBLE_EQ(*scaled.cx, 959.5);
+  EXPECT_DOUBLE_EQ(*scaled.cy, -0.5);
+  EXPECT_DOUBLE_EQ(*scaled.p, 560);
+  EXPECT_EQ(scaled.fov, 200);
+  EXPECT_EQ(scaled.yaw, 3);
+}
+
+TEST(Settings, open_lens_values_stay_open) {
+  const LensSettings scaled = scale_lens({}, {960, 960}, {480, 480}, "cam.toml");
+  EXPECT_FALSE(scaled.cx || scaled.cy || scaled.p);
+}
+
+TEST(Settings, a_picture_of_another_shape_is_refused) {
+  try {
+    scale_lens({}, {960, 960}, {1920, 1080}, "cam.toml");
+    FAIL() << "taken";
+  } catch (const Error& error) {
+    EXPECT_STREQ(error.what(), "cam.toml: is for pictures of 960x960, this one is 1920x1080");
+  }
+}
+
+TEST(Settings, blend_columns_follow_the_panoramas_width_and_stay_even) {
+  BlendSettings blend;
+  blend.feather = 30;
+  blend.trans_width = 33;
+  blend.findpath_width = 60;
+  blend.inv_scale = 2;
+  blend.pyr_level = 4;
+  const BlendSettings scaled = scale_blend(blend, 1920, 1440);
+  EXPECT_EQ(scaled.feather, 22);
+  EXPECT_EQ(scaled.trans_width, 24);
+  EXPECT_EQ(scaled.findpath_width, 46);
+  EXPECT_EQ(scaled.inv_scale, 2);
+  EXPECT_EQ(scaled.pyr_level, 4);
+}
+
+TEST(Settings, blend_columns_at_the_given_width_are_taken_as_they_are) {
+  BlendSettings blend;
+  blend.feather = 31;
+  EXPECT_EQ(scale_blend(blend, 1920, 1920).feather, 31);
+}
+
+}  // namespace
+}  // namespace biseam::profile

@@ -1,0 +1,84 @@
+// What a run shows while it goes on.
+#include "stitch/progress.hpp"
+
+#include <gtest/gtest.h>
+#include <pty.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+namespace biseam::tool {
+namespace {
+
+using namespace std::chrono_literals;
+
+// 30 frames.
+void run_of(std::optional<std::int64_t> frames, std::chrono::milliseconds frame) {
+  Progress::Clock::time_point now;
+  Progress progress(frames, [&now] { return now; });
+  for (int done = 1; done <= 30; ++done) {
+    now += frame;
+    progress.count(done);
+  }
+}
+
+// Standard error as a terminal, while it lives.
+class Terminal {
+ public:
+  Terminal() : before_(::dup(STDERR_FILENO)) {
+    int inner = -1;
+    EXPECT_EQ(::openpty(&outer_, &inner, nullptr, nullptr, nullptr), 0);
+    ::dup2(inner, STDERR_FILENO);
+    ::close(inner);
+  }
+  ~Terminal() {
+    restore();
+    ::close(before_);
+    ::close(outer_);
+  }
+  std::string text() {
+    std::fflush(stderr);
+    char buffer[1 << 12];
+    const ssize_t count = ::read(outer_, buffer, sizeof buffer);
+    restore();
+    return count > 0 ? std::string(buffer, std::size_t(count)) : "";
+  }
+
+ private:
+  void restore() { ::dup2(before_, STDERR_FILENO); }
+  int before_, outer_ = -1;
+};
+
+TEST(Progress, is_a_line_now_and_then_where_no_terminal_is) {
+  testing::internal::CaptureStderr();
+  run_of(60, 900ms);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "biseam: 12 of 60 frames, 1.1 fps, 0:00:43 left\n"
+            "biseam: 24 of 60 frames, 1.1 fps, 0:00:32 left\n");
+}
+
+TEST(Progress, short_runs_have_none_where_no_terminal_is) {
+  testing::internal::CaptureStderr();
+  run_of(30, 300ms);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(Progress, changes_one_line_of_a_terminal_and_leaves_it_empty) {
+  Terminal terminal;
+  run_of(30, 20ms);
+  const std::string start = "\r", end = "\x1b[K";
+  EXPECT_EQ(terminal.text(), start + "10 of 30 frames, 50.0 fps, 0:00:00 left" + end + start +
+                                 "20 of 30 frames, 50.0 fps, 0:00:00 left" + end + start +
+                                 "30 of 30 frames, 50.0 fps, 0:00:00 left" + end + start + end);
+}
+
+TEST(Progress, has_no_time_left_where_the_end_is_not_known) {
+  for (const std::optional<std::int64_t> frames : {std::optional<std::int64_t>(), std::optional<std::int64_t>(5)}) {
+    testing::internal::CaptureStderr();
+    run_of(frames, 500ms);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "biseam: 20 frames, 2.0 fps\n");
+  }
+}
+
+}  // namespace
+}  // namespace biseam::tool

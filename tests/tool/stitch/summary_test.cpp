@@ -1,0 +1,111 @@
+// What a run tells about itself.
+#include <gtest/gtest.h>
+
+#include "stitch/seam_path.hpp"
+#include "stitch/summary.hpp"
+#include "text/json.hpp"
+#include "text/time_text.hpp"
+#include "tool/support/clip_maker.hpp"
+#include "tool/support/run_clip.hpp"
+#include "tool/support/scratch_folder.hpp"
+
+namespace biseam::tool {
+namespace {
+
+using namespace test;
+
+double number_in(const std::string& json, const std::string& name) {
+  const std::size_t at = json.find("\"" + name + "\": ");
+  if (at == std::string::npos) return -1;
+  return std::stod(json.substr(at + name.size() + 4));
+}
+
+TEST(Summary, a_program_can_read_it) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mp4", {}, walk(5));
+  expect_success(stitch_clip(folder / "in.mp4", folder / "out.mp4", {"--json", folder / "run.json", "--jobs", "2"}), 5);
+  const std::string json = read_bytes(folder / "run.json");
+  EXPECT_EQ(number_in(json, "frames"), 5);
+  EXPECT_EQ(number_in(json, "dropped"), 0);
+  EXPECT_EQ(number_in(json, "repeated"), 0);
+  EXPECT_GT(number_in(json, "fps"), 0);
+  EXPECT_GT(number_in(json, "seam_movement"), 0);
+  EXPECT_EQ(number_in(json, "jobs"), 2);
+  EXPECT_NE(json.find("\"interrupted\": false"), std::string::npos) << json;
+  EXPECT_NE(json.find("\"output_kind\": \"libx264 crf=0 preset=ultrafast\""), std::string::npos) << json;
+  EXPECT_NE(json.find("\"size\": \"240x120\""), std::string::npos) << json;
+  EXPECT_EQ(std::count(json.begin(), json.end(), '{'), 2);
+  EXPECT_EQ(std::count(json.begin(), json.end(), '}'), 2);
+  EXPECT_EQ(json.back(), '\n');
+}
+
+TEST(Summary, goes_to_standard_output_unless_frames_are_there) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mkv", {}, walk(2));
+  const Finished finished = stitch_clip(folder / "in.mkv", folder / "out.mkv", {"--json", "-"});
+  expect_success(finished, 2);
+  EXPECT_EQ(finished.out.rfind("{\"frames\": 2", 0), 0u) << finished.out;
+  EXPECT_EQ(run_stitch({folder / "in.mkv", "-o", "-", "--json", "-"}).exit_code, 2);
+}
+
+TEST(Summary, a_place_that_cant_be_written_is_told_before_the_work) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mkv", {}, walk(1));
+  const Finished finished = stitch_clip(folder / "in.mkv", folder / "out.mkv", {"--json", folder / "none/run.json"});
+  EXPECT_EQ(finished.exit_code, 4);
+  EXPECT_NE(finished.err.find("none/run.json"), std::string::npos) << finished.err;
+  EXPECT_EQ(folder.names(), std::vector<std::string>{"in.mkv"});
+}
+
+TEST(Summary, seams_cut_straight_do_not_move) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mkv", {}, walk(4));
+  const Finished searched = stitch_clip(folder / "in.mkv", folder / "out.mkv", {"--json", "-"});
+  const Finished straight = stitch_clip(folder / "in.mkv", folder / "out.mkv", {"--json", "-", "--no-search"});
+  EXPECT_GT(number_in(searched.out, "seam_movement"), 0);
+  EXPECT_EQ(number_in(straight.out, "seam_movement"), 0);
+}
+
+TEST(Summary, movement_is_the_mean_over_all_rows) {
+  EXPECT_EQ(seam_movement({10, 12, 14, 16}, {10, 12, 14, 16}), 0);
+  EXPECT_EQ(seam_movement({10, 12, 14, 16}, {12, 12, 10, 16}), 1.5);
+  EXPECT_EQ(seam_movement({}, {}), 0);
+}
+
+TEST(Summary, a_repeated_picture_counts_as_seams_that_stay) {
+  Summary summary;
+  EXPECT_EQ(summary.seam_movement(), 0);
+  summary.count_frame({10, 10});
+  EXPECT_EQ(summary.seam_movement(), 0);
+  summary.count_frame({12, 14});
+  EXPECT_EQ(summary.seam_movement(), 3);
+  summary.count_frame({});
+  EXPECT_EQ(summary.seam_movement(), 1.5);
+  summary.count_frame({12, 20});
+  EXPECT_EQ(summary.seam_movement(), 2);
+}
+
+TEST(Json, texts_are_quoted_and_numbers_finite) {
+  JsonObject inner;
+  inner.add("on", true);
+  JsonObject object;
+  object.add("name", "a \"b\"\\\n");
+  object.add("count", 3);
+  object.add("rate", 0.5);
+  object.add("endless", 1.0 / 0.0);
+  object.add("inner", inner);
+  EXPECT_EQ(
+      object.text(),
+      "{\"name\": \"a \\\"b\\\"\\\\\\u000a\", \"count\": 3, \"rate\": 0.5, \"endless\": null, \"inner\": {\"on\": true}}");
+}
+
+TEST(TimeText, is_what_people_write) {
+  EXPECT_EQ(time_text(3723456, {1, 1000}), "1:02:03.456");
+  EXPECT_EQ(time_text(-90, {1, 30}), "-0:00:03.000");
+  EXPECT_EQ(parse_time("--from", "1:02:03.456"), 3723456000);
+  EXPECT_EQ(parse_time("--from", "2.5"), 2500000);
+  EXPECT_EQ(parse_time("--offset", "-0.04"), -40000);
+}
+
+}  // namespace
+}  // namespace biseam::tool

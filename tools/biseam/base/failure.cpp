@@ -1,0 +1,16 @@
+#include "base/failure.hpp"
+
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+
+namespace biseam::tool {
+
+Failure system_failure(ExitCode code, const std::string& path, const std::string& what) {
+  const int reason = errno;
+  return Failure(code, path + ": " + what + ": " + std::generic_category().message(reason));
+}
+
+void notice(const std::string& line) { std::fprintf(stderr, "biseam: %s\n", line.c_str()); }
+
+}  // namespace biseam::tool

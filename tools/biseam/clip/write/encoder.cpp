@@ -1,0 +1,166 @@
+#include "clip/write/encoder.hpp"
+
+extern "C" {
+#include <libavutil/opt.h>
+}
+
+#include "base/failure.hpp"
+#include "media/libav_log.hpp"
+
+namespace biseam::tool {
+namespace {
+
+constexpr const char *kUsualCrf = "18", *kUsualPreset = "medium";  // of libx264: hardly a visible loss
+
+// The encoder itself would print its complaint.
+void check_preset(const std::string& encoder, const std::string& preset) {
+  if (encoder != "libx264" && encoder != "libx265") return;
+  const std::string known = "ultrafast superfast veryfast faster fast medium slow slower veryslow placebo";
+  if (preset.find(' ') == std::string::npos && (" " + known + " ").find(" " + preset + " ") != std::string::npos) return;
+  throw Failure(ExitCode::usage, "--preset: '" + preset + "': " + encoder + " knows " + known);
+}
+
+bool takes(const AVCodec& codec, AVPixelFormat format) {
+  if (!codec.pix_fmts) return true;
+  for (const AVPixelFormat* known = codec.pix_fmts; *known != AV_PIX_FMT_NONE; ++known) {
+    if (*known == format) return true;
+  }
+  return false;
+}
+
+AVPixelFormat choose_format(const AVCodec& codec, bool full_range) {
+  if (takes(codec, AV_PIX_FMT_NV12)) return AV_PIX_FMT_NV12;
+  if (full_range && takes(codec, AV_PIX_FMT_YUVJ420P)) return AV_PIX_FMT_YUVJ420P;
+  if (takes(codec, AV_PIX_FMT_YUV420P)) return AV_PIX_FMT_YUV420P;
+  throw Failure(ExitCode::usage, std::string("--encoder: ") + codec.name + " doesn't take pictures of 8 bits and 4:2:0");
+}
+
+const AVCodec& find_encoder(const std::string& name) {
+  const AVCodec* codec = avcodec_find_encoder_by_name(name.c_str());
+  if (!codec || codec->type != AVMEDIA_TYPE_VIDEO) {
+    throw Failure(ExitCode::usage, "--encoder: there is no video encoder '" + name + "' here (ffmpeg -encoders lists them)");
+  }
+  return *codec;
+}
+
+void split_pairs(const AVFrame& from, AVFrame& to) {
+  for (int y = 0; y < to.height / 2; ++y) {
+    const std::uint8_t* pairs = from.data[1] + std::ptrdiff_t(y) * from.linesize[1];
+    std::uint8_t* cb = to.data[1] + std::ptrdiff_t(y) * to.linesize[1];
+    std::uint8_t* cr = to.data[2] + std::ptrdiff_t(y) * to.linesize[2];
+    for (int x = 0; x < to.width / 2; ++x) {
+      cb[x] = pairs[2 * x];
+      cr[x] = pairs[2 * x + 1];
+    }
+  }
+}
+
+std::string number_text(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%g", value);
+  return text;
+}
+
+}  // namespace
+
+Encoder::Encoder(const EncoderSettings& settings, const ClipFacts& facts, bool global_header)
+    : name_(settings.name), settings_text_(settings.name) {
+  const AVCodec& codec = find_encoder(settings.name);
+  context_.reset(avcodec_alloc_context3(&codec));
+  if (!context_) throw std::bad_alloc();
+  const Colour& colour = facts.colour;
+  context_->width = facts.size.width;
+  context_->height = facts.size.height;
+  context_->sample_aspect_ratio = {1, 1};
+  context_->pix_fmt = choose_format(codec, colour.range == AVCOL_RANGE_JPEG);
+  context_->time_base = facts.time_base;
+  context_->framerate = facts.rate;
+  context_->color_range = colour.range;
+  context_->colorspace = colour.matrix;
+  context_->color_primaries = colour.primaries;
+  context_->color_trc = colour.transfer;
+  context_->chroma_sample_location = colour.siting;
+  context_->thread_count = 0;
+  if (global_header) context_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+  set_options(settings);
+  const LibavLog log;
+  const int status = avcodec_open2(context_.get(), &codec, nullptr);
+  if (status < 0) throw Failure(ExitCode::output, "encoder " + settings_text_ + ": " + log.reason(status));
+}
+
+void Encoder::set_options(const EncoderSettings& settings) {
+  const bool usual = settings.name == "libx264";
+  if (settings.crf) {
+    set_option("crf", number_text(*settings.crf));
+  } else if (usual && settings.bitrate.empty()) {
+    set_option("crf", kUsualCrf);
+  }
+  if (!settings.preset.empty()) check_preset(settings.name, settings.preset);
+  if (!settings.preset.empty() || usual) set_option("preset", settings.preset.empty() ? kUsualPreset : settings.preset);
+  if (!settings.bitrate.empty()) set_option("b", settings.bitrate);
+}
+
+void Encoder::set_option(const char* option, const std::string& value) {
+  const std::string name = std::string(option) == "b" ? "bitrate" : option;
+  const LibavLog log;
+  const int status = av_opt_set(context_.get(), option, value.c_str(), AV_OPT_SEARCH_CHILDREN);
+  if (status == AVERROR_OPTION_NOT_FOUND) {
+    throw Failure(ExitCode::usage, "--" + name + ": the encoder " + name_ + " has no such setting");
+  }
+  if (status < 0) throw Failure(ExitCode::usage, "--" + name + ": '" + value + "': " + log.reason(status));
+  settings_text_ += " " + name + "=" + value;
+}
+
+void Encoder::send(const AVFrame& panorama, std::int64_t time, std::int64_t duration) {
+  const Libav<AVFrame> frame = adapted(panorama);
+  frame->pts = time;
+  frame->pkt_duration = duration;
+  frame->color_range = context_->color_range;
+  frame->colorspace = context_->colorspace;
+  frame->color_primaries = context_->color_primaries;
+  frame->color_trc = context_->color_trc;
+  frame->chroma_location = context_->chroma_sample_location;
+  durations_[time] = duration;
+  push(frame.get());
+}
+
+void Encoder::finish() { push(nullptr); }
+
+void Encoder::push(const AVFrame* frame) {
+  const int status = avcodec_send_frame(context_.get(), frame);
+  if (status < 0) throw Failure(ExitCode::output, "encoder " + name_ + ": " + libav_reason(status));
+}
+
+// Shares the planes where the encoder takes NV12.
+Libav<AVFrame> Encoder::adapted(const AVFrame& panorama) const {
+  Libav<AVFrame> frame(context_->pix_fmt == AV_PIX_FMT_NV12 ? av_frame_clone(&panorama) : av_frame_alloc());
+  if (!frame) throw std::bad_alloc();
+  if (context_->pix_fmt == AV_PIX_FMT_NV12) return frame;
+  frame->format = context_->pix_fmt;
+  frame->width = panorama.width;
+  frame->height = panorama.height;
+  frame->buf[0] = av_buffer_ref(panorama.buf[0]);  // luma stays where it is
+  frame->data[0] = panorama.data[0];
+  frame->linesize[0] = panorama.linesize[0];
+  const int stride = panorama.linesize[0] / 2;
+  frame->buf[1] = av_buffer_alloc(std::size_t(stride) * std::size_t(panorama.height));
+  if (!frame->buf[0] || !frame->buf[1]) throw std::bad_alloc();
+  frame->data[1] = frame->buf[1]->data;
+  frame->data[2] = frame->data[1] + std::ptrdiff_t(stride) * (panorama.height / 2);
+  frame->linesize[1] = frame->linesize[2] = stride;
+  split_pairs(panorama, *frame);
+  return frame;
+}
+
+bool Encoder::receive(AVPacket& packet) {
+  const int status = avcodec_receive_packet(context_.get(), &packet);
+  if (status == AVERROR(EAGAIN) || status == AVERROR_EOF) return false;
+  if (status < 0) throw Failure(ExitCode::output, "encoder " + name_ + ": " + libav_reason(status));
+  const auto known = durations_.find(packet.pts);
+  if (known == durations_.end()) return true;
+  packet.duration = known->second;
+  durations_.erase(known);
+  return true;
+}
+
+}  // namespace biseam::tool

@@ -1,0 +1,45 @@
+// Panoramas to packets.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "clip/read/clip_facts.hpp"
+
+namespace biseam::tool {
+
+struct EncoderSettings {
+  std::string name = "libx264";
+  std::optional<double> crf;
+  std::string preset, bitrate;  // empty: the encoder's own, or what suits panoramas with libx264
+};
+
+class Encoder {
+ public:
+  // Throws Failure: usage when the encoder is unknown or lacks a setting, output when it can't be opened.
+  Encoder(const EncoderSettings& settings, const ClipFacts& facts, bool global_header);
+
+  const AVCodecContext& context() const { return *context_; }
+
+  // NV12 with its time; duration and times in the time base of the facts.
+  void send(const AVFrame& panorama, std::int64_t time, std::int64_t duration);
+  void finish();
+
+  // False when it wants more pictures, or has nothing left after finish().
+  bool receive(AVPacket& packet);
+
+  std::string settings_text() const { return settings_text_; }  // "libx264 crf=18 preset=medium"
+
+ private:
+  void set_option(const char* option, const std::string& value);
+  void set_options(const EncoderSettings& settings);
+  Libav<AVFrame> adapted(const AVFrame& panorama) const;
+  void push(const AVFrame* frame);
+
+  std::string name_, settings_text_;
+  Libav<AVCodecContext> context_;
+  std::map<std::int64_t, std::int64_t> durations_;  // of the pictures inside the encoder, by time
+};
+
+}  // namespace biseam::tool

@@ -1,0 +1,105 @@
+#include "clip/write/raw_writer.hpp"
+
+#include <cstdlib>
+
+#include "base/failure.hpp"
+#include "clip/write/stream_fit.hpp"
+
+namespace biseam::tool {
+namespace {
+
+// How y4m names a position of chroma samples.
+const char* siting_text(AVChromaLocation siting) {
+  switch (siting) {
+    case AVCHROMA_LOC_LEFT:
+      return "420mpeg2";
+    case AVCHROMA_LOC_TOPLEFT:
+      return "420paldv";
+    default:
+      return "420jpeg";
+  }
+}
+
+std::string y4m_header(const ClipFacts& facts) {
+  const AVRational rate = facts.rate.num > 0 ? facts.rate : AVRational{25, 1};
+  std::string header = "YUV4MPEG2 W" + std::to_string(facts.size.width) + " H" + std::to_string(facts.size.height) + " F" +
+                       std::to_string(rate.num) + ":" + std::to_string(rate.den) + " Ip A1:1 C" +
+                       siting_text(facts.colour.siting);
+  if (facts.colour.range == AVCOL_RANGE_JPEG) header += " XCOLORRANGE=FULL";
+  if (facts.colour.range == AVCOL_RANGE_MPEG) header += " XCOLORRANGE=LIMITED";
+  return header + "\n";
+}
+
+[[noreturn]] void refuse(const std::string& name, const std::string& stream) {
+  throw Failure(ExitCode::output, name + ": " + stream + " (--drop-streams leaves it out)");
+}
+
+void refuse_streams(const std::string& name, const PairReader& clips, bool drop_streams) {
+  for (int k = 0; k < clips.clips(); ++k) {
+    const AVFormatContext& format = *clips.clip(k).container().get();
+    for (unsigned index = 0; index < format.nb_streams; ++index) {
+      const AVStream& stream = *format.streams[index];
+      if (&stream == &clips.clip(k).stream()) continue;
+      const std::string clip = clips.clips() == 1 ? "" : clips.clip(k).container().name();
+      const std::string line = stream_text(stream, clip) + " can't be held by raw frames";
+      if (!drop_streams) refuse(name, line);
+      notice(line + "; it is left out");
+    }
+  }
+}
+
+void append(std::vector<std::uint8_t>& to, std::string_view text) { to.insert(to.end(), text.begin(), text.end()); }
+
+}  // namespace
+
+RawWriter::RawWriter(const std::string& path, RawKind kind, const ClipFacts& facts, const PairReader& clips, bool drop_streams)
+    : kind_(kind), file_(path), base_(facts.time_base), rate_(facts.rate) {
+  refuse_streams(file_.name(), clips, drop_streams);
+  if (kind == RawKind::y4m) append(bytes_, y4m_header(facts));
+}
+
+void RawWriter::note_time(std::int64_t time) {
+  if (!first_) first_ = time;
+  if (rate_.num <= 0) return;
+  const AVRational half{rate_.den, 2 * rate_.num};
+  const std::int64_t distance = std::abs(time - *first_ - av_rescale_q(frames_++, av_inv_q(rate_), base_));
+  if (av_compare_ts(distance, base_, 1, half) > 0) ++uneven_;
+}
+
+void RawWriter::finish() {
+  file_.commit();
+  if (uneven_ > 0) notice(file_.name() + ": the times of " + std::to_string(uneven_) + " frames can't be held by raw frames");
+}
+
+void RawWriter::write(const AVFrame& panorama, std::int64_t time, std::int64_t) {
+  note_time(time);
+  if (kind_ == RawKind::y4m) append(bytes_, "FRAME\n");
+  add_rows(panorama, 0, panorama.height);
+  if (kind_ == RawKind::nv12) add_rows(panorama, 1, panorama.height / 2);
+  if (kind_ == RawKind::y4m) {
+    add_plane(panorama, 0);
+    add_plane(panorama, 1);
+  }
+  file_.write(bytes_);
+  bytes_.clear();
+}
+
+void RawWriter::add_rows(const AVFrame& panorama, int plane, int rows) {
+  for (int y = 0; y < rows; ++y) {
+    const std::uint8_t* row = panorama.data[plane] + std::ptrdiff_t(y) * panorama.linesize[plane];
+    bytes_.insert(bytes_.end(), row, row + panorama.width);
+  }
+}
+
+// Every other sample of the pairs.
+void RawWriter::add_plane(const AVFrame& panorama, int first) {
+  const std::size_t width = std::size_t(panorama.width) / 2;
+  for (int y = 0; y < panorama.height / 2; ++y) {
+    const std::uint8_t* pairs = panorama.data[1] + std::ptrdiff_t(y) * panorama.linesize[1] + first;
+    const std::size_t at = bytes_.size();
+    bytes_.resize(at + width);
+    for (std::size_t x = 0; x < width; ++x) bytes_[at + x] = pairs[2 * x];
+  }
+}
+
+}  // namespace biseam::tool

@@ -1,0 +1,91 @@
+#include "picture/decode.hpp"
+
+#include <cstring>
+
+#include "base/failure.hpp"
+#include "media/libav.hpp"
+#include "picture/convert_rgb.hpp"
+
+namespace biseam::tool {
+namespace {
+
+[[noreturn]] void refuse(const Container& source, const std::string& what) { source.refuse(what); }
+
+Libav<AVCodecContext> open_decoder(const Container& source, const AVStream* stream) {
+  const AVCodec* codec = avcodec_find_decoder(stream->codecpar->codec_id);
+  if (!codec) refuse(source, "there is no decoder for this picture");
+  Libav<AVCodecContext> decoder(avcodec_alloc_context3(codec));
+  if (!decoder) throw std::bad_alloc();
+  decoder->err_recognition = AV_EF_EXPLODE | AV_EF_CRCCHECK | AV_EF_BITSTREAM | AV_EF_BUFFER;
+  int status = avcodec_parameters_to_context(decoder.get(), stream->codecpar);
+  if (status >= 0) status = avcodec_open2(decoder.get(), codec, nullptr);
+  if (status < 0) refuse(source, "can't be decoded: " + libav_reason(status));
+  return decoder;
+}
+
+// The first frame the decoder gives, fed from the stream and drained at its end.
+Libav<AVFrame> first_frame(Container& source, int stream, AVCodecContext* decoder) {
+  Libav<AVPacket> packet(av_packet_alloc());
+  Libav<AVFrame> frame(av_frame_alloc());
+  if (!packet || !frame) throw std::bad_alloc();
+  bool drained = false;
+  for (;;) {
+    const int received = avcodec_receive_frame(decoder, frame.get());
+    if (received == 0) break;
+    if (received != AVERROR(EAGAIN)) refuse(source, "damaged or cut short: " + libav_reason(received));
+    if (drained) refuse(source, "holds no whole picture");
+    const Container::Read read = source.read(*packet);
+    if (read == Container::Read::damage || (packet->flags & AV_PKT_FLAG_CORRUPT) != 0) refuse(source, "damaged or cut short");
+    drained = read == Container::Read::end;
+    if (!drained && packet->stream_index != stream) {
+      av_packet_unref(packet.get());
+      continue;
+    }
+    const int sent = avcodec_send_packet(decoder, drained ? nullptr : packet.get());
+    av_packet_unref(packet.get());
+    if (sent < 0) refuse(source, "damaged or cut short: " + libav_reason(sent));
+  }
+  if (frame->decode_error_flags != 0 || (frame->flags & AV_FRAME_FLAG_CORRUPT) != 0) refuse(source, "damaged or cut short");
+  return frame;
+}
+
+bool is_jpeg_like(const AVFrame& frame) {
+  const bool bt601 = frame.colorspace == AVCOL_SPC_UNSPECIFIED || frame.colorspace == AVCOL_SPC_BT470BG ||
+                     frame.colorspace == AVCOL_SPC_SMPTE170M;
+  if (frame.format == AV_PIX_FMT_YUVJ420P) return bt601;
+  return bt601 && frame.color_range == AVCOL_RANGE_JPEG && frame.format == AV_PIX_FMT_YUV420P;
+}
+
+Nv12 copy_planes(const AVFrame& frame) {
+  Nv12 out(frame.width & ~1, frame.height & ~1);
+  const std::size_t width = std::size_t(out.width);
+  for (int y = 0; y < out.height; ++y) {
+    std::memcpy(&out.luma[std::size_t(y) * width], frame.data[0] + std::ptrdiff_t(y) * frame.linesize[0], width);
+  }
+  for (int y = 0; y < out.height / 2; ++y) {
+    const std::uint8_t* cb = frame.data[1] + std::ptrdiff_t(y) * frame.linesize[1];
+    const std::uint8_t* cr = frame.data[2] + std::ptrdiff_t(y) * frame.linesize[2];
+    std::uint8_t* pair = &out.chroma[std::size_t(y) * width];
+    for (int x = 0; x < out.width / 2; ++x, pair += 2) {
+      pair[0] = cb[x];
+      pair[1] = cr[x];
+    }
+  }
+  return out;
+}
+
+}  // namespace
+
+Nv12 decode_picture(Container& source) {
+  const int stream = av_find_best_stream(source.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+  if (stream < 0) refuse(source, "is not a picture");
+  const Libav<AVCodecContext> decoder = open_decoder(source, source->streams[stream]);
+  const Libav<AVFrame> frame = first_frame(source, stream, decoder.get());
+  if (frame->width < 2 || frame->height < 2) refuse(source, "is smaller than 2 x 2 pixels");
+  if (is_jpeg_like(*frame)) return copy_planes(*frame);
+  Rgb rgb;
+  if (!convert_to_rgb(*frame, rgb)) refuse(source, "its pixel format can't be converted");
+  return to_nv12(rgb);
+}
+
+}  // namespace biseam::tool

@@ -1,0 +1,85 @@
+#include "picture/write_picture.hpp"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+
+#include "base/failure.hpp"
+#include "base/replace_file.hpp"
+#include "picture/encode.hpp"
+#include "picture/gpano.hpp"
+
+namespace biseam::tool {
+namespace {
+
+enum class Kind { png, jpeg, raw };
+
+Kind picture_kind(const std::string& path) {
+  if (path == "-") return Kind::raw;
+  std::string extension = std::filesystem::path(path).extension().string();
+  std::transform(extension.begin(), extension.end(), extension.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+  if (extension == ".png") return Kind::png;
+  if (extension == ".jpg" || extension == ".jpeg") return Kind::jpeg;
+  if (extension == ".nv12") return Kind::raw;
+  throw Failure(ExitCode::usage, path + ": the name must end in .png, .jpg or .nv12, or be -");
+}
+
+const Rgb& as_rgb(const Rgb& picture) { return picture; }
+Rgb as_rgb(const Nv12& picture) { return to_rgb(picture); }
+const Nv12& as_nv12(const Nv12& picture) { return picture; }
+Nv12 as_nv12(const Rgb& picture) { return to_nv12(picture); }
+
+template <class Picture>
+std::vector<std::uint8_t> encode_as(Kind kind, const Picture& picture) {
+  switch (kind) {
+    case Kind::png:
+      return encode_png(as_rgb(picture));
+    case Kind::jpeg:
+      return encode_jpeg(picture);
+    case Kind::raw:
+      break;
+  }
+  return encode_raw(as_nv12(picture));
+}
+
+template <class Encode>
+void write(const std::string& path, Encode encode) {
+  std::vector<std::uint8_t> bytes;
+  try {
+    bytes = encode();
+  } catch (const Failure&) {
+    throw;
+  } catch (const std::runtime_error& reason) {
+    throw Failure(ExitCode::output, path + ": can't be encoded: " + reason.what());
+  }
+  replace_file(path, bytes);
+}
+
+template <class Picture>
+void write_as_named(const std::string& path, const Picture& picture, Projection projection) {
+  const Kind kind = picture_kind(path);
+  const bool marks = projection == Projection::equirectangular && kind != Kind::raw;
+  write(path, [&] { return marks ? with_gpano(encode_as(kind, picture)) : encode_as(kind, picture); });
+}
+
+}  // namespace
+
+void write_picture(const std::string& path, const Nv12& picture, Projection projection) {
+  write_as_named(path, picture, projection);
+}
+void write_picture(const std::string& path, const Rgb& picture, Projection projection) {
+  write_as_named(path, picture, projection);
+}
+void check_picture_name(const std::string& path) { picture_kind(path); }
+
+void write_layer(const std::string& path, const Rgba& picture) {
+  write(path, [&] { return encode_png(picture); });
+}
+
+void check_layer_name(const std::string& path) {
+  if (path == "-" || picture_kind(path) != Kind::png) {
+    throw Failure(ExitCode::usage, path + ": the name must end in .png, which alone keeps transparency");
+  }
+}
+
+}  // namespace biseam::tool

@@ -1,0 +1,78 @@
+#include "stitch/stitch_options.hpp"
+
+#include <charconv>
+
+#include "base/failure.hpp"
+#include "picture/write_picture.hpp"
+
+namespace biseam::tool {
+namespace {
+
+using namespace profile;
+
+[[noreturn]] void refuse_value(const std::string& option, const std::string& rule) {
+  throw Failure(ExitCode::usage, option + ": " + rule);
+}
+
+std::string range_text(Limits limits) { return std::to_string(int(limits.low)) + " to " + std::to_string(int(limits.high)); }
+
+// "1.5,-2" into the given places.
+void parse_numbers(const std::string& option, const std::string& text, std::vector<std::optional<double>*> places,
+                   Limits limits) {
+  const char *at = text.data(), *const end = at + text.size();
+  for (std::size_t k = 0; k < places.size(); ++k) {
+    double value = 0;
+    const auto [after, error] = std::from_chars(at, end, value);
+    const bool last = k + 1 == places.size();
+    if (error != std::errc() || !limits.hold(value) || (last ? after != end : after == end || *after != ',')) {
+      refuse_value(option, "'" + text + "': " + std::to_string(places.size()) + " numbers of " + range_text(limits) +
+                               " with commas between are wanted");
+    }
+    *places[k] = value;
+    at = after + 1;
+  }
+}
+
+template <class T>
+void check_limits(const char* option, const std::optional<T>& value, Limits limits) {
+  if (value && !limits.hold(double(*value))) {
+    refuse_value(option, "must be " + range_text(limits));
+  }
+}
+
+void check_lens(LensSettings& lens, const std::string& centre, char digit) {
+  const std::string index(1, digit);
+  if (!centre.empty()) parse_numbers("--centre" + index, centre, {&lens.cx, &lens.cy}, kCentreLimits);
+  check_limits(("--p" + index).c_str(), lens.p, kScaleLimits);
+  check_limits("--fov", lens.fov, kFovLimits);
+  if (lens.mount && !is_quarter_turn(*lens.mount)) refuse_value("--mount" + index, "must be 0, 90, 180 or 270");
+}
+
+}  // namespace
+
+void check_stitch_options(StitchOptions& options) {
+  CameraSettings& settings = options.settings;
+  settings.lens[1].fov = settings.lens[0].fov;
+  for (int k = 0; k < 2; ++k) check_lens(settings.lens[k], options.centre[k], char('0' + k));
+  LensSettings& lens1 = settings.lens[1];
+  if (!options.turn.empty()) parse_numbers("--turn1", options.turn, {&lens1.yaw, &lens1.pitch, &lens1.roll}, kTurnLimits);
+  if (settings.width && !is_panorama_width(*settings.width)) refuse_value("--width", "must be a multiple of 8, 64 to 16384");
+  check_limits("--feather", settings.blend.feather, kColumnLimits);
+  check_limits("--trans-width", settings.blend.trans_width, kColumnLimits);
+  check_limits("--pyr-level", settings.blend.pyr_level, kLevelLimits);
+  check_limits("--findpath-width", settings.blend.findpath_width, kColumnLimits);
+  check_limits("--inv-scale", settings.blend.inv_scale, kShrinkLimits);
+  if (options.show_seams == "-") refuse_value("--show-seams", "only the panorama can go to standard output");
+  if (!options.show_seams.empty()) check_picture_name(options.show_seams);
+  if (!options.seam_layer.empty()) check_layer_name(options.seam_layer);
+  if (options.video.json == "-" && options.output == "-") refuse_value("--json", "standard output has the frames already");
+  if (options.inputs.front() == "-" && options.inputs.back() == "-" && options.inputs.size() == 2) {
+    throw Failure(ExitCode::usage, "only one input can come from standard input");
+  }
+}
+
+bool is_y4m_output(const StitchOptions& options) {
+  return options.video.format == "y4m" || options.output.ends_with(".y4m") || options.output.ends_with(".Y4M");
+}
+
+}  // namespace biseam::tool

@@ -1,0 +1,41 @@
+// What the command line of `biseam stitch` says.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "picture/split.hpp"
+#include "profile/settings.hpp"
+
+namespace biseam::tool {
+
+struct VideoOptions {
+  std::string rate, format, offset, from, to, preset, bitrate, json;  // empty: not given
+  std::string encoder = "libx264";
+  std::optional<double> crf;
+  std::optional<int> jobs;
+  int seam_hold = 1;
+  std::optional<std::int64_t> frames;
+  bool drop_streams = false, strict = false;
+  std::string given;  // one of these options that was given, with its dashes
+};
+
+struct StitchOptions {
+  std::vector<std::string> inputs;
+  std::string output, size, camera, show_seams, seam_layer;
+  std::string centre[2], turn;
+  Layout layout = Layout::side_by_side;
+  bool metadata_360 = true;
+  profile::CameraSettings settings;
+  VideoOptions video;
+};
+
+// What the options can't check one by one; settles the settings that are texts.  Throws Failure (usage).
+void check_stitch_options(StitchOptions& options);
+
+// Uncompressed frames with y4m's headers are wanted.
+bool is_y4m_output(const StitchOptions& options);
+
+}  // namespace biseam::tool

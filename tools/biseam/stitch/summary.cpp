@@ -1,0 +1,107 @@
+#include "stitch/summary.hpp"
+
+#include <cstdio>
+
+#include "base/failure.hpp"
+#include "text/json.hpp"
+#include "text/time_text.hpp"
+
+namespace biseam::tool {
+namespace {
+
+std::string count_text(std::int64_t count, const char* one, const char* many) {
+  return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
+void tell_clip_damage(const ClipReader& clip) {
+  const ClipDamage& damage = clip.damage();
+  const std::string& name = clip.container().name();
+  if (damage.packets > 0) {
+    std::string line = name + ": " + count_text(damage.packets, "damaged packet", "damaged packets");
+    if (damage.repeated > 0) line += ", " + count_text(damage.repeated, "picture", "pictures") + " replaced by the one before";
+    if (damage.dropped > 0) line += ", " + std::to_string(damage.dropped) + " left out at the beginning";
+    notice(line);
+  }
+  if (damage.cut_short) notice(name + ": is cut short");
+}
+
+JsonObject settings_json(const StitchOptions& options, const RunSettings& run) {
+  JsonObject settings;
+  const StitchConfig& config = run.config;
+  settings.add("input", options.inputs.front());
+  if (options.inputs.size() == 2) settings.add("second_input", options.inputs.back());
+  settings.add("output", options.output);
+  settings.add("output_kind", run.sink);
+  settings.add("layout", options.layout == Layout::side_by_side ? "side-by-side" : "top-bottom");
+  settings.add("size", size_text(config.out_w[0], config.out_h[0]));
+  settings.add("jobs", run.jobs);
+  settings.add("search", config.findpath_enable != 0);
+  settings.add("seam_hold", options.video.seam_hold);
+  settings.add("feather", config.feather);
+  settings.add("trans_width", config.trans_width);
+  settings.add("pyr_level", config.pyr_level);
+  settings.add("findpath_width", config.findpath_width);
+  settings.add("inv_scale", double(config.inv_scale));
+  return settings;
+}
+
+double rate(const Summary& summary, double seconds) { return seconds > 0 ? double(summary.frames()) / seconds : 0; }
+
+}  // namespace
+
+void Summary::count_frame(const SeamPath& path) {
+  ++frames_;
+  if (path.empty()) return;
+  movement_ += tool::seam_movement(last_, path);
+  last_ = path;
+}
+
+double Summary::seam_movement() const { return frames_ < 2 ? 0 : movement_ / double(frames_ - 1); }
+
+void tell_damage(const PairReader& clips) {
+  for (int k = 0; k < clips.clips(); ++k) tell_clip_damage(clips.clip(k));
+  if (clips.clips() == 1) return;
+  const PairingReport& report = clips.report();
+  const std::string &first = clips.clip(0).container().name(), &second = clips.clip(1).container().name();
+  if (report.unpaired > 0) {
+    notice(first + ": " + count_text(report.unpaired, "picture has", "pictures have") + " no partner in " + second + " and " +
+           (report.unpaired == 1 ? "is" : "are") + " left out");
+  }
+  if (report.held > 0) notice(second + ": its nearest picture stood in for " + count_text(report.held, "picture", "pictures"));
+  if (report.second_goes_on) notice(second + ": goes on after the end of " + first + "; the rest is left out");
+}
+
+std::string summary_line(const Summary& summary, double seconds) {
+  char text[160];
+  std::snprintf(text, sizeof text, "%s in %.1f s, %.1f fps; seams move by %.2f columns a frame",
+                count_text(summary.frames(), "frame", "frames").c_str(), seconds, rate(summary, seconds),
+                summary.seam_movement());
+  return text;
+}
+
+std::string summary_json(const Summary& summary, double seconds, const PairReader& clips, const StitchOptions& options,
+                         const RunSettings& run, bool was_interrupted) {
+  std::int64_t damaged = 0, dropped = clips.report().unpaired, repeated = clips.report().held;
+  bool cut_short = false;
+  for (int k = 0; k < clips.clips(); ++k) {
+    const ClipDamage& damage = clips.clip(k).damage();
+    damaged += damage.packets;
+    dropped += damage.dropped;
+    repeated += damage.repeated;
+    cut_short = cut_short || damage.cut_short;
+  }
+  JsonObject json;
+  json.add("frames", summary.frames());
+  json.add("dropped", dropped);
+  json.add("repeated", repeated);
+  json.add("damaged_packets", damaged);
+  json.add("cut_short", cut_short);
+  json.add("interrupted", was_interrupted);
+  json.add("seconds", seconds);
+  json.add("fps", rate(summary, seconds));
+  json.add("seam_movement", summary.seam_movement());
+  json.add("settings", settings_json(options, run));
+  return json.text() + "\n";
+}
+
+}  // namespace biseam::tool
