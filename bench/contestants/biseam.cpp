@@ -20,7 +20,7 @@ bool hold_to(const std::string& isa) {
 }
 
 void* run_search(void* task) {
-  (void)search_seam(*static_cast<BlendInstance*>(task), nullptr, nullptr);
+  search_bytes(*static_cast<BlendInstance*>(task));
   return nullptr;
 }
 
@@ -33,10 +33,6 @@ void search_stage(StitchEngine& engine) {
   run_together(tasks, 2);
 }
 
-void enable_search(StitchEngine& engine, bool enabled) {
-  for (BlendInstance* instance : engine.blend) instance->findpath_enable = enabled ? 1 : 0;
-}
-
 template <class Stage>
 void measure(const char* name, Figures& figures, Stage stage) {
   const Stopwatch watch;
@@ -44,17 +40,16 @@ void measure(const char* name, Figures& figures, Stage stage) {
   watch.stop(name, figures);
 }
 
-// blend_stage searches too, so it is measured without.
+// blend_stage searches too, so it is measured under the weights that the search has left.
 Figures run_stages(StitchedFrame& frame) {
   StitchEngine& engine = *frame.engine();
+  const FramePlan plan = plan_frame(engine);
   Figures figures;
   measure("remap", figures, [&] { remap_stage(engine, sample_region); });
-  measure("conversion", figures, [&] { conversion_stage(engine); });
+  measure("conversion", figures, [&] { conversion_stage(engine, plan); });
   measure("search", figures, [&] { search_stage(engine); });
-  enable_search(engine, false);
-  measure("blend", figures, [&] { (void)blend_stage(engine, nullptr); });
-  enable_search(engine, true);
-  measure("composition", figures, [&] { compose_stage(engine); });
+  measure("blend", figures, [&] { (void)blend_stage(engine, plan, {.weights = Weights::kept}); });
+  measure("composition", figures, [&] { compose_stage(engine, plan); });
   return figures;
 }
 

@@ -42,8 +42,8 @@ int32_t QOR_Proc_BI_Soft(StitchEngine** engine, void* const in_frame[], void* co
   timeval start;
   gettimeofday(&start, nullptr);
   const biseam::FisheyePlanes fisheye[2] = {{plane(in_frame, 3), plane(in_frame, 7)}, {plane(in_frame, 4), plane(in_frame, 8)}};
-  (void)biseam::process_frame(**engine, fisheye, {plane(out_frame, 5), plane(out_frame, 13)}, biseam::sample_region,
-                              biseam::print_missing_memory);
+  (void)biseam::process_frame(**engine, fisheye, {plane(out_frame, 5), plane(out_frame, 13)},
+                              {.report = biseam::print_missing_memory});
   timeval end;
   gettimeofday(&end, nullptr);
   const float elapsed = static_cast<float>(elapsed_microseconds(start, end));

@@ -1,29 +1,28 @@
 #pragma once
 
-#include "base/memory_report.hpp"
 #include "base/status.hpp"
 #include "biseam/records.h"
 #include "frame/frame.hpp"
+#include "frame/plan.hpp"
 #include "stages/lens/remap.hpp"
 
 namespace biseam {
 
 // The stages of process_frame, in its order, so that each can be measured alone.  The threads of a stage end before it returns.
 
-// Lets the engine's pictures and panorama stand for one frame's planes.  mismatch: the configuration's formats can't be
-// stitched and no stage may follow.
-Status attach_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const FisheyePlanes& panorama);
+// Lets the engine's pictures and panorama stand for one frame's planes.
+void attach_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const FisheyePlanes& panorama);
 
 // Pictures to panorama and bands.
 void remap_stage(const StitchEngine& engine, SampleRegion sample);
 
 // Bands to RGB.
-void conversion_stage(StitchEngine& engine);
+void conversion_stage(StitchEngine& engine, const FramePlan& plan);
 
 // Seam search, where the instances have it enabled and weights are made, blend of both overlaps, and back to YUV.
-Status blend_stage(StitchEngine& engine, MemoryReport report, Weights weights = Weights::made);
+Status blend_stage(StitchEngine& engine, const FramePlan& plan, const FrameOptions& options);
 
 // Blended overlaps to the panorama, then flip and mirror.
-void compose_stage(StitchEngine& engine);
+void compose_stage(StitchEngine& engine, const FramePlan& plan);
 
 }  // namespace biseam

@@ -118,8 +118,7 @@ Error Stitcher::process(const FisheyePicture& lens0, const FisheyePicture& lens1
   }
   const FisheyePlanes fisheye[2] = {planes_of(lens0), planes_of(lens1)};
   const FisheyePlanes out = {panorama.luma.data(), panorama.chroma.data()};
-  const Weights weights = kept ? Weights::kept : Weights::made;
-  const Status status = process_frame(engine, fisheye, out, sample_region, nullptr, weights);
+  const Status status = process_frame(engine, fisheye, out, {.weights = kept ? Weights::kept : Weights::made});
   state_->has_seams = kept || status == Status::ok;
   if (status == Status::ok) return {};
   return ErrorWriter::write(ErrorCode::out_of_memory, "out of memory: a temporary of this frame; the panorama is incomplete");

@@ -206,9 +206,8 @@ TEST(EngineFailure, WithoutThreadsTablesAndFramesAreTheSame) {
   EXPECT_EQ(threaded.chroma, single.chroma);
 }
 
-// Any one request of a frame may fail: it still returns 0, prints its line and leaves nothing behind.  Frames take from the
-// heap what a blend block has no room for: a search on enlarged strips, which says what is missing, and levels of a pixel or
-// two.
+// Any one request of a frame may fail: it still returns 0, prints its line and leaves nothing behind.  Frames take the heap
+// where they can't go by bytes, as with a search on enlarged strips, which says what is missing, and levels of a pixel or two.
 TEST(EngineFailure, FramesSurviveEveryFailedRequest) {
   StitchConfig config = small_config();
   config.inv_scale = 0.5f;
@@ -241,7 +240,7 @@ TEST(EngineFailure, FramesSurviveEveryFailedRequest) {
       EXPECT_EQ(0, held) << failing;
     }
   }
-  EXPECT_EQ(2, told);  // the search of either band
+  EXPECT_EQ(4, told);  // both details of either band
 }
 
 // Temporaries live in the blend blocks: a camera's frames never wait for the heap or for pages of it.

@@ -227,7 +227,7 @@ SampledRows rows_sampled(StitchConfig& config) {
     rows.resize(static_cast<std::size_t>(region.destination->height));
     for (int row = region.first_row; row < region.end_row; ++row) ++rows.at(static_cast<std::size_t>(row));
   };
-  (void)process_frame(*engine, inputs, {panorama.luma.data(), panorama.chroma.data()}, record);
+  (void)process_frame(*engine, inputs, {panorama.luma.data(), panorama.chroma.data()}, {.sample = record});
   return sampled;
 }
 

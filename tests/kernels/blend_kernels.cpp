@@ -1,8 +1,7 @@
 #include <climits>
 
 #include "biseam/records.h"
-#include "frame/blend/collapse_kernels.hpp"
-#include "frame/blend/narrow_kernels.hpp"
+#include "frame/blend/blend_kernels.hpp"
 #include "kernels/kernels.hpp"
 #include "stages/blend/arithmetic_kernels.hpp"
 
@@ -35,32 +34,9 @@ void call_mix(KernelCall& call, MixRow* mix) {
   call.run([&] { mix(a, b, mask, out, call.size()); });
 }
 
-ExpandedRows any_rows(KernelCall& call) {
+ExpandedRows<int32_t> any_rows(KernelCall& call) {
   const int32_t *above = any_samples(call), *row = any_samples(call);
   return {above, row, any_samples(call)};
-}
-
-void call_collapse(KernelCall& call, CollapseRow* collapse) {
-  CollapseRows rows;
-  rows.blended = any_rows(call);
-  rows.source1 = any_rows(call);
-  rows.source2 = any_rows(call);
-  for (const int32_t** row : {&rows.level1, &rows.level2, &rows.level_mask}) *row = any_samples(call);
-  int32_t* out = call.output<int32_t>(static_cast<std::size_t>(call.size()));
-  call.run([&] { collapse(rows, out, call.size()); });
-}
-
-// Nothing above is read: it is not even there.
-void call_collapse_between(KernelCall& call, CollapseRow* collapse) {
-  CollapseRows rows;
-  for (ExpandedRows* expanded : {&rows.blended, &rows.source1, &rows.source2}) {
-    expanded->above = nullptr;
-    expanded->row = any_samples(call);
-    expanded->below = any_samples(call);
-  }
-  for (const int32_t** row : {&rows.level1, &rows.level2, &rows.level_mask}) *row = any_samples(call);
-  int32_t* out = call.output<int32_t>(static_cast<std::size_t>(call.size()));
-  call.run([&] { collapse(rows, out, call.size()); });
 }
 
 void call_narrow(KernelCall& call, NarrowRow* narrow) {
@@ -80,16 +56,16 @@ void call_mirror_bytes(KernelCall& call, MirrorBytePixels* mirror) {
 
 uint8_t* bytes(KernelCall& call, uint8_t most) { return call.input<uint8_t>(static_cast<std::size_t>(call.size()), 0, most); }
 
-ExpandedByteRows expanded_bytes(KernelCall& call, bool with_above) {
+ExpandedRows<uint16_t> expanded_bytes(KernelCall& call, bool with_above) {
   const auto row = [&] { return call.input<uint16_t>(static_cast<std::size_t>(call.size()), 0, 8 * 255); };
-  ExpandedByteRows rows;
+  ExpandedRows<uint16_t> rows;
   rows.above = with_above ? row() : nullptr;
   rows.row = row();
   rows.below = row();
   return rows;
 }
 
-void run_collapse_bytes(KernelCall& call, CollapseByteRow* collapse, CollapseByteRows rows, bool with_above) {
+void run_collapse(KernelCall& call, CollapseRow* collapse, CollapseRows rows, bool with_above) {
   rows.source1 = expanded_bytes(call, with_above);
   rows.source2 = expanded_bytes(call, with_above);
   rows.level1 = bytes(call, 255);
@@ -99,17 +75,17 @@ void run_collapse_bytes(KernelCall& call, CollapseByteRow* collapse, CollapseByt
   call.run([&] { collapse(rows, out, call.size()); });
 }
 
-void call_collapse_bytes(KernelCall& call, CollapseByteRow* collapse) {
-  CollapseByteRows rows{};
+void call_collapse(KernelCall& call, CollapseRow* collapse) {
+  CollapseRows rows{};
   rows.blended = any_rows(call);
-  run_collapse_bytes(call, collapse, rows, true);
+  run_collapse(call, collapse, rows, true);
 }
 
-void call_collapse_bytes_between(KernelCall& call, CollapseByteRow* collapse) {
-  CollapseByteRows rows{};
+void call_collapse_between(KernelCall& call, CollapseRow* collapse) {
+  CollapseRows rows{};
   rows.blended.row = any_samples(call);
   rows.blended.below = any_samples(call);
-  run_collapse_bytes(call, collapse, rows, false);
+  run_collapse(call, collapse, rows, false);
 }
 
 void call_mix_bytes(KernelCall& call, MixByteRow* mix) {
@@ -128,12 +104,10 @@ std::vector<Kernel> blend_kernels() {
           make_kernel("add row in place", kAddRow, call_combine_in_place),
           make_kernel("multiply row", kMultiplyRow, call_combine),
           make_kernel("mix row", kMixRow, call_mix),
-          make_kernel("collapse row on", kCollapseRowOn, call_collapse, 576, 1 / 3.0),
-          make_kernel("collapse row between", kCollapseRowBetween, call_collapse_between, 576, 1 / 3.0),
           make_kernel("narrow row", kNarrowRow, call_narrow, 384, 1 / 3.0),
           make_kernel("mirror byte pixels", kMirrorBytePixels, call_mirror_bytes, 64),
-          make_kernel("collapse byte row on", kCollapseByteRowOn, call_collapse_bytes, 576, 1 / 3.0),
-          make_kernel("collapse byte row between", kCollapseByteRowBetween, call_collapse_bytes_between, 576, 1 / 3.0),
+          make_kernel("collapse row on", kCollapseRowOn, call_collapse, 576, 1 / 3.0),
+          make_kernel("collapse row between", kCollapseRowBetween, call_collapse_between, 576, 1 / 3.0),
           make_kernel("mix byte row", kMixByteRow, call_mix_bytes)};
 }
 

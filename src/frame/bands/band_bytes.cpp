@@ -4,36 +4,18 @@
 #include <cstdint>
 
 #include "frame/bands/to_rgb_rows.hpp"
-#include "frame/blend/byte_image.hpp"
-#include "frame/blend/narrow_reduction.hpp"
-#include "frame/blend/streamed_band.hpp"
+#include "frame/blend/reduction.hpp"
+#include "frame/blend/workspace.hpp"
 #include "stages/blend/widen.hpp"
 
 namespace biseam {
 
-namespace {
-
-bool is_converted_in_pairs(const ImageHeader& yuv, const BlendImage& rgb) {
-  return yuv.width == rgb.width && yuv.height == rgb.height && yuv.width % 2 == 0 && yuv.height % 2 == 0 &&
-         rgb.type == BISEAM_RGB && rgb.stride == int64_t{3} * rgb.width;
-}
-
-}  // namespace
-
-bool takes_bytes(const StitchEngine& e, int overlap, int format) {
-  if (format != BISEAM_YUV420_SEMIPLANAR && format != BISEAM_YUV422_SEMIPLANAR) return false;
-  const BlendImage* const sources[2] = {&e.band_rgb[2 * overlap], &e.band_rgb[2 * overlap + 1]};
-  for (int i = 0; i < 2; ++i) {
-    if (!is_converted_in_pairs(e.band_yuv[2 * overlap + i], *sources[i])) return false;
-  }
-  return can_be_streamed(*e.blend[overlap], sources, e.blend_out[overlap]);
-}
-
 void convert_to_bytes(StitchEngine& e, int band, int format) {
   const ImageHeader& yuv = e.band_yuv[band];
-  const BlendInstance& instance = *e.blend[band / 2];
-  const int source = band % 2, side = source == 0 ? 1 : 0;
-  const ByteImage level = ByteImage::in(instance.levels[source][0]);
+  BlendInstance& instance = *e.blend[band / 2];
+  const Pyramids source = band % 2 == 0 ? kSource1 : kSource2;
+  const int side = source == kSource1 ? 1 : 0;
+  const ByteImage level = Workspace(instance).level(source, 0);
   const ptrdiff_t covered = ptrdiff_t{3} * covered_column(instance.trans_width, side);
   const int pairs = yuv.width / 2;
   for (int y = 0; y < yuv.height; y += 2) {

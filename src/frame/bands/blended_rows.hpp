@@ -7,24 +7,19 @@
 
 namespace biseam {
 
-// Converts a blended band's rows to its YUV strip as they come, while they are in the cache.
+// Converts a blended band's rows to its YUV strip, of even sizes, as they come: while they are in the cache.
 class BlendedRows {
  public:
-  // code: convert_image's.
-  BlendedRows(const BlendImage& band, const ImageHeader& strip, int code) : band_(band), strip_(strip), code_(code) {}
+  // format: the strip's, U, V order.
+  BlendedRows(const ImageHeader& strip, int format) : strip_(strip), format_(format) {}
 
-  // Null where two rows at a time would not give what convert_image makes of the whole band.
-  const RowSink* sink();
-  bool have_come() const { return have_come_; }
+  RowSink sink() { return {take, this}; }
 
  private:
-  static void take(void* context, int32_t* rows, int y, int count);
+  static void take(void* context, int32_t* rows, int y);
 
-  const BlendImage& band_;
   const ImageHeader& strip_;
-  int code_;
-  bool have_come_ = false;
-  RowSink sink_{};
+  int format_;
 };
 
 }  // namespace biseam

@@ -5,9 +5,9 @@
 namespace biseam {
 
 // Takes a blended band's rows as they come, so that the band need not be stored: two packed rows at a time, y being the first
-// one's number; one at the end of an odd height.  The rows' memory is the caller's again after the call.
+// one's number.  The rows' memory is the caller's again after the call.
 struct RowSink {
-  void (*take)(void* context, int32_t* rows, int y, int count);
+  void (*take)(void* context, int32_t* rows, int y);
   void* context;
 };
 

@@ -10,6 +10,11 @@ namespace {
 
 int32_t code(biseam::Status status) { return status == biseam::Status::ok ? 0 : -1; }
 
+void blend_one(BlendInstance& instance, const BlendImage& source1, const BlendImage& source2, BlendImage& output) {
+  const BlendImage* const sources[2] = {&source1, &source2};
+  (void)biseam::blend_band(instance, sources, output, biseam::print_missing_memory);
+}
+
 }  // namespace
 
 void CreatImage(BlendImage* image, int32_t value) { biseam::fill(*image, value); }
@@ -67,12 +72,12 @@ int32_t SetConfig_Blend(BlendInstance* instance) {
 }
 
 int32_t Blend_Proc(BlendInstance* instance, BlendImage* source1, BlendImage* source2, BlendImage* output) {
-  (void)biseam::blend_band(*instance, *source1, *source2, *output, biseam::print_missing_memory);
+  blend_one(*instance, *source1, *source2, *output);
   return 0;
 }
 
 void* Blend_main_pht(void* args) {
   const BlendThreadArgs& task = *static_cast<BlendThreadArgs*>(args);
-  (void)biseam::blend_band(*task.instance, *task.source1, *task.source2, *task.output, biseam::print_missing_memory);
+  blend_one(*task.instance, *task.source1, *task.source2, *task.output);
   return nullptr;
 }

@@ -1,11 +1,12 @@
 #include "stages/blend/module.hpp"
 
 #include "base/threads.hpp"
-#include "frame/blend/narrow_band.hpp"
-#include "frame/blend/streamed_band.hpp"
-#include "frame/seam/search.hpp"
+#include "stages/blend/instance_levels.hpp"
 #include "stages/blend/pyramid.hpp"
 #include "stages/blend/widen.hpp"
+#include "stages/image/resize.hpp"
+#include "stages/seam/cut.hpp"
+#include "stages/seam/detail.hpp"
 #include "stages/seam/path.hpp"
 
 namespace biseam {
@@ -46,39 +47,51 @@ Status decompose_sources(BlendInstance& instance, const BlendImage* const source
   return decompositions[0].status == Status::ok ? decompositions[1].status : decompositions[0].status;
 }
 
-Status make_weights(BlendInstance& instance, const BlendImage* const sources[2], MemoryReport report) {
+Pyramid pyramid_of(BlendInstance& instance, Pyramids pyramid) { return {instance.levels[pyramid], &instance.top[pyramid]}; }
+
+// A source's strip, shrunk, gray, and its detail.
+Status make_detail(BlendInstance& instance, const BlendImage& source, int i, MemoryReport report) {
+  copy_strip(source, instance.strip[i], instance.findpath_width, instance.trans_width, i == 0 ? 1 : 0);
+  if (resize(instance.strip[i], instance.scaled_strip[i]) == Status::no_memory) return Status::no_memory;
+  to_gray(instance.scaled_strip[i], instance.gray[i]);
+  return extract_detail(instance.gray[i], instance.detail[i], report);
+}
+
+Status search_seam(BlendInstance& instance, const BlendImage* const sources[2], MemoryReport report) {
+  for (int i = 0; i < 2; ++i) {
+    if (make_detail(instance, *sources[i], i, report) == Status::no_memory) return Status::no_memory;
+  }
+  const Status cut = cut_seam(strip_column(instance), instance.seam_mask, instance.detail[0], instance.detail[1]);
+  if (cut == Status::no_memory) return Status::no_memory;
+  return resize(instance.seam_mask, instance.mask);
+}
+
+}  // namespace
+
+int strip_column(const BlendInstance& instance) {
+  return static_cast<int>((int64_t{instance.scaled_trans_width} + instance.scaled_band_width - instance.scaled_findpath_width) /
+                          2);
+}
+
+Status make_mask(BlendInstance& instance, const BlendImage* const sources[2], MemoryReport report) {
   if (instance.findpath_enable != 0) return search_seam(instance, sources, report);
   fill_left_half(instance.mask);
   return Status::ok;
 }
 
-// The definition: stage by stage, each over whole images.
-Status blend_by_stages(BlendInstance& instance, const BlendImage* const sources[2], BlendImage& output) {
+Status blend_under_mask(BlendInstance& instance, const BlendImage* const sources[2], BlendImage& output) {
+  const int levels = instance.pyr_level;
   if (decompose_sources(instance, sources) != Status::ok) return Status::no_memory;
-  const Pyramid pyramid1{instance.levels[0], &instance.top[0]};
-  const Pyramid pyramid2{instance.levels[1], &instance.top[1]};
-  const Pyramid mask{instance.levels[2], &instance.top[2]};
-  const Pyramid blended{instance.levels[3], &instance.top[3]};
-  if (build_gaussian(instance.mask, mask, instance.pyr_level) == Status::no_memory) return Status::no_memory;
-  mix_pyramids(pyramid1, pyramid2, mask, blended, instance.pyr_level);
-  return collapse(*blended.top, blended.levels, output, instance.pyr_level);
+  const Pyramid mask = pyramid_of(instance, kMask), blended = pyramid_of(instance, kBlended);
+  if (build_gaussian(instance.mask, mask, levels) == Status::no_memory) return Status::no_memory;
+  mix_pyramids(pyramid_of(instance, kSource1), pyramid_of(instance, kSource2), mask, blended, levels);
+  return collapse(*blended.top, blended.levels, output, levels);
 }
 
-}  // namespace
-
-Status blend_band(BlendInstance& instance, const BlendImage& source1, const BlendImage& source2, BlendImage& output,
-                  MemoryReport report, Weights weights, const RowSink* sink) {
-  if (instance.mask.data[0] == nullptr) return Status::no_memory;  // an instance that could not be carved
-  const BlendImage* const sources[2] = {&source1, &source2};
-  if (weights == Weights::made && make_weights(instance, sources, report) == Status::no_memory) return Status::no_memory;
-  if (!can_be_streamed(instance, sources, output)) return blend_by_stages(instance, sources, output);
-  if (!blend_narrow(instance, sources, output, sink)) blend_streamed(instance, sources, output);
-  return Status::ok;
-}
-
-Status blend_bytes(BlendInstance& instance, BlendImage& output, MemoryReport report, Weights weights, const RowSink* sink) {
-  if (weights == Weights::made && make_weights(instance, nullptr, report) == Status::no_memory) return Status::no_memory;
-  return blend_narrow(instance, nullptr, output, sink) ? Status::ok : Status::mismatch;
+Status blend_band(BlendInstance& instance, const BlendImage* const sources[2], BlendImage& output, MemoryReport report) {
+  if (instance.mask.data[0] == nullptr) return Status::no_memory;
+  if (make_mask(instance, sources, report) == Status::no_memory) return Status::no_memory;
+  return blend_under_mask(instance, sources, output);
 }
 
 }  // namespace biseam

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "frame/frame.hpp"
+#include "frame/plan.hpp"
 #include "stages/blend/module.hpp"
 #include "stages/format/convert.hpp"
 #include "support/engine_session.hpp"
@@ -28,7 +29,7 @@ struct Frames {
   }
   void process(StitchEngine& engine, Weights weights) {
     const FisheyePlanes fisheyes[2] = {{planes[0].data(), planes[1].data()}, {planes[2].data(), planes[3].data()}};
-    ASSERT_EQ(Status::ok, process_frame(engine, fisheyes, {luma.data(), chroma.data()}, sample_region, nullptr, weights));
+    ASSERT_EQ(Status::ok, process_frame(engine, fisheyes, {luma.data(), chroma.data()}, {.weights = weights}));
   }
 
   RandomSource random;
@@ -40,8 +41,9 @@ void expect_blended_band(StitchEngine& e, int overlap) {
   const int format = e.band_yuv[0].format;
   TestImage sources[2] = {TestImage(e.band_width, 240), TestImage(e.band_width, 240)};
   for (int i = 0; i < 2; ++i) convert_image(&e.band_yuv[2 * overlap + i], sources[i].record(), BISEAM_RGB | format << 4);
+  const BlendImage* const records[2] = {sources[0].record(), sources[1].record()};
   TestImage band(e.pair_width, 240);
-  ASSERT_EQ(Status::ok, blend_band(*e.blend[overlap], *sources[0], *sources[1], *band, nullptr, Weights::kept));
+  ASSERT_EQ(Status::ok, blend_under_mask(*e.blend[overlap], records, *band));
   const ImageHeader& strip = e.blend_yuv[overlap];
   const size_t pixels = size_t(e.pair_width * 240);
   Bytes luma(pixels), chroma(format == BISEAM_YUV420_SEMIPLANAR ? pixels / 2 : pixels);
@@ -61,7 +63,7 @@ TEST(BandBytes, FramesHaveTheBytesOfWholeImages) {
     Frames frames(config);
     frames.process(*engine, Weights::made);
     for (int overlap = 0; overlap < 2; ++overlap) {
-      EXPECT_TRUE(takes_bytes(*engine, overlap, format));
+      EXPECT_TRUE(plan_frame(*engine).by_bytes[overlap]);
       expect_blended_band(*engine, overlap);
     }
   }
@@ -78,22 +80,6 @@ TEST(BandBytes, WeightsOfAHostsOwnTakeTheWholeImages) {
     frames.process(*engine, Weights::kept);
     for (int overlap = 0; overlap < 2; ++overlap) expect_blended_band(*engine, overlap);
   }
-}
-
-TEST(BandBytes, OddSizesAndBandsThatCannotBeStreamedTakeWholeImages) {
-  StitchConfig config = small_config();
-  EngineSession engine(config);
-  const int format = BISEAM_YUV420_SEMIPLANAR;
-  ASSERT_TRUE(takes_bytes(*engine, 0, format));
-  EXPECT_FALSE(takes_bytes(*engine, 0, BISEAM_YUV420_PLANAR));
-  for (int32_t ImageHeader::*size : {&ImageHeader::width, &ImageHeader::height}) {
-    engine->band_yuv[1].*size -= 1;
-    EXPECT_FALSE(takes_bytes(*engine, 0, format));
-    engine->band_yuv[1].*size += 1;
-  }
-  engine->blend[0]->pyr_level = 0;
-  EXPECT_FALSE(takes_bytes(*engine, 0, format));
-  EXPECT_TRUE(takes_bytes(*engine, 1, format));
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <cstdint>
 
 #include "biseam/biseam.h"
-#include "frame/seam/search.hpp"
 #include "stages/blend/blend_fixture.hpp"
 #include "stages/blend/module.hpp"
 #include "stages/blend/pyramid.hpp"
@@ -13,20 +12,12 @@
 namespace biseam::test {
 namespace {
 
-// Blended stage by stage, as the last level is two pixels high.
 const BlendConfig kConfigs[] = {blend_config(8, 8, 16, 4), blend_config(8, 16, 16, 4, 20, 1.5f, 1)};
 
-TEST(BlendMemory, StreamedFrameTakesNothingFromTheHeap) {
-  for (const BlendConfig& config :
-       {blend_config(8, 8, 24, 3), blend_config(64, 32, 96, 5), blend_config(9, 12, 31, 2, 20, 1.5f, 1)}) {
-    TestInstance instance(config);
-    TestImage source(config.band_width, config.in_h, 3, 100), output(instance->width, instance->height);
-    for (int frame = 0; frame < 3; ++frame) {
-      const FailingHeap heap(0, true);
-      EXPECT_EQ(Status::ok, blend_band(*instance, *source, *source, *output));
-      EXPECT_EQ(0, heap.requests());
-    }
-  }
+// One source on both sides.
+Status blend(TestInstance& instance, TestImage& source, TestImage& output) {
+  const BlendImage* const sources[2] = {source.record(), source.record()};
+  return blend_band(*instance, sources, *output);
 }
 
 TEST(BlendMemory, FrameGivesEveryBlockBack) {
@@ -34,7 +25,7 @@ TEST(BlendMemory, FrameGivesEveryBlockBack) {
     TestInstance instance(config);
     TestImage source(config.band_width, config.in_h, 3, 100), output(instance->width, instance->height);
     const FailingHeap heap;
-    EXPECT_EQ(Status::ok, blend_band(*instance, *source, *source, *output));
+    EXPECT_EQ(Status::ok, blend(instance, source, output));
     EXPECT_GT(heap.requests(), 0);
     EXPECT_EQ(0, heap.held());
   }
@@ -47,14 +38,14 @@ TEST(BlendMemory, EveryRefusedRequestIsReportedAndLeavesNothingBehind) {
     int requests = 0;
     {
       const FailingHeap heap;
-      ASSERT_EQ(Status::ok, blend_band(*instance, *source, *source, *output));
+      ASSERT_EQ(Status::ok, blend(instance, source, output));
       requests = heap.requests();
     }
     const TestImage expected = output;
     for (int failing = 0; failing < requests; ++failing) {
       {
         const FailingHeap heap(failing);
-        EXPECT_EQ(Status::no_memory, blend_band(*instance, *source, *source, *output)) << "request " << failing;
+        EXPECT_EQ(Status::no_memory, blend(instance, source, output)) << "request " << failing;
         EXPECT_EQ(0, heap.held()) << "request " << failing;
       }
       {
@@ -63,42 +54,10 @@ TEST(BlendMemory, EveryRefusedRequestIsReportedAndLeavesNothingBehind) {
         EXPECT_EQ(0, heap.held());
       }
       // The instance stays usable.
-      ASSERT_EQ(Status::ok, blend_band(*instance, *source, *source, *output));
+      ASSERT_EQ(Status::ok, blend(instance, source, output));
       ASSERT_EQ(expected.samples(), output.samples());
     }
   }
-}
-
-TEST(SeamSearch, TakesItsMemoryFromTheStripsOfTheInstance) {
-  for (const float inv_scale : {1.0f, 1.5f, 2.0f, 4.0f}) {
-    const BlendConfig config = blend_config(8, 16, 90, 2, 32, inv_scale, 1);
-    TestInstance instance(config);
-    TestImage source(config.band_width, config.in_h, 3, 100);
-    const BlendImage* const sources[2] = {&*source, &*source};
-    const FailingHeap heap(0, true);
-    EXPECT_EQ(Status::ok, search_seam(*instance, sources, nullptr));
-    EXPECT_EQ(0, heap.requests());
-  }
-}
-
-TEST(SeamSearch, StripsSmallerThanTheSearchedTakeTheHeap) {
-  const BlendConfig config = blend_config(8, 16, 40, 2, 32, 0.5f, 1);
-  TestInstance instance(config);
-  TestImage source(config.band_width, config.in_h, 3, 100);
-  const BlendImage* const sources[2] = {&*source, &*source};
-  overwrite(instance->mask, 7);
-  {
-    const FailingHeap heap(0);
-    EXPECT_EQ(Status::no_memory, search_seam(*instance, sources, nullptr));
-    EXPECT_EQ(1, heap.requests());
-    EXPECT_EQ(0, heap.held());
-  }
-  EXPECT_EQ(TestImage(instance->scaled_width, instance->scaled_height).samples(), copy_of(instance->seam_mask).samples());
-  EXPECT_EQ(TestImage(instance->width, instance->height, 3, 7).samples(), copy_of(instance->mask).samples());
-  const FailingHeap heap;
-  EXPECT_EQ(Status::ok, search_seam(*instance, sources, nullptr));
-  EXPECT_EQ(1, heap.requests());
-  EXPECT_EQ(0, heap.held());
 }
 
 TEST(BuildGuassPyramid, KeepsNoBlock) {

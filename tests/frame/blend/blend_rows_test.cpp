@@ -1,4 +1,4 @@
-#include "frame/blend/narrow_rows.hpp"
+#include "frame/blend/blend_rows.hpp"
 
 #include <gtest/gtest.h>
 
@@ -31,7 +31,7 @@ struct Rows {
     for (std::vector<uint8_t>& row : levels) row = samples<uint8_t>(random, count, 255);
     mask = samples<uint8_t>(random, count, 64);
   }
-  CollapseByteRows all() const {
+  CollapseRows all() const {
     return {{blended[0].data(), blended[1].data(), blended[2].data()},
             {expanded[0].data(), expanded[1].data(), expanded[2].data()},
             {expanded[3].data(), expanded[4].data(), expanded[5].data()},
@@ -54,14 +54,14 @@ struct Rows {
   std::vector<uint8_t> levels[2], mask;
 };
 
-TEST(CollapseByteRow, EveryCountAndTheEndsOfTheRanges) {
+TEST(CollapseRow, EveryCountAndTheEndsOfTheRanges) {
   RandomSource random;
   for (int round = 0; round < 600; ++round) {
     const int count = round / 4;
     const Rows rows(random, count);
     GuardedBlock<int32_t> on(static_cast<size_t>(count)), between(static_cast<size_t>(count));
-    collapse_byte_row_on(rows.all(), on.data(), count);
-    collapse_byte_row_between(rows.all(), between.data(), count);
+    collapse_row_on(rows.all(), on.data(), count);
+    collapse_row_between(rows.all(), between.data(), count);
     for (size_t i = 0; i < static_cast<size_t>(count); ++i) {
       ASSERT_EQ(rows.collapsed(i, 1, 6, 1), on[i]);
       ASSERT_EQ(rows.collapsed(i, 0, 4, 4), between[i]);

@@ -3,7 +3,7 @@
 #if defined(BISEAM_X86_64)
 
 #include "base/intrinsics.hpp"
-#include "frame/blend/narrow_kernels.hpp"
+#include "frame/blend/blend_kernels.hpp"
 
 namespace biseam {
 

@@ -1,11 +1,11 @@
-#include "frame/blend/narrow_rows.hpp"
+#include "frame/blend/blend_rows.hpp"
 
 #include <algorithm>
 #include <cstring>
 
 #include "base/loop_versions.hpp"
 #include "biseam/records.h"
-#include "frame/blend/narrow_kernels.hpp"
+#include "frame/blend/blend_kernels.hpp"
 #include "stages/image/pyr_up_sums.hpp"
 
 namespace biseam {
@@ -51,7 +51,7 @@ void mirror_scalar(const uint8_t* pixel, uint8_t* out, ptrdiff_t count) noexcept
   for (ptrdiff_t i = 0; i < count; ++i) std::memcpy(out + 3 * i, pixel - 3 * i, 3);
 }
 
-BISEAM_LOOP void row_on(const CollapseByteRows& rows, int32_t* out, ptrdiff_t count) noexcept {
+BISEAM_LOOP void row_on(const CollapseRows& rows, int32_t* out, ptrdiff_t count) noexcept {
   const auto [r0, r1, r2] = rows.blended;
   const auto [a0, a1, a2] = rows.source1;
   const auto [b0, b1, b2] = rows.source2;
@@ -63,7 +63,7 @@ BISEAM_LOOP void row_on(const CollapseByteRows& rows, int32_t* out, ptrdiff_t co
   }
 }
 
-BISEAM_LOOP void row_between(const CollapseByteRows& rows, int32_t* out, ptrdiff_t count) noexcept {
+BISEAM_LOOP void row_between(const CollapseRows& rows, int32_t* out, ptrdiff_t count) noexcept {
   const int32_t *r1 = rows.blended.row, *r2 = rows.blended.below;
   const uint16_t *a1 = rows.source1.row, *a2 = rows.source1.below;
   const uint16_t *b1 = rows.source2.row, *b2 = rows.source2.below;
@@ -84,8 +84,8 @@ BISEAM_LOOP void mix_loop(const uint8_t* a, const uint8_t* b, const uint8_t* mas
 
 constinit const Variants<NarrowRow> kNarrowRow = loop_versions<narrow_loop, NarrowRow>;
 constinit const Variants<MirrorBytePixels> kMirrorBytePixels{mirror_scalar, nullptr, BISEAM_ON_X86_64(mirror_byte_pixels_avx2)};
-constinit const Variants<CollapseByteRow> kCollapseByteRowOn = loop_versions<row_on, CollapseByteRow>;
-constinit const Variants<CollapseByteRow> kCollapseByteRowBetween = loop_versions<row_between, CollapseByteRow>;
+constinit const Variants<CollapseRow> kCollapseRowOn = loop_versions<row_on, CollapseRow>;
+constinit const Variants<CollapseRow> kCollapseRowBetween = loop_versions<row_between, CollapseRow>;
 constinit const Variants<MixByteRow> kMixByteRow = loop_versions<mix_loop, MixByteRow>;
 
 void narrow_row(const int32_t* src, uint8_t* out, ptrdiff_t count, uint32_t& largest) noexcept {
@@ -96,12 +96,12 @@ void mirror_byte_pixels(const uint8_t* pixel, uint8_t* out, ptrdiff_t count) noe
   kMirrorBytePixels.best()(pixel, out, count);
 }
 
-void collapse_byte_row_on(const CollapseByteRows& rows, int32_t* out, ptrdiff_t count) noexcept {
-  kCollapseByteRowOn.best()(rows, out, count);
+void collapse_row_on(const CollapseRows& rows, int32_t* out, ptrdiff_t count) noexcept {
+  kCollapseRowOn.best()(rows, out, count);
 }
 
-void collapse_byte_row_between(const CollapseByteRows& rows, int32_t* out, ptrdiff_t count) noexcept {
-  kCollapseByteRowBetween.best()(rows, out, count);
+void collapse_row_between(const CollapseRows& rows, int32_t* out, ptrdiff_t count) noexcept {
+  kCollapseRowBetween.best()(rows, out, count);
 }
 
 void mix_byte_row(const uint8_t* a, const uint8_t* b, const uint8_t* mask, int32_t* out, ptrdiff_t count) noexcept {

@@ -1,10 +1,9 @@
-#include "frame/blend/narrow_reduction.hpp"
+#include "frame/blend/reduction.hpp"
 
 #include <cstddef>
 
+#include "frame/blend/blend_rows.hpp"
 #include "frame/blend/byte_rows.hpp"
-#include "frame/blend/narrow_rows.hpp"
-#include "stages/blend/widen.hpp"
 #include "stages/image/border.hpp"
 
 namespace biseam {
@@ -37,23 +36,20 @@ void mirror_byte_edge(uint8_t* row, int band_width, int trans_width, int side) n
   }
 }
 
-bool narrow_and_reduce(const BlendImage& source, int trans_width, int side, uint32_t most, const ByteImage& level,
-                       const ByteImage& reduced, uint16_t* sums) {
-  const ptrdiff_t covered = ptrdiff_t{3} * covered_column(trans_width, side), count = ptrdiff_t{3} * source.width;
-  const auto row_of = [&](int y) { return source.data[0] + ptrdiff_t{y} * source.stride; };
+void reduce_level(const ByteImage& level, const ByteImage& reduced, uint16_t* sums) {
+  reduce(level, reduced, sums, [](int) { return true; });
+}
+
+bool narrow_and_reduce(const BlendImage& image, uint32_t most, const ByteImage& level, const ByteImage& reduced,
+                       uint16_t* sums) {
   uint32_t largest = 0;
   int next = 0;  // row to be narrowed
   return reduce(level, reduced, sums, [&](int end) {
-    for (; next < end && next < source.height; ++next) {
-      narrow_row(row_of(next), level.row(next) + covered, count, largest);
-      mirror_byte_edge(level.row(next), level.width, trans_width, side);
+    for (; next < end && next < image.height; ++next) {
+      narrow_row(image.data[0] + ptrdiff_t{next} * image.stride, level.row(next), level.row_samples(), largest);
     }
     return largest <= most;
   });
-}
-
-void reduce_bytes(const ByteImage& level, const ByteImage& reduced, uint16_t* sums) {
-  reduce(level, reduced, sums, [](int) { return true; });
 }
 
 }  // namespace biseam
