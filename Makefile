@@ -1,11 +1,12 @@
 # The short way to the usual things; cmake and the scripts do the work.
 BUILD := build/release
 
-.PHONY: help build demo test bench format tidy install-packages
+.PHONY: help build demo test check-long bench format tidy install-packages
 
 help:
 	@echo 'make demo     build the tool and stitch the demo picture'
 	@echo 'make test     build everything with g++ and run all tests'
+	@echo 'make check-long  the checks that go through everything there is to go through (some minutes)'
 	@echo 'make bench    measure against FFmpeg and OpenCV, tables and plot in out/bench/ (some minutes)'
 	@echo 'make build    build the libraries, the tool and the tests'
 	@echo 'make format   lay the sources out with clang-format'
@@ -26,7 +27,13 @@ demo: install-packages
 	@scripts/demo.sh $(BUILD)
 
 test: build
-	@ctest --preset release
+	@scripts/test.sh release
+
+check-long: build
+	@scripts/install_packages.sh cross
+	@cmake --preset release
+	@cmake --build --preset release
+	@scripts/test.sh release -C Long -R '\.long$$'
 
 bench:
 	@scripts/bench.sh

@@ -4,4 +4,4 @@ set -euo pipefail
 cd "$(dirname "$0")/../.."
 cmake --preset asan
 cmake --build --preset asan
-ctest --preset asan
+scripts/test.sh asan

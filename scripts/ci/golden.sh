@@ -5,5 +5,5 @@ cd "$(dirname "$0")/../.."
 for preset in gcc-debug clang-debug; do
   cmake --preset $preset
   cmake --build --preset $preset --target biseam_golden
-  ctest --preset $preset -R '^golden$'
+  scripts/test.sh $preset -R '^golden$'
 done

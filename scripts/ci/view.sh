@@ -4,4 +4,4 @@ set -euo pipefail
 cd "$(dirname "$0")/../.."
 cmake --preset release
 cmake --build --preset release --target biseam_tool
-ctest --preset release -R '^view\.' --no-tests=error
+scripts/test.sh release -R '^view\.'

@@ -37,6 +37,14 @@ TEST_F(IsaTest, TheEnvironmentsSetIsInUseOrTheBest) {
   EXPECT_STREQ(wanted != nullptr ? wanted : name_of(best_of_the_host()), name_of(isa_in_use()));
 }
 
+// A run on an emulated processor says what that one has.
+TEST_F(IsaTest, TheHostHasWhatTheRunSaysOfIt) {
+  const char* told = std::getenv("BISEAM_HOST_ISA");
+  if (told != nullptr) {
+    EXPECT_STREQ(told, name_of(best_of_the_host()));
+  }
+}
+
 TEST_F(IsaTest, ScalarRunsEverywhere) {
   EXPECT_TRUE(can_run(Isa::scalar));
   EXPECT_TRUE(limit_isa(Isa::scalar));

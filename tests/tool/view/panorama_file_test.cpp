@@ -55,7 +55,11 @@ TEST(PanoramaFile, what_can_not_be_shown_is_refused) {
   const std::string png = text(encode_png(Rgb(64, 32)));
   write_bytes(folder / "short.png", png.substr(0, png.size() / 2));
   expect_refusal(folder / "short.png", "short.png");
-  write_bytes(folder / "head.mp4", std::string("\0\0\0\x10", 4) + "ftypisom" + std::string(100, '\0'));
+  std::string head(
+      "\0\0\0\x10"
+      "ftypisom",
+      12);
+  write_bytes(folder / "head.mp4", head.append(100, '\0'));
   expect_refusal(folder / "head.mp4", "head.mp4");
 }
 
