@@ -1,7 +1,7 @@
 #include <climits>
 
-#include "frame/seam/cost_kernels.hpp"
-#include "frame/seam/detail_kernels.hpp"
+#include "frame/seam/cost_rows.hpp"
+#include "frame/seam/detail_rows.hpp"
 #include "frame/seam/pick_kernels.hpp"
 #include "kernels/kernels.hpp"
 

@@ -1,5 +1,6 @@
+#include "frame/seam/cost_rows.hpp"
+
 #include "base/loop_versions.hpp"
-#include "frame/seam/cost_kernels.hpp"
 #include "stages/seam/grid.hpp"
 
 namespace biseam {

@@ -1,5 +1,6 @@
+#include "frame/seam/detail_rows.hpp"
+
 #include "base/loop_versions.hpp"
-#include "frame/seam/detail_kernels.hpp"
 
 namespace biseam {
 

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <utility>
 
-#include "frame/seam/cost_kernels.hpp"
+#include "frame/seam/cost_rows.hpp"
 #include "stages/seam/grid.hpp"
 
 namespace biseam {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "frame/seam/detail_kernels.hpp"
+#include "frame/seam/detail_rows.hpp"
 #include "frame/seam/pick.hpp"
 #include "stages/image/resize_map.hpp"
 #include "stages/seam/path.hpp"
@@ -65,11 +65,11 @@ void gray_of_picks(const SourceSize& source, const BlendImage& strip, int64_t fi
   int32_t* const offsets = pixels + ptrdiff_t{3} * gray.width;
   fill_picks(strip.width, gray.width, offsets, gray.width);
   for (int32_t x = 0; x < gray.width; ++x) {
-    offsets[x] = static_cast<int32_t>(std::clamp<int64_t>(first_column + offsets[x], 0, source.width - 1)) * source.step;
+    offsets[x] = nearest_inside(first_column + offsets[x], source.width) * source.step;
   }
   const float scale = resize_scale(strip.height, gray.height);
   for (int32_t y = 0; y < gray.height; ++y) {
-    pick_row(std::min(picked_position(y, scale, strip.height), source.height - 1), offsets, pixels);
+    pick_row(nearest_inside(picked_position(y, scale, strip.height), source.height), offsets, pixels);
     kGrayRow.best()(pixels, gray.data + ptrdiff_t{y} * gray.width, gray.width);
   }
 }

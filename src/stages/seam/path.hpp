@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "biseam/records.h"
@@ -8,6 +9,11 @@ namespace biseam {
 
 // Column of a source of that width at which its strip starts; may lie outside.
 int64_t strip_first_column(int source_width, int findpath_width, int trans_width, int side) noexcept;
+
+// The column or row of a source of that size that stands for one that may lie outside.
+constexpr int32_t nearest_inside(int64_t position, int32_t size) noexcept {
+  return static_cast<int32_t>(std::clamp<int64_t>(position, 0, int64_t{size} - 1));
+}
 
 // The seam-search strip of a source: side 1 for source 1, 0 for source 2.  The strip's size decides how much is copied; what
 // would lie outside the source repeats its edge.

@@ -17,7 +17,7 @@
 namespace biseam::test {
 namespace {
 
-constexpr int32_t untouched = 7777;
+constexpr int32_t kUntouched = 7777;
 
 // Scratch of exactly the size asked for, between guards.
 struct Scratch {
@@ -47,7 +47,7 @@ TEST(GrayOfStrip, IsTheGrayOfTheShrunkCopy) {
     to_gray(*shrunk, *expected);
 
     const BlendImage unused = color_record(nullptr, strip.width(), strip.height());
-    GuardedSamples out(int64_t{shrunk.width()} * shrunk.height(), untouched);
+    GuardedSamples out(int64_t{shrunk.width()} * shrunk.height(), kUntouched);
     BlendGray gray = gray_record(out.data(), shrunk.width(), shrunk.height());
     Scratch scratch(gray.width, gray.height);
     {
@@ -77,7 +77,7 @@ TEST(GrayOfStrip, OfBytesIsTheSame) {
     const int trans = below(20) - 4, side = below(2), findpath = round % 2 == 0 ? strip.width : below(60);
     const int gray_width = 1 + below(40), gray_height = 1 + below(40);
     Scratch scratch(gray_width, gray_height);
-    GuardedSamples expected(int64_t{gray_width} * gray_height, untouched), out(int64_t{gray_width} * gray_height, untouched);
+    GuardedSamples expected(int64_t{gray_width} * gray_height, kUntouched), out(int64_t{gray_width} * gray_height, kUntouched);
     BlendGray expected_gray = gray_record(expected.data(), gray_width, gray_height);
     BlendGray gray = gray_record(out.data(), gray_width, gray_height);
     gray_of_strip(view, strip, findpath, trans, side, expected_gray, scratch.data());
@@ -89,7 +89,7 @@ TEST(GrayOfStrip, OfBytesIsTheSame) {
 
 TEST(GrayOfStrip, SourceWithoutPixelsIsBlack) {
   for (const auto& [w, h] : {std::pair{0, 5}, {5, 0}, {-5, 5}, {5, -5}}) {
-    GuardedSamples out(6, untouched);
+    GuardedSamples out(6, kUntouched);
     BlendGray gray = gray_record(out.data(), 3, 2);
     Scratch scratch(3, 2);
     gray_of_strip(color_record(nullptr, w, h), color_record(nullptr, 6, 4), 6, 2, 1, gray, scratch.data());
@@ -99,14 +99,14 @@ TEST(GrayOfStrip, SourceWithoutPixelsIsBlack) {
 
 TEST(GrayOfStrip, EmptyStripOrGrayWritesNothing) {
   TestImage source(9, 9);
-  GuardedSamples out(6, untouched);
+  GuardedSamples out(6, kUntouched);
   for (const auto& [w, h] : {std::pair{0, 3}, {2, 0}, {0, 0}, {-2, 3}}) {
     BlendGray gray = gray_record(out.data(), w, h);
     gray_of_strip(*source, color_record(nullptr, 6, 4), 6, 2, 1, gray, nullptr);
     BlendGray whole = gray_record(out.data(), 3, 2);
     gray_of_strip(*source, color_record(nullptr, w, h), 6, 2, 1, whole, nullptr);
   }
-  EXPECT_EQ(out.values(), std::vector<int32_t>(6, untouched));
+  EXPECT_EQ(out.values(), std::vector<int32_t>(6, kUntouched));
 }
 
 // Every size around the reach of the mean, wide rows, grays up to the ends of what to_gray makes.
@@ -133,7 +133,7 @@ TEST(DetailOfGray, IsTheExtractedDetail) {
     }
     if (round % 8 == 7) values.assign(values.size(), static_cast<int32_t>(random() % 256));
     ExactGray gray(width, height, values);
-    GuardedSamples expected(int64_t{width} * height, untouched), out(int64_t{width} * height, untouched);
+    GuardedSamples expected(int64_t{width} * height, kUntouched), out(int64_t{width} * height, kUntouched);
     BlendGray defined = gray_record(expected.data(), width, height), detail = gray_record(out.data(), width, height);
     ASSERT_EQ(extract_detail(gray.record, defined), Status::ok);
     Scratch scratch(width, height);
@@ -149,10 +149,10 @@ TEST(DetailOfGray, IsTheExtractedDetail) {
 
 TEST(DetailOfGray, EmptyImageWritesNothing) {
   for (const auto& [w, h] : {std::pair{0, 3}, {3, 0}, {-1, 4}, {4, -1}}) {
-    GuardedSamples out(4, untouched);
+    GuardedSamples out(4, kUntouched);
     BlendGray gray = gray_record(nullptr, w, h), detail = gray_record(out.data(), w, h);
     detail_of_gray(gray, detail, nullptr);
-    EXPECT_EQ(out.values(), std::vector<int32_t>(4, untouched));
+    EXPECT_EQ(out.values(), std::vector<int32_t>(4, kUntouched));
   }
 }
 

@@ -26,7 +26,7 @@ struct Case {
 constexpr Case kCases[] = {
     {pyr_down_half, 8, 4}, {pyr_down_border, 9, 5}, {pyr_up_double, 4, 8}, {pyr_up_border, 5, 9}, {resize_image, 8, 5}};
 
-TEST(ImgprocMemory, EveryBlockIsGivenBack) {
+TEST(ImageMemory, EveryBlockIsGivenBack) {
   for (const Case& c : kCases) {
     TestImage src(c.src_size, c.src_size), dst(c.dst_size, c.dst_size, 3, kOld);
     const FailingHeap heap;
@@ -53,7 +53,7 @@ TEST(PyrUpNormal, BlockTakes72BytesAColumn) {
   EXPECT_EQ(72u * 5, heap.bytes_of(0));
 }
 
-TEST(ImgprocMemory, ShortMemoryIsReportedAndTheDestinationUntouched) {
+TEST(ImageMemory, ShortMemoryIsReportedAndTheDestinationUntouched) {
   for (const Case& c : kCases) {
     TestImage src(c.src_size, c.src_size), dst(c.dst_size, c.dst_size, 3, kOld);
     const FailingHeap heap(0);
@@ -63,7 +63,7 @@ TEST(ImgprocMemory, ShortMemoryIsReportedAndTheDestinationUntouched) {
   }
 }
 
-TEST(ImgprocMemory, ExportedFunctionsSurviveShortMemory) {
+TEST(ImageMemory, ExportedFunctionsSurviveShortMemory) {
   TestImage eight(8, 8), four(4, 4, 3, kOld), nine(9, 9), five(5, 5, 3, kOld);
   {
     const FailingHeap heap(0);
@@ -83,7 +83,7 @@ TEST(ImgprocMemory, ExportedFunctionsSurviveShortMemory) {
   EXPECT_EQ(TestImage(5, 5, 3, kOld).samples(), five.samples());
 }
 
-TEST(ImgprocMemory, RefusedStagesTakeNothing) {
+TEST(ImageMemory, RefusedStagesTakeNothing) {
   TestImage src(8, 8), dst(7, 7, 3, kOld);
   const FailingHeap heap;
   EXPECT_EQ(Status::mismatch, pyr_down(*src, *dst));

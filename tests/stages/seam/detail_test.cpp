@@ -16,38 +16,38 @@ namespace {
 
 constexpr int32_t int_min = std::numeric_limits<int32_t>::min();
 constexpr int32_t int_max = std::numeric_limits<int32_t>::max();
-constexpr int32_t untouched = 7777;
+constexpr int32_t kUntouched = 7777;
 
 int32_t gray_of(int32_t red, int32_t green, int32_t blue) {
   int32_t rgb[3] = {red, green, blue};
-  int32_t result = untouched;
+  int32_t result = kUntouched;
   const BlendImage src = color_record(rgb, 1, 1);
   BlendGray dst = gray_record(&result, 1, 1);
   to_gray(src, dst);
   return result;
 }
 
-TEST(Gray, WhiteIs255) { EXPECT_EQ(gray_of(255, 255, 255), 255); }
+TEST(ToGray, WhiteIs255) { EXPECT_EQ(gray_of(255, 255, 255), 255); }
 
-TEST(Gray, WeightsAreThoseOfRedGreenAndBlueInThisOrder) {
+TEST(ToGray, WeightsAreThoseOfRedGreenAndBlueInThisOrder) {
   EXPECT_EQ(gray_of(256, 0, 0), 76);
   EXPECT_EQ(gray_of(0, 256, 0), 150);
   EXPECT_EQ(gray_of(0, 0, 256), 30);
 }
 
-TEST(Gray, RoundsDownAlsoBelowZero) {
+TEST(ToGray, RoundsDownAlsoBelowZero) {
   EXPECT_EQ(gray_of(3, 0, 0), 0);
   EXPECT_EQ(gray_of(-1, 0, 0), -1);
   EXPECT_EQ(gray_of(-256, 0, 0), -76);
 }
 
-TEST(Gray, SumWrapsTo32Bits) {
+TEST(ToGray, SumWrapsTo32Bits) {
   // 256 * int_max = -256 (mod 2^32)
   EXPECT_EQ(gray_of(int_max, int_max, int_max), -1);
   EXPECT_EQ(gray_of(int_min, int_min, int_min), 0);
 }
 
-TEST(Gray, RandomSamplesFollowTheFormula) {
+TEST(ToGray, RandomSamplesFollowTheFormula) {
   const unsigned seed = 31001;
   SCOPED_TRACE(seed);
   std::mt19937 random(seed);
@@ -59,7 +59,7 @@ TEST(Gray, RandomSamplesFollowTheFormula) {
   }
 }
 
-TEST(Gray, SizeComesFromTheSourceAndSamplesAreWrittenConsecutively) {
+TEST(ToGray, SizeComesFromTheSourceAndSamplesAreWrittenConsecutively) {
   constexpr int width = 5;
   constexpr int height = 3;
   constexpr int stride = 4 * width + 3;
@@ -70,7 +70,7 @@ TEST(Gray, SizeComesFromTheSourceAndSamplesAreWrittenConsecutively) {
   BlendImage src = color_record(samples.data(), width, height);
   src.stride = stride;
   src.steps[0] = src.steps[1] = src.steps[2] = 4;
-  GuardedSamples out(width * height, untouched);
+  GuardedSamples out(width * height, kUntouched);
   BlendGray dst = gray_record(out.data(), 2, 1);
   dst.stride = 100;
   to_gray(src, dst);
@@ -78,18 +78,18 @@ TEST(Gray, SizeComesFromTheSourceAndSamplesAreWrittenConsecutively) {
     for (int x = 0; x < width; ++x) EXPECT_EQ(out[y * width + x], 10 * y + x);
 }
 
-TEST(Gray, EmptyImagesWriteNothing) {
-  GuardedSamples out(4, untouched);
+TEST(ToGray, EmptyImagesWriteNothing) {
+  GuardedSamples out(4, kUntouched);
   for (const auto& [width, height] : {std::pair{0, 4}, {4, 0}, {-3, 4}, {4, -3}}) {
     const BlendImage src = color_record(nullptr, width, height);
     BlendGray dst = gray_record(out.data(), width, height);
     to_gray(src, dst);
   }
-  EXPECT_EQ(out.values(), std::vector<int32_t>(4, untouched));
+  EXPECT_EQ(out.values(), std::vector<int32_t>(4, kUntouched));
 }
 
 TEST(SubtractGray, MismatchesWriteNothing) {
-  GuardedSamples a(12, 1), b(12, 2), out(12, untouched);
+  GuardedSamples a(12, 1), b(12, 2), out(12, kUntouched);
   BlendGray result = gray_record(out.data(), 4, 3);
   const BlendGray good_a = gray_record(a.data(), 4, 3);
   const BlendGray good_b = gray_record(b.data(), 4, 3);
@@ -105,11 +105,11 @@ TEST(SubtractGray, MismatchesWriteNothing) {
   bad = good_b;
   bad.width = 3;
   EXPECT_EQ(subtract_gray(good_a, bad, result), Status::mismatch);
-  EXPECT_EQ(out.values(), std::vector<int32_t>(12, untouched));
+  EXPECT_EQ(out.values(), std::vector<int32_t>(12, kUntouched));
 }
 
 TEST(SubtractGray, TheResultsOwnRecordIsNotChecked) {
-  GuardedSamples a(12, 1), b(12, 4), out(12, untouched);
+  GuardedSamples a(12, 1), b(12, 4), out(12, kUntouched);
   BlendGray result{0, 0, 5, 0, 0, out.data(), 0};
   EXPECT_EQ(subtract_gray(gray_record(a.data(), 4, 3), gray_record(b.data(), 4, 3), result), Status::ok);
   EXPECT_EQ(out.values(), std::vector<int32_t>(12, 3));
@@ -135,7 +135,7 @@ TEST(SubtractGray, AllThreeFollowTheFirstImagesStride) {
     a[i] = static_cast<int32_t>(i * i);
     b[i] = static_cast<int32_t>(50 * i);
   }
-  GuardedSamples out(stride * 2 + 3, untouched);
+  GuardedSamples out(stride * 2 + 3, kUntouched);
   BlendGray first = gray_record(a.data(), 3, 3);
   first.stride = stride;
   const BlendGray second = gray_record(b.data(), 3, 3);
@@ -143,7 +143,7 @@ TEST(SubtractGray, AllThreeFollowTheFirstImagesStride) {
   ASSERT_EQ(subtract_gray(first, second, result), Status::ok);
   for (int64_t i = 0; i < stride * 2 + 3; ++i) {
     const auto n = static_cast<size_t>(i);
-    EXPECT_EQ(out[i], i % stride < 3 ? std::abs(a[n] - b[n]) : untouched) << i;
+    EXPECT_EQ(out[i], i % stride < 3 ? std::abs(a[n] - b[n]) : kUntouched) << i;
   }
 }
 
@@ -153,7 +153,7 @@ TEST(SubtractGray, RandomImagesOfManyWidthsAlsoInPlace) {
   std::mt19937 random(seed);
   for (int width = 0; width <= 40; ++width) {
     const int height = 1 + static_cast<int>(random() % 4);
-    GuardedSamples a(width * height), b(width * height), out(width * height, untouched);
+    GuardedSamples a(width * height), b(width * height), out(width * height, kUntouched);
     std::vector<int32_t> expected;
     for (int i = 0; i < width * height; ++i) {
       a[i] = static_cast<int32_t>(random() % 512);
@@ -172,7 +172,7 @@ TEST(SubtractGray, RandomImagesOfManyWidthsAlsoInPlace) {
 
 std::vector<int32_t> detail_of(int width, int height, const std::vector<int32_t>& values) {
   ExactGray src(width, height, values);
-  GuardedSamples out(int64_t{width} * height, untouched);
+  GuardedSamples out(int64_t{width} * height, kUntouched);
   BlendGray dst = gray_record(out.data(), width, height);
   EXPECT_EQ(extract_detail(src.record, dst), Status::ok);
   EXPECT_EQ(src.samples, values);
@@ -180,7 +180,7 @@ std::vector<int32_t> detail_of(int width, int height, const std::vector<int32_t>
 }
 
 // Single precision gives the mean back exactly for 97 of the 256 greys, whatever part of the window is inside the image.
-TEST(Detail, ConstantImageGivesZerosBordersIncluded) {
+TEST(ExtractDetail, ConstantImageGivesZerosBordersIncluded) {
   for (const int gray : {0, 1, 4, 8, 16, 32, 64, 71, 100, 101, 128, 150, 196, 224, 233, 246, 254}) {
     for (const auto& [width, height] : {std::pair{1, 1}, {1, 9}, {9, 1}, {5, 5}, {6, 11}, {11, 11}, {23, 17}}) {
       SCOPED_TRACE(testing::Message() << gray << " in " << width << " x " << height);
@@ -191,7 +191,7 @@ TEST(Detail, ConstantImageGivesZerosBordersIncluded) {
 }
 
 // Images up to the window's size have every part of the window inside somewhere.
-TEST(Detail, ConstantImageOfAnyGrayIsOffByOneAtMost) {
+TEST(ExtractDetail, ConstantImageOfAnyGrayIsOffByOneAtMost) {
   int exact = 0;
   for (int gray = 0; gray < 256; ++gray) {
     bool all_zero = true;
@@ -207,14 +207,14 @@ TEST(Detail, ConstantImageOfAnyGrayIsOffByOneAtMost) {
   EXPECT_EQ(exact, 97) << "the mean is rounded in single precision and truncated";
 }
 
-TEST(Detail, MeanOfASingleBrightSampleIsSpreadFlat) {
+TEST(ExtractDetail, MeanOfASingleBrightSampleIsSpreadFlat) {
   std::vector<int32_t> row(30, 0);
   row[15] = 110;
   const std::vector<int32_t> detail = detail_of(30, 1, row);
   for (int x = 0; x < 30; ++x) EXPECT_EQ(detail[static_cast<size_t>(x)], x == 15 ? 100 : std::abs(x - 15) <= 5 ? 10 : 0) << x;
 }
 
-TEST(Detail, RandomImagesAreDifferencesToTheClippedMean) {
+TEST(ExtractDetail, RandomImagesAreDifferencesToTheClippedMean) {
   const unsigned seed = 31003;
   SCOPED_TRACE(seed);
   std::mt19937 random(seed);
@@ -245,18 +245,18 @@ TEST(Detail, RandomImagesAreDifferencesToTheClippedMean) {
   }
 }
 
-TEST(Detail, EmptyImagesWriteNothing) {
-  GuardedSamples out(4, untouched);
+TEST(ExtractDetail, EmptyImagesWriteNothing) {
+  GuardedSamples out(4, kUntouched);
   for (const auto& [width, height] : {std::pair{0, 4}, {4, 0}, {-3, 4}, {4, -3}}) {
     BlendGray dst = gray_record(out.data(), width, height);
     EXPECT_EQ(extract_detail(gray_record(nullptr, width, height), dst), Status::ok);
   }
-  EXPECT_EQ(out.values(), std::vector<int32_t>(4, untouched));
+  EXPECT_EQ(out.values(), std::vector<int32_t>(4, kUntouched));
 }
 
-TEST(Detail, EveryFailedAllocationIsReportedAndLeavesTheResultAlone) {
+TEST(ExtractDetail, EveryFailedAllocationIsReportedAndLeavesTheResultAlone) {
   ExactGray src(13, 12, std::vector<int32_t>(13 * 12, 9));
-  GuardedSamples out(13 * 12, untouched);
+  GuardedSamples out(13 * 12, kUntouched);
   BlendGray dst = gray_record(out.data(), 13, 12);
   {
     const FailingHeap heap;
@@ -264,7 +264,7 @@ TEST(Detail, EveryFailedAllocationIsReportedAndLeavesTheResultAlone) {
     EXPECT_EQ(heap.requests(), 3);
     EXPECT_EQ(heap.held(), 0);
   }
-  std::fill(out.data(), out.data() + 13 * 12, untouched);
+  std::fill(out.data(), out.data() + 13 * 12, kUntouched);
   for (int request = 0; request < 3; ++request) {
     testing::internal::CaptureStdout();
     {
@@ -273,7 +273,7 @@ TEST(Detail, EveryFailedAllocationIsReportedAndLeavesTheResultAlone) {
       EXPECT_EQ(heap.held(), 0);
     }
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << "only the exported functions print";
-    EXPECT_EQ(out.values(), std::vector<int32_t>(13 * 12, untouched));
+    EXPECT_EQ(out.values(), std::vector<int32_t>(13 * 12, kUntouched));
   }
 }
 

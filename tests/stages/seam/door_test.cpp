@@ -11,7 +11,7 @@
 namespace biseam::test {
 namespace {
 
-constexpr int32_t untouched = 7777;
+constexpr int32_t kUntouched = 7777;
 
 TEST(SeamDoor, CvtColorToGray) {
   int32_t rgb[] = {255, 255, 255, 10, 20, 30};
@@ -39,7 +39,7 @@ TEST(SeamDoor, CreatGaussKernalFillsTheCallersArray) {
 
 TEST(SeamDoor, GaussianSmoothSaysWhatItLacksAndLeavesTheResultAlone) {
   int32_t values[] = {3, 0};
-  int32_t out[] = {untouched, untouched};
+  int32_t out[] = {kUntouched, kUntouched};
   BlendGray src = gray_record(values, 2, 1);
   BlendGray dst = gray_record(out, 2, 1);
   testing::internal::CaptureStdout();
@@ -48,7 +48,7 @@ TEST(SeamDoor, GaussianSmoothSaysWhatItLacksAndLeavesTheResultAlone) {
     GaussianSmooth(&src, &dst, 1.5f, 3);
   }
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "melloc memory for pdTemp failed!!");
-  EXPECT_EQ(out[0], untouched);
+  EXPECT_EQ(out[0], kUntouched);
   GaussianSmooth(&src, &dst, 1.5f, 3);
   EXPECT_EQ(out[0], 1);
 }
@@ -57,7 +57,7 @@ TEST(SeamDoor, GaussFilterSaysWhatItsSmoothingLacks) {
   const char* const said[] = {"", "melloc memory for pdTemp failed!!", "malloc memory for pdKernel,failed!!"};
   for (int request = 0; request < 3; ++request) {
     int32_t values[] = {3, 0};
-    int32_t out[] = {untouched, untouched};
+    int32_t out[] = {kUntouched, kUntouched};
     BlendGray src = gray_record(values, 2, 1);
     BlendGray dst = gray_record(out, 2, 1);
     testing::internal::CaptureStdout();
@@ -66,19 +66,19 @@ TEST(SeamDoor, GaussFilterSaysWhatItsSmoothingLacks) {
       GaussFilter(&src, &dst);
     }
     EXPECT_EQ(testing::internal::GetCapturedStdout(), said[request]);
-    EXPECT_EQ(out[0], untouched);
+    EXPECT_EQ(out[0], kUntouched);
   }
 }
 
 TEST(SeamDoor, SubGrayImageReturnsMinusOneOnMismatch) {
   int32_t a[] = {3, 9};
   int32_t b[] = {5, 5};
-  int32_t out[] = {untouched, untouched};
+  int32_t out[] = {kUntouched, kUntouched};
   BlendGray first = gray_record(a, 2, 1);
   BlendGray second = gray_record(b, 1, 2);
   BlendGray result = gray_record(out, 2, 1);
   EXPECT_EQ(SubGrayImage(&first, &second, &result), -1);
-  EXPECT_EQ(out[0], untouched);
+  EXPECT_EQ(out[0], kUntouched);
   second = gray_record(b, 2, 1);
   EXPECT_EQ(SubGrayImage(&first, &second, &result), 0);
   EXPECT_EQ(out[0], 2);
@@ -86,7 +86,7 @@ TEST(SeamDoor, SubGrayImageReturnsMinusOneOnMismatch) {
 }
 
 TEST(SeamDoor, GaussFilter) {
-  std::vector<int32_t> values(30, 0), out(30, untouched);
+  std::vector<int32_t> values(30, 0), out(30, kUntouched);
   values[15] = 110;
   BlendGray src = gray_record(values.data(), 30, 1);
   BlendGray dst = gray_record(out.data(), 30, 1);
@@ -156,7 +156,7 @@ TEST(SeamDoor, AddEdgeAndAddTermWeights) {
 }
 
 TEST(SeamDoor, GraphCutReturnsZeroOrMinusOne) {
-  std::vector<int32_t> detail(9 * 8, 4), samples(3 * 12 * 8, untouched);
+  std::vector<int32_t> detail(9 * 8, 4), samples(3 * 12 * 8, kUntouched);
   BlendImage mask = color_record(samples.data(), 12, 8);
   BlendGray first = gray_record(detail.data(), 9, 8);
   BlendGray second = gray_record(detail.data(), 8, 9);
@@ -165,13 +165,13 @@ TEST(SeamDoor, GraphCutReturnsZeroOrMinusOne) {
     const FailingHeap heap(0);
     EXPECT_EQ(GraphCut(1, &mask, &first, &first), -1);
   }
-  EXPECT_EQ(samples, std::vector<int32_t>(3 * 12 * 8, untouched));
+  EXPECT_EQ(samples, std::vector<int32_t>(3 * 12 * 8, kUntouched));
   EXPECT_EQ(GraphCut(1, &mask, &first, &first), 0);
   EXPECT_EQ(samples[3 * 12 * 3], 64);
 }
 
 TEST(SeamDoor, CreatFindPathAndCreatMask) {
-  std::vector<int32_t> samples(3 * 20), out(3 * 8, untouched);
+  std::vector<int32_t> samples(3 * 20), out(3 * 8, kUntouched);
   for (size_t i = 0; i < samples.size(); ++i) samples[i] = static_cast<int32_t>(i);
   BlendImage source = color_record(samples.data(), 20, 1);
   BlendImage strip = color_record(out.data(), 8, 1);

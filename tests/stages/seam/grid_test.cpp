@@ -42,7 +42,7 @@ struct Grid {
 
 std::vector<int32_t> zeros(int height, int width) { return std::vector<int32_t>(static_cast<size_t>(height * width), 0); }
 
-TEST(Grid, IdenticalImagesCostOneAnd1001InTheFrame) {
+TEST(BuildGrid, IdenticalImagesCostOneAnd1001InTheFrame) {
   const Grid grid(7, 8, std::vector<int32_t>(56, 33), std::vector<int32_t>(56, 33));
   for (int r = 0; r < 7; ++r) {
     for (int c = 0; c < 8; ++c) {
@@ -58,7 +58,7 @@ TEST(Grid, IdenticalImagesCostOneAnd1001InTheFrame) {
   }
 }
 
-TEST(Grid, EveryEdgeHasTheSameCapacityBothWays) {
+TEST(BuildGrid, EveryEdgeHasTheSameCapacityBothWays) {
   std::vector<int32_t> a = zeros(6, 6);
   for (size_t i = 0; i < a.size(); ++i) a[i] = static_cast<int32_t>(i * i % 23);
   const Grid grid(6, 6, a, zeros(6, 6));
@@ -66,7 +66,7 @@ TEST(Grid, EveryEdgeHasTheSameCapacityBothWays) {
     EXPECT_EQ(grid.arcs[static_cast<size_t>(i)].residual, grid.arcs[static_cast<size_t>(i) + 1].residual);
 }
 
-TEST(Grid, EdgeEndsAreThreeConsecutiveSamples) {
+TEST(BuildGrid, EdgeEndsAreThreeConsecutiveSamples) {
   std::vector<int32_t> a = zeros(9, 12);
   a[4 * 12 + 6] = 3;
   const Grid grid(9, 12, a, zeros(9, 12));
@@ -86,7 +86,7 @@ TEST(Grid, EdgeEndsAreThreeConsecutiveSamples) {
   }
 }
 
-TEST(Grid, SamplesBeyondARowAreThoseOfTheNext) {
+TEST(BuildGrid, SamplesBeyondARowAreThoseOfTheNext) {
   std::vector<int32_t> a = zeros(9, 6);
   a[5 * 6 + 0] = 2;
   const Grid grid(9, 6, a, zeros(9, 6));
@@ -94,7 +94,7 @@ TEST(Grid, SamplesBeyondARowAreThoseOfTheNext) {
   EXPECT_EQ(grid.right_of(4, 3), 1000.0f + 1.0f + 4.0f);
 }
 
-TEST(Grid, SamplesPastTheEndCountAsZeroAndAreNotRead) {
+TEST(BuildGrid, SamplesPastTheEndCountAsZeroAndAreNotRead) {
   const Grid grid(3, 3, std::vector<int32_t>(9, 5), zeros(3, 3));
   EXPECT_EQ(grid.right_of(2, 1), 1001.0f + 50.0f + 25.0f);
   EXPECT_EQ(grid.right_of(2, 0), 1001.0f + 75.0f + 50.0f);
@@ -102,7 +102,7 @@ TEST(Grid, SamplesPastTheEndCountAsZeroAndAreNotRead) {
   EXPECT_EQ(grid.below(1, 1), 1001.0f + 50.0f + 75.0f);
 }
 
-TEST(Grid, InteriorColumnsCancelAndCountInTheFlow) {
+TEST(BuildGrid, InteriorColumnsCancelAndCountInTheFlow) {
   const Grid grid(7, 8, zeros(7, 8), zeros(7, 8));
   for (int r = 0; r < 7; ++r) {
     for (int c = 0; c < 8; ++c) {
@@ -114,7 +114,7 @@ TEST(Grid, InteriorColumnsCancelAndCountInTheFlow) {
   EXPECT_EQ(grid.graph.flow, 3 * 4 * 100000.0f);
 }
 
-TEST(Grid, FlowIsSummedInSinglePrecision) {
+TEST(BuildGrid, FlowIsSummedInSinglePrecision) {
   float flow = 0.0f;
   for (int i = 0; i < 76 * 76; ++i) flow += 100000.0f;
   ASSERT_NE(static_cast<double>(flow), 76.0 * 76.0 * 100000.0);
@@ -122,7 +122,7 @@ TEST(Grid, FlowIsSummedInSinglePrecision) {
   EXPECT_EQ(grid.graph.flow, flow);
 }
 
-TEST(Grid, LargeDifferencesAreSummedInSinglePrecisionInOrder) {
+TEST(BuildGrid, LargeDifferencesAreSummedInSinglePrecisionInOrder) {
   constexpr int32_t top = std::numeric_limits<int32_t>::max();
   const Grid grid(1, 2, {4097, 3}, {0, 0});
   // 4097 squared is no float: 16785409 becomes 16785408.
@@ -131,7 +131,7 @@ TEST(Grid, LargeDifferencesAreSummedInSinglePrecisionInOrder) {
   EXPECT_EQ(wrapped.right_of(0, 0), 4611686018427387904.0f);
 }
 
-TEST(Grid, OneRowOrColumnIsAChain) {
+TEST(BuildGrid, OneRowOrColumnIsAChain) {
   const Grid row(1, 5, zeros(1, 5), zeros(1, 5));
   EXPECT_EQ(row.graph.arc_count, 2 + 2 * 4);
   const Grid column(5, 1, zeros(5, 1), zeros(5, 1));
@@ -194,7 +194,7 @@ void expect_plain_grid(const Grid& grid, int h, int w, int border) {
   for (size_t i = 0; i < newest.size(); ++i) EXPECT_EQ(grid.nodes[i].first_arc, newest[i]);
 }
 
-TEST(Grid, RandomImagesOfAllSizesAndBorders) {
+TEST(BuildGrid, RandomImagesOfAllSizesAndBorders) {
   const unsigned seed = 32001;
   SCOPED_TRACE(seed);
   std::mt19937 random(seed);

@@ -12,7 +12,7 @@
 namespace biseam::test {
 namespace {
 
-constexpr int32_t untouched = 7777;
+constexpr int32_t kUntouched = 7777;
 
 // Sample value that tells its place.
 int32_t mark(int x, int y, int channel) { return 10000 * y + 10 * x + channel; }
@@ -30,7 +30,7 @@ struct MarkedSource {
 
 // Source column that the strip's first column shows.
 int first_column(const BlendImage& source, int findpath_width, int trans_width, int side) {
-  GuardedSamples out(3, untouched);
+  GuardedSamples out(3, kUntouched);
   BlendImage strip = color_record(out.data(), 1, 1);
   copy_strip(source, strip, findpath_width, trans_width, side);
   return out[0] / 10;
@@ -61,7 +61,7 @@ TEST(CopyStrip, CopiesThreeSamplesOfEveryPixelOfTheStrip) {
     const int findpath = 1 + static_cast<int>(random() % static_cast<unsigned>(2 * feather + 1));
     const MarkedSource source(width, height);
     for (const int side : {0, 1}) {
-      GuardedSamples out(3 * findpath * height, untouched);
+      GuardedSamples out(3 * findpath * height, kUntouched);
       BlendImage strip = color_record(out.data(), findpath, height);
       copy_strip(source.record, strip, findpath, trans, side);
       const int first = (side == 1 ? trans + width - findpath : width - trans - findpath) / 2;
@@ -74,7 +74,7 @@ TEST(CopyStrip, CopiesThreeSamplesOfEveryPixelOfTheStrip) {
 
 TEST(CopyStrip, SizeComesFromTheStripNotFromTheWidthArgument) {
   const MarkedSource source(20, 3);
-  GuardedSamples out(3 * 2 * 2, untouched);
+  GuardedSamples out(3 * 2 * 2, kUntouched);
   BlendImage strip = color_record(out.data(), 2, 2);
   copy_strip(source.record, strip, 8, 4, 1);
   EXPECT_EQ(out[0], mark(8, 0, 0));
@@ -87,7 +87,7 @@ TEST(CopyStrip, EachImageFollowsItsOwnStrideAndStep) {
   BlendImage source = color_record(samples.data(), 10, 3);
   source.stride = 60;
   source.steps[0] = 5;
-  GuardedSamples out(2 * 20 + 4 + 3, untouched);
+  GuardedSamples out(2 * 20 + 4 + 3, kUntouched);
   BlendImage strip = color_record(out.data(), 2, 3);
   strip.stride = 20;
   strip.steps[0] = 4;
@@ -95,12 +95,12 @@ TEST(CopyStrip, EachImageFollowsItsOwnStrideAndStep) {
   for (int y = 0; y < 3; ++y)
     for (int x = 0; x < 2; ++x)
       for (int c = 0; c < 3; ++c) EXPECT_EQ(out[y * 20 + 4 * x + c], y * 60 + 5 * (5 + x) + c);
-  EXPECT_EQ(out[3], untouched);
+  EXPECT_EQ(out[3], kUntouched);
 }
 
 TEST(CopyStrip, ColumnsOutsideTheSourceRepeatItsEdge) {
   const MarkedSource source(6, 1);
-  GuardedSamples out(3 * 10, untouched);
+  GuardedSamples out(3 * 10, kUntouched);
   BlendImage strip = color_record(out.data(), 10, 1);
   copy_strip(source.record, strip, 10, 2, 0);  // starts at (6 - 2 - 10) / 2 = -3
   const int expected[] = {0, 0, 0, 0, 1, 2, 3, 4, 5, 5};
@@ -120,7 +120,7 @@ TEST(CopyStrip, StartBeyondEitherEndShowsTheEdge) {
 
 TEST(CopyStrip, RowsBelowTheSourceRepeatItsLastRow) {
   const MarkedSource source(6, 2);
-  GuardedSamples out(3 * 2 * 4, untouched);
+  GuardedSamples out(3 * 2 * 4, kUntouched);
   BlendImage strip = color_record(out.data(), 2, 4);
   copy_strip(source.record, strip, 2, 0, 1);
   for (int y = 0; y < 4; ++y) EXPECT_EQ(out[6 * y], mark(2, y == 0 ? 0 : 1, 0));
@@ -128,7 +128,7 @@ TEST(CopyStrip, RowsBelowTheSourceRepeatItsLastRow) {
 
 TEST(CopyStrip, EmptyImagesCopyNothing) {
   const MarkedSource source(6, 2);
-  GuardedSamples out(6, untouched);
+  GuardedSamples out(6, kUntouched);
   for (const auto& [width, height] : {std::pair{0, 2}, {2, 0}, {-1, 2}, {2, -1}}) {
     BlendImage strip = color_record(out.data(), width, height);
     copy_strip(source.record, strip, 2, 2, 1);
@@ -136,10 +136,10 @@ TEST(CopyStrip, EmptyImagesCopyNothing) {
     strip = color_record(out.data(), 2, 1);
     copy_strip(empty, strip, 2, 2, 1);
   }
-  EXPECT_EQ(out.values(), std::vector<int32_t>(6, untouched));
+  EXPECT_EQ(out.values(), std::vector<int32_t>(6, kUntouched));
 }
 
-TEST(LeftHalf, OddWidthLeavesTheMiddleColumnToTheRight) {
+TEST(FillLeftHalf, OddWidthLeavesTheMiddleColumnToTheRight) {
   GuardedSamples out(3 * 7 * 2, 0);
   BlendImage mask = color_record(out.data(), 7, 2);
   fill_left_half(mask);
@@ -148,7 +148,7 @@ TEST(LeftHalf, OddWidthLeavesTheMiddleColumnToTheRight) {
       for (int c = 0; c < 3; ++c) EXPECT_EQ(out[3 * (7 * y + x) + c], x < 3 ? 64 : 0);
 }
 
-TEST(LeftHalf, KeepsEarlierWeightsInTheRightHalf) {
+TEST(FillLeftHalf, KeepsEarlierWeightsInTheRightHalf) {
   GuardedSamples out(3 * 6, 0);
   for (int i = 12; i < 18; ++i) out[i] = 64;
   out[9] = 5;
@@ -158,7 +158,7 @@ TEST(LeftHalf, KeepsEarlierWeightsInTheRightHalf) {
   EXPECT_EQ(out.values(), expected);
 }
 
-TEST(LeftHalf, SmallAndEmptyMasksWriteNothing) {
+TEST(FillLeftHalf, SmallAndEmptyMasksWriteNothing) {
   GuardedSamples out(3, 1);
   for (const auto& [width, height] : {std::pair{1, 1}, {0, 1}, {-1, 1}, {-5, 1}, {4, 0}, {4, -1}}) {
     BlendImage mask = color_record(out.data(), width, height);

@@ -17,7 +17,7 @@
 namespace biseam::test {
 namespace {
 
-constexpr int32_t untouched = 7777;
+constexpr int32_t kUntouched = 7777;
 
 std::vector<float> kernel_of(float sigma, int taps) {
   std::vector<float> kernel(static_cast<size_t>(taps));
@@ -25,7 +25,7 @@ std::vector<float> kernel_of(float sigma, int taps) {
   return kernel;
 }
 
-TEST(Kernel, IsFlatBecauseTheExponentsCoefficientIsZero) {
+TEST(FillFlatKernel, IsFlatBecauseTheExponentsCoefficientIsZero) {
   for (const int taps : {1, 2, 3, 4, 5, 11, 12, 31}) {
     for (const float sigma : {0.25f, 1.0f, 1.5f, 9.0f}) {
       const float tap = static_cast<float>(1.0 / (static_cast<double>(sigma) * 2.5066282746310002));
@@ -39,11 +39,11 @@ TEST(Kernel, IsFlatBecauseTheExponentsCoefficientIsZero) {
   }
 }
 
-TEST(Kernel, OfElevenTapsHasThisValue) {
+TEST(FillFlatKernel, OfElevenTapsHasThisValue) {
   for (const float tap : kernel_of(1.5f, 11)) EXPECT_EQ(tap, 0x1.745d14p-4f);
 }
 
-TEST(Kernel, NoTapsWriteNothing) {
+TEST(FillFlatKernel, NoTapsWriteNothing) {
   float value = 3.0f;
   fill_flat_kernel(1.5f, &value, 0);
   fill_flat_kernel(1.5f, &value, -11);
@@ -86,7 +86,7 @@ std::vector<int32_t> plain_smooth(int width, int height, const std::vector<int32
 
 std::vector<int32_t> smoothed(int width, int height, const std::vector<int32_t>& values, float sigma, int taps) {
   ExactGray src(width, height, values);
-  GuardedSamples out(int64_t{width} * height, untouched);
+  GuardedSamples out(int64_t{width} * height, kUntouched);
   BlendGray dst = gray_record(out.data(), width, height);
   EXPECT_EQ(smooth(src.record, dst, sigma, taps), Status::ok);
   return out.values();
@@ -171,21 +171,21 @@ TEST(Smooth, WorksInPlace) {
 }
 
 TEST(Smooth, EmptyImagesDoNothing) {
-  GuardedSamples out(4, untouched);
+  GuardedSamples out(4, kUntouched);
   const FailingHeap heap;
   for (const auto& [width, height] : {std::pair{0, 4}, {4, 0}, {-3, 4}, {4, -3}, {-3, -4}}) {
     BlendGray dst = gray_record(out.data(), width, height);
     EXPECT_EQ(smooth(gray_record(nullptr, width, height), dst, 1.5f, 11), Status::ok);
   }
   EXPECT_EQ(heap.requests(), 0);
-  EXPECT_EQ(out.values(), std::vector<int32_t>(4, untouched));
+  EXPECT_EQ(out.values(), std::vector<int32_t>(4, kUntouched));
 }
 
 void say(const char* text) { std::fputs(text, stdout); }
 
 std::string said_when_failing(int request) {
   ExactGray src(5, 4, std::vector<int32_t>(20, 9));
-  GuardedSamples out(20, untouched);
+  GuardedSamples out(20, kUntouched);
   BlendGray dst = gray_record(out.data(), 5, 4);
   testing::internal::CaptureStdout();
   {
@@ -194,7 +194,7 @@ std::string said_when_failing(int request) {
     EXPECT_EQ(heap.held(), 0);
   }
   std::string said = testing::internal::GetCapturedStdout();
-  EXPECT_EQ(out.values(), std::vector<int32_t>(20, untouched));
+  EXPECT_EQ(out.values(), std::vector<int32_t>(20, kUntouched));
   return said;
 }
 
