@@ -1,9 +1,8 @@
 #include <climits>
 
 #include "frame/blend/byte_kernels.hpp"
+#include "frame/blend/expand_row_kernels.hpp"
 #include "kernels/kernels.hpp"
-#include "stages/image/pyr_down_kernels.hpp"
-#include "stages/image/pyr_up_kernels.hpp"
 
 namespace biseam::test {
 
@@ -13,43 +12,14 @@ std::size_t samples(KernelCall& call, int pixels_per_size = 1, int more = 0) {
   return static_cast<std::size_t>(call.size() * pixels_per_size + more);
 }
 
-int32_t* any_samples(KernelCall& call, std::size_t count) { return call.input<int32_t>(count, INT_MIN, INT_MAX); }
-
-// Sizes are pixels: exactly the source that the contract names, two pixels before the first and two behind the last.
-void call_reduce_pixels(KernelCall& call, ReducePixels* reduce) {
-  const int32_t* src = any_samples(call, samples(call, 6, 9));
-  int32_t* row = call.output<int32_t>(samples(call, 3));
-  call.run([&] { reduce(src + 6, row, call.size()); });
-}
-
-// Sizes are samples.
-void call_reduce_rows(KernelCall& call, ReduceRows* reduce) {
-  const int32_t* rows[5];
-  for (const int32_t*& row : rows) row = any_samples(call, samples(call));
-  int32_t* out = call.output<int32_t>(samples(call));
-  call.run([&] { reduce(rows, out, call.size()); });
-}
-
 // Sizes are pixels, a neighbour at either end.
 void call_expand_pixels(KernelCall& call, ExpandPixels* expand) {
-  const int32_t* src = any_samples(call, samples(call, 3, 6));
+  const int32_t* src = call.input<int32_t>(samples(call, 3, 6), INT_MIN, INT_MAX);
   int32_t* row = call.output<int32_t>(samples(call, 6));
   call.run([&] { expand(src + 3, row, call.size()); });
 }
 
-void call_expand_rows_on(KernelCall& call, ExpandRowsOn* expand) {
-  const int32_t *above = any_samples(call, samples(call)), *row = any_samples(call, samples(call));
-  const int32_t* below = any_samples(call, samples(call));
-  int32_t* out = call.output<int32_t>(samples(call));
-  call.run([&] { expand(above, row, below, out, call.size()); });
-}
-
-void call_expand_rows_between(KernelCall& call, ExpandRowsBetween* expand) {
-  const int32_t *row = any_samples(call, samples(call)), *below = any_samples(call, samples(call));
-  int32_t* out = call.output<int32_t>(samples(call));
-  call.run([&] { expand(row, below, out, call.size()); });
-}
-
+// Sizes are samples.
 void call_sum_byte_rows(KernelCall& call, SumByteRows* sum) {
   const uint8_t* rows[5];
   for (const uint8_t*& row : rows) row = call.input<uint8_t>(samples(call), 0, 255);
@@ -57,6 +27,7 @@ void call_sum_byte_rows(KernelCall& call, SumByteRows* sum) {
   call.run([&] { sum(rows, out, call.size()); });
 }
 
+// Sizes are pixels: exactly the sums that the contract names, two pixels before the first and two behind the last.
 void call_reduce_byte_pixels(KernelCall& call, ReduceBytePixels* reduce) {
   const uint16_t* sums = call.input<uint16_t>(samples(call, 6, 9), 0, 16 * 255);
   uint8_t* row = call.output<uint8_t>(samples(call, 3));
@@ -73,13 +44,7 @@ void call_expand_byte_pixels(KernelCall& call, ExpandBytePixels* expand) {
 
 // Measured at the widths of a band of 192 pixels.
 std::vector<Kernel> pyramid_kernels() {
-  return {make_kernel("reduce pixels", kReducePixels, call_reduce_pixels, 94),
-          make_kernel("reduce pixels rounded", kReducePixelsRounded, call_reduce_pixels, 94),
-          make_kernel("sum rows", kSumRows, call_reduce_rows, 576, 1 / 3.0),
-          make_kernel("reduce rows", kReduceRows, call_reduce_rows, 576, 1 / 3.0),
-          make_kernel("expand pixels", kExpandPixels, call_expand_pixels, 94, 2),
-          make_kernel("expand rows on", kExpandRowsOn, call_expand_rows_on, 576, 1 / 3.0),
-          make_kernel("expand rows between", kExpandRowsBetween, call_expand_rows_between, 576, 1 / 3.0),
+  return {make_kernel("expand pixels", kExpandPixels, call_expand_pixels, 94, 2),
           make_kernel("sum byte rows", kSumByteRows, call_sum_byte_rows, 576, 1 / 3.0),
           make_kernel("reduce byte pixels", kReduceBytePixels, call_reduce_byte_pixels, 94),
           make_kernel("expand byte pixels", kExpandBytePixels, call_expand_byte_pixels, 94, 2)};

@@ -6,7 +6,7 @@
 #include "base/loop_versions.hpp"
 #include "biseam/records.h"
 #include "frame/blend/blend_kernels.hpp"
-#include "stages/image/pyr_up_sums.hpp"
+#include "stages/image/row_expansion.hpp"
 
 namespace biseam {
 
@@ -15,11 +15,11 @@ namespace {
 // Sixteen bits at every step, so that loops are compiled to lanes of sixteen.
 constexpr uint16_t u16(int value) { return static_cast<uint16_t>(value); }
 
-constexpr uint16_t rounded(uint16_t sum) { return u16(u16(sum + 32) >> 6); }
+constexpr uint16_t up_on(uint16_t above, uint16_t row, uint16_t below) {
+  return expanded_from_sum(sum_on<uint16_t>(above, row, below));
+}
 
-constexpr uint16_t up_on(uint16_t above, uint16_t row, uint16_t below) { return rounded(u16(above + below + u16(6 * row))); }
-
-constexpr uint16_t up_between(uint16_t row, uint16_t below) { return rounded(u16(4 * u16(row + below))); }
+constexpr uint16_t up_between(uint16_t row, uint16_t below) { return expanded_from_sum(sum_between<uint16_t>(row, below)); }
 
 // (level1 - up1) * mask + (level2 - up2) * (64 - mask)
 constexpr int16_t mixed(uint8_t level1, uint16_t up1, uint8_t level2, uint16_t up2, uint8_t mask) {

@@ -1,27 +1,26 @@
 #include "frame/blend/byte_rows.hpp"
 
-#include <algorithm>
-
 #include "base/loop_versions.hpp"
 #include "frame/blend/byte_kernels.hpp"
+#include "stages/image/border.hpp"
+#include "stages/image/row_expansion.hpp"
+#include "stages/image/row_reduction.hpp"
 
 namespace biseam {
 
 namespace {
 
-constexpr int binomial(int a, int b, int c, int d, int e) { return 6 * c + 4 * (b + d) + a + e; }
-
 BISEAM_LOOP void sum_rows_loop(const uint8_t* const rows[5], uint16_t* out, ptrdiff_t count) noexcept {
   const uint8_t *a = rows[0], *b = rows[1], *c = rows[2], *d = rows[3], *e = rows[4];
   BISEAM_TURNS_APART
-  for (ptrdiff_t i = 0; i < count; ++i) out[i] = static_cast<uint16_t>(binomial(a[i], b[i], c[i], d[i], e[i]));
+  for (ptrdiff_t i = 0; i < count; ++i) out[i] = static_cast<uint16_t>(binomial_sum(a[i], b[i], c[i], d[i], e[i]));
 }
 
 // Pixels before .. after are named: two on either side.
 void reduce_pixel(const uint16_t* const pixels[5], uint8_t* row) noexcept {
   for (int k = 0; k < 3; ++k) {
-    const int sum = binomial(pixels[0][k], pixels[1][k], pixels[2][k], pixels[3][k], pixels[4][k]);
-    row[k] = static_cast<uint8_t>((sum + 128) >> 8);
+    const int32_t sum = binomial_sum(pixels[0][k], pixels[1][k], pixels[2][k], pixels[3][k], pixels[4][k]);
+    row[k] = static_cast<uint8_t>(reduced_from_sum(sum));
   }
 }
 
@@ -39,15 +38,8 @@ void reduce_pixel_at(const uint16_t* sums, const int32_t columns[5], uint8_t* ro
   reduce_pixel(pixels, row);
 }
 
-void expand_pixel(const uint8_t* before, const uint8_t* middle, const uint8_t* after, uint16_t* out) noexcept {
-  for (int k = 0; k < 3; ++k) {
-    out[k] = static_cast<uint16_t>(before[k] + 6 * middle[k] + after[k]);
-    out[k + 3] = static_cast<uint16_t>(4 * (middle[k] + after[k]));
-  }
-}
-
 void expand_pixels_scalar(const uint8_t* src, uint16_t* row, ptrdiff_t pixels) noexcept {
-  for (ptrdiff_t i = 0; i < pixels; ++i) expand_pixel(src + 3 * i - 3, src + 3 * i, src + 3 * i + 3, row + 6 * i);
+  for (ptrdiff_t i = 0; i < pixels; ++i) expand_pixel(src + 3 * i - 3, src + 3 * i, src + 3 * i + 3, row + 6 * i, 3);
 }
 
 }  // namespace
@@ -64,23 +56,26 @@ void sum_byte_rows(const uint8_t* const rows[5], uint16_t* out, ptrdiff_t count)
   kSumByteRows.best()(rows, out, count);
 }
 
-void reduce_byte_row(const uint16_t* sums, uint8_t* row, int width, const RowEdges& edges) noexcept {
-  if (width < 1) return;
+RowEdges::RowEdges(int src_width) : width((src_width + 1) / 2), inner_end(find_inner_end(src_width, width)) {
+  for (int i = 0; i < 5; ++i) {
+    first[i] = reflected(i - 2, src_width);
+    last[i] = reflected(int64_t{2} * inner_end + i - 2, src_width);
+  }
+}
+
+void reduce_byte_row(const uint16_t* sums, uint8_t* row, const RowEdges& edges) noexcept {
+  if (edges.width < 1) return;
   kReduceBytePixels.best()(sums + 6, row + 3, edges.inner_end - 1);
-  reduce_pixel_at(sums, edges.left, row);
-  for (int x = std::max(edges.inner_end, 1); x < width; ++x) {
-    reduce_pixel_at(sums, edges.right + (x - edges.inner_end), row + ptrdiff_t{3} * x);
+  reduce_pixel_at(sums, edges.first, row);
+  if (edges.inner_end > 0 && edges.inner_end < edges.width) {
+    reduce_pixel_at(sums, edges.last, row + ptrdiff_t{3} * edges.inner_end);
   }
 }
 
 void expand_byte_row(const uint8_t* src, uint16_t* row, ptrdiff_t width) noexcept {
   if (width < 1) return;
-  const uint8_t* const second = width > 1 ? src + 3 : src;
-  expand_pixel(second, src, second, row);
-  if (width < 2) return;
+  expand_outer_pixels(src, row, width, 3);
   kExpandBytePixels.best()(src + 3, row + 6, width - 2);
-  const uint8_t* const last = src + (width - 1) * 3;
-  expand_pixel(last - 3, last, last, row + 6 * (width - 1));
 }
 
 }  // namespace biseam

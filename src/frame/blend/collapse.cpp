@@ -4,7 +4,7 @@
 
 #include "frame/blend/blend_rows.hpp"
 #include "frame/blend/byte_rows.hpp"
-#include "stages/image/pyr_up_rows.hpp"
+#include "frame/blend/expand_row.hpp"
 #include "stages/image/row_expansion.hpp"
 
 namespace biseam {
@@ -70,7 +70,7 @@ void collapse(const MixedLevel& level, int32_t* scratch_samples, RowsAt rows_at,
   for (int64_t y = 0; y < below.height; ++y) {
     for (; next <= y + 1; ++next) {
       const int source_y = expanded_source_row(next, below.height, height);
-      expand_row(below.data[0] + ptrdiff_t{source_y} * below.stride, scratch.blended.row(next), below.width, 3);
+      expand_row(below.data[0] + ptrdiff_t{source_y} * below.stride, scratch.blended.row(next), below.width);
       expand_byte_row(level.below1.row(source_y), scratch.source1.row(next), below.width);
       expand_byte_row(level.below2.row(source_y), scratch.source2.row(next), below.width);
     }

@@ -13,13 +13,13 @@ namespace {
 // Reduces row by row; before a row, have_rows(end) sees to it that the level's rows up to that one are there.
 template <class HaveRows>
 bool reduce(const ByteImage& level, const ByteImage& reduced, uint16_t* sums, HaveRows have_rows) {
-  const RowEdges edges = find_edges(level.width, reduced.width);
+  const RowEdges edges(level.width);
   for (int y = 0; y < reduced.height; ++y) {
     if (!have_rows(2 * y + 3)) return false;
     const uint8_t* rows[5];
     for (int k = 0; k < 5; ++k) rows[k] = level.row(reflected(int64_t{2} * y + k - 2, level.height));
     sum_byte_rows(rows, sums, level.row_samples());
-    reduce_byte_row(sums, reduced.row(y), reduced.width, edges);
+    reduce_byte_row(sums, reduced.row(y), edges);
   }
   return true;
 }

@@ -11,7 +11,7 @@ namespace biseam {
 
 namespace {
 
-// nearest_float without a branch, so that it becomes vector code.
+// truncate_to_int of every sample's nearest float, without a branch, so that it becomes vector code.
 BISEAM_LOOP void round_to_floats(int32_t* row, ptrdiff_t count) noexcept {
   for (ptrdiff_t i = 0; i < count; ++i) {
     const float value = static_cast<float>(row[i]);

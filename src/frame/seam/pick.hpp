@@ -9,17 +9,11 @@
 // and from 0 rounds back to 0.  The last column and row, where no next one is read, take the same sample.
 namespace biseam {
 
-// What resize makes of a sample: its nearest float, saturated.
-constexpr int32_t nearest_float(int32_t sample) noexcept {
-  const float value = static_cast<float>(sample);
-  return value < 2147483648.0f ? static_cast<int32_t>(value) : INT32_MAX;
-}
-
 // The source columns or rows that the first count destination ones take.  Sizes of 1 and more.
 void fill_picks(int32_t src_size, int32_t dst_size, int32_t* picks, int32_t count) noexcept;
 
-// Pixel x of dst takes the three samples at src + offsets[x], as their nearest floats.  Offsets rise, src holds src_count
-// samples.
+// Pixel x of dst takes the three samples at src + offsets[x], as their nearest floats, saturated: what resize makes of them.
+// Offsets rise, src holds src_count samples.
 void pick_pixels(const int32_t* src, int64_t src_count, const int32_t* offsets, int32_t* dst, int32_t count) noexcept;
 
 // resize of three interleaved channels, without a heap.  memory: pick_memory_bytes(dst.width) bytes, 16-byte aligned.

@@ -4,23 +4,27 @@
 #include <cstddef>
 #include <cstring>
 
-#include "stages/blend/arithmetic_rows.hpp"
-
 namespace biseam {
 
 namespace {
 
-// Calls run(offset, count) for every stretch of neighbouring samples.
-template <class Run>
-void for_each_run(const BlendImage& layout, Run run) {
-  if (layout.width < 1) return;
-  const int step = layout.steps[0];
+constexpr int32_t sum(int32_t a, int32_t b) {
+  return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+}
+constexpr int32_t difference(int32_t a, int32_t b) {
+  return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
+}
+constexpr int32_t product(int32_t a, int32_t b) {
+  return static_cast<int32_t>(static_cast<uint32_t>(a) * static_cast<uint32_t>(b));
+}
+
+// Calls visit(offset) for every sample, three a pixel.
+template <class Visit>
+void for_each_sample(const BlendImage& layout, Visit visit) {
   for (int y = 0; y < layout.height; ++y) {
-    const ptrdiff_t row = ptrdiff_t{y} * layout.stride;
-    if (step == 3) {
-      run(row, ptrdiff_t{3} * layout.width);
-    } else {
-      for (int x = 0; x < layout.width; ++x) run(row + ptrdiff_t{x} * step, ptrdiff_t{3});
+    for (int x = 0; x < layout.width; ++x) {
+      const ptrdiff_t pixel = ptrdiff_t{y} * layout.stride + ptrdiff_t{x} * layout.steps[0];
+      for (int k = 0; k < 3; ++k) visit(pixel + k);
     }
   }
 }
@@ -28,13 +32,11 @@ void for_each_run(const BlendImage& layout, Run run) {
 bool one_or_three(int channels) { return channels == 1 || channels == 3; }
 bool same_size(const BlendImage& a, const BlendImage& b) { return a.height == b.height && a.width == b.width; }
 
-using CombineRow = void (*)(const int32_t* a, const int32_t* b, int32_t* out, ptrdiff_t count);
-
-Status combine(const BlendImage& a, const BlendImage& b, BlendImage& out, CombineRow combine_row) {
+// of_two(a, b) is a sample of out.
+template <class OfTwo>
+Status combine(const BlendImage& a, const BlendImage& b, BlendImage& out, OfTwo of_two) {
   if (!one_or_three(a.channels) || !one_or_three(b.channels) || !same_size(a, b)) return Status::mismatch;
-  for_each_run(a, [&](ptrdiff_t offset, ptrdiff_t count) {
-    combine_row(a.data[0] + offset, b.data[0] + offset, out.data[0] + offset, count);
-  });
+  for_each_sample(a, [&](ptrdiff_t i) { out.data[0][i] = of_two(a.data[0][i], b.data[0][i]); });
   return Status::ok;
 }
 
@@ -49,17 +51,20 @@ Status copy_at_most(const BlendImage& src, BlendImage& dst, int64_t samples) {
 }  // namespace
 
 void fill(BlendImage& image, int32_t value) {
-  for_each_run(image, [&](ptrdiff_t offset, ptrdiff_t count) { fill_row(image.data[0] + offset, value, count); });
+  for_each_sample(image, [&](ptrdiff_t i) { image.data[0][i] = value; });
 }
 
-Status subtract(const BlendImage& a, const BlendImage& b, BlendImage& out) { return combine(a, b, out, subtract_row); }
-Status add(const BlendImage& a, const BlendImage& b, BlendImage& out) { return combine(a, b, out, add_row); }
-Status multiply(const BlendImage& a, const BlendImage& b, BlendImage& out) { return combine(a, b, out, multiply_row); }
+Status subtract(const BlendImage& a, const BlendImage& b, BlendImage& out) { return combine(a, b, out, difference); }
+Status add(const BlendImage& a, const BlendImage& b, BlendImage& out) { return combine(a, b, out, sum); }
+Status multiply(const BlendImage& a, const BlendImage& b, BlendImage& out) { return combine(a, b, out, product); }
 
 Status mix(BlendImage& a, BlendImage& b, const BlendImage& mask, BlendImage& out) {
   if (!same_size(a, b) || !same_size(a, mask) || !same_size(a, out)) return Status::mismatch;
-  for_each_run(a, [&](ptrdiff_t offset, ptrdiff_t count) {
-    mix_row(a.data[0] + offset, b.data[0] + offset, mask.data[0] + offset, out.data[0] + offset, count);
+  for_each_sample(a, [&](ptrdiff_t i) {
+    const int32_t weight = mask.data[0][i];
+    a.data[0][i] = product(a.data[0][i], weight);
+    b.data[0][i] = product(b.data[0][i], difference(BISEAM_WEIGHT_ONE, weight));
+    out.data[0][i] = sum(a.data[0][i], b.data[0][i]);
   });
   return Status::ok;
 }

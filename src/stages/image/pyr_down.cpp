@@ -5,7 +5,6 @@
 
 #include "base/align.hpp"
 #include "stages/image/border.hpp"
-#include "stages/image/pyr_down_rows.hpp"
 #include "stages/image/row_reduction.hpp"
 #include "stages/image/row_ring.hpp"
 
@@ -13,17 +12,37 @@ namespace biseam {
 
 namespace {
 
+constexpr int kTaps = 5;
+
+// A source row to pixels of sums, not rounded.
+void reduce_row(const int32_t* src, int src_width, int32_t* row, int width) {
+  const int inner_end = find_inner_end(src_width, width);
+  for (int x = 0; x < width; ++x) {
+    const int32_t* pixels[kTaps];
+    for (int i = 0; i < kTaps; ++i) pixels[i] = src + ptrdiff_t{3} * reflected(middle_column(x, inner_end) + i - 2, src_width);
+    for (int k = 0; k < 3; ++k) {
+      row[ptrdiff_t{3} * x + k] = binomial_sum(pixels[0][k], pixels[1][k], pixels[2][k], pixels[3][k], pixels[4][k]);
+    }
+  }
+}
+
+// Five rows of sums to a row of the result.
+void reduce_rows(const int32_t* const rows[kTaps], int32_t* out, ptrdiff_t count) {
+  for (ptrdiff_t i = 0; i < count; ++i) {
+    out[i] = reduced_from_sum(binomial_sum(rows[0][i], rows[1][i], rows[2][i], rows[3][i], rows[4][i]));
+  }
+}
+
 // Every source row is filtered once although up to three destination rows use it; the ring keeps at least five.
 void reduce(const BlendImage& src, BlendImage& dst, RowRing& ring) {
-  const RowEdges edges = find_edges(src.width, dst.width);
   int64_t next = -2;  // source row to be filtered, mirrored where it lies outside
   for (int64_t y = 0; y < dst.height; ++y) {
     for (; next <= 2 * y + 2; ++next) {
       const int32_t* row = src.data[0] + ptrdiff_t{reflected(next, src.height)} * src.stride;
-      reduce_row(row, ring.row(next + 2), dst.width, edges);
+      reduce_row(row, src.width, ring.row(next + 2), dst.width);
     }
-    const int32_t* rows[5];
-    for (int k = 0; k < 5; ++k) rows[k] = ring.row(2 * y + k);
+    const int32_t* rows[kTaps];
+    for (int k = 0; k < kTaps; ++k) rows[k] = ring.row(2 * y + k);
     reduce_rows(rows, dst.data[0] + static_cast<ptrdiff_t>(y) * dst.stride, ptrdiff_t{3} * dst.width);
   }
 }

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstring>
 
-#include "stages/image/pyr_up_rows.hpp"
 #include "stages/image/row_expansion.hpp"
 #include "stages/image/row_ring.hpp"
 
@@ -13,6 +12,25 @@ namespace biseam {
 namespace {
 
 int32_t* row_of(const BlendImage& image, int64_t y) { return image.data[0] + static_cast<ptrdiff_t>(y) * image.stride; }
+
+// A source row to twice as many pixels of sums.
+void expand_row(const int32_t* src, int32_t* row, ptrdiff_t width, int channels) {
+  expand_outer_pixels(src, row, width, channels);
+  for (ptrdiff_t i = 1; i + 1 < width; ++i) {
+    const int32_t* const middle = src + i * channels;
+    expand_pixel(middle - channels, middle, middle + channels, row + 2 * i * channels, channels);
+  }
+}
+
+// Three expanded rows to the output row on the middle one.
+void expand_rows_on(const int32_t* above, const int32_t* row, const int32_t* below, int32_t* out, ptrdiff_t count) {
+  for (ptrdiff_t i = 0; i < count; ++i) out[i] = expanded_from_sum(sum_on(above[i], row[i], below[i]));
+}
+
+// Two to the output row between them.
+void expand_rows_between(const int32_t* row, const int32_t* below, int32_t* out, ptrdiff_t count) {
+  for (ptrdiff_t i = 0; i < count; ++i) out[i] = expanded_from_sum(sum_between(row[i], below[i]));
+}
 
 // The doubled row; a destination with one more column repeats the last one.
 void expand_source_row(const BlendImage& src, const BlendImage& dst, int64_t y, int32_t* row) {

@@ -28,12 +28,12 @@ struct Cell {
 
 Cell find_cell(int position, float scale, int src_size) {
   const float mapped = mapped_position(position, scale);
-  const int64_t index = static_cast<int64_t>(std::floor(mapped));  // scale <= 2^31, position < 2^31
-  if (index < 0) return {0, 0};
-  if (index >= src_size - 1) return {src_size - 1, 0};
+  if (mapped < 0.0f) return {0, 0};
+  const int32_t index = picked_position(position, scale, src_size);
+  if (index == src_size - 1) return {index, 0};
   const float fraction = mapped - static_cast<float>(index);
   const float weight = static_cast<float>(static_cast<double>(fraction) * 1024.0);
-  return {static_cast<int32_t>(index), static_cast<int32_t>(std::round(weight))};
+  return {index, static_cast<int32_t>(std::round(weight))};
 }
 
 // Returns the first column clamped at the right edge.

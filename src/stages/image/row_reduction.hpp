@@ -1,24 +1,25 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
-// Whole rows of the reduction, borders included.
+// The formulas of the reduction.
 namespace biseam {
 
-// Where the outer pixels of a reduced row find their source columns.
-struct RowEdges {
-  int32_t left[5];   // of pixel 0
-  int32_t right[7];  // of pixel inner_end + j: right[j] .. right[j + 4]; j is 0, or 1 one pixel past an exact half
-  int inner_end;     // pixels 1 .. inner_end - 1 have all five columns inside the row
-};
+// a + 4 b + 6 c + 4 d + e, wrapping.
+constexpr int32_t binomial_sum(int32_t a, int32_t b, int32_t c, int32_t d, int32_t e) noexcept {
+  return static_cast<int32_t>(6 * static_cast<uint32_t>(c) + 4 * (static_cast<uint32_t>(b) + static_cast<uint32_t>(d)) +
+                              static_cast<uint32_t>(a) + static_cast<uint32_t>(e));
+}
 
-// dst_width: within one pixel of half the source's.
-RowEdges find_edges(int src_width, int dst_width);
+// (sum + 128) >> 8, rounding toward minus infinity.
+constexpr int32_t reduced_from_sum(int32_t sum) noexcept { return static_cast<int32_t>(static_cast<uint32_t>(sum) + 128) >> 8; }
 
-// A source row to width pixels of binomial sums, edges being those of that width.
-void reduce_row(const int32_t* src, int32_t* row, int width, const RowEdges& edges) noexcept;
+// Pixels 1 .. inner_end - 1 of a reduced row have all five source columns inside the row.
+constexpr int find_inner_end(int src_width, int dst_width) noexcept { return std::min((src_width - 3) / 2 + 1, dst_width); }
 
-// A row of sums of five source rows to width pixels of the result.
-void reduce_row_rounded(const int32_t* sums, int32_t* row, int width, const RowEdges& edges) noexcept;
+// The source column in the middle of the five that pixel x is summed from.  Past the inner pixels columns follow each other
+// one by one: it shows in a column past an exact half only, whose middle is the source's last column.
+constexpr int middle_column(int x, int inner_end) noexcept { return x <= inner_end ? 2 * x : x + inner_end; }
 
 }  // namespace biseam

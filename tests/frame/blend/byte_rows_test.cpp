@@ -50,7 +50,7 @@ TEST(ReduceByteRow, EveryWidthUpToTheLargestSum) {
     const int width = round / 4 + 1, half = (width + 1) / 2;
     const std::vector<uint16_t> sums = samples<uint16_t>(random, 3 * width, 16 * 255);
     GuardedBlock<uint8_t> out(static_cast<size_t>(3 * half));
-    reduce_byte_row(sums.data(), out.data(), half, find_edges(width, half));
+    reduce_byte_row(sums.data(), out.data(), RowEdges(width));
     for (int x = 0; x < half; ++x) {
       for (int k = 0; k < 3; ++k) {
         const auto at = [&](int column) { return int{sums[static_cast<size_t>(3 * reflected(column, width) + k)]}; };

@@ -97,11 +97,12 @@ TEST(PickImage, EmptyImagesWriteNothing) {
   }
 }
 
-TEST(NearestFloat, IsExactBelow2To24AndSaturates) {
-  EXPECT_EQ((1 << 24) - 1, nearest_float((1 << 24) - 1));
-  EXPECT_EQ(1 << 24, nearest_float((1 << 24) + 1));
-  EXPECT_EQ(INT32_MAX, nearest_float(INT32_MAX));
-  EXPECT_EQ(INT32_MIN, nearest_float(INT32_MIN));
+TEST(PickPixels, TakeTheNearestFloatWhichIsExactBelow2To24AndSaturates) {
+  const int32_t src[6] = {(1 << 24) - 1, (1 << 24) + 1, INT32_MAX, INT32_MIN, -(1 << 24) - 1, INT32_MAX - 64};
+  const int32_t offsets[2] = {0, 3};
+  GuardedBlock<int32_t> picked(6);
+  pick_pixels(src, 6, offsets, picked.data(), 2);
+  EXPECT_EQ((std::vector<int32_t>{(1 << 24) - 1, 1 << 24, INT32_MAX, INT32_MIN, -(1 << 24), INT32_MAX - 127}), picked.values());
 }
 
 }  // namespace

@@ -152,6 +152,24 @@ TEST(Mix, DifferentSizesLeaveEverythingAsItIs) {
   }
 }
 
+TEST(Mix, LeavesBothProductsAndTheirSum) {
+  RandomSource random;
+  for (const auto& [width, height] : {std::pair{1, 1}, {7, 3}, {33, 2}}) {
+    TestImage a(width, height), b(width, height), mask(width, height), out(width, height, 3, kOld);
+    for (TestImage* image : {&a, &b, &mask}) {
+      for (int32_t& sample : image->samples()) sample = static_cast<int32_t>(random.word());
+    }
+    TestImage product_a = a, product_b = b;
+    ASSERT_EQ(Status::ok, mix(*product_a, *product_b, *mask, *out));
+    for (size_t i = 0; i < out.samples().size(); ++i) {
+      const int32_t weight = mask.samples()[i], rest = combined(SubImage, 64, weight);
+      ASSERT_EQ(combined(MulImage, a.samples()[i], weight), product_a.samples()[i]);
+      ASSERT_EQ(combined(MulImage, b.samples()[i], rest), product_b.samples()[i]);
+      ASSERT_EQ(combined(AddImage, product_a.samples()[i], product_b.samples()[i]), out.samples()[i]);
+    }
+  }
+}
+
 TEST(MemCopyImage, CopiesBetweenEqualLayouts) {
   RandomSource random;
   TestImage src(5, 4), dst(5, 4);

@@ -4,7 +4,7 @@
 
 #include <arm_neon.h>
 
-#include "stages/image/pyr_up_kernels.hpp"
+#include "frame/blend/expand_row_kernels.hpp"
 
 namespace biseam {
 

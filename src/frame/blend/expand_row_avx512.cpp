@@ -3,7 +3,7 @@
 #if defined(BISEAM_X86_64)
 
 #include "base/intrinsics.hpp"
-#include "stages/image/pyr_up_kernels.hpp"
+#include "frame/blend/expand_row_kernels.hpp"
 
 namespace biseam {
 
