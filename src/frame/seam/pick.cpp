@@ -25,11 +25,10 @@ BISEAM_LOOP void round_to_floats(int32_t* row, ptrdiff_t count) noexcept {
 
 constinit const Variants<RoundRow> kRoundRow = loop_versions<round_to_floats, RoundRow>;
 
-void fill_picks(int32_t src_size, int32_t dst_size, int32_t* picks, int32_t count) noexcept {
-  const float scale = resize_scale(src_size, dst_size);
-  for (int32_t i = 0; i < count; ++i) picks[i] = picked_position(i, scale, src_size);
-}
+namespace {
 
+// Pixel x of dst takes the three samples at src + offsets[x], as their nearest floats, saturated: what resize makes of them.
+// Offsets rise, src holds src_count samples.
 void pick_pixels(const int32_t* src, int64_t src_count, const int32_t* offsets, int32_t* dst, int32_t count) noexcept {
   // Four samples go faster than three: the fourth is overwritten by the next pixel.
   int32_t x = 0;
@@ -38,6 +37,13 @@ void pick_pixels(const int32_t* src, int64_t src_count, const int32_t* offsets, 
   }
   for (; x < count; ++x) std::memcpy(dst + ptrdiff_t{3} * x, src + offsets[x], 3 * sizeof(int32_t));
   kRoundRow.best()(dst, ptrdiff_t{3} * count);
+}
+
+}  // namespace
+
+void fill_picks(int32_t src_size, int32_t dst_size, int32_t* picks, int32_t count) noexcept {
+  const float scale = resize_scale(src_size, dst_size);
+  for (int32_t i = 0; i < count; ++i) picks[i] = picked_position(i, scale, src_size);
 }
 
 int64_t pick_memory_bytes(int32_t dst_width) noexcept { return int64_t{4} * dst_width * int64_t{sizeof(int32_t)}; }

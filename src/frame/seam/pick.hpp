@@ -12,10 +12,6 @@ namespace biseam {
 // The source columns or rows that the first count destination ones take.  Sizes of 1 and more.
 void fill_picks(int32_t src_size, int32_t dst_size, int32_t* picks, int32_t count) noexcept;
 
-// Pixel x of dst takes the three samples at src + offsets[x], as their nearest floats, saturated: what resize makes of them.
-// Offsets rise, src holds src_count samples.
-void pick_pixels(const int32_t* src, int64_t src_count, const int32_t* offsets, int32_t* dst, int32_t count) noexcept;
-
 // resize of three interleaved channels, without a heap.  memory: pick_memory_bytes(dst.width) bytes, 16-byte aligned.
 int64_t pick_memory_bytes(int32_t dst_width) noexcept;
 void pick_image(const BlendImage& src, BlendImage& dst, void* memory) noexcept;

@@ -48,32 +48,6 @@ struct DetailMemory {
   float *work, *samples, *totals;
 };
 
-struct SourceSize {
-  int width, height, step;  // step: samples from pixel to pixel
-};
-
-// pick_row(row, offsets, pixels) copies a source row's pixels at the offsets.
-template <class PickRow>
-void gray_of_picks(const SourceSize& source, const BlendImage& strip, int64_t first_column, BlendGray& gray, void* memory,
-                   PickRow pick_row) noexcept {
-  if (strip.width < 1 || strip.height < 1 || gray.width < 1 || gray.height < 1) return;
-  if (source.width < 1 || source.height < 1) {
-    std::fill_n(gray.data, int64_t{gray.width} * gray.height, 0);
-    return;
-  }
-  int32_t* const pixels = static_cast<int32_t*>(memory);
-  int32_t* const offsets = pixels + ptrdiff_t{3} * gray.width;
-  fill_picks(strip.width, gray.width, offsets, gray.width);
-  for (int32_t x = 0; x < gray.width; ++x) {
-    offsets[x] = nearest_inside(first_column + offsets[x], source.width) * source.step;
-  }
-  const float scale = resize_scale(strip.height, gray.height);
-  for (int32_t y = 0; y < gray.height; ++y) {
-    pick_row(nearest_inside(picked_position(y, scale, strip.height), source.height), offsets, pixels);
-    kGrayRow.best()(pixels, gray.data + ptrdiff_t{y} * gray.width, gray.width);
-  }
-}
-
 }  // namespace
 
 int64_t strip_memory_bytes(int32_t width, int32_t height) noexcept {
@@ -81,25 +55,27 @@ int64_t strip_memory_bytes(int32_t width, int32_t height) noexcept {
   return int64_t{4} * (int64_t{width} * (int64_t{height} + 2 * kDetailReach + 2) + 2 * kDetailReach);
 }
 
-void gray_of_strip(const BlendImage& source, const BlendImage& strip, int findpath_width, int trans_width, int side,
-                   BlendGray& gray, void* memory) noexcept {
-  const int64_t row_samples = (int64_t{source.width} - 1) * source.steps[0] + 3;
-  gray_of_picks({source.width, source.height, source.steps[0]}, strip,
-                strip_first_column(source.width, findpath_width, trans_width, side), gray, memory,
-                [&](int row, const int32_t* offsets, int32_t* pixels) {
-                  pick_pixels(source.data[0] + ptrdiff_t{row} * source.stride, row_samples, offsets, pixels, gray.width);
-                });
-}
-
 void gray_of_strip(const BytePixels& source, const BlendImage& strip, int findpath_width, int trans_width, int side,
                    BlendGray& gray, void* memory) noexcept {
-  gray_of_picks({source.width, source.height, 3}, strip, strip_first_column(source.width, findpath_width, trans_width, side),
-                gray, memory, [&](int row, const int32_t* offsets, int32_t* pixels) {
-                  const uint8_t* const samples = source.data + row * source.stride;
-                  for (int x = 0; x < gray.width; ++x) {
-                    for (int k = 0; k < 3; ++k) pixels[3 * x + k] = samples[offsets[x] + k];
-                  }
-                });
+  if (strip.width < 1 || strip.height < 1 || gray.width < 1 || gray.height < 1) return;
+  if (source.width < 1 || source.height < 1) {
+    std::fill_n(gray.data, int64_t{gray.width} * gray.height, 0);
+    return;
+  }
+  int32_t* const pixels = static_cast<int32_t*>(memory);
+  int32_t* const offsets = pixels + ptrdiff_t{3} * gray.width;
+  const int64_t first_column = strip_first_column(source.width, findpath_width, trans_width, side);
+  fill_picks(strip.width, gray.width, offsets, gray.width);
+  for (int32_t x = 0; x < gray.width; ++x) offsets[x] = nearest_inside(first_column + offsets[x], source.width) * 3;
+  const float scale = resize_scale(strip.height, gray.height);
+  for (int32_t y = 0; y < gray.height; ++y) {
+    const int32_t row = nearest_inside(picked_position(y, scale, strip.height), source.height);
+    const uint8_t* const samples = source.data + row * source.stride;
+    for (int32_t x = 0; x < gray.width; ++x) {
+      for (int k = 0; k < 3; ++k) pixels[3 * x + k] = samples[offsets[x] + k];
+    }
+    kGrayRow.best()(pixels, gray.data + ptrdiff_t{y} * gray.width, gray.width);
+  }
 }
 
 void detail_of_gray(const BlendGray& gray, BlendGray& detail, void* memory) noexcept {

@@ -8,11 +8,6 @@
 // The two steps to a detail image that the seam search takes in every frame: no heap, and only the samples that are wanted.
 namespace biseam {
 
-// The grays of what copy_strip and resize give, without either image.  strip: record of the strip's size, whose samples are not
-// touched; what would lie outside the source repeats its edge, a source without pixels is black.
-void gray_of_strip(const BlendImage& source, const BlendImage& strip, int findpath_width, int trans_width, int side,
-                   BlendGray& gray, void* memory) noexcept;
-
 // Packed pixels of three bytes, rows a stride apart.
 struct BytePixels {
   const uint8_t* data;
@@ -20,7 +15,8 @@ struct BytePixels {
   ptrdiff_t stride;
 };
 
-// The same of bytes.
+// The grays of what copy_strip and resize give, without either image.  strip: record of the strip's size, whose samples are not
+// touched; what would lie outside the source repeats its edge, a source without pixels is black.
 void gray_of_strip(const BytePixels& source, const BlendImage& strip, int findpath_width, int trans_width, int side,
                    BlendGray& gray, void* memory) noexcept;
 

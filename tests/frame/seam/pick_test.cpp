@@ -97,12 +97,12 @@ TEST(PickImage, EmptyImagesWriteNothing) {
   }
 }
 
-TEST(PickPixels, TakeTheNearestFloatWhichIsExactBelow2To24AndSaturates) {
-  const int32_t src[6] = {(1 << 24) - 1, (1 << 24) + 1, INT32_MAX, INT32_MIN, -(1 << 24) - 1, INT32_MAX - 64};
-  const int32_t offsets[2] = {0, 3};
-  GuardedBlock<int32_t> picked(6);
-  pick_pixels(src, 6, offsets, picked.data(), 2);
-  EXPECT_EQ((std::vector<int32_t>{(1 << 24) - 1, 1 << 24, INT32_MAX, INT32_MIN, -(1 << 24), INT32_MAX - 127}), picked.values());
+TEST(PickImage, TakesTheNearestFloatWhichIsExactBelow2To24AndSaturates) {
+  TestImage src(2, 1), dst(2, 1, 3, kOld);
+  src.samples() = {(1 << 24) - 1, (1 << 24) + 1, INT32_MAX, INT32_MIN, -(1 << 24) - 1, INT32_MAX - 64};
+  GuardedBlock<uint8_t> memory(static_cast<size_t>(pick_memory_bytes(2)));
+  pick_image(*src, *dst, memory.data());
+  EXPECT_EQ((std::vector<int32_t>{(1 << 24) - 1, 1 << 24, INT32_MAX, INT32_MIN, -(1 << 24), INT32_MAX - 127}), dst.samples());
 }
 
 }  // namespace
