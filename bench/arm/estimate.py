@@ -53,7 +53,7 @@ def short_name(name):
 
 
 def all_functions():
-    sources = [path for path in sorted(ROOT.glob("src/*/*.cpp")) if "_kernels.hpp" in path.read_text()]
+    sources = [path for path in sorted(ROOT.glob("src/**/*.cpp")) if "_kernels.hpp" in path.read_text()]
     with concurrent.futures.ThreadPoolExecutor(2) as pool:
         jobs = {(compiler, source): pool.submit(compiled, compiler, source) for compiler in COMPILERS for source in sources}
         functions = {compiler: {} for compiler in COMPILERS}
