@@ -10,15 +10,15 @@ inline constexpr double kUsualFov = 195;  // degrees, when nothing is known
 // A ray at the angle a (radians) from the axis falls r(a) = p (a + k1 a^3 + k2 a^5 + k3 a^7) pixels from the centre.  Positions
 // are those of the recorded picture, an integer being the middle of a pixel.
 struct Lens {
-  int width = 0, height = 0;   // recorded picture for which the values hold
-  double cx = 0, cy = 0;       // where the optical axis meets it
-  double p = 0;                // pixels per radian on the axis
-  double k[3] = {0, 0, 0};     // k1, k2, k3
-  double fov = kUsualFov;      // degrees across the image circle
-  int mount = 0;               // degrees by which the recorded picture is turned clockwise: 0, 90, 180 or 270
-  Turn turn;                   // by how much it really points away from its ideal axis, in its own frame
-  double vignette[2] = {0, 0}; // v1, v2
-  double gain[3] = {1, 1, 1};  // of red, green and blue
+  int width = 0, height = 0;    // recorded picture for which the values hold
+  double cx = 0, cy = 0;        // where the optical axis meets it
+  double p = 0;                 // pixels per radian on the axis
+  double k[3] = {0, 0, 0};      // k1, k2, k3
+  double fov = kUsualFov;       // degrees across the image circle
+  int mount = 0;                // degrees by which the recorded picture is turned clockwise: 0, 90, 180 or 270
+  Turn turn;                    // by how much it really points away from its ideal axis, in its own frame
+  double vignette[2] = {0, 0};  // v1, v2
+  double gain[3] = {1, 1, 1};   // of red, green and blue
 };
 
 // The circle of fov degrees that just fits around the middle of a picture.

@@ -69,13 +69,14 @@ CameraError check_curves(const Lens& lens, int index) noexcept {
   for (int i = 1; i <= kAngleSteps; ++i) {
     const double before = last * (i - 1) / kAngleSteps, angle = last * i / kAngleSteps;
     if (!(radius(lens, angle) > radius(lens, before) && radius_slope(lens, angle) > 0)) {
-      return error("lens[%d].k is (%g, %g, %g): the radius must increase up to fov / 2 = %g degrees, it does not at %.1f", index,
-                   lens.k[0], lens.k[1], lens.k[2], lens.fov / 2, angle / kDegree);
+      return error("lens[%d].k is (%g, %g, %g): the radius must increase up to fov / 2 = %g degrees, it does not at %.1f",
+                   index, lens.k[0], lens.k[1], lens.k[2], lens.fov / 2, angle / kDegree);
     }
     const double light = recorded_light(lens, 1, angle) / lens.gain[1];
     if (!(light >= kLeastLight && light <= kLargestLight)) {
-      return error("lens[%d].vignette is (%g, %g): the light must stay between %g and %g up to fov / 2, it is %.3g at %.1f degrees",
-                   index, lens.vignette[0], lens.vignette[1], kLeastLight, kLargestLight, light, angle / kDegree);
+      return error(
+          "lens[%d].vignette is (%g, %g): the light must stay between %g and %g up to fov / 2, it is %.3g at %.1f degrees",
+          index, lens.vignette[0], lens.vignette[1], kLeastLight, kLargestLight, light, angle / kDegree);
     }
   }
   if (radius(lens, last) <= kLargestRadius) return {};

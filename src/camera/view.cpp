@@ -10,8 +10,7 @@ double latitude_of(const View& view, double y) noexcept { return kPi * (y + 0.5)
 
 Vec3 direction_at(const View& view, double x, double y) noexcept {
   const SineCosine longitude = sine_cosine(longitude_of(view, x)), latitude = sine_cosine(latitude_of(view, y));
-  return rotation(view.turn) *
-         Vec3{latitude.cosine * longitude.sine, latitude.sine, latitude.cosine * longitude.cosine};
+  return rotation(view.turn) * Vec3{latitude.cosine * longitude.sine, latitude.sine, latitude.cosine * longitude.cosine};
 }
 
 ViewPoint shown_at(const View& view, const Vec3& direction) noexcept {

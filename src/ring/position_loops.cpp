@@ -3,6 +3,13 @@
 #include "base/loop_versions.hpp"
 #include "ring/positions.hpp"
 
+// Before a loop that would be taken apart instead of becoming a vector.
+#if defined(__clang__)
+#define BISEAM_KEEP_LOOP
+#else
+#define BISEAM_KEEP_LOOP _Pragma("GCC unroll 1")
+#endif
+
 namespace biseam::ring {
 
 namespace {
@@ -10,6 +17,8 @@ namespace {
 // Half-pixel nodes have this many columns in a block.
 constexpr int kMostColumns = 2 * kBlockWidth + 3;
 
+// A + u (B + u (C + u D)) with u in units of 2^-bits.  B and C are kept times 2^bits, with the half that rounds the product
+// added to them.
 struct Cubic {
   std::int32_t a, b, c, d;
 };
@@ -20,21 +29,22 @@ BISEAM_LOOP std::int32_t held(std::int32_t value, std::int32_t limit) noexcept {
 }
 
 // Differences wrap around where nodes mean nothing.
-BISEAM_LOOP Cubic cubic_through(std::int32_t before, std::int32_t first, std::int32_t second, std::int32_t after) noexcept {
+BISEAM_LOOP Cubic cubic_through(std::int32_t before, std::int32_t first, std::int32_t second, std::int32_t after,
+                                int bits) noexcept {
   const auto n = [](std::int32_t value) { return static_cast<std::uint32_t>(value); };
   const auto s = [](std::uint32_t value) { return static_cast<std::int32_t>(value); };
   const std::int32_t third = s(n(after) - n(before) + 3 * (n(first) - n(second)));
   const std::int32_t bend = s(n(before) - n(first) + (n(second) - n(first)));
   const std::int32_t d = held(third / 6, 1 << 22), c = held((bend + 1) >> 1, 1 << 22);
   const std::int32_t b = held(s(n(second) - n(first) - n(c) - n(d)), 1 << 24);
-  return {first, b, c, d};
+  const std::int32_t half = (1 << bits) >> 1;
+  return {first, b * (1 << bits) + half, c * (1 << bits) + half, d};
 }
 
 BISEAM_LOOP std::int32_t at(const Cubic& v, std::int32_t place, int bits) noexcept {
   const std::int32_t half = (1 << bits) >> 1;
-  std::int32_t sum = ((v.d * place + half) >> bits) + v.c;
-  sum = ((sum * place + half) >> bits) + v.b;
-  return v.a + ((sum * place + half) >> bits);
+  const std::int32_t slope = (((v.d * place + v.c) >> bits) * place + v.b) >> bits;
+  return v.a + ((slope * place + half) >> bits);
 }
 
 // Samples of a run that lie between node number index and the next one.
@@ -63,44 +73,43 @@ BISEAM_LOOP std::int32_t node_value(const NodeWindow& w, std::int32_t reference,
   return (value - w.offset + w.halvings) >> w.halvings;
 }
 
+// Vectors of a fixed length, as compilers make none of short loops whose length they don't know.
+template <int Count>
+BISEAM_LOOP void fill_vector(const Cubic& v, std::int32_t place, int step, int bits, std::int32_t* out) noexcept {
+  BISEAM_KEEP_LOOP
+  for (int i = 0; i < Count; ++i) out[i] = at(v, place + i * step, bits);
+}
+
+BISEAM_LOOP void fill_stretch(const Cubic& v, const Stretch& stretch, int step, int bits, std::int32_t* out) noexcept {
+  const int count = stretch.end - stretch.first;
+  int i = 0;
+  for (; i + 16 <= count; i += 16) fill_vector<16>(v, stretch.place + i * step, step, bits, out + i);
+  for (; i + 8 <= count; i += 8) fill_vector<8>(v, stretch.place + i * step, step, bits, out + i);
+  for (; i < count; ++i) out[i] = at(v, stretch.place + i * step, bits);
+}
+
 BISEAM_LOOP void fill_column(const NodeWindow& w, std::int32_t reference, int column, std::int32_t* out) noexcept {
   const int count = stretches(w.down, w.bits);
   for (int j = 0; j < count; ++j) {
     const Cubic v = cubic_through(node_value(w, reference, column, j), node_value(w, reference, column, j + 1),
-                                  node_value(w, reference, column, j + 2), node_value(w, reference, column, j + 3));
+                                  node_value(w, reference, column, j + 2), node_value(w, reference, column, j + 3), w.bits);
     const Stretch stretch = stretch_of(w.down, j, w.bits);
-    for (int y = stretch.first; y < stretch.end; ++y) out[y] = at(v, stretch.place + (y - stretch.first) * w.down.step, w.bits);
+    fill_stretch(v, stretch, w.down.step, w.bits, out + stretch.first);
   }
-}
-
-// Count is the number of samples, or 0 where it is only known at run time.
-template <int Count>
-BISEAM_LOOP void fill_stretch(const Cubic& v, const Stretch& stretch, int step, int bits, std::int32_t* out) noexcept {
-  const int count = Count != 0 ? Count : stretch.end - stretch.first;
-  for (int i = 0; i < count; ++i) out[i] = at(v, stretch.place + i * step, bits);
 }
 
 BISEAM_LOOP void fill_rows(const NodeWindow& w, const Stretch& stretch, const std::int32_t (*columns)[kBlockHeight],
                            std::int32_t* out) noexcept {
   std::int32_t a[kBlockHeight], b[kBlockHeight], c[kBlockHeight], d[kBlockHeight];
   for (int y = 0; y < w.down.count; ++y) {
-    const Cubic v = cubic_through(columns[0][y], columns[1][y], columns[2][y], columns[3][y]);
+    const Cubic v = cubic_through(columns[0][y], columns[1][y], columns[2][y], columns[3][y], w.bits);
     a[y] = v.a;
     b[y] = v.b;
     c[y] = v.c;
     d[y] = v.d;
   }
-  const int count = stretch.end - stretch.first;
   for (int y = 0; y < w.down.count; ++y) {
-    const Cubic v = {a[y], b[y], c[y], d[y]};
-    std::int32_t* row = out + y * kBlockWidth + stretch.first;
-    if (count == 32) {
-      fill_stretch<32>(v, stretch, w.across.step, w.bits, row);
-    } else if (count == 16) {
-      fill_stretch<16>(v, stretch, w.across.step, w.bits, row);
-    } else {
-      fill_stretch<0>(v, stretch, w.across.step, w.bits, row);
-    }
+    fill_stretch({a[y], b[y], c[y], d[y]}, stretch, w.across.step, w.bits, out + y * kBlockWidth + stretch.first);
   }
 }
 

@@ -26,9 +26,9 @@ struct NodeWindow {
   int wrapped_bits;
 };
 
-// out: rows of kBlockWidth values.  Each cubic goes through four nodes; with v(u) = A + u (B + u (C + u D)) between the two in the
-// middle, each coefficient an integer, the products are rounded half up to integers.  |B| is held below 2^24, |C| and |D| below
-// 2^22, so that sums stay below 2^31.
+// out: rows of kBlockWidth values.  Each cubic goes through four nodes; with v(u) = A + u (B + u (C + u D)) between the two in
+// the middle, each coefficient an integer, the products are rounded half up to integers.  |B| is held below 2^24, |C| and |D|
+// below 2^22, so that sums stay below 2^31.
 using InterpolateNodes = void(const NodeWindow& window, std::int32_t* out) noexcept;
 
 extern const Variants<InterpolateNodes> kInterpolateNodes;

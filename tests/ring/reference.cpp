@@ -12,9 +12,15 @@ constexpr double pi = std::numbers::pi;
 double radians(double degrees) { return degrees * pi / 180; }
 
 // What looks along z looks to the right, up, and is turned clockwise: each about the axes of the frame it is turned in.
-Vec3 rolled(const Vec3& v, double a) { return {std::cos(a) * v.x - std::sin(a) * v.y, std::sin(a) * v.x + std::cos(a) * v.y, v.z}; }
-Vec3 pitched(const Vec3& v, double a) { return {v.x, std::cos(a) * v.y - std::sin(a) * v.z, std::sin(a) * v.y + std::cos(a) * v.z}; }
-Vec3 yawed(const Vec3& v, double a) { return {std::cos(a) * v.x + std::sin(a) * v.z, v.y, std::cos(a) * v.z - std::sin(a) * v.x}; }
+Vec3 rolled(const Vec3& v, double a) {
+  return {std::cos(a) * v.x - std::sin(a) * v.y, std::sin(a) * v.x + std::cos(a) * v.y, v.z};
+}
+Vec3 pitched(const Vec3& v, double a) {
+  return {v.x, std::cos(a) * v.y - std::sin(a) * v.z, std::sin(a) * v.y + std::cos(a) * v.z};
+}
+Vec3 yawed(const Vec3& v, double a) {
+  return {std::cos(a) * v.x + std::sin(a) * v.z, v.y, std::cos(a) * v.z - std::sin(a) * v.x};
+}
 
 double bilinear_weight(double d) { return d < 1 ? 1 - d : 0; }
 
@@ -76,7 +82,8 @@ class Mapping {
   }
 
   Shrink shrink(double x, double y) const {
-    const Place left = (*this)(x - 0.5, y), right = (*this)(x + 0.5, y), above = (*this)(x, y - 0.5), below = (*this)(x, y + 0.5);
+    const Place left = (*this)(x - 0.5, y), right = (*this)(x + 0.5, y), above = (*this)(x, y - 0.5),
+                below = (*this)(x, y + 0.5);
     return {right.x - left.x, below.x - above.x, right.y - left.y, below.y - above.y};
   }
 
@@ -151,8 +158,8 @@ std::vector<double> reference_panorama(const ReferenceFrame& frame, const Refere
         const Place at = mapping[lens](x, y);
         return reference_sample(pictures[lens], frame.kernel, at.x, at.y, frame.widening(mapping[lens].shrink(x, y)));
       };
-      const RingPlace place = reference_ring(
-          reference_direction(frame.view, grid.sub_x * x + grid.offset_x, grid.sub_y * y + grid.offset_y));
+      const RingPlace place =
+          reference_ring(reference_direction(frame.view, grid.sub_x * x + grid.offset_x, grid.sub_y * y + grid.offset_y));
       if (std::abs(place.b) <= frame.half_width) {
         out.push_back(frame.blend({place, x, y, sample}));
       } else {
