@@ -6,39 +6,45 @@ namespace biseam::ring {
 
 namespace {
 
-// A lens is used a little beyond the plane between both, which may be farther from its axis when it is turned.
-constexpr double kUsedAngle = 105 * kDegree;
+constexpr double kUsedBeyond = 15 * kDegree;    // of the plane between the lenses: no ring is wider
 constexpr double kWidestSpacing = 6 * kDegree;  // three of them stay below kBeyondFov
-// The error of the cubics is kErrorFactor * m * h^4 pixels for nodes h radians apart and a lens that draws at most m pixels a
-// radian; the factor is measured, with room to spare.
-constexpr double kErrorFactor = 0.12, kLargestError = 0.003;
-constexpr double kLargestStep = 200;  // pixels of a lens between two nodes; the integer cubics hold 256
+constexpr double kLargestStep = 200;            // pixels of a lens between two nodes; the integer cubics hold 256
+// Cubics through nodes h radians apart err by kErrorFactor * r(a) / sin(a)^4 * h^4 pixels beyond 90 degrees from the axis, as
+// positions turn ever faster round the point opposite to it, and by less within.  The factor is measured.
+constexpr double kErrorFactor = 0.15, kLargestError = 0.004;
 constexpr int kAngleSteps = 64;
 
-double most_pixels_a_radian(const Lens& lens) noexcept {
-  const double last = lens.fov / 2 * kDegree < kUsedAngle ? lens.fov / 2 * kDegree : kUsedAngle;
-  double most = lens.p;
+double larger(double a, double b) noexcept { return a < b ? b : a; }
+
+struct Strain {
+  double step;   // pixels a radian, along the radius or around the axis
+  double error;  // pixels at h = 1
+};
+
+Strain strain_of(const Lens& lens) noexcept {
+  const double tilt = (larger(lens.turn.yaw, -lens.turn.yaw) + larger(lens.turn.pitch, -lens.turn.pitch)) * kDegree;
+  const double limit = lens.fov / 2 * kDegree, used = kPi / 2 + kUsedBeyond + tilt, last = limit < used ? limit : used;
+  Strain most = {lens.p, 0};
   for (int i = 1; i <= kAngleSteps; ++i) {
-    const double angle = last * i / kAngleSteps, slope = radius_slope(lens, angle);
-    const double around = radius(lens, angle) / sine_cosine(angle).sine;
-    most = slope > most ? slope : most;
-    most = around > most ? around : most;
+    const double angle = last * i / kAngleSteps, slope = radius_slope(lens, angle), sine = sine_cosine(angle).sine;
+    const double around = radius(lens, angle) / sine;
+    most.step = larger(most.step, larger(slope, around));
+    if (2 * angle > kPi) most.error = larger(most.error, kErrorFactor * around / (sine * sine * sine));
   }
   return most;
 }
 
-bool is_fine(double h, double most) noexcept {
-  return h <= kWidestSpacing && h * most <= kLargestStep && kErrorFactor * most * (h * h) * (h * h) <= kLargestError;
+bool is_fine(double h, const Strain& strain) noexcept {
+  return h <= kWidestSpacing && h * strain.step <= kLargestStep && strain.error * (h * h) * (h * h) <= kLargestError;
 }
 
 }  // namespace
 
 MeshShape mesh_shape(const Camera& camera, int width, int height) noexcept {
-  const double most0 = most_pixels_a_radian(camera.lens[0]), most1 = most_pixels_a_radian(camera.lens[1]);
-  const double most = most0 < most1 ? most1 : most0;
+  const Strain strains[2] = {strain_of(camera.lens[0]), strain_of(camera.lens[1])};
   const double across = 2 * kPi / width, down = kPi / height, pixel = across < down ? down : across;
   int bits = kLargestSpacingBits;
-  while (bits > 0 && !is_fine(pixel * (1 << bits) / 2, most)) --bits;
+  while (bits > 0 && !(is_fine(pixel * (1 << bits) / 2, strains[0]) && is_fine(pixel * (1 << bits) / 2, strains[1]))) --bits;
   MeshShape shape;
   shape.width = width;
   shape.height = height;

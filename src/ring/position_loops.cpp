@@ -28,17 +28,24 @@ BISEAM_LOOP std::int32_t held(std::int32_t value, std::int32_t limit) noexcept {
   return low > limit ? limit : low;
 }
 
-// Differences wrap around where nodes mean nothing.
-BISEAM_LOOP Cubic cubic_through(std::int32_t before, std::int32_t first, std::int32_t second, std::int32_t after,
-                                int bits) noexcept {
+// The nearest value to another one, modulo 2^(32 - wrapped_bits).
+BISEAM_LOOP std::int32_t unwrapped(std::int32_t value, std::int32_t other, int wrapped_bits) noexcept {
+  const std::uint32_t apart = (static_cast<std::uint32_t>(value) - static_cast<std::uint32_t>(other)) << wrapped_bits;
+  return other + (static_cast<std::int32_t>(apart) >> wrapped_bits);
+}
+
+// Through nodes of equal distance.  Differences wrap around where nodes mean nothing.
+BISEAM_LOOP Cubic cubic_through(const NodeWindow& w, const std::int32_t (&nodes)[4]) noexcept {
+  const std::int32_t first = nodes[1], before = unwrapped(nodes[0], first, w.wrapped_bits);
+  const std::int32_t second = unwrapped(nodes[2], first, w.wrapped_bits), after = unwrapped(nodes[3], first, w.wrapped_bits);
   const auto n = [](std::int32_t value) { return static_cast<std::uint32_t>(value); };
   const auto s = [](std::uint32_t value) { return static_cast<std::int32_t>(value); };
   const std::int32_t third = s(n(after) - n(before) + 3 * (n(first) - n(second)));
   const std::int32_t bend = s(n(before) - n(first) + (n(second) - n(first)));
   const std::int32_t d = held(third / 6, 1 << 22), c = held((bend + 1) >> 1, 1 << 22);
   const std::int32_t b = held(s(n(second) - n(first) - n(c) - n(d)), 1 << 24);
-  const std::int32_t half = (1 << bits) >> 1;
-  return {first, b * (1 << bits) + half, c * (1 << bits) + half, d};
+  const std::int32_t one = 1 << w.bits, half = one >> 1;
+  return {first, b * one + half, c * one + half, d};
 }
 
 BISEAM_LOOP std::int32_t at(const Cubic& v, std::int32_t place, int bits) noexcept {
@@ -66,11 +73,8 @@ BISEAM_LOOP int stretches(const SampleRun& run, int bits) noexcept {
   return ((run.start + (run.count - 1) * run.step) >> bits) + 1;
 }
 
-BISEAM_LOOP std::int32_t node_value(const NodeWindow& w, std::int32_t reference, int column, int row) noexcept {
-  const std::uint32_t node = static_cast<std::uint32_t>(w.nodes[row * w.stride + column]);
-  const std::uint32_t apart = (node - static_cast<std::uint32_t>(reference)) << w.wrapped_bits;
-  const std::int32_t value = reference + (static_cast<std::int32_t>(apart) >> w.wrapped_bits);
-  return (value - w.offset + w.halvings) >> w.halvings;
+BISEAM_LOOP std::int32_t node_value(const NodeWindow& w, int column, int row) noexcept {
+  return (w.nodes[row * w.stride + column] - w.offset + w.halvings) >> w.halvings;
 }
 
 // Vectors of a fixed length, as compilers make none of short loops whose length they don't know.
@@ -88,13 +92,13 @@ BISEAM_LOOP void fill_stretch(const Cubic& v, const Stretch& stretch, int step, 
   for (; i < count; ++i) out[i] = at(v, stretch.place + i * step, bits);
 }
 
-BISEAM_LOOP void fill_column(const NodeWindow& w, std::int32_t reference, int column, std::int32_t* out) noexcept {
+BISEAM_LOOP void fill_column(const NodeWindow& w, int column, std::int32_t* out) noexcept {
   const int count = stretches(w.down, w.bits);
   for (int j = 0; j < count; ++j) {
-    const Cubic v = cubic_through(node_value(w, reference, column, j), node_value(w, reference, column, j + 1),
-                                  node_value(w, reference, column, j + 2), node_value(w, reference, column, j + 3), w.bits);
+    const std::int32_t nodes[4] = {node_value(w, column, j), node_value(w, column, j + 1), node_value(w, column, j + 2),
+                                   node_value(w, column, j + 3)};
     const Stretch stretch = stretch_of(w.down, j, w.bits);
-    fill_stretch(v, stretch, w.down.step, w.bits, out + stretch.first);
+    fill_stretch(cubic_through(w, nodes), stretch, w.down.step, w.bits, out + stretch.first);
   }
 }
 
@@ -102,7 +106,8 @@ BISEAM_LOOP void fill_rows(const NodeWindow& w, const Stretch& stretch, const st
                            std::int32_t* out) noexcept {
   std::int32_t a[kBlockHeight], b[kBlockHeight], c[kBlockHeight], d[kBlockHeight];
   for (int y = 0; y < w.down.count; ++y) {
-    const Cubic v = cubic_through(columns[0][y], columns[1][y], columns[2][y], columns[3][y], w.bits);
+    const std::int32_t nodes[4] = {columns[0][y], columns[1][y], columns[2][y], columns[3][y]};
+    const Cubic v = cubic_through(w, nodes);
     a[y] = v.a;
     b[y] = v.b;
     c[y] = v.c;
@@ -117,8 +122,7 @@ BISEAM_LOOP void interpolate(const NodeWindow& window, std::int32_t* out) noexce
   const NodeWindow w = window;
   alignas(64) std::int32_t columns[kMostColumns][kBlockHeight];
   const int count = stretches(w.across, w.bits);
-  const std::int32_t reference = w.nodes[w.stride + 1];
-  for (int i = 0; i < count + 3; ++i) fill_column(w, reference, i, columns[i]);
+  for (int i = 0; i < count + 3; ++i) fill_column(w, i, columns[i]);
   for (int i = 0; i < count; ++i) fill_rows(w, stretch_of(w.across, i, w.bits), columns + i, out);
 }
 

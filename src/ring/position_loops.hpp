@@ -22,7 +22,7 @@ struct NodeWindow {
   SampleRun across, down;
   // A node's value n is taken as (n - offset) / 2^halvings, rounded half up; halvings is 0 or 1.
   int offset, halvings;
-  // Bits by which values fall short of 32 and wrap around; they are taken as the nearest ones to the first node's.
+  // Bits by which values fall short of 32 and wrap around: a cubic takes its nodes as near to each other as they can be.
   int wrapped_bits;
 };
 

@@ -30,8 +30,8 @@ struct BlockValues {
 void lens_positions(const Mesh& mesh, int lens, const Block& block, const PlaneGrid& panorama, const PlaneGrid& picture,
                     BlockValues& x, BlockValues& y) noexcept;
 
-// Angles on the ring, see mesh.hpp.  Within a block t runs on without a jump, so it may leave 0 .. 2^24; take it modulo a full
-// turn.  Within 45 degrees of the plane between the lenses; nearer to their axes t means nothing.
+// Angles on the ring, see mesh.hpp; t modulo a full turn, from -2^25 to 2^25.  Good within 45 degrees of the plane between the
+// lenses; near their axes t means nothing.
 void ring_positions(const Mesh& mesh, const Block& block, const PlaneGrid& panorama, BlockValues& t, BlockValues& b) noexcept;
 
 }  // namespace biseam::ring
