@@ -58,7 +58,7 @@ TEST(CheckCamera, EachFieldOfEachLensAlone) {
       for (const double value : {field.low, field.high, std::nan(""), std::numeric_limits<double>::infinity()}) {
         Camera camera = city_square();
         field.of(camera.lens[k]) = value;
-        expect_error(camera, "lens[" + std::to_string(k) + "]." + field.name + " is ");
+        expect_error(camera, std::string(k == 0 ? "lens[0]." : "lens[1].").append(field.name).append(" is "));
       }
     }
   }
@@ -68,15 +68,15 @@ TEST(CheckCamera, SizesAndMounts) {
   for (const int side : {-1, 0, 1, 16385}) {
     Camera camera = city_square();
     camera.lens[1].width = side;
-    expect_error(camera, "lens[1].width is " + std::to_string(side));
+    expect_error(camera, std::string("lens[1].width is ").append(std::to_string(side)));
     camera = city_square();
     camera.lens[0].height = side;
-    expect_error(camera, "lens[0].height is " + std::to_string(side));
+    expect_error(camera, std::string("lens[0].height is ").append(std::to_string(side)));
   }
   for (const int mount : {-90, 45, 360}) {
     Camera camera = city_square();
     camera.lens[0].mount = mount;
-    expect_error(camera, "lens[0].mount is " + std::to_string(mount) + ": must be 0, 90, 180 or 270");
+    expect_error(camera, std::string("lens[0].mount is ").append(std::to_string(mount)).append(": must be 0, 90, 180 or 270"));
   }
 }
 
