@@ -6,7 +6,6 @@ namespace biseam::ring {
 
 namespace {
 
-constexpr double kUsedBeyond = 15 * kDegree;    // of the plane between the lenses: no ring is wider
 constexpr double kWidestSpacing = 6 * kDegree;  // three of them stay below kBeyondFov
 constexpr double kLargestStep = 200;            // pixels of a lens between two nodes; the integer cubics hold 256
 // Cubics through nodes h radians apart err by kErrorFactor * r(a) / sin(a)^4 * h^4 pixels beyond 90 degrees from the axis, as
@@ -23,7 +22,8 @@ struct Strain {
 
 Strain strain_of(const Lens& lens) noexcept {
   const double tilt = (larger(lens.turn.yaw, -lens.turn.yaw) + larger(lens.turn.pitch, -lens.turn.pitch)) * kDegree;
-  const double limit = lens.fov / 2 * kDegree, used = kPi / 2 + kUsedBeyond + tilt, last = limit < used ? limit : used;
+  const double limit = lens.fov / 2 * kDegree, used = (90 + kLargestHalfWidth) * kDegree + tilt,
+               last = limit < used ? limit : used;
   Strain most = {lens.p, 0};
   for (int i = 1; i <= kAngleSteps; ++i) {
     const double angle = last * i / kAngleSteps, slope = radius_slope(lens, angle), sine = sine_cosine(angle).sine;

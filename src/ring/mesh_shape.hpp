@@ -18,6 +18,9 @@ struct MeshShape {
 
 inline constexpr int kLargestSpacingBits = 6;
 
+// Degrees beyond the plane between the lenses up to which a lens may be used: no ring is wider to either side.
+inline constexpr double kLargestHalfWidth = 15;
+
 // The widest spacing that keeps positions within 0.005 pixels of the exact ones wherever a lens is used.
 MeshShape mesh_shape(const Camera& camera, int width, int height) noexcept;
 

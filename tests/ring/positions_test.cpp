@@ -20,8 +20,8 @@ namespace {
 
 using namespace ring;
 
-constexpr double kUsedBeyond = 15 * kDegree;  // of the plane between the lenses: wider than any ring
-constexpr double kBound = 0.005;              // pixels
+constexpr double kUsedBeyond = kLargestHalfWidth * kDegree;
+constexpr double kBound = 0.005;  // pixels
 
 constexpr PlaneGrid kLuma{};
 constexpr PlaneGrid kLeft420{1, 1, 0, 1}, kMiddle420{1, 1, 1, 1}, kTopLeft420{1, 1, 0, 0}, kLeft422{1, 0, 0, 0};
