@@ -102,6 +102,20 @@ BISEAM_LOOP void fill_column(const NodeWindow& w, int column, std::int32_t* out)
   }
 }
 
+struct RowCubics {
+  const std::int32_t *a, *b, *c, *d;
+  Cubic at_row(int y) const noexcept { return {a[y], b[y], c[y], d[y]}; }
+};
+
+// Rows of which each has Count samples in the stretch.
+template <int Count>
+BISEAM_LOOP void fill_even_rows(const NodeWindow& w, const Stretch& stretch, const RowCubics& cubics,
+                                std::int32_t* out) noexcept {
+  for (int y = 0; y < w.down.count; ++y) {
+    fill_vector<Count>(cubics.at_row(y), stretch.place, w.across.step, w.bits, out + y * kBlockWidth);
+  }
+}
+
 BISEAM_LOOP void fill_rows(const NodeWindow& w, const Stretch& stretch, const std::int32_t (*columns)[kBlockHeight],
                            std::int32_t* out) noexcept {
   std::int32_t a[kBlockHeight], b[kBlockHeight], c[kBlockHeight], d[kBlockHeight];
@@ -113,8 +127,19 @@ BISEAM_LOOP void fill_rows(const NodeWindow& w, const Stretch& stretch, const st
     c[y] = v.c;
     d[y] = v.d;
   }
-  for (int y = 0; y < w.down.count; ++y) {
-    fill_stretch({a[y], b[y], c[y], d[y]}, stretch, w.across.step, w.bits, out + y * kBlockWidth + stretch.first);
+  const int count = stretch.end - stretch.first;
+  const RowCubics cubics = {a, b, c, d};
+  switch (count) {
+    case 32:
+      return fill_even_rows<32>(w, stretch, cubics, out + stretch.first);
+    case 16:
+      return fill_even_rows<16>(w, stretch, cubics, out + stretch.first);
+    case 8:
+      return fill_even_rows<8>(w, stretch, cubics, out + stretch.first);
+    default:
+      for (int y = 0; y < w.down.count; ++y) {
+        fill_stretch(cubics.at_row(y), stretch, w.across.step, w.bits, out + y * kBlockWidth + stretch.first);
+      }
   }
 }
 
