@@ -38,8 +38,8 @@ inline double radius_slope(const Lens& lens, double angle) noexcept {
   return lens.p * (1 + u * (3 * lens.k[0] + u * (5 * lens.k[1] + u * (7 * lens.k[2]))));
 }
 
-// The inverse of radius() on 0 .. last, where radius() must increase.  What is beyond radius(last) gives last.
-double angle_of_radius(const Lens& lens, double radius, double last) noexcept;
+// The inverse of radius() on 0 .. last, where radius() must increase.  wanted: pixels; what is beyond radius(last) gives last.
+double angle_of_radius(const Lens& lens, double wanted, double last) noexcept;
 
 // What the lens records of light of strength 1 that comes in at an angle (radians): gain (1 + v1 a^2 + v2 a^4).  It
 // multiplies code values above black as they are recorded, that is after the camera's transfer curve; a sample is put right by

@@ -147,8 +147,11 @@ BISEAM_LOOP void interpolate(const NodeWindow& window, std::int32_t* out) noexce
   const NodeWindow w = window;
   alignas(64) std::int32_t columns[kMostColumns][kBlockHeight];
   const int count = stretches(w.across, w.bits);
-  for (int i = 0; i < count + 3; ++i) fill_column(w, i, columns[i]);
-  for (int i = 0; i < count; ++i) fill_rows(w, stretch_of(w.across, i, w.bits), columns + i, out);
+  for (int i = 0; i < 3; ++i) fill_column(w, i, columns[i]);
+  for (int i = 0; i < count; ++i) {
+    fill_column(w, i + 3, columns[i + 3]);
+    fill_rows(w, stretch_of(w.across, i, w.bits), columns + i, out);
+  }
 }
 
 }  // namespace
