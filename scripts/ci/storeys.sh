@@ -43,7 +43,7 @@ check() {  # folder, the folder its includes are written from, storeys: lowest f
 }
 
 status=0
-check src src base stages frame panorama || status=1
+check src src base camera ring stages frame panorama || status=1
 check tools/profile tools profile || status=1
 check tools/biseam tools/biseam profile base text media picture clip/read clip/write camera stitch tag scene sheet compare view commands || status=1
 exit $status

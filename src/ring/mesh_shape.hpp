@@ -1,0 +1,31 @@
+// How many nodes a mesh has, and where.
+#pragma once
+
+#include <cstddef>
+
+#include "camera/camera.hpp"
+
+namespace biseam::ring {
+
+// Node (i, j) stands at the panorama's luma position (i * spacing, j * spacing), spacing being 2^spacing_bits half pixels.
+// Indices go from -1 to columns - 2 and rows - 2: two nodes lie right of and below every position in the panorama, as a cubic
+// through four of them needs.
+struct MeshShape {
+  int width = 0, height = 0;  // of the panorama, even
+  int spacing_bits = 0;       // 0 (every half pixel) .. 6 (every 32 pixels)
+  int columns = 0, rows = 0;
+};
+
+inline constexpr int kLargestSpacingBits = 6;
+
+// Degrees beyond the plane between the lenses up to which a lens may be used: no ring is wider to either side.
+inline constexpr double kLargestHalfWidth = 15;
+
+// The widest spacing that keeps positions within 0.005 pixels of the exact ones wherever a lens is used.
+MeshShape mesh_shape(const Camera& camera, int width, int height) noexcept;
+
+inline std::size_t node_count(const MeshShape& shape) noexcept {
+  return static_cast<std::size_t>(shape.columns) * static_cast<std::size_t>(shape.rows);
+}
+
+}  // namespace biseam::ring

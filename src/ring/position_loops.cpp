@@ -1,0 +1,161 @@
+#include "ring/position_loops.hpp"
+
+#include "base/loop_versions.hpp"
+#include "ring/positions.hpp"
+
+// Before a loop that would be taken apart instead of becoming a vector.
+#if defined(__clang__)
+#define BISEAM_KEEP_LOOP
+#else
+#define BISEAM_KEEP_LOOP _Pragma("GCC unroll 1")
+#endif
+
+namespace biseam::ring {
+
+namespace {
+
+// Half-pixel nodes have this many columns in a block.
+constexpr int kMostColumns = 2 * kBlockWidth + 3;
+
+// A + u (B + u (C + u D)) with u in units of 2^-bits.  B and C are kept times 2^bits, with the half that rounds the product
+// added to them.
+struct Cubic {
+  std::int32_t a, b, c, d;
+};
+
+BISEAM_LOOP std::int32_t held(std::int32_t value, std::int32_t limit) noexcept {
+  const std::int32_t low = value < -limit ? -limit : value;
+  return low > limit ? limit : low;
+}
+
+// The nearest value to another one, modulo 2^(32 - wrapped_bits).
+BISEAM_LOOP std::int32_t unwrapped(std::int32_t value, std::int32_t other, int wrapped_bits) noexcept {
+  const std::uint32_t apart = (static_cast<std::uint32_t>(value) - static_cast<std::uint32_t>(other)) << wrapped_bits;
+  return other + (static_cast<std::int32_t>(apart) >> wrapped_bits);
+}
+
+// Through nodes of equal distance.  Differences wrap around where nodes mean nothing.
+BISEAM_LOOP Cubic cubic_through(const NodeWindow& w, const std::int32_t (&nodes)[4]) noexcept {
+  const std::int32_t first = nodes[1], before = unwrapped(nodes[0], first, w.wrapped_bits);
+  const std::int32_t second = unwrapped(nodes[2], first, w.wrapped_bits), after = unwrapped(nodes[3], first, w.wrapped_bits);
+  const auto n = [](std::int32_t value) { return static_cast<std::uint32_t>(value); };
+  const auto s = [](std::uint32_t value) { return static_cast<std::int32_t>(value); };
+  const std::int32_t third = s(n(after) - n(before) + 3 * (n(first) - n(second)));
+  const std::int32_t bend = s(n(before) - n(first) + (n(second) - n(first)));
+  const std::int32_t d = held(third / 6, 1 << 22), c = held((bend + 1) >> 1, 1 << 22);
+  const std::int32_t b = held(s(n(second) - n(first) - n(c) - n(d)), 1 << 24);
+  const std::int32_t one = 1 << w.bits, half = one >> 1;
+  return {first, b * one + half, c * one + half, d};
+}
+
+BISEAM_LOOP std::int32_t at(const Cubic& v, std::int32_t place, int bits) noexcept {
+  const std::int32_t half = (1 << bits) >> 1;
+  const std::int32_t slope = (((v.d * place + v.c) >> bits) * place + v.b) >> bits;
+  return v.a + ((slope * place + half) >> bits);
+}
+
+// Samples of a run that lie between node number index and the next one.
+struct Stretch {
+  int first, end;  // of the run's samples
+  int place;       // of the first
+};
+
+BISEAM_LOOP Stretch stretch_of(const SampleRun& run, int index, int bits) noexcept {
+  const auto samples_before = [&](int node) {
+    const int count = ((node << bits) - run.start + run.step - 1) / run.step;
+    return count < 0 ? 0 : count > run.count ? run.count : count;
+  };
+  const int first = samples_before(index);
+  return {first, samples_before(index + 1), run.start + first * run.step - (index << bits)};
+}
+
+BISEAM_LOOP int stretches(const SampleRun& run, int bits) noexcept {
+  return ((run.start + (run.count - 1) * run.step) >> bits) + 1;
+}
+
+BISEAM_LOOP std::int32_t node_value(const NodeWindow& w, int column, int row) noexcept {
+  return (w.nodes[row * w.stride + column] - w.offset + w.halvings) >> w.halvings;
+}
+
+// Vectors of a fixed length, as compilers make none of short loops whose length they don't know.
+template <int Count>
+BISEAM_LOOP void fill_vector(const Cubic& v, std::int32_t place, int step, int bits, std::int32_t* out) noexcept {
+  BISEAM_KEEP_LOOP
+  for (int i = 0; i < Count; ++i) out[i] = at(v, place + i * step, bits);
+}
+
+BISEAM_LOOP void fill_stretch(const Cubic& v, const Stretch& stretch, int step, int bits, std::int32_t* out) noexcept {
+  const int count = stretch.end - stretch.first;
+  int i = 0;
+  for (; i + 16 <= count; i += 16) fill_vector<16>(v, stretch.place + i * step, step, bits, out + i);
+  for (; i + 8 <= count; i += 8) fill_vector<8>(v, stretch.place + i * step, step, bits, out + i);
+  for (; i < count; ++i) out[i] = at(v, stretch.place + i * step, bits);
+}
+
+BISEAM_LOOP void fill_column(const NodeWindow& w, int column, std::int32_t* out) noexcept {
+  const int count = stretches(w.down, w.bits);
+  for (int j = 0; j < count; ++j) {
+    const std::int32_t nodes[4] = {node_value(w, column, j), node_value(w, column, j + 1), node_value(w, column, j + 2),
+                                   node_value(w, column, j + 3)};
+    const Stretch stretch = stretch_of(w.down, j, w.bits);
+    fill_stretch(cubic_through(w, nodes), stretch, w.down.step, w.bits, out + stretch.first);
+  }
+}
+
+struct RowCubics {
+  const std::int32_t *a, *b, *c, *d;
+  Cubic at_row(int y) const noexcept { return {a[y], b[y], c[y], d[y]}; }
+};
+
+// Rows of which each has Count samples in the stretch.
+template <int Count>
+BISEAM_LOOP void fill_even_rows(const NodeWindow& w, const Stretch& stretch, const RowCubics& cubics,
+                                std::int32_t* out) noexcept {
+  for (int y = 0; y < w.down.count; ++y) {
+    fill_vector<Count>(cubics.at_row(y), stretch.place, w.across.step, w.bits, out + y * kBlockWidth);
+  }
+}
+
+BISEAM_LOOP void fill_rows(const NodeWindow& w, const Stretch& stretch, const std::int32_t (*columns)[kBlockHeight],
+                           std::int32_t* out) noexcept {
+  std::int32_t a[kBlockHeight], b[kBlockHeight], c[kBlockHeight], d[kBlockHeight];
+  for (int y = 0; y < w.down.count; ++y) {
+    const std::int32_t nodes[4] = {columns[0][y], columns[1][y], columns[2][y], columns[3][y]};
+    const Cubic v = cubic_through(w, nodes);
+    a[y] = v.a;
+    b[y] = v.b;
+    c[y] = v.c;
+    d[y] = v.d;
+  }
+  const int count = stretch.end - stretch.first;
+  const RowCubics cubics = {a, b, c, d};
+  switch (count) {
+    case 32:
+      return fill_even_rows<32>(w, stretch, cubics, out + stretch.first);
+    case 16:
+      return fill_even_rows<16>(w, stretch, cubics, out + stretch.first);
+    case 8:
+      return fill_even_rows<8>(w, stretch, cubics, out + stretch.first);
+    default:
+      for (int y = 0; y < w.down.count; ++y) {
+        fill_stretch(cubics.at_row(y), stretch, w.across.step, w.bits, out + y * kBlockWidth + stretch.first);
+      }
+  }
+}
+
+BISEAM_LOOP void interpolate(const NodeWindow& window, std::int32_t* out) noexcept {
+  const NodeWindow w = window;
+  alignas(64) std::int32_t columns[kMostColumns][kBlockHeight];
+  const int count = stretches(w.across, w.bits);
+  for (int i = 0; i < 3; ++i) fill_column(w, i, columns[i]);
+  for (int i = 0; i < count; ++i) {
+    fill_column(w, i + 3, columns[i + 3]);
+    fill_rows(w, stretch_of(w.across, i, w.bits), columns + i, out);
+  }
+}
+
+}  // namespace
+
+constinit const Variants<InterpolateNodes> kInterpolateNodes = loop_versions<interpolate, InterpolateNodes>;
+
+}  // namespace biseam::ring

@@ -1,0 +1,36 @@
+// Integer cubics through nodes, first down, then across.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "base/variants.hpp"
+
+namespace biseam::ring {
+
+// Samples along one direction of a block.  Positions count in half luma pixels from the first node that bounds the block.
+struct SampleRun {
+  int start, step;  // 0 <= start < 2^bits
+  int count;
+};
+
+// Values of one plane of nodes for one block.
+struct NodeWindow {
+  const std::int32_t* nodes;  // the node left of and above the one where the runs start
+  std::ptrdiff_t stride;      // from one row of nodes to the next
+  int bits;                   // nodes are 2^bits half luma pixels apart
+  SampleRun across, down;
+  // A node's value n is taken as (n - offset) / 2^halvings, rounded half up; halvings is 0 or 1.
+  int offset, halvings;
+  // Bits by which values fall short of 32 and wrap around: a cubic takes its nodes as near to each other as they can be.
+  int wrapped_bits;
+};
+
+// out: rows of kBlockWidth values.  Each cubic goes through four nodes; with v(u) = A + u (B + u (C + u D)) between the two in
+// the middle, each coefficient an integer, the products are rounded half up to integers.  |B| is held below 2^24, |C| and |D|
+// below 2^22, so that sums stay below 2^31.
+using InterpolateNodes = void(const NodeWindow& window, std::int32_t* out) noexcept;
+
+extern const Variants<InterpolateNodes> kInterpolateNodes;
+
+}  // namespace biseam::ring

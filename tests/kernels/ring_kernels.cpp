@@ -1,0 +1,123 @@
+#include <algorithm>
+
+#include "camera/projector.hpp"
+#include "kernels/kernels.hpp"
+#include "ring/mesh_rows.hpp"
+#include "ring/position_loops.hpp"
+#include "ring/positions.hpp"
+
+namespace biseam::test {
+
+namespace {
+
+using namespace ring;
+
+Lens any_lens(KernelCall& call) {
+  Lens lens = usual_lens(call.number(2, 8000), call.number(2, 8000), static_cast<double>(call.real(120, 300)));
+  lens.mount = 90 * call.number(0, 3);
+  lens.turn = {static_cast<double>(call.real(-45, 45)), static_cast<double>(call.real(-45, 45)),
+               static_cast<double>(call.real(-45, 45))};
+  lens.k[0] = static_cast<double>(call.real(-0.05f, 0.05f));
+  lens.k[1] = static_cast<double>(call.real(-0.01f, 0.01f));
+  return lens;
+}
+
+Projector any_projector(KernelCall& call) {
+  Camera camera;
+  camera.lens[0] = camera.lens[1] = any_lens(call);
+  return Projector(camera, call.number(0, 1));
+}
+
+// Often through a pole, or along the plane between the lenses.
+NodeRow any_row(KernelCall& call) {
+  const std::size_t count = static_cast<std::size_t>(call.size());
+  double *sines = call.input<double>(count, 0, 0), *cosines = call.input<double>(count, 0, 0);
+  for (std::size_t i = 0; i < count; ++i) {
+    const SineCosine a =
+        sine_cosine(call.number(0, 7) == 0 ? call.number(-4, 4) * (kPi / 2) : static_cast<double>(call.real(-4, 4)));
+    sines[i] = a.sine;
+    cosines[i] = a.cosine;
+  }
+  const double latitude = call.number(0, 3) == 0 ? call.number(-1, 1) * (kPi / 2) : static_cast<double>(call.real(-2, 2));
+  return {sines, cosines, sine_cosine(latitude), call.size()};
+}
+
+Matrix3 any_turn(KernelCall& call) {
+  if (call.number(0, 2) == 0) return rotation({90.0 * call.number(-2, 2), 90.0 * call.number(-1, 1), 90.0 * call.number(0, 3)});
+  return rotation({static_cast<double>(call.real(-180, 180)), static_cast<double>(call.real(-90, 90)),
+                   static_cast<double>(call.real(-180, 180))});
+}
+
+void call_lens_nodes(KernelCall& call, LensNodeRow* fill) {
+  const NodeRow row = any_row(call);
+  const Projector lens = any_projector(call);
+  const Matrix3 to_picture = lens.to_picture() * any_turn(call);
+  const std::size_t count = static_cast<std::size_t>(call.size());
+  int32_t *x = call.output<int32_t>(count), *y = call.output<int32_t>(count);
+  call.run([&] { fill(row, lens, to_picture, x, y); });
+}
+
+void call_ring_nodes(KernelCall& call, RingNodeRow* fill) {
+  const NodeRow row = any_row(call);
+  const Matrix3 to_world = any_turn(call);
+  const std::size_t count = static_cast<std::size_t>(call.size());
+  int32_t *t = call.output<int32_t>(count), *b = call.output<int32_t>(count);
+  call.run([&] { fill(row, to_world, t, b); });
+}
+
+SampleRun run_of(KernelCall& call, int most_pixels, int bits) {
+  const int pixels = 2 * call.number(1, most_pixels / 2), plane_bits = call.number(0, 1);
+  const int start = 4 * call.number(0, 15) + call.number(0, 1);
+  return {start & ((1 << bits) - 1), 2 << plane_bits, pixels >> plane_bits};
+}
+
+// Sizes are the bits of the nodes' distance.  Values as far apart as nodes that mean nothing.
+void interpolate(KernelCall& call, InterpolateNodes* run, int limit, int wrapped_bits) {
+  NodeWindow window;
+  window.bits = call.size();
+  window.across = run_of(call, kBlockWidth, window.bits);
+  window.down = run_of(call, kBlockHeight, window.bits);
+  const auto nodes = [&](const SampleRun& r) { return ((r.start + (r.count - 1) * r.step) >> window.bits) + 4; };
+  window.stride = nodes(window.across) + call.number(0, 5);
+  const std::size_t count = static_cast<std::size_t>((nodes(window.down) - 1) * window.stride + nodes(window.across));
+  window.nodes = call.input<int32_t>(count, -limit, limit);
+  window.halvings = wrapped_bits == 0 ? call.number(0, 1) : 0;
+  window.offset = window.halvings * (call.number(0, 1) << 15);
+  window.wrapped_bits = wrapped_bits;
+  int32_t* out = call.output<int32_t>(static_cast<std::size_t>((window.down.count - 1) * kBlockWidth + window.across.count));
+  call.run([&] { run(window, out); });
+}
+
+void call_interpolate_far(KernelCall& call, InterpolateNodes* run) { interpolate(call, run, kFarthest << kPositionBits, 0); }
+void call_interpolate_near(KernelCall& call, InterpolateNodes* run) { interpolate(call, run, 90 << kPositionBits, 0); }
+void call_interpolate_turns(KernelCall& call, InterpolateNodes* run) {
+  interpolate(call, run, 1 << (kTurnBits - 1), 32 - kTurnBits);
+}
+
+// A block of a panorama from nodes 32 pixels apart.
+void call_interpolate_block(KernelCall& call, InterpolateNodes* run) {
+  constexpr int kStride = 124;
+  NodeWindow window{};
+  window.nodes = call.input<int32_t>(5 * kStride, 0, 90 << kPositionBits);
+  window.stride = kStride;
+  window.bits = 6;
+  window.across = {0, 2, kBlockWidth};
+  window.down = {0, 2, kBlockHeight};
+  int32_t* out = call.output<int32_t>(kBlockWidth * kBlockHeight);
+  call.run([&] { run(window, out); });
+}
+
+}  // namespace
+
+std::vector<Kernel> ring_kernels() {
+  constexpr int kNodes = 124;
+  const std::vector<int> spacings = {0, 1, 2, 3, 4, 5, 6, 6, 6};
+  return {make_kernel("lens nodes", kLensNodeRow, call_lens_nodes, kNodes),
+          make_kernel("ring nodes", kRingNodeRow, call_ring_nodes, kNodes),
+          make_kernel("positions of far nodes", kInterpolateNodes, call_interpolate_far, 6, 1, spacings),
+          make_kernel("positions of near nodes", kInterpolateNodes, call_interpolate_near, 6, 1, spacings),
+          make_kernel("positions of turns", kInterpolateNodes, call_interpolate_turns, 6, 1, spacings),
+          make_kernel("positions of a block", kInterpolateNodes, call_interpolate_block, 1, kBlockWidth * kBlockHeight, {1})};
+}
+
+}  // namespace biseam::test
