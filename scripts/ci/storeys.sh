@@ -36,5 +36,5 @@ check() {  # root, storeys: lowest first, rooms of one storey joined by commas
 }
 
 status=0
-check src base stages frame panorama || status=1
+check src base camera ring stages frame panorama || status=1
 exit $status

@@ -150,7 +150,7 @@ constexpr int kRows = 32, kBlock = 64;
 
 template <Case kind>
 void call_lens(KernelCall& call, SampleRow* sample) {
-  const int planes = call.size(), size = is_pairs(kind.type) ? 960 : 1920;
+  const int size = is_pairs(kind.type) ? call.size() / 2 : call.size();
   const int shift = is_words(kind.type) ? 16 - kind.bits : 0, stride = size * bytes_of(kind.type);
   const uint8_t* bytes = call.input<uint8_t>(static_cast<std::size_t>(stride) * static_cast<std::size_t>(size), 0, 255);
   const SampleSource source{bytes, stride, size, size, kind.type, static_cast<uint8_t>(kind.bits), static_cast<uint8_t>(shift)};
@@ -169,9 +169,7 @@ void call_lens(KernelCall& call, SampleRow* sample) {
   const std::size_t each = static_cast<std::size_t>(output_bytes_of(kind.type, kind.output));
   uint8_t* out = call.output<uint8_t>(each * kBlock);
   call.run([&] {
-    for (int n = 0; n < planes; ++n) {
-      for (std::size_t i = 0; i < x.size(); i += kBlock) sample(job, x.data() + i, y.data() + i, out, kBlock);
-    }
+    for (std::size_t i = 0; i < x.size(); i += kBlock) sample(job, x.data() + i, y.data() + i, out, kBlock);
   });
 }
 
@@ -190,8 +188,8 @@ constexpr double kLensSamples = static_cast<double>(kRows) * kBlock * static_cas
 
 template <Case kind>
 void add_type(std::vector<Kernel>& kernels, const std::string& name) {
-  const std::vector<int> once{1};
-  kernels.push_back(make_kernel("sample " + name + ", lens", kSampleRow, call_lens<kind>, 1, kLensSamples, once));
+  kernels.push_back(
+      make_kernel("sample " + name + ", lens", kSampleRow, call_lens<kind>, 1920, kLensSamples / 1920, {64, 200}));
   kernels.push_back(make_kernel("sample " + name + ", smooth", kSampleRow, call_smooth<kind>, 64));
   kernels.push_back(make_kernel("sample " + name + ", odd", kSampleRow, call_odd<kind>, 64));
   constexpr Case fine{kind.type, kind.quality, kind.bits, SampleOutput::fine};

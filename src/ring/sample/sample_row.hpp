@@ -26,7 +26,7 @@ struct SampleSource {
 };
 
 // samples: of the source's type, rounded, clamped to [0, 2^bits - 1] and shifted to where the source has them.
-// fine: int16_t, value * 2^(14 - bits), rounded, not clamped: from -8192 to 24575.
+// fine: int16_t, value * 2^(14 - bits), rounded, not clamped: from -10240 to 26624.
 enum class SampleOutput : uint8_t { samples, fine };
 
 struct SampleJob {
