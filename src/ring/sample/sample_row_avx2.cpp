@@ -134,9 +134,9 @@ BISEAM_STEP void load_across(const AxisWeights& axis, __m256i phases, AcrossWeig
   }
 }
 
-// Chunk c of all lanes' taps times their weights.
+// Chunk c of all lanes' taps times their weights.  Between two samples these are multiples of 128, so not in parts.
 template <SampleType type>
-BISEAM_STEP __m256i weigh_taps(const SampleSource& source, __m256i taps, const AcrossWeights& across, int c) {
+BISEAM_STEP __m256i weigh_taps(const SampleSource& source, __m256i taps, const AcrossWeights& across, int c, bool in_parts) {
   if constexpr (is_words(type)) {
     const __m256i shifted = _mm256_srl_epi16(taps, _mm_cvtsi32_si128(source.shift));
     const __m256i values = _mm256_min_epu16(shifted, _mm256_set1_epi16(static_cast<int16_t>((1 << source.bits) - 1)));
@@ -144,8 +144,10 @@ BISEAM_STEP __m256i weigh_taps(const SampleSource& source, __m256i taps, const A
     return _mm256_madd_epi16(values, c % 2 == 0 ? pairs.first : pairs.second);
   } else {
     const __m256i high = _mm256_maddubs_epi16(taps, across.fours[c].first);
+    const __m256i large = _mm256_madd_epi16(high, _mm256_set1_epi16(128));
+    if (!in_parts) return large;
     const __m256i low = _mm256_maddubs_epi16(taps, across.fours[c].second);
-    return _mm256_add_epi32(_mm256_madd_epi16(high, _mm256_set1_epi16(128)), _mm256_madd_epi16(low, _mm256_set1_epi16(1)));
+    return _mm256_add_epi32(large, _mm256_madd_epi16(low, _mm256_set1_epi16(1)));
   }
 }
 
@@ -169,9 +171,10 @@ struct Shuffled {
 
   BISEAM_STEP __m256i taps(int row, int c) const {
     const __m256i ahead = _mm256_set1_epi8(static_cast<char>(c * Shape<type>::kTapsAtOnce * bytes_of(type)));
-    __m256i taken = _mm256_shuffle_epi8(rows[row], _mm256_add_epi8(indices[0], ahead));
-    for (int k = 1; k < places; ++k) {
-      taken = _mm256_or_si256(taken, _mm256_shuffle_epi8(rows[row + k], _mm256_add_epi8(indices[k], ahead)));
+    __m256i taken = _mm256_setzero_si256();
+    for (int k = 0; k < places; ++k) {
+      const __m256i index = c == 0 ? indices[k] : _mm256_add_epi8(indices[k], ahead);
+      taken = _mm256_or_si256(taken, _mm256_shuffle_epi8(rows[row + k], index));
     }
     return taken;
   }
@@ -182,7 +185,7 @@ BISEAM_STEP __m256i sum_across(const SampleJob& job, const Picked& picked, int r
   const int shift = across_shift(job.source);
   __m256i sum = all(1 << (shift - 1));
   for (int c = 0; c * Shape<type>::kTapsAtOnce < taps; ++c) {
-    sum = _mm256_add_epi32(sum, weigh_taps<type>(job.source, picked.taps(row, c), across, c));
+    sum = _mm256_add_epi32(sum, weigh_taps<type>(job.source, picked.taps(row, c), across, c, taps > 2));
   }
   return _mm256_sra_epi32(sum, _mm_cvtsi32_si128(shift));
 }
