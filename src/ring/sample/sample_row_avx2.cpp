@@ -206,11 +206,11 @@ BISEAM_STEP __m256i sum_both(const SampleJob& job, const Picked& picked, __m256i
   alignas(32) int32_t each[kLanes];
   _mm256_store_si256(reinterpret_cast<__m256i*>(each), rows);
   __m256i sum = _mm256_setzero_si256();
-  for (int k = 0; k < down_taps; k += 4) {
-    const TwoPairs down = pairs_of(load_weights(*job.down, each, k));
-    sum = _mm256_add_epi32(sum, _mm256_madd_epi16(two_rows<type>(job, picked, k, across, across_taps), down.first));
-    if (k + 2 == down_taps) break;
-    sum = _mm256_add_epi32(sum, _mm256_madd_epi16(two_rows<type>(job, picked, k + 2, across, across_taps), down.second));
+  TwoPairs down;
+  for (int k = 0; k < down_taps; k += 2) {
+    if (k % 4 == 0) down = pairs_of(load_weights(*job.down, each, k));
+    const __m256i both = two_rows<type>(job, picked, k, across, across_taps);
+    sum = _mm256_add_epi32(sum, _mm256_madd_epi16(both, k % 4 == 0 ? down.first : down.second));
   }
   return sum;
 }
