@@ -268,6 +268,12 @@ BISEAM_STEP __m256i load_halves(const uint8_t* left, const uint8_t* right) {
                            _mm_loadu_si128(reinterpret_cast<const __m128i*>(right)));
 }
 
+// Brings what the row below will want near: a block's rows lie one below the other.  There may be nothing; nothing is read.
+BISEAM_STEP void ask_for_row(const uint8_t* window, std::ptrdiff_t stride, int row) {
+  const uintptr_t at = reinterpret_cast<uintptr_t>(window) + static_cast<uintptr_t>(stride) * static_cast<uintptr_t>(row);
+  _mm_prefetch(reinterpret_cast<const char*>(at), _MM_HINT_T0);
+}
+
 // A lane's bytes of the first chunk, counted from its first tap's sample.
 template <SampleType type>
 BISEAM_STEP __m256i lane_bytes() {
@@ -305,6 +311,7 @@ BISEAM_STEP bool sample_shuffled(const SampleJob& job, Half left, Half right, co
   }
   const uint8_t* left_row = source.first + left.row * source.stride + std::ptrdiff_t{left.column} * unit;
   const uint8_t* right_row = source.first + right.row * source.stride + std::ptrdiff_t{right.column} * unit;
+  ask_for_row(left_row, source.stride, taps + 8);
   for (int k = 0; k < places + taps - 1; ++k) {
     picked.rows[k] = load_halves(left_row + k * source.stride, right_row + k * source.stride);
   }
