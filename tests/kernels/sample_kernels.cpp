@@ -32,7 +32,7 @@ SampleSource make_plane(KernelCall& call, const Case& kind, int width, int heigh
 
 // Sizes from what no window fits in to what holds many.
 SampleSource any_plane(KernelCall& call, const Case& kind) {
-  static constexpr int sizes[] = {1, 2, 3, 5, 8, 15, 16, 17, 31, 33, 90, 200};
+  static constexpr int sizes[] = {1, 2, 5, 8, 16, 31, 33, 33, 40, 40, 90, 200};
   return make_plane(call, kind, sizes[call.number(0, 11)], sizes[call.number(0, 11)]);
 }
 
@@ -50,17 +50,39 @@ Step any_step(KernelCall& call, double longest) {
   return {length * std::cos(angle), length * std::sin(angle)};
 }
 
-// From anywhere in the picture or a little outside, in any direction, turning now and then, with a bend.
+// From anywhere in the picture or a little outside, in any direction, turning now and then, with a bend.  Every second row of
+// positions meets an edge where a vector of them ends.
 void draw_smooth(KernelCall& call, const SampleSource& source, double longest, int32_t* x, int32_t* y, int count) {
   double at_x = call.real(-5.0f, static_cast<float>(source.width + 5));
   double at_y = call.real(-5.0f, static_cast<float>(source.height + 5));
   Step step = any_step(call, longest);
+  if (call.number(0, 1) == 0) {
+    const int end = call.number(0, 2) == 0 ? 7 : 15, axis = call.number(0, 3) / 3;
+    const int edge = (call.number(0, 1) == 0 ? 0 : axis == 0 ? source.width : source.height) + call.number(-4, 2);
+    (axis == 0 ? at_x : at_y) = edge + call.real(0.0f, 1.0f) - end * (axis == 0 ? step.x : step.y);
+  }
   const Step bend{call.real(-0.02f, 0.02f), call.real(-0.02f, 0.02f)};
+  const int turns = call.number(0, 1);
   for (int i = 0; i < count; ++i) {
     x[i] = to_fixed(at_x), y[i] = to_fixed(at_y);
     at_x += step.x, at_y += step.y;
+    if (turns == 0) continue;
     step = {step.x + bend.x, step.y + bend.y};
     if (call.number(0, 30) == 0) step = {-step.x, call.number(0, 1) == 0 ? step.y : -step.y};
+  }
+}
+
+// Anywhere where all taps lie in the picture, often in its first or its last corner, seldom one sample outside.
+void draw_scattered(KernelCall& call, const SampleSource& source, const AxisWeights& axis, int32_t* x, int32_t* y, int count) {
+  const int room[] = {std::max(0, source.width - axis.taps), std::max(0, source.height - axis.taps)};
+  const int rarity = call.number(20, 200);
+  for (int i = 0; i < count; ++i) {
+    const int corner = call.number(0, 5);
+    for (int k = 0; k < 2; ++k) {
+      int first = corner == 0 ? 0 : corner == 1 ? room[k] : call.number(0, room[k]);
+      if (call.number(0, rarity) == 0) first += call.number(-1, 1);
+      (k == 0 ? x : y)[i] = to_fixed(first + axis.before + call.real(0.0f, 0.99f));
+    }
   }
 }
 
@@ -106,6 +128,16 @@ void call_odd(KernelCall& call, SampleRow* sample) {
   const std::size_t count = static_cast<std::size_t>(call.size());
   int32_t *x = call.input<int32_t>(count, 0, 0), *y = call.input<int32_t>(count, 0, 0);
   draw_odd(call, source, x, y, call.size());
+  run(call, {source, &weights, &weights, kind.output}, x, y, sample);
+}
+
+template <Case kind>
+void call_scattered(KernelCall& call, SampleRow* sample) {
+  const SampleSource source = any_plane(call, kind);
+  const AxisWeights& weights = axis_weights(kind.quality, 0);
+  const std::size_t count = static_cast<std::size_t>(call.size());
+  int32_t *x = call.input<int32_t>(count, 0, 0), *y = call.input<int32_t>(count, 0, 0);
+  draw_scattered(call, source, weights, x, y, call.size());
   run(call, {source, &weights, &weights, kind.output}, x, y, sample);
 }
 
@@ -186,15 +218,26 @@ void call_reduced(KernelCall& call, SampleRow* sample) {
 
 constexpr double kLensSamples = static_cast<double>(kRows) * kBlock * static_cast<double>(std::size(kLooks));
 
+// What a block's rows have: up to 64.
+std::vector<int> row_sizes() {
+  std::vector<int> sizes;
+  for (int i = 0; i <= 17; ++i) sizes.push_back(i);
+  for (const int size : {31, 32, 33, 48, 63, 64, 65}) sizes.push_back(size);
+  return sizes;
+}
+
 template <Case kind>
 void add_type(std::vector<Kernel>& kernels, const std::string& name) {
   kernels.push_back(
       make_kernel("sample " + name + ", lens", kSampleRow, call_lens<kind>, 1920, kLensSamples / 1920, {64, 200}));
-  kernels.push_back(make_kernel("sample " + name + ", smooth", kSampleRow, call_smooth<kind>, 64));
-  kernels.push_back(make_kernel("sample " + name + ", odd", kSampleRow, call_odd<kind>, 64));
+  const auto add = [&](const std::string& kind_of_row, void (*call)(KernelCall&, SampleRow*)) {
+    kernels.push_back(make_kernel("sample " + name + kind_of_row, kSampleRow, call, 64, 1, row_sizes()));
+  };
+  add(", smooth", call_smooth<kind>);
+  add(", scattered", call_scattered<kind>);
+  add(", odd", call_odd<kind>);
   constexpr Case fine{kind.type, kind.quality, kind.bits, SampleOutput::fine};
-  kernels.push_back(make_kernel("sample " + name + ", fine, smooth", kSampleRow, call_smooth<fine>, 64));
-  kernels.push_back(make_kernel("sample " + name + ", fine, odd", kSampleRow, call_odd<fine>, 64));
+  add(", fine, smooth", call_smooth<fine>);
 }
 
 template <Quality quality>
