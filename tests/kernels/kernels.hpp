@@ -12,6 +12,8 @@ std::vector<Kernel> exchange_kernels();
 std::vector<Kernel> format_kernels();
 std::vector<Kernel> remap_kernels();
 std::vector<Kernel> ring_kernels();
+std::vector<Kernel> sample_kernels();
+std::vector<Kernel> strip_kernels();
 std::vector<Kernel> seam_kernels();
 std::vector<Kernel> pyramid_kernels();
 std::vector<Kernel> table_kernels();

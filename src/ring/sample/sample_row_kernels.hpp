@@ -1,0 +1,54 @@
+#pragma once
+
+#include "base/variants.hpp"
+#include "ring/sample/sample_row.hpp"
+
+// The versions behind sample_row.hpp, and what they share.
+namespace biseam {
+
+using SampleRow = void(const SampleJob& job, const int32_t* x, const int32_t* y, void* destination, int count) noexcept;
+
+SampleRow sample_row_scalar, sample_row_neon, sample_row_avx2, sample_row_avx512;
+
+extern const Variants<SampleRow> kSampleRow;
+
+// Both sums are held at 14 bits and a fraction, whatever the depth: the first has kWeightBits + bits, the second kWeightBits
+// + 14.
+inline constexpr int kFineBits = 14;
+
+constexpr int across_shift(const SampleSource& source) { return kWeightBits + source.bits - kFineBits; }
+
+// How the second sum becomes a result: (sum + half) >> shift, in [low, high], << up.
+struct Finish {
+  int32_t half;
+  int shift;
+  int32_t low, high;
+  int up;
+
+  constexpr explicit Finish(const SampleJob& job)
+      : half(0),
+        shift(kWeightBits + (job.output == SampleOutput::fine ? 0 : kFineBits - job.source.bits)),
+        low(job.output == SampleOutput::fine ? INT16_MIN : 0),
+        high(job.output == SampleOutput::fine ? INT16_MAX : (1 << job.source.bits) - 1),
+        up(job.output == SampleOutput::fine ? 0 : job.source.shift) {
+    half = 1 << (shift - 1);
+  }
+
+  constexpr int32_t operator()(int32_t sum) const {
+    const int32_t value = (sum + half) >> shift;
+    return (value < low ? low : value > high ? high : value) << up;
+  }
+};
+
+// A position along an axis: its first tap's sample, and the phase.
+struct AxisPlace {
+  int first, phase;
+};
+
+inline AxisPlace place_on(const AxisWeights& axis, int32_t position) noexcept {
+  const int below = 16 - axis.phase_bits;
+  const auto rounded = static_cast<int32_t>(static_cast<uint32_t>(position) + (1u << (below - 1)));
+  return {(rounded >> 16) - axis.before, (rounded >> below) & (axis.phases() - 1)};
+}
+
+}  // namespace biseam
