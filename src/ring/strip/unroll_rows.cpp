@@ -1,6 +1,6 @@
 #include "ring/strip/unroll_rows.hpp"
 
-#include "base/loop_versions.hpp"
+#include "ring/strip/unroll_kernels.hpp"
 
 namespace biseam::ring {
 
@@ -22,28 +22,26 @@ constexpr SplineTable make_spline_table() {
   return table;
 }
 
-BISEAM_LOOP void unroll(const ReducedPlane& plane, const int32_t* x, const int32_t* y, int16_t* out, int count) noexcept {
-  constexpr int kColumnShift = kSplineBits - 4, kShift = kSplineBits + 4;
+constexpr int32_t rounded(int32_t sum) { return (sum + kSplineOne / 2) >> kSplineBits; }
+
+void unroll(const ReducedPlane& plane, const int32_t* x, const int32_t* y, int16_t* out, int count) noexcept {
   for (int i = 0; i < count; ++i) {
     const int32_t at_x = plane.x.index_of(x[i]), at_y = plane.y.index_of(y[i]);
     const int16_t *across = kSplineTable.weights[at_x & 255], *down = kSplineTable.weights[at_y & 255];
-    // The margins begin kMargin samples before index 0, the spline one before its place.
-    const int16_t* corner = plane.samples + ptrdiff_t{(at_y >> 8) + 1} * plane.stride + ((at_x >> 8) + 1);
-    int32_t sums[4] = {0, 0, 0, 0};
-    for (int row = 0; row < 4; ++row) {
-      for (int column = 0; column < 4; ++column) sums[column] += down[row] * corner[row * plane.stride + column];
-    }
-    int32_t sum = 1 << (kShift - 1);
+    const int16_t* corner = spline_corner(plane, at_x >> 8, at_y >> 8);
+    int32_t sum = 0;
     for (int column = 0; column < 4; ++column) {
-      sum += across[column] * ((sums[column] + (1 << (kColumnShift - 1))) >> kColumnShift);
+      int32_t column_sum = 0;
+      for (int row = 0; row < 4; ++row) column_sum += down[row] * corner[row * plane.stride + column];
+      sum += across[column] * rounded(column_sum);
     }
-    out[i] = static_cast<int16_t>(sum >> kShift);
+    out[i] = static_cast<int16_t>(rounded(sum));
   }
 }
 
 }  // namespace
 
 constinit const SplineTable kSplineTable = make_spline_table();
-constinit const Variants<UnrollRow> kUnrollRow = loop_versions<unroll, UnrollRow>;
+constinit const Variants<UnrollRow> kUnrollRow{unroll, BISEAM_ON_ARM(unroll_neon), BISEAM_ON_X86_64(unroll_avx2)};
 
 }  // namespace biseam::ring

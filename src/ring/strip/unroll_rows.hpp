@@ -24,7 +24,7 @@ struct ReducedPlane {
 
 // Strip samples: the cubic B-spline over 4 x 4 reduced samples round each of count places (Q16 luma pixels).  A spline that
 // smooths, as it changes least with where between the samples a place falls: two lenses that see the same give the same strip.
-// Sums of the four columns are rounded to 1/16 of a fine unit, the result to the nearest fine unit, halves up.
+// The mean of each of the four columns is rounded, then the mean of the four, halves up.
 using UnrollRow = void(const ReducedPlane& plane, const int32_t* x, const int32_t* y, int16_t* out, int count) noexcept;
 
 extern constinit const Variants<UnrollRow> kUnrollRow;
