@@ -23,19 +23,37 @@ void reduce(const StripFrame& frame, int part) {
   }
 }
 
+bool same_places(const Reduction& a, const Reduction& b) {
+  const auto same = [](const ReducedAxis& c, const ReducedAxis& d) {
+    return c.count == d.count && c.origin == d.origin && c.shift == d.shift;
+  };
+  return same(a.x, b.x) && same(a.y, b.y);
+}
+
+// Samples [begin, begin + count) of a lens's strips; planes in pairs where they can be.
+void unroll_lens(const StripFrame& frame, int lens, ptrdiff_t begin, int count) {
+  const StripPlan& plan = *frame.plan;
+  const StripPositions& positions = frame.positions[lens];
+  int16_t* const* const reduced = frame.views->reduced[lens];
+  for (int plane = 0; plane < plan.config.planes;) {
+    const Reduction* reduction = &plan.reductions[lens][plane];
+    const bool pair = plane + 1 < plan.config.planes && same_places(reduction[0], reduction[1]);
+    const ReducedPlanes planes{
+        reduction->x, reduction->y, reduction->stride(), pair ? 2 : 1, {reduced[plane], pair ? reduced[plane + 1] : nullptr}};
+    int16_t* const* const strips = frame.views->strips[lens];
+    int16_t* const out[2] = {strips[plane] + begin, pair ? strips[plane + 1] + begin : nullptr};
+    kUnrollRow.best()(planes, positions.x + begin, positions.y + begin, out, count);
+    plane += planes.count;
+  }
+}
+
 void unroll(const StripFrame& frame, int part) {
   const StripPlan& plan = *frame.plan;
   const StripViews& views = *frame.views;
-  const StripShape shape = plan.config.shape;
-  const ptrdiff_t begin = ptrdiff_t{part} * kUnrolledRows * shape.width;
-  const int count = kUnrolledRows * shape.width;
+  const int count = kUnrolledRows * plan.config.shape.width;
+  const ptrdiff_t begin = ptrdiff_t{part} * count;
+  for (int lens = 0; lens < 2; ++lens) unroll_lens(frame, lens, begin, count);
   for (int plane = 0; plane < plan.config.planes; ++plane) {
-    for (int lens = 0; lens < 2; ++lens) {
-      const Reduction& reduction = plan.reductions[lens][plane];
-      const StripPositions& positions = frame.positions[lens];
-      kUnrollRow.best()({reduction.x, reduction.y, reduction.stride(), views.reduced[lens][plane]}, positions.x + begin,
-                        positions.y + begin, views.strips[lens][plane] + begin, count);
-    }
     const int16_t *strip0 = views.strips[0][plane] + begin, *strip1 = views.strips[1][plane] + begin;
     int16_t* difference = views.difference[plane] + begin;
     for (int i = 0; i < count; ++i) difference[i] = static_cast<int16_t>(strip1[i] - strip0[i]);

@@ -24,18 +24,20 @@ constexpr SplineTable make_spline_table() {
 
 constexpr int32_t rounded(int32_t sum) { return (sum + kSplineOne / 2) >> kSplineBits; }
 
-void unroll(const ReducedPlane& plane, const int32_t* x, const int32_t* y, int16_t* out, int count) noexcept {
+void unroll(const ReducedPlanes& planes, const int32_t* x, const int32_t* y, int16_t* const* out, int count) noexcept {
   for (int i = 0; i < count; ++i) {
-    const int32_t at_x = plane.x.index_of(x[i]), at_y = plane.y.index_of(y[i]);
+    const int32_t at_x = planes.x.index_of(x[i]), at_y = planes.y.index_of(y[i]);
     const int16_t *across = kSplineTable.weights[at_x & 255], *down = kSplineTable.weights[at_y & 255];
-    const int16_t* corner = spline_corner(plane, at_x >> 8, at_y >> 8);
-    int32_t sum = 0;
-    for (int column = 0; column < 4; ++column) {
-      int32_t column_sum = 0;
-      for (int row = 0; row < 4; ++row) column_sum += down[row] * corner[row * plane.stride + column];
-      sum += across[column] * rounded(column_sum);
+    for (int plane = 0; plane < planes.count; ++plane) {
+      const int16_t* corner = spline_corner(planes, plane, at_x >> 8, at_y >> 8);
+      int32_t sum = 0;
+      for (int column = 0; column < 4; ++column) {
+        int32_t column_sum = 0;
+        for (int row = 0; row < 4; ++row) column_sum += down[row] * corner[row * planes.stride + column];
+        sum += across[column] * rounded(column_sum);
+      }
+      out[plane][i] = static_cast<int16_t>(rounded(sum));
     }
-    out[i] = static_cast<int16_t>(rounded(sum));
   }
 }
 

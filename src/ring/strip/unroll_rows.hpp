@@ -15,17 +15,19 @@ struct SplineTable {
 };
 extern const SplineTable kSplineTable;
 
-// A reduced plane.
-struct ReducedPlane {
+// One reduced plane, or two whose samples lie at the same places.
+struct ReducedPlanes {
   ReducedAxis x, y;
-  ptrdiff_t stride;        // samples
-  const int16_t* samples;  // with the margins
+  ptrdiff_t stride;  // samples; a plane holds less than 2^31
+  int count;
+  const int16_t* samples[2];  // with the margins
 };
 
 // Strip samples: the cubic B-spline over 4 x 4 reduced samples round each of count places (Q16 luma pixels).  A spline that
 // smooths, as it changes least with where between the samples a place falls: two lenses that see the same give the same strip.
-// The mean of each of the four columns is rounded, then the mean of the four, halves up.
-using UnrollRow = void(const ReducedPlane& plane, const int32_t* x, const int32_t* y, int16_t* out, int count) noexcept;
+// The mean of each of the four columns is rounded, then the mean of the four, halves up.  out: a row for each plane.
+using UnrollRow = void(const ReducedPlanes& planes, const int32_t* x, const int32_t* y, int16_t* const* out,
+                       int count) noexcept;
 
 extern constinit const Variants<UnrollRow> kUnrollRow;
 
