@@ -22,8 +22,11 @@ BISEAM_LOOP void sum_few_byte_rows(const uint8_t* const* rows, const ReductionKe
   }
   BISEAM_TURNS_APART
   for (int i = 0; i < count; ++i) {
-    uint16_t sum = 0;
-    for (int k = 0; k < taps; ++k) sum = static_cast<uint16_t>(sum + static_cast<uint16_t>(weight[k] * row[k][step * i]));
+    uint16_t sum = taps % 2 != 0 ? row[taps / 2][step * i] : 0;
+    for (int k = 0; k < taps / 2; ++k) {
+      const uint16_t pair = static_cast<uint16_t>(row[k][step * i] + row[taps - 1 - k][step * i]);
+      sum = static_cast<uint16_t>(sum + static_cast<uint16_t>(weight[k] * pair));
+    }
     out[i] = static_cast<int16_t>(static_cast<uint16_t>(sum * scale));
   }
 }

@@ -29,7 +29,7 @@ struct ReducedAxis {
 
 // A plane reduced to about the strip's pitch, where strip samples need it only: in tiles of kTile samples of a row.
 struct Reduction {
-  static constexpr int kTile = 32;
+  static constexpr int kTile = 16;
   static constexpr int kBand = 16;  // rows of a part
 
   ReducedAxis x, y;
