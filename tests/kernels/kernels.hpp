@@ -11,6 +11,7 @@ std::vector<Kernel> blend_kernels();
 std::vector<Kernel> exchange_kernels();
 std::vector<Kernel> format_kernels();
 std::vector<Kernel> remap_kernels();
+std::vector<Kernel> ring_kernels();
 std::vector<Kernel> seam_kernels();
 std::vector<Kernel> pyramid_kernels();
 std::vector<Kernel> table_kernels();
