@@ -93,8 +93,8 @@ void call_seam_states(KernelCall& call, SeamStates* fill) {
   call.run([&] { fill(shape, cost, {low, high, first, last}, out); });
 }
 
-// Sizes are the width of a level.
-StripShape level_of(const KernelCall& call) { return {16, std::max(3, call.size())}; }
+// Sizes are the width of a level, as far as strips have it.
+StripShape level_of(const KernelCall& call) { return {16, std::clamp(call.size(), 3, kMaxStripWidth)}; }
 
 void call_reduce_level(KernelCall& call, ReduceLevel* reduce) {
   const StripShape shape = level_of(call);
