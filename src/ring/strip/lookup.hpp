@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+
+#include "base/variants.hpp"
+#include "ring/strip/shape.hpp"
+
+namespace biseam::ring {
+
+// What a frame reads from the strips, for count places of a panorama row: t and b in strip samples, Q16, sample (0, 0) at (0,
+// 0). t is circular, in [-length, 2 length); b is held within the strip.
+
+// Corrections between samples: linear either way, at 256 places, rounded once, halves up.
+using LookUpCorrections = void(const int16_t* corrections, StripShape shape, const int32_t* t, const int32_t* b, int16_t* out,
+                               int count) noexcept;
+
+// The path of the seam as frames read it: length + 1 rows, Q16; the last is the first.
+// Of this length across the seam (Q16 strip samples, in [2^12, 2^20]) weights run from 0 to kWeightOne.
+struct SeamRamp {
+  const int32_t* path;
+  int length;
+  int32_t across;
+};
+
+// Weights of lens 1, 0 to 256: linear across the path, which is linear between its samples.
+using LookUpWeights = void(const SeamRamp& ramp, const int32_t* t, const int32_t* b, int16_t* out, int count) noexcept;
+
+extern constinit const Variants<LookUpCorrections> kLookUpCorrections;
+extern constinit const Variants<LookUpWeights> kLookUpWeights;
+
+}  // namespace biseam::ring

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+
+#include "ring/strip/picture.hpp"
+#include "ring/strip/seam_cost.hpp"
+#include "ring/strip/strip_memory.hpp"
+
+namespace biseam::ring {
+
+enum class SeamMode { search, middle };
+
+struct SeamSettings {
+  SeamMode mode;
+  SeamPull pull;
+  const int32_t* last_path;  // length rows, Q16, null for none; may be the views' own path
+};
+
+// A frame's strips: what they are made from and where they go.  Nothing is owned.
+struct StripFrame {
+  const StripPlan* plan;
+  const StripViews* views;
+  StripPositions positions[2];
+  PlaneSamples pictures[2][kMaxPlanes];
+  SampleFormat format;
+  SeamSettings seam;
+};
+
+// The steps of a frame, in order; every part of one ends before the next begins.  Parts of a step may run at the same time and
+// in any order: the result is the same.
+enum class StripStep : int {
+  reduce,  // rims of the pictures, to about the strips' pitch
+  unroll,  // strips and their differences
+  seam,    // part 0: path and weights; the others: pyramids of the differences
+  blend,   // corrections
+};
+inline constexpr StripStep kStripSteps[] = {StripStep::reduce, StripStep::unroll, StripStep::seam, StripStep::blend};
+
+int strip_parts(const StripPlan& plan, StripStep step) noexcept;
+void run_strip_part(const StripFrame& frame, StripStep step, int part) noexcept;
+
+// All of it on the calling thread.
+void run_strips(const StripFrame& frame) noexcept;
+
+}  // namespace biseam::ring
