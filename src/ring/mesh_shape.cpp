@@ -6,6 +6,9 @@ namespace biseam::ring {
 
 namespace {
 
+// Half pixels past a panorama for which there are nodes too: coarse grids go on past its last block.
+constexpr int kPastTheEnd = 16;
+
 constexpr double kWidestSpacing = 6 * kDegree;  // three of them stay below kBeyondFov
 constexpr double kLargestStep = 200;            // pixels of a lens between two nodes; the integer cubics hold 256
 // Cubics through nodes h radians apart err by kErrorFactor * r(a) / sin(a)^4 * h^4 pixels beyond 90 degrees from the axis, as
@@ -49,8 +52,8 @@ MeshShape mesh_shape(const Camera& camera, int width, int height) noexcept {
   shape.width = width;
   shape.height = height;
   shape.spacing_bits = bits;
-  shape.columns = ((2 * width - 1) >> bits) + 4;
-  shape.rows = ((2 * height - 1) >> bits) + 4;
+  shape.columns = ((2 * width + kPastTheEnd) >> bits) + 4;
+  shape.rows = ((2 * height + kPastTheEnd) >> bits) + 4;
   return shape;
 }
 

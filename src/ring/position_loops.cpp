@@ -14,8 +14,8 @@ namespace biseam::ring {
 
 namespace {
 
-// Half-pixel nodes have this many columns in a block.
-constexpr int kMostColumns = 2 * kBlockWidth + 3;
+// Half-pixel nodes have this many columns in a block and one sample more, which coarse grids go on for.
+constexpr int kMostColumns = 2 * kBlockWidth + 6;
 
 // A + u (B + u (C + u D)) with u in units of 2^-bits.  B and C are kept times 2^bits, with the half that rounds the product
 // added to them.

@@ -53,9 +53,14 @@ void lens_positions(const Mesh& mesh, int lens, const Block& block, const PlaneG
   kInterpolateNodes.best()(window, y.values);
 }
 
-void ring_positions(const Mesh& mesh, const Block& block, const PlaneGrid& panorama, BlockValues& t, BlockValues& b) noexcept {
+void ring_positions(const Mesh& mesh, const Block& block, const PlaneGrid& panorama, const CoarseGrid& coarse, BlockValues& t,
+                    BlockValues& b) noexcept {
   const std::ptrdiff_t first = first_node(mesh.shape, block, panorama);
   NodeWindow window = window_of(mesh.shape, block, panorama);
+  window.across.step <<= coarse.spacing_bits;
+  window.across.count = coarse.columns;
+  window.down.step <<= coarse.spacing_bits;
+  window.down.count = coarse.rows;
   window.nodes = mesh.b.values + first;
   kInterpolateNodes.best()(window, b.values);
   window.nodes = mesh.t.values + first;

@@ -30,8 +30,15 @@ struct BlockValues {
 void lens_positions(const Mesh& mesh, int lens, const Block& block, const PlaneGrid& panorama, const PlaneGrid& picture,
                     BlockValues& x, BlockValues& y) noexcept;
 
+// A coarser grid over a plane's samples: every 2^spacing_bits-th one from the block's first, in so many columns and rows, which
+// may go on for 8 samples past the block.
+struct CoarseGrid {
+  int spacing_bits, columns, rows;
+};
+
 // Angles on the ring, see mesh.hpp; t modulo a full turn, from -2^25 to 2^25.  Good within 45 degrees of the plane between the
 // lenses; near their axes t means nothing.
-void ring_positions(const Mesh& mesh, const Block& block, const PlaneGrid& panorama, BlockValues& t, BlockValues& b) noexcept;
+void ring_positions(const Mesh& mesh, const Block& block, const PlaneGrid& panorama, const CoarseGrid& coarse, BlockValues& t,
+                    BlockValues& b) noexcept;
 
 }  // namespace biseam::ring

@@ -83,7 +83,7 @@ double lens_error(const OwnMesh& mesh, const Camera& camera, const View& view, i
 
 void add_ring_error(const OwnMesh& mesh, const View& view, const Block& block, Worst& worst) {
   BlockValues t, b;
-  ring_positions(*mesh, block, kLuma, t, b);
+  ring_positions(*mesh, block, kLuma, {0, block.width, block.height}, t, b);
   for (int j = 0; j < block.height; ++j) {
     for (int i = 0; i < block.width; ++i) {
       const RingPlace exact = reference_ring(reference_direction(view, block.x + i, block.y + j));
@@ -225,7 +225,7 @@ TEST(Positions, HaveTheSameBitsOnEveryHost) {
         const Block block{x, y, std::min(kBlockWidth, 1922 - x), std::min(kBlockHeight, 962 - y)};
         BlockValues values[4];
         lens_positions(*mesh, 0, block, grid, kLeft420, values[0], values[1]);
-        ring_positions(*mesh, block, grid, values[2], values[3]);
+        ring_positions(*mesh, block, grid, {0, block.width >> grid.bits_x, block.height >> grid.bits_y}, values[2], values[3]);
         for (const BlockValues& v : values) {
           for (int j = 0; j < block.height >> grid.bits_y; ++j) {
             for (int i = 0; i < block.width >> grid.bits_x; ++i) hash.add(v.values[j * kBlockWidth + i]);

@@ -1,0 +1,167 @@
+/* Panoramas of real cameras: two fisheye pictures become one equirectangular panorama, each sample taken once from the lens
+ * that sees it, joined in the ring of directions that both lenses see.
+ *
+ *   BiseamCamera camera = biseam_camera_of(1920, 1920, 195);
+ *   BiseamPanoramaOptions options = biseam_panorama_defaults();
+ *   ... fill in what is known of both ...
+ *   BiseamError error;
+ *   BiseamPanorama *panorama = biseam_panorama_open(&camera, &options, &error);
+ *   if (panorama == NULL) return fputs(error.text, stderr);
+ *   for (every frame) biseam_panorama_stitch(panorama, fisheyes, &picture, NULL, &error);
+ *   biseam_panorama_close(panorama);
+ *
+ * Every record begins with its size, which the functions named _defaults fill in: a library that knows more fields than a
+ * program was built with takes their defaults.  Nothing is printed.  There is no state outside the handle; one handle is used
+ * by one thread at a time, different handles by any number. */
+#ifndef BISEAM_PANORAMA_H
+#define BISEAM_PANORAMA_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "biseam/export.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* What went wrong, in one line without a newline that names field, value and rule. */
+typedef enum BiseamErrorCode {
+  BISEAM_OK = 0,
+  BISEAM_INVALID_CAMERA,  /* a field of BiseamCamera breaks a rule, or the lenses don't overlap all round */
+  BISEAM_INVALID_OPTIONS, /* a field of BiseamPanoramaOptions or BiseamFrame breaks a rule */
+  BISEAM_INVALID_PICTURE, /* a picture has not the size or format that the handle was opened for, or lacks a plane */
+  BISEAM_NO_MEMORY
+} BiseamErrorCode;
+
+typedef struct BiseamError {
+  int32_t code;
+  char text[256];
+} BiseamError;
+
+/* Formats of pictures.  All planes are full range or limited range as they come: values are never rescaled.  Samples of more
+ * than 8 bits are 16-bit words of the host's byte order. */
+typedef enum BiseamFormat {
+  BISEAM_NV12 = 1, /* luma; interleaved Cb, Cr pairs of half width and height */
+  BISEAM_NV21,     /* the same with Cr first */
+  BISEAM_NV16,     /* pairs of half width */
+  BISEAM_NV24,     /* pairs of full size */
+  BISEAM_I420,     /* three planes: luma, Cb and Cr of half width and height */
+  BISEAM_I422,
+  BISEAM_I444,
+  BISEAM_GRAY, /* luma alone */
+  BISEAM_GBR,  /* three full planes of anything; the first one, green, is taken for the brightness */
+  BISEAM_P010, /* as NV12, 10 bits in the upper bits of 16 */
+  BISEAM_P012,
+  BISEAM_P210,    /* as NV16 */
+  BISEAM_I420P10, /* as I420, 10 bits in the lower bits of 16 */
+  BISEAM_I422P10,
+  BISEAM_I444P10,
+  BISEAM_GBRP10,
+  BISEAM_I420P12,
+  BISEAM_I422P12,
+  BISEAM_I444P12,
+  BISEAM_GBRP12
+} BiseamFormat;
+
+/* Where a chroma sample of subsampled formats lies among its luma samples. */
+typedef enum BiseamSiting {
+  BISEAM_SITING_LEFT = 0, /* on the left column, between the rows: H.264 and H.265 unless tagged otherwise */
+  BISEAM_SITING_MIDDLE,   /* in the middle of them: JPEG */
+  BISEAM_SITING_TOP_LEFT  /* on the left column and upper row */
+} BiseamSiting;
+
+/* A picture in the caller's memory; fisheye pictures are only read.  A negative stride goes upwards from the plane's pointer,
+ * which is always that of the first row's first sample.  Chroma planes of odd sizes have their last row and column. */
+typedef struct BiseamPicture {
+  uint32_t size;
+  int32_t format; /* BiseamFormat */
+  int32_t width, height;
+  int32_t siting; /* BiseamSiting */
+  void *planes[3];
+  ptrdiff_t strides[3]; /* bytes from row to row */
+} BiseamPicture;
+
+/* Degrees.  What looks forward is rolled clockwise, then pitched up, then yawed to the right. */
+typedef struct BiseamTurn {
+  double yaw, pitch, roll;
+} BiseamTurn;
+
+/* One lens.  A ray at the angle a from the optical axis, in radians, falls p (a + k1 a^3 + k2 a^5 + k3 a^7) pixels from the
+ * centre. */
+typedef struct BiseamLens {
+  int32_t width, height; /* of the recorded picture, pixels */
+  int32_t mount;         /* degrees by which the recorded picture is turned clockwise: 0, 90, 180, 270 */
+  double cx, cy;         /* where the optical axis meets the recorded picture, pixels; an integer is a pixel's middle */
+  double p;              /* pixels per radian at the axis */
+  double k[3];           /* k1, k2, k3 */
+  double fov;            /* degrees across the image circle: what lies beyond fov / 2 is not looked at */
+  BiseamTurn turn;       /* by how much it really points away from its ideal axis, in its own frame */
+} BiseamLens;
+
+/* A camera: lens 1 looks at the panorama's middle, lens 0 the other way. */
+typedef struct BiseamCamera {
+  uint32_t size;
+  BiseamLens lens[2];
+} BiseamCamera;
+
+typedef enum BiseamQuality {
+  BISEAM_QUALITY_FAST = 0, /* bilinear */
+  BISEAM_QUALITY_GOOD,     /* 4 x 4 samples */
+  BISEAM_QUALITY_BEST      /* 6 x 6 samples */
+} BiseamQuality;
+
+typedef enum BiseamSeam {
+  BISEAM_SEAM_SEARCH = 0, /* where the lenses differ least, in every frame */
+  BISEAM_SEAM_MIDDLE      /* half way between the lenses */
+} BiseamSeam;
+
+typedef struct BiseamPanoramaOptions {
+  uint32_t size;
+  int32_t width, height; /* of the panorama, pixels: even, 64 x 32 to 16384 x 8192 */
+  int32_t format;        /* BiseamFormat of fisheye pictures and panorama */
+  int32_t quality;       /* BiseamQuality */
+  int32_t seam;          /* BiseamSeam */
+  int32_t threads;       /* that share a frame, the caller's own included: 1 to 64; 0: one for each processor */
+} BiseamPanoramaOptions;
+
+/* What is new with every frame. */
+typedef struct BiseamFrame {
+  uint32_t size;
+  BiseamTurn turn; /* where the panorama's middle looks */
+} BiseamFrame;
+
+typedef struct BiseamPanorama BiseamPanorama;
+
+/* Records with every default filled in: a panorama of 3840 x 1920 in NV12, good, with a searched seam, on all processors; pictures
+ * without size and planes; a view that is not turned. */
+BISEAM_API BiseamPanoramaOptions biseam_panorama_defaults(void);
+BISEAM_API BiseamPicture biseam_picture_defaults(void);
+BISEAM_API BiseamFrame biseam_frame_defaults(void);
+
+/* A camera of which nothing is known but the size of its pictures and the angle of view of its lenses, degrees: image circles
+ * that just fit into the pictures' middle, equidistant lenses exactly back to back. */
+BISEAM_API BiseamCamera biseam_camera_of(int32_t width, int32_t height, double fov);
+
+/* Opens an engine: checks the camera and the options, takes all memory that frames will need and starts the threads.  NULL: error
+ * says what was wrong.  error may be NULL, here and below. */
+BISEAM_API BiseamPanorama *biseam_panorama_open(const BiseamCamera *camera, const BiseamPanoramaOptions *options,
+                                                BiseamError *error);
+
+/* Stitches one frame.  fisheyes: lens 0's picture and lens 1's, of the camera's size; panorama: of the options' size, apart from
+ * both; all of the options' format; both fisheyes have one siting.  frame: NULL for the defaults.  Returns error's code.  The
+ * panorama is written whole or, after an error, not at all.  Asks nothing of the heap. */
+BISEAM_API int32_t biseam_panorama_stitch(BiseamPanorama *panorama, const BiseamPicture fisheyes[2],
+                                          const BiseamPicture *picture, const BiseamFrame *frame, BiseamError *error);
+
+/* Bytes that the handle holds. */
+BISEAM_API size_t biseam_panorama_memory(const BiseamPanorama *panorama);
+
+/* NULL is allowed. */
+BISEAM_API void biseam_panorama_close(BiseamPanorama *panorama);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

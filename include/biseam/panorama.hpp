@@ -1,0 +1,66 @@
+// biseam/panorama.h for C++20: the same functions and records with an owner, and no exceptions.
+//
+//   auto panorama = biseam::Panorama::open(biseam::camera_of(1920, 1920, 195), biseam::panorama_defaults());
+//   if (!panorama) return std::fputs(panorama.error().text, stderr);
+//   if (biseam::PanoramaError error = panorama.stitch(fisheyes, picture)) return std::fputs(error.text, stderr);
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+#include "biseam/panorama.h"
+
+namespace biseam {
+
+// One line that names field, value and rule.  True when there is an error.
+struct [[nodiscard]] PanoramaError : BiseamError {
+  PanoramaError() : BiseamError{BISEAM_OK, ""} {}
+  explicit operator bool() const { return code != BISEAM_OK; }
+};
+
+inline BiseamCamera camera_of(std::int32_t width, std::int32_t height, double fov) {
+  return biseam_camera_of(width, height, fov);
+}
+inline BiseamPanoramaOptions panorama_defaults() { return biseam_panorama_defaults(); }
+inline BiseamPicture picture_defaults() { return biseam_picture_defaults(); }
+inline BiseamFrame frame_defaults() { return biseam_frame_defaults(); }
+
+// An engine, or why there is none.
+class Panorama {
+ public:
+  static Panorama open(const BiseamCamera& camera, const BiseamPanoramaOptions& options) {
+    Panorama made;
+    made.handle_ = biseam_panorama_open(&camera, &options, &made.error_);
+    return made;
+  }
+
+  Panorama() = default;
+  Panorama(Panorama&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)), error_(other.error_) {}
+  Panorama& operator=(Panorama&& other) noexcept {
+    std::swap(handle_, other.handle_);
+    std::swap(error_, other.error_);
+    return *this;
+  }
+  ~Panorama() { biseam_panorama_close(handle_); }
+
+  explicit operator bool() const { return handle_ != nullptr; }
+  const PanoramaError& error() const { return error_; }
+
+  // See biseam_panorama_stitch.
+  PanoramaError stitch(const BiseamPicture (&fisheyes)[2], const BiseamPicture& panorama,
+                       const BiseamFrame& frame = frame_defaults()) {
+    PanoramaError error;
+    biseam_panorama_stitch(handle_, fisheyes, &panorama, &frame, &error);
+    return error;
+  }
+
+  std::size_t memory() const { return biseam_panorama_memory(handle_); }
+  BiseamPanorama* get() const { return handle_; }
+
+ private:
+  BiseamPanorama* handle_ = nullptr;
+  PanoramaError error_;
+};
+
+}  // namespace biseam

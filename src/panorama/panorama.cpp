@@ -1,0 +1,200 @@
+// The exported functions of biseam/panorama.h.
+#include "biseam/panorama.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <new>
+
+#include "camera/rules.hpp"
+#include "panorama/picture_rules.hpp"
+#include "panorama/records.hpp"
+#include "ring/engine.hpp"
+#include "ring/pool.hpp"
+
+struct BiseamPanorama {
+  biseam::Camera camera;
+  BiseamPanoramaOptions options;
+  biseam::ring::Engine* engine;
+};
+
+namespace {
+
+using biseam::read_record;
+using biseam::report;
+
+constexpr BiseamErrorCode kInvalidOptions = BISEAM_INVALID_OPTIONS;
+
+biseam::Turn turn_of(const BiseamTurn& turn) { return {turn.yaw, turn.pitch, turn.roll}; }
+
+biseam::Lens lens_of(const BiseamLens& lens) {
+  return {.width = lens.width,
+          .height = lens.height,
+          .cx = lens.cx,
+          .cy = lens.cy,
+          .p = lens.p,
+          .k = {lens.k[0], lens.k[1], lens.k[2]},
+          .fov = lens.fov,
+          .mount = lens.mount,
+          .turn = turn_of(lens.turn)};
+}
+
+int32_t check_side(BiseamError* error, const char* field, int32_t value, int32_t least, int32_t most) {
+  if (value >= least && value <= most && value % 2 == 0) return BISEAM_OK;
+  return report(error, kInvalidOptions, "%s is %d: must be even, from %d to %d", field, value, least, most);
+}
+
+int32_t check_range(BiseamError* error, const char* field, int32_t value, int32_t least, int32_t most) {
+  if (value >= least && value <= most) return BISEAM_OK;
+  return report(error, kInvalidOptions, "%s is %d: must be from %d to %d", field, value, least, most);
+}
+
+int32_t check_options(const BiseamPanoramaOptions& options, BiseamError* error) {
+  if (const int32_t code = check_side(error, "width", options.width, 64, 16384)) return code;
+  if (const int32_t code = check_side(error, "height", options.height, 32, 8192)) return code;
+  if (const int32_t code = check_range(error, "format", options.format, BISEAM_NV12, BISEAM_GBRP12)) return code;
+  if (const int32_t code = check_range(error, "quality", options.quality, BISEAM_QUALITY_FAST, BISEAM_QUALITY_BEST))
+    return code;
+  if (const int32_t code = check_range(error, "seam", options.seam, BISEAM_SEAM_SEARCH, BISEAM_SEAM_MIDDLE)) return code;
+  return check_range(error, "threads", options.threads, 0, biseam::ring::kMostThreads);
+}
+
+// A view may be turned any number of times; NaN and infinity are none.
+int32_t check_turn(BiseamError* error, const char* field, double degrees) {
+  constexpr double kMost = 1e6;
+  if (degrees >= -kMost && degrees <= kMost) return BISEAM_OK;
+  return report(error, kInvalidOptions, "turn.%s is %g: must be from %g to %g degrees", field, degrees, -kMost, kMost);
+}
+
+int32_t check_frame(const BiseamFrame* given, BiseamFrame& frame, BiseamError* error) {
+  frame = biseam_frame_defaults();
+  if (given == nullptr) return BISEAM_OK;
+  if (!read_record(given, biseam_frame_defaults(), sizeof(BiseamFrame), frame)) {
+    return report(error, kInvalidOptions, "frame.size is %u: must be %zu, as biseam_frame_defaults gives it", given->size,
+                  sizeof(BiseamFrame));
+  }
+  if (const int32_t code = check_turn(error, "yaw", frame.turn.yaw)) return code;
+  if (const int32_t code = check_turn(error, "pitch", frame.turn.pitch)) return code;
+  return check_turn(error, "roll", frame.turn.roll);
+}
+
+int processors() {
+  const long count = sysconf(_SC_NPROCESSORS_ONLN);
+  return count < 1 ? 1 : count > biseam::ring::kMostThreads ? biseam::ring::kMostThreads : static_cast<int>(count);
+}
+
+biseam::ring::EngineConfig engine_config(const biseam::Camera& camera, const BiseamPanoramaOptions& options) {
+  return {.camera = camera,
+          .width = options.width,
+          .height = options.height,
+          .format = options.format,
+          .quality = static_cast<biseam::Quality>(options.quality),
+          .seam = static_cast<biseam::ring::SeamMode>(options.seam),
+          .threads = options.threads == 0 ? processors() : options.threads};
+}
+
+}  // namespace
+
+BiseamPanoramaOptions biseam_panorama_defaults(void) {
+  return {.size = sizeof(BiseamPanoramaOptions),
+          .width = 3840,
+          .height = 1920,
+          .format = BISEAM_NV12,
+          .quality = BISEAM_QUALITY_GOOD,
+          .seam = BISEAM_SEAM_SEARCH,
+          .threads = 0};
+}
+
+BiseamPicture biseam_picture_defaults(void) {
+  return {.size = sizeof(BiseamPicture),
+          .format = BISEAM_NV12,
+          .width = 0,
+          .height = 0,
+          .siting = BISEAM_SITING_LEFT,
+          .planes = {},
+          .strides = {}};
+}
+
+BiseamFrame biseam_frame_defaults(void) { return {.size = sizeof(BiseamFrame), .turn = {0, 0, 0}}; }
+
+BiseamCamera biseam_camera_of(int32_t width, int32_t height, double fov) {
+  const biseam::Lens lens = biseam::usual_lens(width, height, fov);
+  const BiseamLens usual = {.width = width,
+                            .height = height,
+                            .mount = 0,
+                            .cx = lens.cx,
+                            .cy = lens.cy,
+                            .p = lens.p,
+                            .k = {0, 0, 0},
+                            .fov = fov,
+                            .turn = {0, 0, 0}};
+  return {.size = sizeof(BiseamCamera), .lens = {usual, usual}};
+}
+
+BiseamPanorama* biseam_panorama_open(const BiseamCamera* camera, const BiseamPanoramaOptions* options, BiseamError* error) {
+  BiseamCamera given;
+  if (!read_record(camera, biseam_camera_of(2, 2, biseam::kUsualFov), sizeof(BiseamCamera), given)) {
+    report(error, BISEAM_INVALID_CAMERA, "camera.size is %u: must be %zu, as biseam_camera_of gives it",
+           camera == nullptr ? 0 : camera->size, sizeof(BiseamCamera));
+    return nullptr;
+  }
+  BiseamPanoramaOptions chosen;
+  if (!read_record(options, biseam_panorama_defaults(), sizeof(BiseamPanoramaOptions), chosen)) {
+    report(error, kInvalidOptions, "options.size is %u: must be %zu, as biseam_panorama_defaults gives it",
+           options == nullptr ? 0 : options->size, sizeof(BiseamPanoramaOptions));
+    return nullptr;
+  }
+  const biseam::Camera checked{.lens = {lens_of(given.lens[0]), lens_of(given.lens[1])}};
+  if (const biseam::CameraError wrong = biseam::check_camera(checked)) {
+    report(error, BISEAM_INVALID_CAMERA, "%s", wrong.text);
+    return nullptr;
+  }
+  if (check_options(chosen, error) != BISEAM_OK) return nullptr;
+  auto* const made = static_cast<BiseamPanorama*>(std::malloc(sizeof(BiseamPanorama)));
+  if (made != nullptr) {
+    *made = {checked, chosen, biseam::ring::open_engine(engine_config(checked, chosen))};
+    if (made->engine != nullptr) {
+      report(error, BISEAM_OK, "%s", "");
+      return made;
+    }
+  }
+  std::free(made);
+  report(error, BISEAM_NO_MEMORY, "memory is short for a panorama of %d x %d", chosen.width, chosen.height);
+  return nullptr;
+}
+
+int32_t biseam_panorama_stitch(BiseamPanorama* panorama, const BiseamPicture fisheyes[2], const BiseamPicture* picture,
+                               const BiseamFrame* frame, BiseamError* error) {
+  const BiseamPanoramaOptions& options = panorama->options;
+  biseam::ring::PicturePlanes planes[2], to;
+  constexpr const char* kNames[] = {"fisheyes[0]", "fisheyes[1]"};
+  for (int k = 0; k < 2; ++k) {
+    const biseam::Lens& lens = panorama->camera.lens[k];
+    if (const int32_t code = biseam::check_picture(fisheyes == nullptr ? nullptr : &fisheyes[k], kNames[k], options.format,
+                                                   lens.width, lens.height, planes[k], error)) {
+      return code;
+    }
+  }
+  if (planes[0].siting != planes[1].siting) {
+    return report(error, BISEAM_INVALID_PICTURE, "fisheyes[1].siting is %d: must be that of fisheyes[0], %d", planes[1].siting,
+                  planes[0].siting);
+  }
+  if (const int32_t code =
+          biseam::check_picture(picture, "panorama", options.format, options.width, options.height, to, error)) {
+    return code;
+  }
+  BiseamFrame checked;
+  if (const int32_t code = check_frame(frame, checked, error)) return code;
+  biseam::ring::stitch(*panorama->engine, planes, to, turn_of(checked.turn));
+  return report(error, BISEAM_OK, "%s", "");
+}
+
+size_t biseam_panorama_memory(const BiseamPanorama* panorama) {
+  return sizeof(BiseamPanorama) + biseam::ring::engine_bytes(*panorama->engine);
+}
+
+void biseam_panorama_close(BiseamPanorama* panorama) {
+  if (panorama == nullptr) return;
+  biseam::ring::close_engine(panorama->engine);
+  std::free(panorama);
+}

@@ -1,0 +1,89 @@
+#include "ring/anchors.hpp"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "base/loop_versions.hpp"
+#include "ring/ring_rows.hpp"
+
+namespace biseam::ring {
+
+namespace {
+
+constexpr int32_t kFarthestFromSeam = 1 << 24;
+
+int32_t distance_from_seam(const SeamRamp& ramp, int32_t t, int32_t b) noexcept {
+  const int32_t row = t >> 16;
+  const int64_t rise = int64_t{ramp.path[row + 1] - ramp.path[row]} * (t & 0xffff);
+  const int32_t distance = b - (ramp.path[row] + static_cast<int32_t>(rise >> 16));
+  return std::clamp(distance, -kFarthestFromSeam, kFarthestFromSeam);
+}
+
+// Four places of anchors; the last one's own value is the next row's first.
+BISEAM_LOOP void fill_row(const int32_t* anchors, int32_t* out, int count) noexcept {
+  for (ptrdiff_t i = 0; i < count; ++i) {
+    const int32_t here = anchors[i], step = anchors[i + 1] - here;
+    out[4 * i] = 4 * here;
+    out[4 * i + 1] = 4 * here + step;
+    out[4 * i + 2] = 4 * here + 2 * step;
+    out[4 * i + 3] = 4 * here + 3 * step;
+  }
+}
+
+BISEAM_LOOP void mix_rows(const int32_t* upper, const int32_t* lower, int below, int32_t* out, int count) noexcept {
+  BISEAM_TURNS_APART
+  for (ptrdiff_t i = 0; i < count; ++i) out[i] = (upper[i] * (kAnchorSpacing - below) + lower[i] * below + 8) >> 4;
+}
+
+// Distances in 1/4096 of a sample; a product of one within the ramp and the slope is at most 2^28.
+BISEAM_LOOP void weigh(const int32_t* distances, int32_t ramp, int16_t* weights, int count) noexcept {
+  const int32_t across = ramp >> 4, slope = ((1 << 28) + across / 2) / across;
+  BISEAM_TURNS_APART
+  for (ptrdiff_t i = 0; i < count; ++i) {
+    const int32_t distance = (distances[i] + (ramp >> 1)) >> 4;
+    const int32_t within = distance < 0 ? 0 : distance > across ? across : distance;
+    weights[i] = static_cast<int16_t>((within * slope + (1 << 19)) >> 20);
+  }
+}
+
+}  // namespace
+
+constinit const Variants<FillAnchorRow> kFillAnchorRow = loop_versions<fill_row, FillAnchorRow>;
+constinit const Variants<MixAnchorRows> kMixAnchorRows = loop_versions<mix_rows, MixAnchorRows>;
+constinit const Variants<WeighDistances> kWeighDistances = loop_versions<weigh, WeighDistances>;
+
+void place_anchors(const Mesh& mesh, const Block& block, const PlaneGrid& grid, StripShape shape,
+                   AnchorPlaces& places) noexcept {
+  const AnchorCount count = anchors_around(block.width >> grid.bits_x, block.height >> grid.bits_y);
+  BlockValues t, b;
+  ring_positions(mesh, block, grid, {kAnchorBits, count.columns, count.rows}, t, b);
+  places.count = count;
+  for (int j = 0; j < count.rows; ++j) {
+    int32_t *const t_row = t.values + j * kBlockWidth, *const b_row = b.values + j * kBlockWidth;
+    kToStripSamples.best()(shape, t_row, b_row, count.columns);
+    std::copy_n(t_row, count.columns, places.t.values[j]);
+    std::copy_n(b_row, count.columns, places.b.values[j]);
+  }
+}
+
+void look_up_corrections(const int16_t* corrections, StripShape shape, const AnchorPlaces& places, AnchorBand& band) noexcept {
+  int16_t found[kAnchorColumns];
+  int32_t row[kAnchorColumns];
+  for (int j = 0; j < places.count.rows; ++j) {
+    kLookUpCorrections.best()(corrections, shape, places.t.values[j], places.b.values[j], found, places.count.columns);
+    std::copy_n(found, places.count.columns, row);
+    kFillAnchorRow.best()(row, band.values[j], places.count.columns - 1);
+  }
+}
+
+void look_up_distances(const SeamRamp& ramp, const AnchorPlaces& places, AnchorBand& band) noexcept {
+  int32_t row[kAnchorColumns];
+  for (int j = 0; j < places.count.rows; ++j) {
+    for (int i = 0; i < places.count.columns; ++i) {
+      row[i] = distance_from_seam(ramp, places.t.values[j][i], places.b.values[j][i]);
+    }
+    kFillAnchorRow.best()(row, band.values[j], places.count.columns - 1);
+  }
+}
+
+}  // namespace biseam::ring

@@ -1,0 +1,63 @@
+// What the strips say about a block of the panorama, looked up at every fourth sample only: strips are as coarse as that.
+#pragma once
+
+#include <cstdint>
+
+#include "base/variants.hpp"
+#include "ring/positions.hpp"
+#include "ring/strip/lookup.hpp"
+
+namespace biseam::ring {
+
+inline constexpr int kAnchorBits = 2;
+inline constexpr int kAnchorSpacing = 1 << kAnchorBits;
+inline constexpr int kAnchorColumns = kBlockWidth / kAnchorSpacing + 1, kAnchorRows = kBlockHeight / kAnchorSpacing + 1;
+
+// Anchors of a block, as many rows and columns as surround its samples.  The first one lies on its first sample.
+struct AnchorCount {
+  int columns, rows;
+};
+
+struct AnchorValues {
+  int32_t values[kAnchorRows][kAnchorColumns];
+};
+
+// The same, filled in between along the rows: 4 times the values.
+struct AnchorBand {
+  alignas(64) int32_t values[kAnchorRows][kBlockWidth];
+};
+
+constexpr AnchorCount anchors_around(int columns, int rows) noexcept {
+  return {(columns + kAnchorSpacing - 1) / kAnchorSpacing + 1, (rows + kAnchorSpacing - 1) / kAnchorSpacing + 1};
+}
+
+// Where the anchors of a plane's samples lie, in strip samples, Q16.
+struct AnchorPlaces {
+  AnchorCount count;
+  AnchorValues t, b;
+};
+void place_anchors(const Mesh& mesh, const Block& block, const PlaneGrid& grid, StripShape shape,
+                   AnchorPlaces& places) noexcept;
+
+void look_up_corrections(const int16_t* corrections, StripShape shape, const AnchorPlaces& places, AnchorBand& band) noexcept;
+
+// Distances from the seam towards lens 1, Q16, held within 2^24 of it.
+void look_up_distances(const SeamRamp& ramp, const AnchorPlaces& places, AnchorBand& band) noexcept;
+
+using FillAnchorRow = void(const int32_t* anchors, int32_t* out, int count) noexcept;
+// out: the values of a row between two rows of a band, below the upper one by so many samples.
+using MixAnchorRows = void(const int32_t* upper, const int32_t* lower, int below, int32_t* out, int count) noexcept;
+// Weights of lens 1, 0 to 256, from distances.
+using WeighDistances = void(const int32_t* distances, int32_t ramp, int16_t* weights, int count) noexcept;
+
+extern constinit const Variants<FillAnchorRow> kFillAnchorRow;
+extern constinit const Variants<MixAnchorRows> kMixAnchorRows;
+extern constinit const Variants<WeighDistances> kWeighDistances;
+
+// Row y of the block's samples.
+inline void row_of_band(const AnchorBand& band, int y, int32_t* out, int count) noexcept {
+  const int row = y >> kAnchorBits;
+  kMixAnchorRows.best()(band.values[row], band.values[row + 1], y & (kAnchorSpacing - 1), out, count);
+}
+
+}  // namespace biseam::ring

@@ -1,0 +1,285 @@
+#include "ring/engine.hpp"
+
+#include <algorithm>
+#include <cstdlib>
+#include <initializer_list>
+#include <new>
+
+#include "camera/projector.hpp"
+#include "ring/blocks.hpp"
+#include "ring/paint.hpp"
+#include "ring/pool.hpp"
+#include "ring/ring_shape.hpp"
+
+namespace biseam::ring {
+
+namespace {
+
+constexpr size_t kAlignment = 64;
+
+constexpr size_t aligned(size_t bytes) noexcept { return (bytes + kAlignment - 1) / kAlignment * kAlignment; }
+
+// How much a seam is to keep to where it was, and to the middle, where nothing speaks for another place.
+constexpr SeamPull kPull{0, 4};
+
+bool same(const Turn& a, const Turn& b) noexcept { return a.yaw == b.yaw && a.pitch == b.pitch && a.roll == b.roll; }
+
+}  // namespace
+
+class Engine {
+ public:
+  explicit Engine(const EngineConfig& config) noexcept;
+  ~Engine() {
+    std::free(strip_block_);
+    std::free(block_);
+  }
+  Engine(const Engine&) = delete;
+  Engine& operator=(const Engine&) = delete;
+  bool take_memory() noexcept;
+  void stitch(const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const Turn& turn) noexcept;
+  size_t bytes() const noexcept { return sizeof(Engine) + block_bytes_; }
+
+ private:
+  void plan_strip(const PictureFormat& format) noexcept;
+  void look(const Turn& turn) noexcept;
+  void describe_planes(const PicturePlanes fisheyes[2], const PicturePlanes& panorama) noexcept;
+  void describe_strips(const PicturePlanes fisheyes[2]) noexcept;
+  void run_strips_and_lens_blocks() noexcept;
+
+  static void run_strip_part(void* engine, int part, int thread) noexcept;
+  static void run_seam_or_lens_block(void* engine, int part, int thread) noexcept;
+  static void run_ring_block(void* engine, int part, int thread) noexcept;
+
+  EngineConfig config_;
+  Projector projectors_[2];
+  MeshShape mesh_shape_;
+  RingShape ring_;
+  StripPlan strip_plan_;
+  Pool pool_;
+
+  void *block_ = nullptr, *strip_block_ = nullptr;
+  size_t block_bytes_ = 0;
+  Mesh mesh_;
+  BlockPlan* blocks_;
+  int lens_blocks_ = 0, block_count_;
+  int32_t* places_[4];  // strip positions: x and y of either lens
+  StripViews strip_views_;
+  PaintMemory* memories_;
+
+  // What the mesh, the blocks and the strips' plan were made for.
+  bool looked_ = false, planned_ = false;
+  Turn turn_;
+  int siting_ = 0;  // of the fisheye pictures
+
+  // Of the present frame.
+  Painting painting_;
+  StripFrame strips_;
+  StripStep step_;
+};
+
+Engine::Engine(const EngineConfig& config) noexcept
+    : config_(config),
+      projectors_{Projector(config.camera, 0), Projector(config.camera, 1)},
+      mesh_shape_(mesh_shape(config.camera, config.width, config.height)),
+      ring_(ring_shape(config.camera, config.width)),
+      block_count_(ring::block_count(config.width, config.height)) {}
+
+namespace {
+
+// Gives out pieces of a block, or only adds up their bytes as long as there is none.
+struct Pieces {
+  char* block;
+  size_t used = 0;
+
+  char* take(size_t bytes) noexcept {
+    char* const piece = block == nullptr ? nullptr : block + used;
+    used += aligned(bytes);
+    return piece;
+  }
+};
+
+PlaneGeometry geometry_of(const Lens& lens, const PlaneGrid& grid) noexcept {
+  return {.width = plane_size(lens.width, grid.bits_x),
+          .height = plane_size(lens.height, grid.bits_y),
+          .spacing_x = 1 << grid.bits_x,
+          .spacing_y = 1 << grid.bits_y,
+          .origin_x = grid.half_x << 15,
+          .origin_y = grid.half_y << 15};
+}
+
+// Channels of a format in the order luma, Cb, Cr, and the planes they lie in.
+struct Channel {
+  int plane, offset, step;  // samples
+};
+
+Channel find_channel(const PictureFormat& format, int channel) noexcept {
+  if (format.planes == kMostPlanes || channel == 0) return {channel, 0, 1};
+  return {1, format.plane[1].channels[0] == channel ? 0 : 1, 2};
+}
+
+int channel_count(const PictureFormat& format) noexcept { return format.planes == 1 ? 1 : 3; }
+
+StripConfig strip_config(const Camera& camera, const PictureFormat& format, StripShape shape) noexcept {
+  StripConfig config{.shape = shape, .planes = channel_count(format), .geometry = {}};
+  for (int lens = 0; lens < 2; ++lens) {
+    for (int c = 0; c < config.planes; ++c) {
+      config.geometry[lens][c] = geometry_of(camera.lens[lens], format.plane[find_channel(format, c).plane].grid);
+    }
+  }
+  return config;
+}
+
+}  // namespace
+
+bool Engine::take_memory() noexcept {
+  PictureFormat format;
+  describe_format(config_.format, 0, format);
+  const size_t strip_bytes = static_cast<size_t>(strip_samples(ring_.strip)) * sizeof(int32_t);
+  const auto place = [&](Pieces pieces) {
+    char* const mesh = pieces.take(mesh_bytes(mesh_shape_));
+    blocks_ = reinterpret_cast<BlockPlan*>(pieces.take(static_cast<size_t>(block_count_) * sizeof(BlockPlan)));
+    memories_ = reinterpret_cast<PaintMemory*>(pieces.take(static_cast<size_t>(config_.threads) * sizeof(PaintMemory)));
+    for (int32_t*& places : places_) places = reinterpret_cast<int32_t*>(pieces.take(strip_bytes));
+    if (pieces.block != nullptr) mesh_ = carve_mesh(mesh_shape_, mesh);
+    return pieces.used;
+  };
+  // The strips' plan depends on where their samples lie, so that their memory is a block of its own.
+  const size_t bytes = place({nullptr});
+  block_ = std::aligned_alloc(kAlignment, bytes);
+  if (block_ == nullptr) return false;
+  place({static_cast<char*>(block_)});
+  for (int lens = 0; lens < 2; ++lens) {
+    fill_strip_positions(projectors_[lens], ring_.strip, places_[2 * lens], places_[2 * lens + 1]);
+  }
+  plan_strip(format);
+  planned_ = false;  // no views yet
+  const size_t more = aligned(strip_memory_bytes(strip_plan_));
+  strip_block_ = std::aligned_alloc(kAlignment, more);
+  if (strip_block_ == nullptr) return false;
+  block_bytes_ = bytes + more;
+  pool_.start(config_.threads);
+  return true;
+}
+
+void Engine::plan_strip(const PictureFormat& format) noexcept {
+  const StripPositions positions[2] = {{places_[0], places_[1]}, {places_[2], places_[3]}};
+  strip_plan_ = plan_strips(strip_config(config_.camera, format, ring_.strip), positions);
+}
+
+void Engine::look(const Turn& turn) noexcept {
+  build_mesh(mesh_, projectors_[0], projectors_[1], turn);
+  const PictureFormat& format = painting_.panorama;
+  lens_blocks_ = plan_blocks(mesh_, ring_.half_width, format.plane[format.planes - 1].grid, blocks_);
+  turn_ = turn;
+  looked_ = true;
+}
+
+void Engine::describe_planes(const PicturePlanes fisheyes[2], const PicturePlanes& panorama) noexcept {
+  describe_format(config_.format, fisheyes[0].siting, painting_.picture);
+  describe_format(config_.format, panorama.siting, painting_.panorama);
+  painting_.mesh = &mesh_;
+  painting_.quality = config_.quality;
+  for (int plane = 0; plane < painting_.picture.planes; ++plane) {
+    const PlaneFormat& format = painting_.picture.plane[plane];
+    for (int lens = 0; lens < 2; ++lens) {
+      const Lens& of = config_.camera.lens[lens];
+      painting_.sources[lens][plane] = {.first = fisheyes[lens].first[plane],
+                                        .stride = fisheyes[lens].strides[plane],
+                                        .width = plane_size(of.width, format.grid.bits_x),
+                                        .height = plane_size(of.height, format.grid.bits_y),
+                                        .type = format.type,
+                                        .bits = static_cast<uint8_t>(painting_.picture.bits),
+                                        .shift = static_cast<uint8_t>(painting_.picture.shift)};
+    }
+    painting_.planes[plane] = {panorama.first[plane], panorama.strides[plane]};
+  }
+}
+
+void Engine::describe_strips(const PicturePlanes fisheyes[2]) noexcept {
+  const PictureFormat& format = painting_.picture;
+  const StripPositions positions[2] = {{places_[0], places_[1]}, {places_[2], places_[3]}};
+  if (!planned_ || siting_ != fisheyes[0].siting) {
+    plan_strip(format);
+    strip_views_ = lay_out_strips(strip_plan_, positions, strip_block_);
+    siting_ = fisheyes[0].siting;
+    planned_ = true;
+  }
+  strips_ = {.plan = &strip_plan_,
+             .views = &strip_views_,
+             .positions = {positions[0], positions[1]},
+             .pictures = {},
+             .format = {format.bits, format.shift},
+             .seam = {config_.seam, kPull, nullptr}};
+  for (int lens = 0; lens < 2; ++lens) {
+    for (int c = 0; c < strip_plan_.config.planes; ++c) {
+      const Channel channel = find_channel(format, c);
+      const uint8_t* const first = fisheyes[lens].first[channel.plane] + channel.offset * (format.bits > 8 ? 2 : 1);
+      strips_.pictures[lens][c] = {first, fisheyes[lens].strides[channel.plane], channel.step};
+      painting_.ring.corrections[lens][c] = strip_views_.corrections[lens][c];
+    }
+  }
+  painting_.ring.shape = ring_.strip;
+  painting_.ring.ramp = {strip_views_.path, ring_.strip.length, ring_.ramp};
+}
+
+void Engine::run_strip_part(void* engine, int part, int) noexcept {
+  const Engine& e = *static_cast<Engine*>(engine);
+  ring::run_strip_part(e.strips_, e.step_, part);
+}
+
+void Engine::run_seam_or_lens_block(void* engine, int part, int thread) noexcept {
+  Engine& e = *static_cast<Engine*>(engine);
+  const int seam_parts = strip_parts(e.strip_plan_, StripStep::seam);
+  if (part < seam_parts) {
+    ring::run_strip_part(e.strips_, StripStep::seam, part);
+  } else {
+    paint_lens_block(e.painting_, e.blocks_[part - seam_parts], e.memories_[thread]);
+  }
+}
+
+void Engine::run_ring_block(void* engine, int part, int thread) noexcept {
+  Engine& e = *static_cast<Engine*>(engine);
+  paint_ring_block(e.painting_, e.blocks_[e.lens_blocks_ + part], e.memories_[thread]);
+}
+
+void Engine::run_strips_and_lens_blocks() noexcept {
+  for (const StripStep step : {StripStep::reduce, StripStep::unroll}) {
+    step_ = step;
+    pool_.run(run_strip_part, this, strip_parts(strip_plan_, step));
+  }
+  // The path is one thread's work for a while: the others have blocks to paint that don't wait for it.
+  pool_.run(run_seam_or_lens_block, this, strip_parts(strip_plan_, StripStep::seam) + lens_blocks_);
+  step_ = StripStep::blend;
+  pool_.run(run_strip_part, this, strip_parts(strip_plan_, StripStep::blend));
+}
+
+void Engine::stitch(const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const Turn& turn) noexcept {
+  describe_planes(fisheyes, panorama);
+  if (!looked_ || !same(turn, turn_)) look(turn);
+  describe_strips(fisheyes);
+  run_strips_and_lens_blocks();
+  pool_.run(run_ring_block, this, block_count_ - lens_blocks_);
+}
+
+Engine* open_engine(const EngineConfig& config) noexcept {
+  void* const memory = std::aligned_alloc(kAlignment, aligned(sizeof(Engine)));
+  if (memory == nullptr) return nullptr;
+  Engine* const engine = new (memory) Engine(config);
+  if (engine->take_memory()) return engine;
+  close_engine(engine);
+  return nullptr;
+}
+
+void close_engine(Engine* engine) noexcept {
+  if (engine == nullptr) return;
+  engine->~Engine();
+  std::free(engine);
+}
+
+void stitch(Engine& engine, const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const Turn& turn) noexcept {
+  engine.stitch(fisheyes, panorama, turn);
+}
+
+size_t engine_bytes(const Engine& engine) noexcept { return engine.bytes(); }
+
+}  // namespace biseam::ring

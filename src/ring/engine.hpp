@@ -1,0 +1,41 @@
+// The ring engine: two fisheye pictures to one panorama.  Nothing is checked here; the door does.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "camera/camera.hpp"
+#include "ring/format.hpp"
+#include "ring/strip/strips.hpp"
+
+namespace biseam::ring {
+
+struct EngineConfig {
+  Camera camera;      // valid; pictures of the lenses' sizes
+  int width, height;  // of the panorama
+  int format;         // of biseam/panorama.h, as quality and seam mode
+  Quality quality;
+  SeamMode seam;
+  int threads;  // 1 .. kMostThreads
+};
+
+// A picture's planes; samples are of the engine's format.  Fisheye pictures are only read.
+struct PicturePlanes {
+  uint8_t* first[kMostPlanes];
+  ptrdiff_t strides[kMostPlanes];  // bytes, of any sign
+  int siting;
+};
+
+class Engine;
+
+// Null: memory is short.
+Engine* open_engine(const EngineConfig& config) noexcept;
+void close_engine(Engine* engine) noexcept;
+
+// turn: where the panorama's middle looks.  Asks nothing of the heap.
+void stitch(Engine& engine, const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const Turn& turn) noexcept;
+
+// What the engine holds beyond the pictures, in bytes.
+size_t engine_bytes(const Engine& engine) noexcept;
+
+}  // namespace biseam::ring

@@ -1,0 +1,172 @@
+#include "ring/paint.hpp"
+
+#include <algorithm>
+
+#include "ring/anchors.hpp"
+#include "ring/combine_rows.hpp"
+
+namespace biseam::ring {
+
+namespace {
+
+// The samples of one plane in a block.
+struct PlaneBlock {
+  int plane;
+  const PlaneFormat* format;
+  int x, y, columns, rows;  // samples or pairs
+
+  PlaneBlock(const Painting& painting, const Block& block, int index) noexcept
+      : plane(index),
+        format(&painting.panorama.plane[index]),
+        x(block.x >> format->grid.bits_x),
+        y(block.y >> format->grid.bits_y),
+        columns(block.width >> format->grid.bits_x),
+        rows(block.height >> format->grid.bits_y) {}
+
+  uint8_t* row_of(const Painting& painting, int row) const noexcept {
+    const PanoramaPlane& to = painting.planes[plane];
+    return to.first + (y + row) * to.stride + ptrdiff_t{x} * bytes_of(format->type);
+  }
+};
+
+SampleJob job_of(const Painting& painting, const BlockPlan& plan, int lens, int plane, SampleOutput output) noexcept {
+  const Widenings widenings = plane == 0 ? plan.luma[lens] : plan.chroma[lens];
+  return {painting.sources[lens][plane], &axis_weights(painting.quality, widenings.across),
+          &axis_weights(painting.quality, widenings.down), output};
+}
+
+void find_positions(const Painting& painting, const BlockPlan& plan, int lens, int plane, BlockValues& x,
+                    BlockValues& y) noexcept {
+  lens_positions(*painting.mesh, lens, plan.block, painting.panorama.plane[plane].grid, painting.picture.plane[plane].grid, x,
+                 y);
+}
+
+int channels_of(const PlaneBlock& samples) noexcept { return is_pairs(samples.format->type) ? 2 : 1; }
+
+// Which lenses a plane's samples in a block need, by how far from the seam they are.
+struct Needed {
+  bool lens[2];
+};
+
+Needed find_needed(const AnchorBand& distances, AnchorCount count, int32_t ramp) noexcept {
+  int32_t least = INT32_MAX, largest = INT32_MIN;
+  for (int j = 0; j < count.rows; ++j) {
+    for (int i = 0; i < (count.columns - 1) * kAnchorSpacing; ++i) {
+      least = std::min(least, distances.values[j][i]);
+      largest = std::max(largest, distances.values[j][i]);
+    }
+  }
+  // Bands hold four times their values; the ramp's ends are taken into it by half a sample's rounding.
+  const int32_t reach = 2 * ramp + 64;
+  return {{least<reach, largest> - reach}};
+}
+
+// What a lens gives to a plane's samples in a block.
+struct LensSamples {
+  SampleJob job;
+  int lens;
+};
+
+LensSamples prepare_lens(const Painting& painting, const BlockPlan& plan, int lens, const PlaneBlock& samples,
+                         PaintMemory& memory) noexcept {
+  find_positions(painting, plan, lens, samples.plane, memory.x[lens], memory.y[lens]);
+  for (int c = 0; c < channels_of(samples); ++c) {
+    look_up_corrections(painting.ring.corrections[lens][samples.format->channels[c]], painting.ring.shape, memory.places,
+                        memory.corrections[lens][c]);
+  }
+  return {job_of(painting, plan, lens, samples.plane, SampleOutput::fine), lens};
+}
+
+void sample_fine(const LensSamples& from, const PlaneBlock& samples, int row, PaintMemory& memory) noexcept {
+  const int at = row * kBlockWidth;
+  sample_row(from.job, memory.x[from.lens].values + at, memory.y[from.lens].values + at, memory.fine[from.lens],
+             samples.columns);
+  for (int c = 0; c < channels_of(samples); ++c) {
+    row_of_band(memory.corrections[from.lens][c], row, memory.added[from.lens][c], samples.columns);
+  }
+}
+
+FineRow fine_row(const PaintMemory& memory, int lens, int channel) noexcept {
+  return {memory.fine[lens] + channel, memory.added[lens][channel]};
+}
+
+void store_row(const Painting& painting, int lens, const PlaneBlock& samples, const PaintMemory& memory,
+               uint8_t* out) noexcept {
+  const int channels = channels_of(samples);
+  for (int c = 0; c < channels; ++c) {
+    const FineRow row = fine_row(memory, lens, c);
+    if (is_words(samples.format->type)) {
+      const Storage storage{painting.panorama.bits, painting.panorama.shift};
+      kStoreWords.best()(row, channels, storage, reinterpret_cast<uint16_t*>(out) + c, samples.columns);
+    } else {
+      kStoreBytes.best()(row, channels, out + c, samples.columns);
+    }
+  }
+}
+
+void mix_row(const Painting& painting, const PlaneBlock& samples, const PaintMemory& memory, uint8_t* out) noexcept {
+  const int channels = channels_of(samples);
+  for (int c = 0; c < channels; ++c) {
+    const FineRow row0 = fine_row(memory, 0, c), row1 = fine_row(memory, 1, c);
+    if (is_words(samples.format->type)) {
+      const Storage storage{painting.panorama.bits, painting.panorama.shift};
+      kMixWords.best()(row0, row1, memory.weights, channels, storage, reinterpret_cast<uint16_t*>(out) + c, samples.columns);
+    } else {
+      kMixBytes.best()(row0, row1, memory.weights, channels, out + c, samples.columns);
+    }
+  }
+}
+
+void paint_corrected(const Painting& painting, const BlockPlan& plan, int lens, const PlaneBlock& samples,
+                     PaintMemory& memory) noexcept {
+  const LensSamples from = prepare_lens(painting, plan, lens, samples, memory);
+  for (int row = 0; row < samples.rows; ++row) {
+    sample_fine(from, samples, row, memory);
+    store_row(painting, lens, samples, memory, samples.row_of(painting, row));
+  }
+}
+
+void paint_mixed(const Painting& painting, const BlockPlan& plan, const PlaneBlock& samples, PaintMemory& memory) noexcept {
+  const LensSamples from0 = prepare_lens(painting, plan, 0, samples, memory);
+  const LensSamples from1 = prepare_lens(painting, plan, 1, samples, memory);
+  for (int row = 0; row < samples.rows; ++row) {
+    sample_fine(from0, samples, row, memory);
+    sample_fine(from1, samples, row, memory);
+    row_of_band(memory.distances, row, memory.away, samples.columns);
+    kWeighDistances.best()(memory.away, painting.ring.ramp.across, memory.weights, samples.columns);
+    mix_row(painting, samples, memory, samples.row_of(painting, row));
+  }
+}
+
+}  // namespace
+
+void paint_lens_block(const Painting& painting, const BlockPlan& plan, PaintMemory& memory) noexcept {
+  const int lens = plan.kind == BlockKind::lens1 ? 1 : 0;
+  for (int plane = 0; plane < painting.panorama.planes; ++plane) {
+    const PlaneBlock samples(painting, plan.block, plane);
+    const SampleJob job = job_of(painting, plan, lens, plane, SampleOutput::samples);
+    find_positions(painting, plan, lens, plane, memory.x[lens], memory.y[lens]);
+    for (int row = 0; row < samples.rows; ++row) {
+      const int at = row * kBlockWidth;
+      sample_row(job, memory.x[lens].values + at, memory.y[lens].values + at, samples.row_of(painting, row), samples.columns);
+    }
+  }
+}
+
+void paint_ring_block(const Painting& painting, const BlockPlan& plan, PaintMemory& memory) noexcept {
+  for (int plane = 0; plane < painting.panorama.planes; ++plane) {
+    const PlaneBlock samples(painting, plan.block, plane);
+    place_anchors(*painting.mesh, plan.block, samples.format->grid, painting.ring.shape, memory.places);
+    look_up_distances(painting.ring.ramp, memory.places, memory.distances);
+    const Needed needed = find_needed(memory.distances, memory.places.count, painting.ring.ramp.across);
+    if (!needed.lens[1]) {
+      paint_corrected(painting, plan, 0, samples, memory);
+    } else if (!needed.lens[0]) {
+      paint_corrected(painting, plan, 1, samples, memory);
+    } else {
+      paint_mixed(painting, plan, samples, memory);
+    }
+  }
+}
+
+}  // namespace biseam::ring

@@ -1,0 +1,73 @@
+#include "ring/pool.hpp"
+
+#include <algorithm>
+
+namespace biseam::ring {
+
+Pool::Pool() noexcept {
+  pthread_mutex_init(&mutex_, nullptr);
+  pthread_cond_init(&begun_, nullptr);
+  pthread_cond_init(&ended_, nullptr);
+}
+
+Pool::~Pool() {
+  pthread_mutex_lock(&mutex_);
+  closing_ = true;
+  pthread_cond_broadcast(&begun_);
+  pthread_mutex_unlock(&mutex_);
+  for (int i = 0; i < started_; ++i) pthread_join(workers_[i].thread, nullptr);
+  pthread_cond_destroy(&ended_);
+  pthread_cond_destroy(&begun_);
+  pthread_mutex_destroy(&mutex_);
+}
+
+void Pool::start(int count) noexcept {
+  const int wanted = std::clamp(count, 1, kMostThreads) - 1;
+  while (started_ < wanted) {
+    Worker& worker = workers_[started_];
+    worker.pool = this;
+    worker.index = started_ + 1;
+    if (pthread_create(&worker.thread, nullptr, work, &worker) != 0) return;
+    ++started_;
+  }
+}
+
+void Pool::take_parts(int thread) noexcept {
+  for (int part; (part = next_.fetch_add(1, std::memory_order_relaxed)) < parts_;) job_(context_, part, thread);
+}
+
+void* Pool::work(void* argument) {
+  const Worker& worker = *static_cast<const Worker*>(argument);
+  Pool& pool = *worker.pool;
+  unsigned done = 0;
+  pthread_mutex_lock(&pool.mutex_);
+  while (true) {
+    while (pool.round_ == done && !pool.closing_) pthread_cond_wait(&pool.begun_, &pool.mutex_);
+    if (pool.closing_) break;
+    done = pool.round_;
+    pthread_mutex_unlock(&pool.mutex_);
+    pool.take_parts(worker.index);
+    pthread_mutex_lock(&pool.mutex_);
+    if (--pool.busy_ == 0) pthread_cond_signal(&pool.ended_);
+  }
+  pthread_mutex_unlock(&pool.mutex_);
+  return nullptr;
+}
+
+void Pool::run(PoolJob job, void* context, int parts) noexcept {
+  pthread_mutex_lock(&mutex_);
+  job_ = job;
+  context_ = context;
+  parts_ = parts;
+  next_.store(0, std::memory_order_relaxed);
+  busy_ = started_;
+  ++round_;
+  pthread_cond_broadcast(&begun_);
+  pthread_mutex_unlock(&mutex_);
+  take_parts(0);
+  pthread_mutex_lock(&mutex_);
+  while (busy_ > 0) pthread_cond_wait(&ended_, &mutex_);
+  pthread_mutex_unlock(&mutex_);
+}
+
+}  // namespace biseam::ring
