@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <thread>
 
 #include "base/byte_source.hpp"
 #include "base/failure.hpp"
+#include "base/thread_count.hpp"
 #include "picture/quarter_turn.hpp"
 #include "profile/read.hpp"
 
@@ -67,9 +67,9 @@ Setup make_setup(const std::string& profile_path, const profile::CameraSettings&
   profile::replace_settings(blend, given.blend);
   setup.plan = make_plan(lenses, sizes, blend, width);
   tell_missing(setup.plan);
-  const int threads = std::clamp(int(std::thread::hardware_concurrency()), 1, 16);
   for (int k = 0; k < 2; ++k) {
-    if (!setup.plan.lens[k].as_is) setup.warp[k] = std::make_shared<Warp>(lenses[k], setup.plan.lens[k].target, threads);
+    if (!setup.plan.lens[k].as_is)
+      setup.warp[k] = std::make_shared<Warp>(lenses[k], setup.plan.lens[k].target, usual_threads());
   }
   return setup;
 }

@@ -2,10 +2,10 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <numbers>
 #include <optional>
 #include <string>
 
+#include "base/angle.hpp"
 #include "base/failure.hpp"
 #include "base/interrupt.hpp"
 #include "base/replace_file.hpp"
@@ -70,7 +70,7 @@ void make_scene(SceneOptions& options) {
   std::error_code trouble;
   std::filesystem::create_directories(options.folder, trouble);
   if (trouble) throw Failure(ExitCode::output, options.folder + ": can't be made: " + trouble.message());
-  options.rig.field_of_view = options.field_of_view * std::numbers::pi / 180;
+  options.rig.field_of_view = options.field_of_view * kDegree;
   scene::Shooting shooting(options.rig);
   options.frames ? write_clips(options, shooting) : write_stills(options, shooting);
   const std::string profile = scene::profile_text(shooting.lens(0), shooting.lens(1), options.rig.panorama_width);
