@@ -4,6 +4,7 @@
 #include "base/isa.hpp"
 #include "base/threads.hpp"
 #include "contestants/stitched_frame.hpp"
+#include "frame/remap/sample_region.hpp"
 #include "frame/seam/search.hpp"
 #include "frame/stages.hpp"
 

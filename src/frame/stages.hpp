@@ -13,7 +13,7 @@ namespace biseam {
 // Lets the engine's pictures and panorama stand for one frame's planes.
 void attach_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const FisheyePlanes& panorama);
 
-// Pictures to panorama and bands.
+// Pictures to panorama and bands, region by region: sample_region, or what stands in for it.
 void remap_stage(const StitchEngine& engine, SampleRegion sample);
 
 // Bands to RGB.
