@@ -2,6 +2,7 @@
 
 #include "base/status.hpp"
 #include "biseam/records.h"
+#include "frame/tables/lens_tiles.hpp"
 #include "stages/lens/lens_table.hpp"
 
 namespace biseam {
@@ -11,7 +12,7 @@ Status create_engine(StitchConfig& config, StitchEngine*& engine);
 
 // Builds the tables and lays out every record.  mismatch: the configuration's sizes are no longer those that the engine was
 // carved for; the engine stays as it was.
-Status configure_engine(StitchEngine& engine, BuildStrip build = build_strip);
+Status configure_engine(StitchEngine& engine, BuildStrip build = build_strip_by_tiles);
 
 void destroy_engine(StitchEngine* engine);
 

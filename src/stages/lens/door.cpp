@@ -2,6 +2,7 @@
 
 #include "biseam/biseam.h"
 #include "stages/lens/flip.hpp"
+#include "stages/lens/lens_position.hpp"
 #include "stages/lens/lens_table.hpp"
 #include "stages/lens/remap.hpp"
 #include "stages/lens/trig.hpp"
@@ -19,7 +20,7 @@ BISEAM_API double my_sin(double x) { return biseam::fast_sine(x); }
 BISEAM_API double my_cos(double x) { return biseam::fast_cosine(x); }
 
 BISEAM_API int32_t Init_lut(StitchConfig* config, StitchEngine* engine) {
-  biseam::build_tables(*config, *engine);
+  biseam::build_tables(*config, *engine, biseam::build_strip);
   return 0;
 }
 
