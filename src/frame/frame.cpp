@@ -12,7 +12,7 @@ Status process_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const
   const FramePlan plan = plan_frame(engine);
   attach_frame(engine, fisheye, panorama);
   if (!plan.can_be_stitched) return Status::mismatch;
-  remap_stage(engine, sample_region);
+  remap_stage(engine, plan, sample_region);
   conversion_stage(engine, plan);
   const Status status = blend_stage(engine, plan, options);
   compose_stage(engine, plan);

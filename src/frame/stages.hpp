@@ -14,7 +14,7 @@ namespace biseam {
 void attach_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const FisheyePlanes& panorama);
 
 // Pictures to panorama and bands, region by region: sample_region, or what stands in for it.
-void remap_stage(const StitchEngine& engine, SampleRegion sample);
+void remap_stage(const StitchEngine& engine, const FramePlan& plan, SampleRegion sample);
 
 // Bands to RGB.
 void conversion_stage(StitchEngine& engine, const FramePlan& plan);

@@ -229,7 +229,7 @@ SampledRows rows_sampled(StitchConfig& config) {
     for (int row = region.first_row; row < region.end_row; ++row) ++rows.at(static_cast<std::size_t>(row));
   };
   attach_frame(*engine, inputs, {panorama.luma.data(), panorama.chroma.data()});
-  remap_stage(*engine, record);
+  remap_stage(*engine, plan_frame(*engine), record);
   return sampled;
 }
 
