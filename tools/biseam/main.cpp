@@ -7,6 +7,7 @@ extern "C" {
 }
 
 #include "base/failure.hpp"
+#include "base/standard_streams.hpp"
 #include "commands/commands.hpp"
 
 namespace {
@@ -44,12 +45,15 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  biseam::tool::hold_standard_streams();
   // A reader that went away and a file that may not grow are write errors with a message.
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   av_log_set_level(AV_LOG_QUIET);
   try {
-    return run(argc, argv);
+    const int exit_code = run(argc, argv);
+    biseam::tool::flush_standard_output();
+    return exit_code;
   } catch (const biseam::tool::Failure& failure) {
     return fail(failure.code(), failure.what());
   } catch (const std::bad_alloc&) {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "base/distinct_files.hpp"
 #include "base/failure.hpp"
 #include "commands/commands.hpp"
 #include "compare/metrics.hpp"
@@ -85,6 +86,7 @@ void add_compare_command(CLI::App& app, int& exit_code) {
     if (options->first == "-" && options->second == "-") {
       throw Failure(ExitCode::usage, "only one picture can come from standard input");
     }
+    check_distinct({{"the input", options->first}, {"the input", options->second}}, {{"the output", "-"}});
     const std::vector<Row> rows = measure_rows(*options);
     options->json ? print_json(rows, options->half_width) : print_table(rows, options->half_width);
     if (options->least_psnr && rows.front().quality.psnr < *options->least_psnr) exit_code = int(ExitCode::different);

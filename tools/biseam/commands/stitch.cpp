@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "base/distinct_files.hpp"
 #include "base/extension.hpp"
 #include "base/failure.hpp"
 #include "commands/commands.hpp"
@@ -37,8 +38,18 @@ Road choose_road(const StitchOptions& options, std::unique_ptr<Container>& first
   return first->is_picture() ? Road::picture : Road::video;
 }
 
+void check_files(const StitchOptions& options) {
+  std::vector<NamedFile> inputs = {{"--camera", options.camera}};
+  for (const std::string& file : options.inputs) inputs.push_back({"the input", file});
+  check_distinct(inputs, {{"-o", options.output},
+                          {"--show-seams", options.show_seams},
+                          {"--seam-layer", options.seam_layer},
+                          {"--json", options.video.json}});
+}
+
 int stitch(StitchOptions& options) {
   check_stitch_options(options);
+  check_files(options);
   std::unique_ptr<Container> first;
   if (choose_road(options, first) == Road::video) {
     if (!options.show_seams.empty()) throw Failure(ExitCode::usage, "--show-seams: only for pictures");
