@@ -289,6 +289,14 @@ TEST(StitchCommand, a_profile_that_is_wrong_is_named_with_line_and_key) {
   expect_refusal(stitch({"-", "--size", "640x320", "-o", "-", "--camera", folder / "none.toml"}, usual_pair()), 3, "none.toml");
 }
 
+// What would be cut off changes what the profile says.
+TEST(StitchCommand, a_profile_that_is_too_long_is_refused) {
+  const ScratchFolder folder;
+  write_bytes(folder / "camera.toml", "#" + std::string(1 << 20, 'x') + "\n[lens0]\np = 94\n");
+  expect_refusal(stitch({"-", "--size", "640x320", "-o", "-", "--camera", folder / "camera.toml"}, usual_pair()), 5,
+                 "camera.toml: is too long");
+}
+
 TEST(StitchCommand, settings_the_engine_refuses_are_told_in_its_words) {
   const std::string p = std::to_string(usual_view().p);
   const std::vector<std::string> usual = {"-", "--size", "640x320", "-o", "-", "--p0", p, "--p1", p};

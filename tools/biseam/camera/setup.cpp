@@ -17,8 +17,6 @@ int natural_width(Size picture) { return std::clamp(picture.height * 2 / 8 * 8, 
 
 Size upright_size(Size recorded, int mount) { return mount % 180 == 0 ? recorded : Size{recorded.height, recorded.width}; }
 
-constexpr std::size_t kMostBytes = 1 << 20;  // of a profile
-
 // What is wrong with a profile, as the tool says it.
 template <class Work>
 auto checked(Work work) {
@@ -31,7 +29,7 @@ auto checked(Work work) {
 
 profile::CameraSettings read_profile(const std::string& path) {
   ByteSource source(path);
-  const std::vector<std::uint8_t> bytes = source.read_all(kMostBytes);
+  const std::vector<std::uint8_t> bytes = source.read_all(profile::kMostBytes + 1);  // one more tells that it is too long
   return checked([&] { return profile::read({bytes.begin(), bytes.end()}, source.name()); });
 }
 
