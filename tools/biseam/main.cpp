@@ -15,7 +15,7 @@ namespace {
 using biseam::tool::ExitCode;
 
 int fail(ExitCode code, const char* line) {
-  std::fprintf(stderr, "biseam: %s\n", line);
+  biseam::tool::notice(line);
   return int(code);
 }
 
@@ -57,7 +57,8 @@ int main(int argc, char** argv) {
   } catch (const biseam::tool::Failure& failure) {
     return fail(failure.code(), failure.what());
   } catch (const std::bad_alloc&) {
-    return fail(ExitCode::settings, "not enough memory for pictures of this size");
+    std::fputs("biseam: not enough memory for pictures of this size\n", stderr);  // fail() would want some
+    return int(ExitCode::settings);
   } catch (const std::exception& error) {
     return fail(ExitCode::settings, error.what());
   }
