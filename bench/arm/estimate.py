@@ -27,12 +27,15 @@ SINGLE_LOAD = re.compile(r"\tvldmia\.64\s+(\w+)!, \{(\w+)\}")  # the model has n
 LOOPS = (
     ("remap, luma", "sample_luma_row_scalar", "sample_luma_row_neon", 1),
     ("remap, chroma (per pair)", "sample_chroma_row_scalar", "sample_chroma_row_neon", 2),
-    ("bands to RGB", "yuv420_rows_to_byte_rgb::scalar", "yuv420_rows_to_byte_rgb::neon", 3),
-    ("RGB to luma", "rgb_row_to_luma::scalar", "rgb_row_to_luma::neon", 1),
+    ("bands to RGB", "yuv420_rows_to_rgb_scalar", "yuv420_rows_to_rgb_neon", 3),
+    ("RGB to luma", "rgb_row_to_luma_scalar", "rgb_row_to_luma_neon", 1),
     ("reduction down", "sum_rows_loop::scalar", "sum_rows_loop::neon", 6),
     ("reduction across", "reduce_pixels_scalar", "reduce_byte_pixels_neon", 3),
     ("expansion across", "expand_pixels_scalar", "expand_byte_pixels_neon", 6),
 )
+
+
+VERSION = re.compile(r"_(scalar|neon)\(|loop_versions<")  # where a kernel's versions stand
 
 
 def compiled(compiler, source):
@@ -41,19 +44,16 @@ def compiled(compiler, source):
 
 
 def short_name(name):
-    """Without namespaces, arguments and return type; versions kept in templates or namespaces as NAME::VERSION."""
+    """Without namespaces, arguments and return type; versions kept in templates as NAME::VERSION."""
     version = re.search(r"LoopVersions<&\(?(?:\w+ )?(?:\w+::|\(anonymous namespace\)::)*(\w+(?:<\w+>)?).*::(scalar|neon)\(", name)
     if version:
         return f"{version.group(1)}::{version.group(2)}"
-    version = re.match(r"biseam::(scalar|neon)::(\w+)\(", name)
-    if version:
-        return f"{version.group(2)}::{version.group(1)}"
     plain = re.match(r"(?:[\w ]+ )?(?:\w+::|\(anonymous namespace\)::)*(\w+(?:<[\w, ]+>)?)\(", name)
     return plain.group(1) if plain else name
 
 
 def all_functions():
-    sources = [path for path in sorted(ROOT.glob("src/**/*.cpp")) if "_kernels.hpp" in path.read_text()]
+    sources = [path for path in sorted(ROOT.glob("src/**/*.cpp")) if VERSION.search(path.read_text())]
     with concurrent.futures.ThreadPoolExecutor(2) as pool:
         jobs = {(compiler, source): pool.submit(compiled, compiler, source) for compiler in COMPILERS for source in sources}
         functions = {compiler: {} for compiler in COMPILERS}

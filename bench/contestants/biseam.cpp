@@ -4,6 +4,7 @@
 #include "base/isa.hpp"
 #include "base/threads.hpp"
 #include "contestants/stitched_frame.hpp"
+#include "frame/remap/sample_region.hpp"
 #include "frame/seam/search.hpp"
 #include "frame/stages.hpp"
 
@@ -45,7 +46,7 @@ Figures run_stages(StitchedFrame& frame) {
   StitchEngine& engine = *frame.engine();
   const FramePlan plan = plan_frame(engine);
   Figures figures;
-  measure("remap", figures, [&] { remap_stage(engine, sample_region); });
+  measure("remap", figures, [&] { remap_stage(engine, plan, sample_region); });
   measure("conversion", figures, [&] { conversion_stage(engine, plan); });
   measure("search", figures, [&] { search_stage(engine); });
   measure("blend", figures, [&] { (void)blend_stage(engine, plan, {.weights = Weights::kept}); });

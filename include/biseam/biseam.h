@@ -6,7 +6,10 @@
  * may be used on different threads.  Results are 0 or -1 unless something else is said.
  *
  * Some names are common words.  A host that has its own Config, Resize, ... defines BISEAM_ENGINE_ONLY before including this
- * header; the library itself never calls a host's function of the same name. */
+ * header; the library itself never calls a host's function of the same name.
+ *
+ * Floats are rounded as the calling thread rounds: bytes are as they should be in the mode that every thread begins with, to
+ * the nearest.  (The checked interface sees to it by itself.) */
 #ifndef BISEAM_BISEAM_H
 #define BISEAM_BISEAM_H
 
@@ -212,7 +215,8 @@ BISEAM_API intptr_t MemCopyImage(BlendImage* src, BlendImage* dst);
 BISEAM_API void CreatBlend(BlendImage* source, BlendImage* band, int32_t trans_width, int32_t side);
 
 /* Pyramids of level_count records at *levels and a top.  Level 0 has the image's size, level k + 1 and the top half that of the
- * one before, rounded up; all have their samples.  Fewer than one level: nothing is written. */
+ * one before, rounded up; all have their samples.  Fewer than one level: nothing is written, but that BuildGuassPyramid copies
+ * the image to level 0, which has to be there unless *levels is null. */
 BISEAM_API void BuildLaplacianPyramid(BlendImage* image, BlendImage** levels, BlendImage* top, int32_t level_count);
 BISEAM_API void BuildGuassPyramid(BlendImage* image, BlendImage** levels, BlendImage* top, int32_t level_count);
 
@@ -233,14 +237,15 @@ BISEAM_API int32_t GetMemSize(BlendConfig* config, BlendMemory* memory);
 /* As QOR_AllocBuffer_bi. */
 BISEAM_API void* BLEND_AllocBuffer(BlendArena* arena, int32_t bytes);
 
-/* Carves an instance out of a zero-filled block of GetMemSize bytes, which stays the caller's.  Returns 0, or -1 when a piece
- * does not fit: the instance is empty then and blends nothing. */
+/* Carves an instance out of a zero-filled block of GetMemSize bytes, which stays the caller's.  Returns 0, also when a piece
+ * does not fit: the instance is empty then, without samples, and blends nothing. */
 BISEAM_API int32_t Blend_Creat(BlendConfig* config, BlendMemory* memory, BlendInstance* instance);
 
 /* Writes every image record of the instance.  Returns the status of the last one. */
 BISEAM_API int32_t SetConfig_Blend(BlendInstance* instance);
 
-/* Blends two sources of band_width x height into output (width x height, scaled by 64).  Returns 0. */
+/* Blends two sources of band_width x height into output (width x height, scaled by 64).  Every image of the instance that has
+ * to do with it holds its stage's result then; without findpath_enable the search's images are left alone.  Returns 0. */
 BISEAM_API int32_t Blend_Proc(BlendInstance* instance, BlendImage* source1, BlendImage* source2, BlendImage* output);
 
 /* Thread entry; args: BlendThreadArgs.  Returns null. */

@@ -106,7 +106,8 @@ typedef struct BlendConfig {
   int32_t findpath_enable;
 } BlendConfig;
 
-/* Blends one overlap band.  Every image is a view into one block of BlendMemory. */
+/* Blends one overlap band.  Every image is a view into one block of BlendMemory.  After Blend_Proc each holds what its stage
+ * made; after a whole frame of an engine only the masks do, and the rest is working memory. */
 typedef struct BlendInstance {
   BlendImage strip[2];        /* findpath_width x height */
   BlendImage scaled_strip[2]; /* scaled_findpath_width x scaled_height */
@@ -216,7 +217,8 @@ typedef struct ClImage {
 } ClImage;
 
 /* One engine.  Made by QOR_Create_BI_Soft; the fields may be looked at, not changed.  Maps, masks, band_yuv and blend_yuv hold
- * what the last frame used or made of them; band_rgb and blend_out are working memory. */
+ * what the last frame used or made of them; band_rgb, blend_out and all else in the blend instances is working memory, which
+ * whole frames, and they alone, may leave in any state. */
 typedef struct StitchEngine {
   MAPTIHeader map_left, map_middle, map_right;
   ImageHeader src_image[2];

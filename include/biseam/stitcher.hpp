@@ -104,7 +104,8 @@ struct SavedSeams {
 
 class Stitcher {
  public:
-  // Checks the configuration, builds the tables and checks every entry.  config is copied.
+  // Checks the configuration, builds the tables and checks every entry.  config is copied.  Like process(), it rounds floats to
+  // the nearest whatever the calling thread does, which goes on as before.
   BISEAM_API static Result<Stitcher> create(const StitchConfig& config, const StitcherOptions& options = {});
 
   // Stitches one frame.  The panorama's contents are undefined after an error; the stitcher stays usable.
@@ -116,7 +117,7 @@ class Stitcher {
 
   BISEAM_API StitcherSizes sizes() const;
 
-  // index 0: the band around column out_w / 4, 1: around 3 out_w / 4.
+  // index 0: the band around column out_w / 4, 1: around 3 out_w / 4.  Any other: an empty view, whose weights are null.
   BISEAM_API BandView band(int index) const;
 
   // The seams that Seams::kept would keep, which another stitcher with the same configuration can load.  After an error of

@@ -12,6 +12,15 @@ inline constexpr int kPieceAlignment = 128;
 // A block of size bytes as a rounded-up request: down to a multiple of 128, then 128 more.
 inline constexpr int64_t block_size(int64_t bytes) { return bytes / kPieceAlignment * kPieceAlignment + kPieceAlignment; }
 
+// What customary blocks have for the alignment of their pieces: enough on average only.
+inline constexpr int64_t kCustomaryRoom = 4096;
+
+// What a piece takes in a block that has room for it wherever the block lies.
+inline constexpr int64_t room_for(int64_t piece_bytes) { return piece_bytes + kPieceAlignment - 1; }
+
+// Blocks of the customary size, or with room for every piece: then and only then carving can't fail.
+enum class Room { customary, every_piece };
+
 // The next piece, or null when fewer than bytes lie before the block's last byte; the cursor stays then.
 void* take_piece(MemoryCursor& cursor, int32_t bytes);
 

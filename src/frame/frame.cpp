@@ -1,8 +1,9 @@
 #include "frame/frame.hpp"
 
+#include "frame/compose/exchange.hpp"
+#include "frame/remap/sample_region.hpp"
 #include "frame/stages.hpp"
 #include "stages/compose/composition.hpp"
-#include "stages/lens/flip.hpp"
 
 namespace biseam {
 
@@ -11,7 +12,7 @@ Status process_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const
   const FramePlan plan = plan_frame(engine);
   attach_frame(engine, fisheye, panorama);
   if (!plan.can_be_stitched) return Status::mismatch;
-  remap_stage(engine, options.sample);
+  remap_stage(engine, plan, sample_region);
   conversion_stage(engine, plan);
   const Status status = blend_stage(engine, plan, options);
   compose_stage(engine, plan);
@@ -39,8 +40,8 @@ void compose_stage(StitchEngine& e, const FramePlan& plan) {
   ImageHeader strips[2] = {e.blend_yuv[0], e.blend_yuv[1]};
   for (ImageHeader& strip : strips) strip.height = plan.rows;
   compose_panorama(strips[0], strips[1], e.pano, e.left_inner, e.middle_inner, e.pair_width, e.config->in_yuv_type);
-  if (e.config->out_flip[0] != 0) flip_rows(e.pano);
-  if (e.config->out_mirror[0] != 0) mirror_columns(e.pano);
+  if (e.config->out_flip[0] != 0) flip_panorama(e.pano);
+  if (e.config->out_mirror[0] != 0) mirror_panorama(e.pano);
 }
 
 }  // namespace biseam

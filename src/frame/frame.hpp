@@ -3,7 +3,6 @@
 #include "base/memory_report.hpp"
 #include "base/status.hpp"
 #include "biseam/records.h"
-#include "stages/lens/remap.hpp"
 
 namespace biseam {
 
@@ -16,7 +15,6 @@ struct FisheyePlanes {
 enum class Weights { made, kept };
 
 struct FrameOptions {
-  SampleRegion sample = sample_region;
   MemoryReport report = nullptr;  // told what memory could not be had
   Weights weights = Weights::made;
 };

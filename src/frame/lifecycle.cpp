@@ -5,6 +5,7 @@
 #include <initializer_list>
 
 #include "base/large_block.hpp"
+#include "base/panorama_layout.hpp"
 #include "base/records.hpp"
 #include "frame/memory.hpp"
 #include "stages/blend/module.hpp"
@@ -12,16 +13,6 @@
 namespace biseam {
 
 namespace {
-
-BlendConfig blend_settings(const StitchConfig& config, const StitchEngine& engine) {
-  return {.trans_width = config.trans_width,
-          .findpath_width = config.findpath_width,
-          .band_width = engine.band_width,
-          .in_h = config.in_h,
-          .pyr_level = config.pyr_level,
-          .inv_scale = config.inv_scale,
-          .findpath_enable = config.findpath_enable};
-}
 
 template <class Record>
 Record* new_record() {
@@ -38,9 +29,13 @@ Status allocate_records(StitchEngine& engine) {
   return all ? Status::ok : Status::no_memory;
 }
 
-Status allocate_blocks(StitchEngine& engine, const BlendConfig& settings) {
+Status allocate_blocks(StitchEngine& engine, const BlendConfig& settings, Room room) {
   size_engine_memory(*engine.config, *engine.mem_info);
   size_blend_memory(settings, *engine.blend_mem[0]);
+  if (room == Room::every_piece) {
+    engine.mem_info->size = static_cast<int32_t>(engine_room(*engine.config));
+    engine.blend_mem[0]->size = static_cast<uint32_t>(blend_room(settings));
+  }
   engine.blend_mem[1]->size = engine.blend_mem[0]->size;
   // A size that left 32 bits came out negative or too small: the first can't be had, the second can't be carved.
   const int64_t size = engine.mem_info->size;
@@ -54,28 +49,19 @@ Status allocate_blocks(StitchEngine& engine, const BlendConfig& settings) {
 }
 
 // Everything of a new engine; the caller destroys what a failure leaves.
-Status fill_engine(StitchConfig& config, StitchEngine& engine) {
+Status fill_engine(StitchConfig& config, StitchEngine& engine, Room room) {
   engine.config = &config;
   Status status = derive_geometry(config, engine);
   if (status == Status::ok) status = allocate_records(engine);
   if (status != Status::ok) return status;
-  const BlendConfig settings = blend_settings(config, engine);
-  status = allocate_blocks(engine, settings);
+  const BlendConfig settings = blend_settings(config);
+  status = allocate_blocks(engine, settings, room);
   if (status == Status::ok) status = carve_engine(engine);
   for (int k = 0; k < 2 && status == Status::ok; ++k) {
     status = create_blend(settings, *engine.blend_mem[k], *engine.blend[k]);
     engine.blend[k]->config = nullptr;  // settings end with this call
   }
   return status;
-}
-
-// Lens values may change between two configurations, sizes may not.
-bool fits_carving(const StitchConfig& config, const StitchEngine& engine) {
-  StitchEngine now{};
-  return derive_geometry(config, now) == Status::ok && now.band_width == engine.band_width &&
-         now.pair_width == engine.pair_width && now.left_width == engine.left_width &&
-         now.middle_width == engine.middle_width && now.right_width == engine.right_width &&
-         config.in_h == engine.blend[0]->height;
 }
 
 void describe_bands(StitchEngine& engine, const StitchConfig& config) {
@@ -90,10 +76,28 @@ void describe_bands(StitchEngine& engine, const StitchConfig& config) {
 
 }  // namespace
 
-Status create_engine(StitchConfig& config, StitchEngine*& engine) {
+BlendConfig blend_settings(const StitchConfig& config) {
+  return {.trans_width = config.trans_width,
+          .findpath_width = config.findpath_width,
+          .band_width = static_cast<int32_t>(layout_of(config).band_width),
+          .in_h = config.in_h,
+          .pyr_level = config.pyr_level,
+          .inv_scale = config.inv_scale,
+          .findpath_enable = config.findpath_enable};
+}
+
+bool fits_carving(const StitchConfig& config, const StitchEngine& engine) {
+  StitchEngine now{};
+  return derive_geometry(config, now) == Status::ok && now.band_width == engine.band_width &&
+         now.pair_width == engine.pair_width && now.left_width == engine.left_width &&
+         now.middle_width == engine.middle_width && now.right_width == engine.right_width &&
+         config.in_h == engine.blend[0]->height;
+}
+
+Status create_engine(StitchConfig& config, StitchEngine*& engine, Room room) {
   StitchEngine* made = new_record<StitchEngine>();
   if (made == nullptr) return Status::no_memory;
-  const Status status = fill_engine(config, *made);
+  const Status status = fill_engine(config, *made, room);
   if (status == Status::ok) {
     engine = made;
   } else {

@@ -1,8 +1,10 @@
 #include "frame/plan.hpp"
 
+#include <algorithm>
+
 #include "frame/blend/byte_band.hpp"
+#include "frame/lifecycle.hpp"
 #include "frame/seam/search.hpp"
-#include "frame/shared_rows.hpp"
 
 namespace biseam {
 
@@ -41,8 +43,9 @@ bool goes_by_bytes(const StitchEngine& e, int overlap) {
 }  // namespace
 
 FramePlan plan_frame(const StitchEngine& e) {
-  return {.can_be_stitched = holds_two_planes(*e.config),
-          .rows = shared_rows(e),
+  return {.can_be_stitched = holds_two_planes(*e.config) && fits_carving(*e.config, e),
+          .layout = layout_of(*e.config),
+          .rows = std::min(e.config->in_h, e.config->out_h[0]),
           .format = converter_format(e.band_yuv[0].format),
           .by_bytes = {goes_by_bytes(e, 0), goes_by_bytes(e, 1)}};
 }

@@ -13,8 +13,8 @@ namespace biseam {
 // Lets the engine's pictures and panorama stand for one frame's planes.
 void attach_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const FisheyePlanes& panorama);
 
-// Pictures to panorama and bands.
-void remap_stage(const StitchEngine& engine, SampleRegion sample);
+// Pictures to panorama and bands, region by region: sample_region, or what stands in for it.
+void remap_stage(const StitchEngine& engine, const FramePlan& plan, SampleRegion sample);
 
 // Bands to RGB.
 void conversion_stage(StitchEngine& engine, const FramePlan& plan);

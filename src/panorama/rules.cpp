@@ -1,10 +1,14 @@
 #include "panorama/rules.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 
-#include "panorama/block_sizes.hpp"
+#include "base/panorama_layout.hpp"
+#include "frame/lifecycle.hpp"
+#include "frame/memory.hpp"
 #include "panorama/error_writer.hpp"
+#include "stages/blend/module.hpp"
 
 namespace biseam {
 
@@ -87,6 +91,9 @@ Error check_lenses(const StitchConfig& config) {
   for (int i = 0; i < 6; ++i) {
     if (Error error = check_finite(kRead[i], config.lens_matrix[i])) return error;
   }
+  const bool turned_to_nothing =
+      std::all_of(config.lens_matrix, config.lens_matrix + 6, [](float value) { return value == 0; });
+  if (turned_to_nothing) return ErrorWriter::write(kInvalid, "lens_matrix is all zero: must turn, or be 1 on its diagonal");
   return check_scale("change_focus", config.change_focus, 0);
 }
 
@@ -99,7 +106,7 @@ Error check_overlap(const StitchConfig& config) {
   if (config.feather == 0 && config.trans_width == 0) {
     return ErrorWriter::write(kInvalid, "feather is 0: must be 1 or more when trans_width is 0");
   }
-  const int64_t inner = int64_t{config.out_w[0] / 4} - config.feather - config.trans_width;
+  const int64_t inner = layout_of(config).plain_widths[0];
   if (inner >= 0 && inner % 2 == 0) return {};
   return ErrorWriter::write(kInvalid,
                             "feather is %d, trans_width is %d: the inner width out_w[0] / 4 - feather - trans_width is %lld, "
@@ -118,14 +125,13 @@ Error check_search(const StitchConfig& config) {
                               static_cast<long long>(most));
   }
   // The cut keeps a frame of two nodes all around and needs one node inside it.
-  constexpr int64_t kLeast = 5;
-  const int64_t width = shrink(config.findpath_width, config.inv_scale), height = shrink(config.in_h, config.inv_scale);
+  constexpr int kLeast = 5;
+  const int width = shrunk(config.findpath_width, config.inv_scale), height = shrunk(config.in_h, config.inv_scale);
   if (width >= kLeast && height >= kLeast) return {};
   const bool narrow = width < kLeast;
-  return ErrorWriter::write(kInvalid, "%s is %d: shrunk by inv_scale %g the search strip is %lldx%lld, must be 5x5 or more",
+  return ErrorWriter::write(kInvalid, "%s is %d: shrunk by inv_scale %g the search strip is %dx%d, must be 5x5 or more",
                             narrow ? "findpath_width" : "in_h", narrow ? config.findpath_width : config.in_h,
-                            static_cast<double>(config.inv_scale), static_cast<long long>(width),
-                            static_cast<long long>(height));
+                            static_cast<double>(config.inv_scale), width, height);
 }
 
 // An exact half leaves sources below 4 unwritten; a reduction of an odd size has no neighbour to reflect to in a single row or
@@ -136,7 +142,7 @@ bool can_halve(int64_t width, int64_t height) {
 }
 
 Error check_pyramid(const StitchConfig& config) {
-  const int64_t band_width = pair_width(config);
+  const int64_t band_width = layout_of(config).pair_width;
   int64_t width = band_width, height = config.in_h;
   int most = 0;
   for (; can_halve(width, height); ++most) {
@@ -148,6 +154,8 @@ Error check_pyramid(const StitchConfig& config) {
                             config.pyr_level, most, static_cast<long long>(band_width), config.in_h);
 }
 
+constexpr double kMostBytes = INT32_MAX;
+
 Error check_plane_bytes(const char* field, int32_t stride, int32_t rows) {
   const double bytes = static_cast<double>(stride) * rows;
   if (bytes <= kMostBytes) return {};
@@ -158,7 +166,8 @@ Error check_plane_bytes(const char* field, int32_t stride, int32_t rows) {
 Error check_bytes(const StitchConfig& config) {
   if (Error error = check_plane_bytes("in_luma_stride", config.in_luma_stride, config.in_h)) return error;
   if (Error error = check_plane_bytes("in_chroma_stride", config.in_chroma_stride, config.in_h)) return error;
-  const double working = working_bytes(config), blend = blend_bytes(config);
+  const double working = static_cast<double>(engine_room(config));
+  const double blend = static_cast<double>(blend_room(blend_settings(config)));
   if (working > kMostBytes) {
     return ErrorWriter::write(kInvalid, "in_h is %d, out_w[0] is %d: the working memory takes %.0f bytes, must be %.0f or less",
                               config.in_h, config.out_w[0], working, kMostBytes);

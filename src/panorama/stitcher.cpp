@@ -4,12 +4,15 @@
 #include <cstring>
 #include <type_traits>
 
+#include "base/panorama_layout.hpp"
+#include "base/rounding.hpp"
 #include "frame/frame.hpp"
 #include "frame/lifecycle.hpp"
-#include "panorama/block_sizes.hpp"
+#include "frame/memory.hpp"
 #include "panorama/error_writer.hpp"
 #include "panorama/rules.hpp"
 #include "panorama/tables.hpp"
+#include "stages/blend/module.hpp"
 
 namespace biseam {
 
@@ -30,19 +33,22 @@ std::size_t plane_bytes(int32_t rows, int32_t stride, int32_t width) {
   return static_cast<std::size_t>(rows - 1) * static_cast<std::size_t>(stride) + static_cast<std::size_t>(width);
 }
 
-Error check_plane(const char* name, std::size_t bytes, std::size_t least) {
-  if (bytes >= least) return {};
-  return ErrorWriter::write(ErrorCode::buffer_too_small, "%s has %zu bytes: must be %zu or more", name, bytes, least);
+Error check_plane(const char* name, std::span<const std::uint8_t> plane, std::size_t least) {
+  if (plane.size() < least) {
+    return ErrorWriter::write(ErrorCode::buffer_too_small, "%s has %zu bytes: must be %zu or more", name, plane.size(), least);
+  }
+  if (plane.data() != nullptr) return {};
+  return ErrorWriter::write(ErrorCode::buffer_too_small, "%s is null: must point to %zu bytes or more", name, least);
 }
 
 Error check_planes(const StitcherSizes& least, const FisheyePicture& lens0, const FisheyePicture& lens1,
                    const PanoramaPicture& panorama) {
-  if (Error error = check_plane("lens0.luma", lens0.luma.size(), least.fisheye_luma)) return error;
-  if (Error error = check_plane("lens0.chroma", lens0.chroma.size(), least.fisheye_chroma)) return error;
-  if (Error error = check_plane("lens1.luma", lens1.luma.size(), least.fisheye_luma)) return error;
-  if (Error error = check_plane("lens1.chroma", lens1.chroma.size(), least.fisheye_chroma)) return error;
-  if (Error error = check_plane("panorama.luma", panorama.luma.size(), least.panorama_luma)) return error;
-  return check_plane("panorama.chroma", panorama.chroma.size(), least.panorama_chroma);
+  if (Error error = check_plane("lens0.luma", lens0.luma, least.fisheye_luma)) return error;
+  if (Error error = check_plane("lens0.chroma", lens0.chroma, least.fisheye_chroma)) return error;
+  if (Error error = check_plane("lens1.luma", lens1.luma, least.fisheye_luma)) return error;
+  if (Error error = check_plane("lens1.chroma", lens1.chroma, least.fisheye_chroma)) return error;
+  if (Error error = check_plane("panorama.luma", panorama.luma, least.panorama_luma)) return error;
+  return check_plane("panorama.chroma", panorama.chroma, least.panorama_chroma);
 }
 
 // The remap's records have no constant planes; it only reads them.
@@ -87,16 +93,16 @@ const uint8_t* load_mask(const uint8_t* from, BlendImage& mask) {
 
 Result<Stitcher> Stitcher::create(const StitchConfig& config, const StitcherOptions& options) {
   static_assert(std::is_trivially_copyable_v<State>);
+  const RoundToNearest rounding;
   if (Error error = check_rules(config)) return error;
   auto* state = static_cast<State*>(std::malloc(sizeof(State)));
   if (state == nullptr) return ErrorWriter::write(ErrorCode::out_of_memory, "out of memory: %zu bytes", sizeof(State));
   *state = {config, options, nullptr, false};
   Stitcher stitcher(state);
-  if (create_engine(state->config, state->engine) != Status::ok) {
-    return ErrorWriter::write(ErrorCode::out_of_memory,
-                              "out of memory: the engine takes %.0f bytes and two blend blocks of %.0f; if so much is free, "
-                              "lower pyr_level, which is %d: a block then has no room to align its pieces",
-                              working_bytes(config), blend_bytes(config), config.pyr_level);
+  if (create_engine(state->config, state->engine, Room::every_piece) != Status::ok) {
+    return ErrorWriter::write(
+        ErrorCode::out_of_memory, "out of memory: the engine takes %lld bytes and two blend blocks of %lld",
+        static_cast<long long>(engine_room(config)), static_cast<long long>(blend_room(blend_settings(config))));
   }
   (void)configure_engine(*state->engine);
   mend_axes(*state->engine);
@@ -111,6 +117,7 @@ Error Stitcher::process(const FisheyePicture& lens0, const FisheyePicture& lens1
 Error Stitcher::process(const FisheyePicture& lens0, const FisheyePicture& lens1, const PanoramaPicture& panorama,
                         Seams seams) {
   if (Error error = check_planes(sizes(), lens0, lens1, panorama)) return error;
+  const RoundToNearest rounding;
   StitchEngine& engine = *state_->engine;
   const bool kept = seams == Seams::kept && state_->has_seams;
   if (!kept && state_->options.fresh_seam) {
@@ -135,9 +142,9 @@ StitcherSizes Stitcher::sizes() const {
 }
 
 BandView Stitcher::band(int index) const {
-  const StitchEngine& engine = *state_->engine;
-  const BlendImage& mask = engine.blend[index]->mask;
-  const int first_column = engine.left_inner + (index == 0 ? 0 : engine.pair_width + engine.middle_inner);
+  if (index != 0 && index != 1) return {};
+  const BlendImage& mask = state_->engine->blend[index]->mask;
+  const int first_column = static_cast<int>(layout_of(state_->config).pair_columns[index]);
   return {first_column, mask.width, mask.height, mask.data[0], mask.stride, mask.steps[0]};
 }
 
@@ -148,7 +155,7 @@ std::size_t Stitcher::seams_size() const {
 
 Error Stitcher::save_seams(const SeamBuffer& to) const {
   if (!state_->has_seams) return ErrorWriter::write(ErrorCode::invalid_seams, "no seams to save: no frame was stitched yet");
-  if (Error error = check_plane("to.bytes", to.bytes.size(), seams_size())) return error;
+  if (Error error = check_plane("to.bytes", to.bytes, seams_size())) return error;
   std::uint8_t* at = to.bytes.data();
   for (const BlendInstance* blend : state_->engine->blend) at = save_mask(blend->mask, at);
   return {};
@@ -159,6 +166,7 @@ Error Stitcher::load_seams(const SavedSeams& from) {
     return ErrorWriter::write(ErrorCode::invalid_seams, "seams of %zu bytes: must be of %zu, as this stitcher's are",
                               from.bytes.size(), seams_size());
   }
+  if (from.bytes.data() == nullptr) return ErrorWriter::write(ErrorCode::invalid_seams, "seams are null");
   for (const std::uint8_t weight : from.bytes) {
     if (weight > BISEAM_WEIGHT_ONE) {
       return ErrorWriter::write(ErrorCode::invalid_seams, "seams with a weight of %d: must be %d or less", weight,

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/panorama_layout.hpp"
 #include "panorama/error_writer.hpp"
 
 namespace biseam {
@@ -80,21 +81,22 @@ Error report(const StitchConfig& config, int lens, const Misses& misses) {
 // Row in_h / 2 - 1 is the equator.  Lens 0 looks along the last panorama column, lens 1 along column out_w / 2 - 1.
 void mend_axes(StitchEngine& engine) {
   const StitchConfig& config = *engine.config;
-  const int equator = config.in_h / 2 - 1, width = config.out_w[0];
+  const int equator = config.in_h / 2 - 1;
   mend_entry(entry_at(engine.map_right, engine.right_width, equator, engine.right_width - 1), config.cx0, config.cy0);
-  const int axis = width / 2 - 1 - (width / 4 - config.feather);
+  const int axis = config.out_w[0] / 2 - 1 - static_cast<int>(layout_of(config).strip_columns[1]);
   mend_entry(entry_at(engine.map_middle, engine.middle_width, equator, axis), config.lens_matrix[2] + config.cx1,
              config.lens_matrix[5] + config.cy1);
 }
 
 Error check_tables(const StitchEngine& engine) {
   const StitchConfig& config = *engine.config;
-  const int first_seam = config.out_w[0] / 4, second_seam = 3 * first_seam;
+  const PanoramaLayout layout = layout_of(config);
+  const auto first_column = [&](int strip) { return static_cast<int>(layout.strip_columns[strip]); };
   Misses edges, middle;
-  check_strip(config, {engine.map_left, engine.left_width, 0}, edges);
-  check_strip(config, {engine.map_right, engine.right_width, second_seam - config.feather}, edges);
+  check_strip(config, {engine.map_left, engine.left_width, first_column(0)}, edges);
+  check_strip(config, {engine.map_right, engine.right_width, first_column(2)}, edges);
   if (Error error = report(config, 0, edges)) return error;
-  check_strip(config, {engine.map_middle, engine.middle_width, first_seam - config.feather}, middle);
+  check_strip(config, {engine.map_middle, engine.middle_width, first_column(1)}, middle);
   return report(config, 1, middle);
 }
 

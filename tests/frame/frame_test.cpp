@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "frame/plain_frame.hpp"
+#include "frame/stages.hpp"
 #include "support/engine_session.hpp"
 #include "support/random_source.hpp"
 #include "support/small_config.hpp"
@@ -227,7 +228,8 @@ SampledRows rows_sampled(StitchConfig& config) {
     rows.resize(static_cast<std::size_t>(region.destination->height));
     for (int row = region.first_row; row < region.end_row; ++row) ++rows.at(static_cast<std::size_t>(row));
   };
-  (void)process_frame(*engine, inputs, {panorama.luma.data(), panorama.chroma.data()}, {.sample = record});
+  attach_frame(*engine, inputs, {panorama.luma.data(), panorama.chroma.data()});
+  remap_stage(*engine, plan_frame(*engine), record);
   return sampled;
 }
 

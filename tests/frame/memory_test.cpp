@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "biseam/biseam.h"
+#include "support/captured_output.hpp"
 #include "support/small_config.hpp"
 
 namespace biseam::test {
@@ -71,6 +72,49 @@ TEST(GetMemSize, EveryTermOfTheFormula) {
   EngineMemInfo info{};
   QOR_GetMemSize_BI(&config, &info);
   EXPECT_EQ(total / 128 * 128 + 128, info.size);
+}
+
+// A configuration without sense has a size without sense, but every host the same one: that of the formula, cut to 32 bits.
+TEST(GetMemSize, GarbageWraps) {
+  const int32_t extremes[] = {INT32_MIN, INT32_MIN + 1, -1, 0, 1, INT32_MAX - 1, INT32_MAX};
+  for (const int32_t h : extremes) {
+    for (const int32_t w : extremes) {
+      for (const int32_t f : extremes) {
+        for (const int32_t t : extremes) {
+          StitchConfig config{};
+          config.in_h = h;
+          config.out_w[0] = w;
+          config.out_luma_stride[0] = config.out_chroma_stride[0] = w;
+          config.feather = f;
+          config.trans_width = t;
+          using Wide = __int128;
+          const Wide q = w / 4, q3 = Wide{3} * w / 4, b = t + Wide{2} * f, p = 2 * (Wide{t} + f);
+          const Wide total = h * (2 * Wide{w}) + 56 * b * h + 28 * p * h +
+                             8 * Wide{h} * ((w - (q3 - f)) + (2 * Wide{f} - q + q3) + (f + q)) + 4096;
+          const int64_t wrapped = static_cast<int64_t>(static_cast<uint64_t>(total));
+          const uint64_t size = static_cast<uint64_t>(wrapped / 128 * 128) + 128;
+          EngineMemInfo info{};
+          QOR_GetMemSize_BI(&config, &info);
+          ASSERT_EQ(static_cast<int32_t>(size), info.size) << h << " " << w << " " << f << " " << t;
+        }
+      }
+    }
+  }
+}
+
+// Nothing that size can be created, whatever the size came to.
+TEST(GetMemSize, GarbageIsRefusedByCreate) {
+  for (const int32_t h : {INT32_MIN, -1, 1 << 30, INT32_MAX}) {
+    for (const int32_t w : {INT32_MIN, -4, 1 << 30, INT32_MAX}) {
+      StitchConfig config = small_config();
+      config.in_h = h;
+      config.out_w[0] = w;
+      StitchEngine* engine = nullptr;
+      CapturedOutput output;
+      EXPECT_EQ(BISEAM_MALLOC_FAIL, QOR_Create_BI_Soft(&config, &engine)) << h << " " << w;
+      EXPECT_EQ(nullptr, engine);
+    }
+  }
 }
 
 // ---- QOR_AllocBuffer_bi ------------------------------------------------------------------------------------------------
@@ -203,6 +247,27 @@ TEST(MemAlloc, PlaneTwoOfTheSecondResultAliasesTheFirstResultsChroma) {
   StitchConfig config = small_config();
   const Carved carved(config);
   EXPECT_EQ(carved.engine.blend_yuv[0].planes[1] + 1, carved.engine.blend_yuv[1].planes[2]);
+}
+
+TEST(EngineRoom, IsEnoughAtEveryBase) {
+  for (const int stride : {480, 481, 512}) {
+    StitchConfig config = small_config();
+    config.out_luma_stride[0] = config.out_chroma_stride[0] = stride;
+    config.feather = 15;
+    EngineMemInfo info{};
+    info.size = static_cast<int32_t>(engine_room(config));
+    std::vector<uint8_t> block(static_cast<size_t>(info.size) + 256);
+    uint8_t* const aligned = block.data() + (-reinterpret_cast<uintptr_t>(block.data()) & 127);
+    for (int base = 0; base < 128; base += 16) {
+      StitchEngine engine{};
+      ASSERT_EQ(Status::ok, derive_geometry(config, engine));
+      engine.config = &config;
+      engine.mem_info = &info;
+      info.buffer = aligned + base;
+      EXPECT_EQ(Status::ok, carve_engine(engine));
+      expect_order(engine, info);
+    }
+  }
 }
 
 TEST(MemAlloc, PiecesThatDoNotFitAreNull) {

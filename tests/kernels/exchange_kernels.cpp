@@ -1,4 +1,4 @@
-#include "frame/compose/exchange_kernels.hpp"
+#include "frame/compose/exchange.hpp"
 #include "kernels/kernels.hpp"
 
 namespace biseam::test {

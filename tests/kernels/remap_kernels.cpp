@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <limits>
 
-#include "frame/remap/sample_kernels.hpp"
+#include "frame/remap/sample_row.hpp"
 #include "kernels/kernels.hpp"
 
 namespace biseam::test {
@@ -122,16 +122,14 @@ void call_luma(KernelCall& call, SampleLumaRow* sample) {
 
 template <Positions draw>
 void call_chroma(KernelCall& call, SampleChromaRow* sample) {
-  static constexpr float factors[][2] = {{2, 2}, {2, 1}, {2, 2}, {2, 1}, {1, 1}, {3, 2}, {2, 3}};
   const int count = call.size();
-  const float* factor = factors[call.number(0, 6)];
-  const float x_factor = factor[0], y_factor = factor[1];
+  const float y_factor = call.number(0, 1) != 0 ? 2.0f : 1.0f;
   const Plane plane = any_plane(call, 2);
   // Without the entry that the last pair skips.
   float* entries = call.input<float>(static_cast<std::size_t>(std::max(0, 4 * count - 2)), 0, 0);
-  draw(call, entries, count, 4, {{x_factor, before(plane.width - 1)}, {y_factor, before(plane.height - 1)}});
+  draw(call, entries, count, 4, {{2.0f, before(plane.width - 1)}, {y_factor, before(plane.height - 1)}});
   uint8_t* out = call.output<uint8_t>(static_cast<std::size_t>(2 * count));
-  call.run([&] { sample(entries, plane.first, plane.stride, x_factor, y_factor, out, count); });
+  call.run([&] { sample(entries, plane.first, plane.stride, y_factor, out, count); });
 }
 
 // A row and the one below it: nearly the same positions, as lenses give them, or others altogether.
@@ -183,7 +181,7 @@ void call_lens_chroma(KernelCall& call, SampleChromaRow* sample) {
   float* entries = call.input<float>(static_cast<std::size_t>(floats), 0, 0);
   draw_lens_row(entries, floats, 4);
   uint8_t* out = call.output<uint8_t>(static_cast<std::size_t>(2 * count));
-  call.run([&] { sample(entries, plane, width, 2.0f, 2.0f, out, count); });
+  call.run([&] { sample(entries, plane, width, 2.0f, out, count); });
 }
 
 void call_lens_pair(KernelCall& call, SampleRowPair* sample) {

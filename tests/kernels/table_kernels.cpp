@@ -2,7 +2,7 @@
 #include <climits>
 #include <cstdint>
 
-#include "frame/tables/lens_row_kernels.hpp"
+#include "frame/tables/lens_row.hpp"
 #include "kernels/kernels.hpp"
 
 namespace biseam::test {

@@ -2,13 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <ostream>
 #include <string>
 
 #include "biseam/stitcher.hpp"
-#include "panorama/block_sizes.hpp"
+#include "frame/memory.hpp"
 #include "panorama/fixture.hpp"
 
 namespace biseam {
@@ -120,6 +121,10 @@ const Case kLenses[] = {
     {"matrix_3", [](StitchConfig& c) { c.lens_matrix[3] = kNan; }, "lens_matrix[3] is nan: must be finite"},
     {"matrix_4", [](StitchConfig& c) { c.lens_matrix[4] = kNan; }, "lens_matrix[4] is nan: must be finite"},
     {"matrix_5", [](StitchConfig& c) { c.lens_matrix[5] = kNan; }, "lens_matrix[5] is nan: must be finite"},
+    {"matrix_of_zeros", [](StitchConfig& c) { std::fill_n(c.lens_matrix, 9, 0.0f); },
+     "lens_matrix is all zero: must turn, or be 1 on its diagonal"},
+    {"matrix_of_zeros_as_far_as_it_is_read", [](StitchConfig& c) { std::fill_n(c.lens_matrix, 6, -0.0f); },
+     "lens_matrix is all zero: must turn, or be 1 on its diagonal"},
     {"change_focus_zero", [](StitchConfig& c) { c.change_focus = 0; }, "change_focus is 0: must be finite and above 0"},
     {"change_focus_negative", [](StitchConfig& c) { c.change_focus = -1; }, "change_focus is -1: must be finite and above 0"},
     {"change_focus_infinite", [](StitchConfig& c) { c.change_focus = kInfinity; },
@@ -360,7 +365,7 @@ INSTANTIATE_TEST_SUITE_P(limits, KeptRule, testing::ValuesIn(kLimits), name_of);
 
 TEST(Rules, largest_working_memory_ends_at_32_bits) {
   StitchConfig config = test::valid_config();
-  const double free = kMostBytes - working_bytes(config);
+  const int64_t free = INT32_MAX - engine_room(config);
   config.out_luma_stride[0] += static_cast<int32_t>(free / config.in_h);
   EXPECT_FALSE(check_rules(config));
   ++config.out_luma_stride[0];

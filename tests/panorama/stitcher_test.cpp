@@ -2,18 +2,24 @@
 
 #include <gtest/gtest.h>
 
+#include <cfenv>
+#include <cstdint>
 #include <ostream>
 #include <random>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include "biseam/biseam.h"
 #include "panorama/fixture.hpp"
+#include "support/captured_output.hpp"
 #include "support/engine_session.hpp"
 
 namespace biseam {
 namespace {
+
+uint8_t* const kNowhere = nullptr;
 
 using test::EngineSession;
 using test::Frame;
@@ -250,7 +256,9 @@ TEST(Stitcher, sizes_end_with_the_last_pixel) {
   BlendConfig settings = {8, 16, 24, 128, 3, 2, 1};
   BlendMemory blend;
   GetMemSize(&settings, &blend);
-  EXPECT_EQ(full.working_memory, static_cast<size_t>(info.size) + 2 * size_t{blend.size});
+  // Room for every piece in place of what is enough on average: 4096 bytes.
+  const std::size_t pieces = 19 + 2 * (20 + 4 * 3), customary = static_cast<size_t>(info.size) + 2 * size_t{blend.size};
+  EXPECT_NEAR(full.working_memory, customary - 3 * 4096 + pieces * 127, 3 * 128);
 }
 
 TEST(Stitcher, every_short_buffer_is_refused_and_nothing_is_written) {
@@ -286,6 +294,95 @@ TEST(Stitcher, every_short_buffer_is_refused_and_nothing_is_written) {
   }
   EXPECT_EQ(panorama_of(frame), (Planes{std::vector<uint8_t>(32768, 0x5a), std::vector<uint8_t>(16384, 0x5a)}));
   EXPECT_EQ(stitch(stitcher, frame), expected);
+}
+
+TEST(Stitcher, planes_that_are_null_are_refused_whatever_their_size) {
+  std::mt19937 random(15);
+  Stitcher stitcher = make(valid_config());
+  Frame frame(stitcher.sizes(), random);
+  stitch(stitcher, frame);
+  const char* const texts[] = {
+      "lens0.luma is null: must point to 16384 bytes or more",    "lens0.chroma is null: must point to 8192 bytes or more",
+      "lens1.luma is null: must point to 16384 bytes or more",    "lens1.chroma is null: must point to 8192 bytes or more",
+      "panorama.luma is null: must point to 32768 bytes or more", "panorama.chroma is null: must point to 16384 bytes or more"};
+  for (int missing = 0; missing < 6; ++missing) {
+    const auto plane = [&](int index, Plane& p) {
+      return index == missing ? std::span<uint8_t>(kNowhere, p.size()) : std::span<uint8_t>(p);
+    };
+    const Error error =
+        stitcher.process({plane(0, frame.luma0), plane(1, frame.chroma0)}, {plane(2, frame.luma1), plane(3, frame.chroma1)},
+                         {plane(4, frame.luma), plane(5, frame.chroma)});
+    EXPECT_EQ(error.code(), ErrorCode::buffer_too_small);
+    EXPECT_STREQ(error.text(), texts[missing]);
+  }
+  EXPECT_EQ(stitcher.save_seams({{kNowhere, stitcher.seams_size()}}).code(), ErrorCode::buffer_too_small);
+  EXPECT_EQ(stitcher.load_seams({{kNowhere, stitcher.seams_size()}}).code(), ErrorCode::invalid_seams);
+}
+
+TEST(Stitcher, there_are_two_bands) {
+  std::mt19937 random(15);
+  Stitcher stitcher = make(valid_config());
+  Frame frame(stitcher.sizes(), random);
+  stitch(stitcher, frame);
+  for (const int index : {-1, 2, 1 << 30, INT32_MIN}) {
+    const BandView none = stitcher.band(index);
+    EXPECT_EQ(none.weights, nullptr);
+    EXPECT_EQ(none.width, 0);
+    EXPECT_EQ(none.height, 0);
+  }
+}
+
+// Blocks of the customary size have room for the alignment of their pieces on average only: these sizes find none at any base.
+TEST(Stitcher, valid_configurations_that_customary_blocks_have_no_room_for) {
+  struct Sizes {
+    int height, width, feather, trans_width, findpath_width;
+    float inv_scale;
+    int levels;
+  };
+  for (const Sizes& sizes :
+       {Sizes{260, 780, 55, 36, 27, 1.75f, 7}, Sizes{268, 712, 46, 20, 33, 2.25f, 8}, Sizes{300, 644, 25, 40, 12, 2.125f, 7}}) {
+    StitchConfig config = valid_config();
+    config.in_h = config.in_w = config.in_luma_stride = config.in_chroma_stride = config.out_h[0] = sizes.height;
+    config.out_w[0] = config.out_luma_stride[0] = config.out_chroma_stride[0] = sizes.width;
+    config.cx0 = config.cx1 = config.cy0 = config.cy1 = static_cast<float>(sizes.height) / 2;
+    config.feather = sizes.feather;
+    config.trans_width = sizes.trans_width;
+    config.findpath_width = sizes.findpath_width;
+    config.inv_scale = sizes.inv_scale;
+    config.pyr_level = sizes.levels;
+    StitchEngine* engine = nullptr;
+    {
+      test::CapturedOutput output;
+      EXPECT_EQ(BISEAM_MALLOC_FAIL, QOR_Create_BI_Soft(&config, &engine)) << "this shows nothing";
+    }
+    std::mt19937 random(22);
+    Stitcher stitcher = make(config);
+    Frame frame(stitcher.sizes(), random);
+    stitch(stitcher, frame);
+  }
+}
+
+// Whatever way the calling thread rounds, a stitcher's bytes are the same, and the thread rounds that way afterwards.
+TEST(Stitcher, rounds_to_the_nearest_and_back) {
+  std::mt19937 random(21);
+  Stitcher plain = make(valid_config());
+  Frame frame(plain.sizes(), random);
+  const Planes expected = stitch(plain, frame);
+  for (const int mode : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
+    blank(frame);
+    int after_create = -1, after_frame = -1;
+    std::thread([&] {
+      std::fesetround(mode);
+      Result<Stitcher> made = Stitcher::create(valid_config());
+      after_create = std::fegetround();
+      if (made) (void)frame.stitch(*made);
+      after_frame = std::fegetround();
+    }).join();
+    EXPECT_EQ(mode, after_create);
+    EXPECT_EQ(mode, after_frame);
+    EXPECT_TRUE(panorama_of(frame) == expected) << mode;
+    EXPECT_EQ(FE_TONEAREST, std::fegetround());
+  }
 }
 
 TEST(Stitcher, planes_need_no_alignment) {

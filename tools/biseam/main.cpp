@@ -7,6 +7,7 @@ extern "C" {
 }
 
 #include "base/failure.hpp"
+#include "base/standard_streams.hpp"
 #include "commands/commands.hpp"
 
 namespace {
@@ -14,7 +15,7 @@ namespace {
 using biseam::tool::ExitCode;
 
 int fail(ExitCode code, const char* line) {
-  std::fprintf(stderr, "biseam: %s\n", line);
+  biseam::tool::notice(line);
   return int(code);
 }
 
@@ -44,16 +45,20 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  biseam::tool::hold_standard_streams();
   // A reader that went away and a file that may not grow are write errors with a message.
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   av_log_set_level(AV_LOG_QUIET);
   try {
-    return run(argc, argv);
+    const int exit_code = run(argc, argv);
+    biseam::tool::flush_standard_output();
+    return exit_code;
   } catch (const biseam::tool::Failure& failure) {
     return fail(failure.code(), failure.what());
   } catch (const std::bad_alloc&) {
-    return fail(ExitCode::settings, "not enough memory for pictures of this size");
+    std::fputs("biseam: not enough memory for pictures of this size\n", stderr);  // fail() would want some
+    return int(ExitCode::settings);
   } catch (const std::exception& error) {
     return fail(ExitCode::settings, error.what());
   }

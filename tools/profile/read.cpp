@@ -6,6 +6,8 @@
 #include <sstream>
 #include <string_view>
 
+#include "profile/shape.hpp"
+
 namespace biseam::profile {
 namespace {
 
@@ -123,6 +125,8 @@ void read_blend(Section blend, Section seam, BlendSettings& settings) {
 }  // namespace
 
 CameraSettings read(const std::string& text, const std::string& name) try {
+  if (text.size() > kMostBytes) throw Error(name + ": is too long for a profile, the most is 1 MiB");
+  if (const std::optional<ShapeFault> fault = find_deep_nesting(text)) refuse(name, fault->line, fault->what);
   const toml::table file = toml::parse(text, name);
   CameraSettings settings;
   Section top(file, name, "");

@@ -2,8 +2,7 @@
 
 #if defined(BISEAM_ARM)
 
-#include <arm_neon.h>
-
+#include "base/intrinsics.hpp"
 #include "frame/blend/byte_kernels.hpp"
 
 namespace biseam {

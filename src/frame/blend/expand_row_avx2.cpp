@@ -2,8 +2,7 @@
 
 #if defined(BISEAM_X86_64)
 
-#include <immintrin.h>
-
+#include "base/intrinsics.hpp"
 #include "frame/blend/expand_row_kernels.hpp"
 
 namespace biseam {

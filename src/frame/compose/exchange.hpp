@@ -1,18 +1,30 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+
+#include "base/variants.hpp"
+#include "stages/lens/flip.hpp"
 
 namespace biseam {
 
-// An interleaved chroma pair, moved as one unit.  No alignment is asked of chroma planes.
-struct PlanePair {
-  uint8_t first, second;
-};
+// A panorama upside down, and left to right, in place: flip_plane and mirror_plane of its planes.
+void flip_panorama(const ImageHeader& panorama);
+void mirror_panorama(const ImageHeader& panorama);
 
-// In place: row i with row height - 1 - i, element k of every row with element width - 1 - k.  Width and stride in elements.
-void flip_plane(uint8_t* plane, int width, int stride, int height) noexcept;
-void flip_plane(PlanePair* plane, int width, int stride, int height) noexcept;
-void mirror_plane(uint8_t* plane, int width, int stride, int height) noexcept;
-void mirror_plane(PlanePair* plane, int width, int stride, int height) noexcept;
+// Two rows that are apart change places.
+using SwapRows = void(uint8_t* upper, uint8_t* lower, std::ptrdiff_t bytes) noexcept;
+extern const Variants<SwapRows> kSwapRows;
+
+// Element k with element width - 1 - k.
+template <class Element>
+using ReverseRow = void(Element* row, int width) noexcept;
+ReverseRow<uint8_t> reverse_bytes_scalar, reverse_bytes_neon, reverse_bytes_avx2;
+ReverseRow<PlanePair> reverse_pairs_scalar, reverse_pairs_neon, reverse_pairs_avx2;
+
+inline constexpr Variants<ReverseRow<uint8_t>> kReverseBytes{reverse_bytes_scalar, BISEAM_ON_ARM(reverse_bytes_neon),
+                                                             BISEAM_ON_X86_64(reverse_bytes_avx2)};
+inline constexpr Variants<ReverseRow<PlanePair>> kReversePairs{reverse_pairs_scalar, BISEAM_ON_ARM(reverse_pairs_neon),
+                                                               BISEAM_ON_X86_64(reverse_pairs_avx2)};
 
 }  // namespace biseam

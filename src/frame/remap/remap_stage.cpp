@@ -2,7 +2,6 @@
 #include <atomic>
 
 #include "base/threads.hpp"
-#include "frame/shared_rows.hpp"
 #include "frame/stages.hpp"
 #include "stages/lens/remap.hpp"
 
@@ -11,48 +10,48 @@ namespace biseam {
 namespace {
 
 // What the strips share; each adds its columns and rows.
-RemapThreadArgs strip_args(const StitchEngine& e, const MAPTIHeader& map, const ImageHeader& source) {
+RemapThreadArgs strip_args(const StitchEngine& e, const FramePlan& plan, const MAPTIHeader& map, const ImageHeader& source) {
   RemapThreadArgs args = {};
   args.table = map.entries;
   args.source = source;
   args.pano = e.pano;
-  args.pano.height = shared_rows(e);
-  args.end_row = shared_rows(e);
+  args.pano.height = plan.rows;
+  args.end_row = plan.rows;
   args.format = e.config->in_yuv_type;
   return args;
 }
 
-RemapThreadArgs left_args(const StitchEngine& e) {
-  RemapThreadArgs args = strip_args(e, e.map_left, e.src_image[0]);
+RemapThreadArgs left_args(const StitchEngine& e, const FramePlan& plan) {
+  RemapThreadArgs args = strip_args(e, plan, e.map_left, e.src_image[0]);
   args.band0 = e.band_yuv[0];
   args.plain_width = e.left_inner;
   args.plain_column = 0;
   args.band0_column = e.left_inner;
-  args.pano_column = 0;
+  args.pano_column = static_cast<int>(plan.layout.plain_columns[0]);
   return args;
 }
 
-RemapThreadArgs middle_args(const StitchEngine& e, int first_row, int end_row) {
-  RemapThreadArgs args = strip_args(e, e.map_middle, e.src_image[1]);
+RemapThreadArgs middle_args(const StitchEngine& e, const FramePlan& plan, int first_row, int end_row) {
+  RemapThreadArgs args = strip_args(e, plan, e.map_middle, e.src_image[1]);
   args.band0 = e.band_yuv[1];
   args.band1 = e.band_yuv[2];
   args.plain_width = e.middle_inner;
   args.plain_column = e.band_width;
   args.band0_column = 0;
   args.band1_column = e.band_width + e.middle_inner;
-  args.pano_column = e.left_inner + e.config->trans_width + e.band_width;
+  args.pano_column = static_cast<int>(plan.layout.plain_columns[1]);
   args.first_row = first_row;
   args.end_row = end_row;
   return args;
 }
 
-RemapThreadArgs right_args(const StitchEngine& e) {
-  RemapThreadArgs args = strip_args(e, e.map_right, e.src_image[0]);
+RemapThreadArgs right_args(const StitchEngine& e, const FramePlan& plan) {
+  RemapThreadArgs args = strip_args(e, plan, e.map_right, e.src_image[0]);
   args.band0 = e.band_yuv[3];
   args.plain_width = e.right_inner;
   args.plain_column = e.band_width;
   args.band0_column = 0;
-  args.pano_column = e.left_inner + e.middle_inner + 2 * (e.config->trans_width + e.band_width);
+  args.pano_column = static_cast<int>(plan.layout.plain_columns[2]);
   return args;
 }
 
@@ -101,21 +100,21 @@ void sample_strips(Strip (&strips)[count], SampleRegion sample) {
 
 }  // namespace
 
-void remap_stage(const StitchEngine& e, SampleRegion sample) {
-  const int rows = shared_rows(e), half = rows / 2;
+void remap_stage(const StitchEngine& e, const FramePlan& plan, SampleRegion sample) {
+  const int rows = plan.rows, half = rows / 2;
   if (half % 2 == 0) {
-    Strip strips[] = {{left_args(e), remap_edge_strip, 0},
-                      {middle_args(e, 0, rows), remap_middle_strip, 0},
-                      {right_args(e), remap_edge_strip, 0}};
+    Strip strips[] = {{left_args(e, plan), remap_edge_strip, 0},
+                      {middle_args(e, plan, 0, rows), remap_middle_strip, 0},
+                      {right_args(e, plan), remap_edge_strip, 0}};
     sample_strips(strips, sample);
   } else {
     // Rows go in pairs from each half's first one, so with an odd half both halves write the rows at the split.  One after the
     // other, the lower half wins in every run.
-    Strip strips[] = {{left_args(e), remap_edge_strip, 0},
-                      {middle_args(e, 0, half), remap_middle_strip, 0},
-                      {right_args(e), remap_edge_strip, 0}};
+    Strip strips[] = {{left_args(e, plan), remap_edge_strip, 0},
+                      {middle_args(e, plan, 0, half), remap_middle_strip, 0},
+                      {right_args(e, plan), remap_edge_strip, 0}};
     sample_strips(strips, sample);
-    Strip lower{middle_args(e, half, rows), remap_middle_strip, half};
+    Strip lower{middle_args(e, plan, half, rows), remap_middle_strip, half};
     sample_strip(lower, sample);
   }
 }

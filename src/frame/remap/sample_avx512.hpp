@@ -1,6 +1,7 @@
 #pragma once
 
-#include "frame/remap/sample_kernels.hpp"
+#include "frame/remap/sample_row.hpp"
+#include "stages/lens/sample.hpp"
 
 #if defined(BISEAM_X86_64)
 

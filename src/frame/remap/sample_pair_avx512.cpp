@@ -84,7 +84,7 @@ BISEAM_STEP void mix_block_luma(const LumaBlock& block, std::ptrdiff_t stride, u
 // with the rows, but for an odd last column, and may repeat samples.
 BISEAM_AVX512 void sample_row_pair_avx512(const float* upper, const float* lower, const SampleSource& source, float y_factor,
                                           const SampleDestination& to, int count) noexcept {
-  if (count < kLuma || !is_engine_chroma(2.0f, y_factor)) {
+  if (count < kLuma) {
     return sample_rows_one_by_one<sample_luma_row_avx512, sample_chroma_row_avx512>(upper, lower, source, y_factor, to, count);
   }
   const ChromaRows rows{1.0f / y_factor, all(1u | (y_factor == 2.0f ? 1u : 0u) << 16)};
@@ -104,7 +104,7 @@ BISEAM_AVX512 void sample_row_pair_avx512(const float* upper, const float* lower
       const Window window = load_chroma(chroma.at.window, source.chroma_stride);
       mix_chroma(chroma.fx, chroma.fy, pick_chroma(window, chroma.at.x_y), to.chroma + k);
     } else {
-      sample_chroma_row_avx512(upper + 2 * k, source.chroma, source.chroma_stride, 2.0f, y_factor, to.chroma + k, kChroma);
+      sample_chroma_row_avx512(upper + 2 * k, source.chroma, source.chroma_stride, y_factor, to.chroma + k, kChroma);
     }
     if (k == last) break;
     k = next, block = next_block;

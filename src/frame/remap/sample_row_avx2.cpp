@@ -1,11 +1,11 @@
-#include "frame/remap/sample_kernels.hpp"
+#include "frame/remap/sample_row.hpp"
 
 #if defined(BISEAM_X86_64)
 
-#include <immintrin.h>
-
 #include <algorithm>
 #include <cstring>
+
+#include "base/intrinsics.hpp"
 
 #define BISEAM_STEP [[gnu::always_inline]] BISEAM_AVX2 inline
 
@@ -174,16 +174,16 @@ BISEAM_AVX2 void sample_luma_row_avx2(const float* entries, const uint8_t* sourc
   }
 }
 
-BISEAM_AVX2 void sample_chroma_row_avx2(const float* entries, const uint8_t* source, std::ptrdiff_t stride, float x_factor,
-                                        float y_factor, uint8_t* destination, int count) noexcept {
-  if (count < kChroma || !is_narrow(stride) || !is_engine_chroma(x_factor, y_factor)) {
-    return sample_chroma_row_scalar(entries, source, stride, x_factor, y_factor, destination, count);
+BISEAM_AVX2 void sample_chroma_row_avx2(const float* entries, const uint8_t* source, std::ptrdiff_t stride, float y_factor,
+                                        uint8_t* destination, int count) noexcept {
+  if (count < kChroma || !is_narrow(stride)) {
+    return sample_chroma_row_scalar(entries, source, stride, y_factor, destination, count);
   }
   const int last = count - kChroma;
   for (int k = 0;; k = std::min(k + kChroma, last)) {
     const float* first = entries + 4 * k;
     if (!chroma_8(first, source, stride, 1.0f / y_factor, destination + 2 * k)) {
-      sample_chroma_row_scalar(first, source, stride, x_factor, y_factor, destination + 2 * k, kChroma);
+      sample_chroma_row_scalar(first, source, stride, y_factor, destination + 2 * k, kChroma);
     }
     if (k == last) return;
   }

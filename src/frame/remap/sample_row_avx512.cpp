@@ -58,10 +58,10 @@ BISEAM_AVX512 void sample_luma_row_avx512(const float* entries, const uint8_t* s
   }
 }
 
-BISEAM_AVX512 void sample_chroma_row_avx512(const float* entries, const uint8_t* source, std::ptrdiff_t stride, float x_factor,
-                                            float y_factor, uint8_t* destination, int count) noexcept {
-  if (count < kChroma || !is_engine_chroma(x_factor, y_factor)) {
-    return sample_chroma_row_scalar(entries, source, stride, x_factor, y_factor, destination, count);
+BISEAM_AVX512 void sample_chroma_row_avx512(const float* entries, const uint8_t* source, std::ptrdiff_t stride, float y_factor,
+                                            uint8_t* destination, int count) noexcept {
+  if (count < kChroma) {
+    return sample_chroma_row_scalar(entries, source, stride, y_factor, destination, count);
   }
   const float y_scale = 1.0f / y_factor;
   const int last = count - kChroma;
@@ -72,7 +72,7 @@ BISEAM_AVX512 void sample_chroma_row_avx512(const float* entries, const uint8_t*
     if (vector.at.window != nullptr) {
       mix_chroma(vector.fx, vector.fy, pick_chroma(load_chroma(vector.at.window, stride), vector.at.x_y), destination + 2 * k);
     } else {
-      sample_chroma_row_avx2(entries + 4 * k, source, stride, x_factor, y_factor, destination + 2 * k, kChroma);
+      sample_chroma_row_avx2(entries + 4 * k, source, stride, y_factor, destination + 2 * k, kChroma);
     }
     if (k == last) return;
     k = next, vector = next_vector;

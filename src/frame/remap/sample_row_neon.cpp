@@ -1,10 +1,11 @@
-#include "frame/remap/sample_kernels.hpp"
+#include "frame/remap/sample_row.hpp"
 
 #if defined(BISEAM_ARM)
 
-#include <arm_neon.h>
-
 #include <cstring>
+
+#include "base/intrinsics.hpp"
+#include "stages/lens/sample.hpp"
 
 namespace biseam {
 
@@ -147,17 +148,17 @@ BISEAM_NEON void sample_luma_row_neon(const float* entries, const uint8_t* sourc
   sample_luma_row_scalar(entries + 2 * k, source, stride, destination + k, count - k);
 }
 
-BISEAM_NEON void sample_chroma_row_neon(const float* entries, const uint8_t* source, std::ptrdiff_t stride, float x_factor,
-                                        float y_factor, uint8_t* destination, int count) noexcept {
+BISEAM_NEON void sample_chroma_row_neon(const float* entries, const uint8_t* source, std::ptrdiff_t stride, float y_factor,
+                                        uint8_t* destination, int count) noexcept {
   int k = 0;
   // A last pair always remains: the entry that it skips need not exist.
-  for (; is_engine_chroma(x_factor, y_factor) && k + kChroma < count; k += kChroma) {
+  for (; k + kChroma < count; k += kChroma) {
     const float* first = entries + 4 * k;
     if (!chroma_4(first, source, stride, 1.0f / y_factor, destination + 2 * k)) {
-      sample_chroma_row_scalar(first, source, stride, x_factor, y_factor, destination + 2 * k, kChroma);
+      sample_chroma_row_scalar(first, source, stride, y_factor, destination + 2 * k, kChroma);
     }
   }
-  sample_chroma_row_scalar(entries + 4 * k, source, stride, x_factor, y_factor, destination + 2 * k, count - k);
+  sample_chroma_row_scalar(entries + 4 * k, source, stride, y_factor, destination + 2 * k, count - k);
 }
 
 }  // namespace biseam

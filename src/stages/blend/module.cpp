@@ -83,7 +83,8 @@ Status blend_under_mask(BlendInstance& instance, const BlendImage* const sources
   const int levels = instance.pyr_level;
   if (decompose_sources(instance, sources) != Status::ok) return Status::no_memory;
   const Pyramid mask = pyramid_of(instance, kMask), blended = pyramid_of(instance, kBlended);
-  if (build_gaussian(instance.mask, mask, levels) == Status::no_memory) return Status::no_memory;
+  // An instance without levels has no record for the level 0 that is written even then.
+  if (levels > 0 && build_gaussian(instance.mask, mask, levels) == Status::no_memory) return Status::no_memory;
   mix_pyramids(pyramid_of(instance, kSource1), pyramid_of(instance, kSource2), mask, blended, levels);
   return collapse(*blended.top, blended.levels, output, levels);
 }

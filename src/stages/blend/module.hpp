@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "base/memory_report.hpp"
 #include "base/status.hpp"
 #include "biseam/records.h"
@@ -10,6 +12,12 @@ namespace biseam {
 
 // Sizes one instance's block; the base is set to null.
 void size_blend_memory(const BlendConfig& config, BlendMemory& memory);
+
+// Bytes of a block with room for every piece.
+int64_t blend_room(const BlendConfig& config);
+
+// A length in the shrunk images of the search: divided as floats, truncated.
+int shrunk(int size, float inv_scale);
 
 // Carves an instance out of its zero-filled block.  no_memory: some piece did not fit; the instance is of no size then.
 Status create_blend(const BlendConfig& config, const BlendMemory& memory, BlendInstance& instance);

@@ -55,8 +55,8 @@ Status build_laplacian(const BlendImage& image, const Pyramid& out, int level_co
 }
 
 Status build_gaussian(const BlendImage& image, const Pyramid& out, int level_count) {
+  if (out.levels != nullptr) copy_samples(image, out.levels[0]);
   if (level_count < 1) return Status::ok;
-  copy_samples(image, out.levels[0]);
   for (int k = 1; k < level_count; ++k) {
     if (pyr_down(out.levels[k - 1], out.levels[k]) == Status::no_memory) return Status::no_memory;
   }

@@ -19,8 +19,8 @@ constexpr int next_size(int size) { return static_cast<int>((int64_t{size} + 1) 
 // written.
 Status build_laplacian(const BlendImage& image, const Pyramid& out, int level_count);
 
-// Levels G_k, top G_L.  A level whose predecessor is too small to be reduced keeps what it held.  Without levels nothing is
-// written.
+// Levels G_k, top G_L.  A level whose predecessor is too small to be reduced keeps what it held.  Without levels the image
+// still goes to levels[0], unless levels is null.
 Status build_gaussian(const BlendImage& image, const Pyramid& out, int level_count);
 
 // out = a * mask + b * (64 - mask) at every level and the top.  a and b are left with the products.

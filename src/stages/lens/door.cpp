@@ -1,13 +1,13 @@
 #include <cstdlib>
 
 #include "biseam/biseam.h"
-#include "frame/compose/exchange.hpp"
 #include "stages/lens/flip.hpp"
+#include "stages/lens/lens_position.hpp"
 #include "stages/lens/lens_table.hpp"
 #include "stages/lens/remap.hpp"
 #include "stages/lens/trig.hpp"
 
-using biseam::PlanePair;
+using biseam::PlanePair, biseam::PlaneView;
 
 extern "C" {
 
@@ -20,7 +20,7 @@ BISEAM_API double my_sin(double x) { return biseam::fast_sine(x); }
 BISEAM_API double my_cos(double x) { return biseam::fast_cosine(x); }
 
 BISEAM_API int32_t Init_lut(StitchConfig* config, StitchEngine* engine) {
-  biseam::build_tables(*config, *engine);
+  biseam::build_tables(*config, *engine, biseam::build_strip);
   return 0;
 }
 
@@ -41,34 +41,42 @@ BISEAM_API void equidist2equirectangle(float x, float y, float* u, float* v, Len
 BISEAM_API void remap_ypoint(const float* table, int32_t table_width, int32_t table_column, ImageHeader* source,
                              ImageHeader* destination, int32_t destination_column, int32_t count, int32_t first_row,
                              int32_t end_row, int32_t chroma_x_factor, int32_t chroma_y_factor) {
-  biseam::sample_region({table, table_width, table_column, source, destination, destination_column, count, first_row, end_row,
-                         chroma_x_factor, chroma_y_factor});
+  biseam::remap_region({table, table_width, table_column, source, destination, destination_column, count, first_row, end_row,
+                        chroma_x_factor, chroma_y_factor});
 }
 
 BISEAM_API void* remap_src0_main_pht(void* args) {
-  biseam::remap_edge_strip(*static_cast<RemapThreadArgs*>(args));
+  biseam::remap_edge_strip(*static_cast<RemapThreadArgs*>(args), biseam::remap_region);
   return nullptr;
 }
 
 BISEAM_API void* remap_src1_main_pht(void* args) {
-  biseam::remap_middle_strip(*static_cast<RemapThreadArgs*>(args));
+  biseam::remap_middle_strip(*static_cast<RemapThreadArgs*>(args), biseam::remap_region);
   return nullptr;
 }
 
 BISEAM_API void flip_mtrx(uint8_t* data, int32_t width, int32_t stride, int32_t height) {
-  biseam::flip_plane(data, width, stride, height);
+  biseam::flip_plane(PlaneView<uint8_t>{data, width, stride, height});
 }
 BISEAM_API void flip_mtrx_un(uint16_t* data, int32_t width, int32_t stride, int32_t height) {
-  biseam::flip_plane(reinterpret_cast<PlanePair*>(data), width, stride, height);
+  biseam::flip_plane(PlaneView<PlanePair>{reinterpret_cast<PlanePair*>(data), width, stride, height});
 }
 BISEAM_API void mirror_mtrx(uint8_t* data, int32_t width, int32_t stride, int32_t height) {
-  biseam::mirror_plane(data, width, stride, height);
+  biseam::mirror_plane(PlaneView<uint8_t>{data, width, stride, height});
 }
 BISEAM_API void mirror_mtrx_un(uint16_t* data, int32_t width, int32_t stride, int32_t height) {
-  biseam::mirror_plane(reinterpret_cast<PlanePair*>(data), width, stride, height);
+  biseam::mirror_plane(PlaneView<PlanePair>{reinterpret_cast<PlanePair*>(data), width, stride, height});
 }
 
-BISEAM_API void flip_image(ImageHeader* image) { biseam::flip_rows(*image); }
-BISEAM_API void mirror_image(ImageHeader* image) { biseam::mirror_columns(*image); }
+BISEAM_API void flip_image(ImageHeader* image) {
+  const biseam::MovedPlanes planes = biseam::moved_planes(*image);
+  biseam::flip_plane(planes.luma);
+  biseam::flip_plane(planes.chroma);
+}
+BISEAM_API void mirror_image(ImageHeader* image) {
+  const biseam::MovedPlanes planes = biseam::moved_planes(*image);
+  biseam::mirror_plane(planes.luma);
+  biseam::mirror_plane(planes.chroma);
+}
 
 }  // extern "C"

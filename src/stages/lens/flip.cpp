@@ -1,33 +1,42 @@
 #include "stages/lens/flip.hpp"
 
-#include "frame/compose/exchange.hpp"
+#include <utility>
 
 namespace biseam {
 
 namespace {
 
-bool has_half_height_chroma(int format) { return format == BISEAM_YUV420_SEMIPLANAR || format == BISEAM_YUV420_SEMIPLANAR_VU; }
-bool has_full_height_chroma(int format) { return format == BISEAM_YUV422_SEMIPLANAR || format == BISEAM_YUV422_SEMIPLANAR_VU; }
+template <class Element>
+void flip(const PlaneView<Element>& plane) {
+  for (int upper = 0, lower = plane.height - 1; upper < lower; ++upper, --lower) {
+    for (int k = 0; k < plane.width; ++k) std::swap(plane.row(upper)[k], plane.row(lower)[k]);
+  }
+}
 
-// Other formats stay as they are, the planar ones included.
-bool has_chroma_pairs(int format) { return has_half_height_chroma(format) || has_full_height_chroma(format); }
-
-int chroma_rows(const ImageHeader& image) { return has_half_height_chroma(image.format) ? image.height / 2 : image.height; }
-
-PlanePair* chroma_pairs(const ImageHeader& image) { return reinterpret_cast<PlanePair*>(image.planes[1]); }
+template <class Element>
+void mirror(const PlaneView<Element>& plane) {
+  for (int y = 0; y < plane.height; ++y) {
+    for (int left = 0, right = plane.width - 1; left < right; ++left, --right) {
+      std::swap(plane.row(y)[left], plane.row(y)[right]);
+    }
+  }
+}
 
 }  // namespace
 
-void flip_rows(const ImageHeader& image) {
-  if (!has_chroma_pairs(image.format)) return;
-  flip_plane(image.planes[0], image.width, image.strides[0], image.height);
-  flip_plane(chroma_pairs(image), image.width / 2, image.strides[1] / 2, chroma_rows(image));
+MovedPlanes moved_planes(const ImageHeader& image) {
+  const int format = image.format;
+  const bool half_chroma = format == BISEAM_YUV420_SEMIPLANAR || format == BISEAM_YUV420_SEMIPLANAR_VU;
+  const bool full_chroma = format == BISEAM_YUV422_SEMIPLANAR || format == BISEAM_YUV422_SEMIPLANAR_VU;
+  if (!half_chroma && !full_chroma) return {};
+  return {{image.planes[0], image.width, image.strides[0], image.height},
+          {reinterpret_cast<PlanePair*>(image.planes[1]), image.width / 2, image.strides[1] / 2,
+           half_chroma ? image.height / 2 : image.height}};
 }
 
-void mirror_columns(const ImageHeader& image) {
-  if (!has_chroma_pairs(image.format)) return;
-  mirror_plane(image.planes[0], image.width, image.strides[0], image.height);
-  mirror_plane(chroma_pairs(image), image.width / 2, image.strides[1] / 2, chroma_rows(image));
-}
+void flip_plane(const PlaneView<uint8_t>& plane) { flip(plane); }
+void flip_plane(const PlaneView<PlanePair>& plane) { flip(plane); }
+void mirror_plane(const PlaneView<uint8_t>& plane) { mirror(plane); }
+void mirror_plane(const PlaneView<PlanePair>& plane) { mirror(plane); }
 
 }  // namespace biseam

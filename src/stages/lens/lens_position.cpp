@@ -1,6 +1,7 @@
+#include "stages/lens/lens_position.hpp"
+
 #include <math.h>
 
-#include "stages/lens/lens_table.hpp"
 #include "stages/lens/trig.hpp"
 
 namespace biseam {

@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "base/threads.hpp"
-#include "frame/tables/lens_row.hpp"
+#include "stages/lens/lens_entry.hpp"
 #include "stages/lens/lens_strip.hpp"
 
 namespace biseam {
@@ -22,32 +22,23 @@ void* run_build(void* task) {
   return nullptr;
 }
 
-// Latitudes and longitudes of a tile fit the first-level cache; tiles are large enough that making them costs next to nothing.
-constexpr int kTileRows = 512, kTileColumns = 1024;
-static_assert(kTileColumns % 4 == 0);
-
-void build_tile(const LutBuilderArgs& args, int first_row, int rows, int first_column, int columns) {
-  const LensRecord& lens = *args.lens;
-  const float scale = lens.focal * lens.focus;
-  double sines[kTileColumns], cosines[kTileColumns];
-  turn_columns(lens, first_column, columns, sines, cosines);
-  for (int row = first_row; row < first_row + rows; ++row) {
-    const std::size_t entry =
-        static_cast<std::size_t>(row) * static_cast<std::size_t>(args.width) + static_cast<std::size_t>(first_column);
-    map_row(lens, scale, row_latitude(lens, row), sines, cosines, columns, args.map->entries + 2 * entry);
-  }
-}
-
 }  // namespace
 
-void build_strip(const LutBuilderArgs& args) {
+RowRange rows_of_part(const LutBuilderArgs& args) {
   const int middle = args.rows / 2;
-  const int first = args.part == 2 ? middle : 0, end = args.part == 1 ? middle : args.rows;
-  for (int row = first, rows; row < end; row += rows) {
-    rows = std::min(end - row, kTileRows);
-    for (int column = 0, columns; column < args.width; column += columns) {
-      columns = std::min(args.width - column, kTileColumns);
-      build_tile(args, row, rows, column, columns);
+  return {args.part == 2 ? middle : 0, args.part == 1 ? middle : args.rows};
+}
+
+void build_strip(const LutBuilderArgs& args) {
+  const LensRecord& lens = *args.lens;
+  const float scale = lens_scale(lens);
+  const auto [first, end] = rows_of_part(args);
+  for (int row = first; row < end; ++row) {
+    const Latitude latitude = row_latitude(lens, row);
+    float* entry = args.map->entries + std::ptrdiff_t{2} * row * args.width;
+    for (int column = 0; column < args.width; ++column, entry += 2) {
+      const double longitude = column_longitude(lens, column);
+      map_entry(lens, scale, latitude, fast_sine(longitude), fast_cosine(longitude), entry);
     }
   }
 }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "frame/remap/sample_row.hpp"
+#include "stages/lens/sample.hpp"
 
 namespace biseam {
 
@@ -26,44 +26,6 @@ const float* table_entry(const RemapRegion& region, int64_t row, int64_t column)
 
 uint8_t* plane_byte(const ImageHeader& image, int plane, int64_t row, int64_t column) {
   return image.planes[plane] + static_cast<std::ptrdiff_t>(row * image.strides[plane] + column);
-}
-
-void sample_luma(const RemapRegion& region, int64_t row) {
-  const auto [first, end] = inside_table(region.table_column, 1, region.count, region.table_width);
-  if (row < 0 || row >= region.destination->height || first >= end) return;
-  sample_luma_row(table_entry(region, row, region.table_column + first), region.source->planes[0], region.source->strides[0],
-                  plane_byte(*region.destination, 0, row, region.destination_column + first), static_cast<int>(end - first));
-}
-
-void sample_chroma(const RemapRegion& region, int64_t row) {
-  if (region.chroma_y_factor < 1) return;
-  const int64_t chroma_row = row / region.chroma_y_factor, column = region.table_column / 2 * 2;
-  const auto [first, end] = inside_table(column, 2, region.count / 2, region.table_width);
-  if (row < 0 || chroma_row >= region.destination->height / region.chroma_y_factor || first >= end) return;
-  sample_chroma_row(table_entry(region, row, column + 2 * first), region.source->planes[1], region.source->strides[1],
-                    static_cast<float>(region.chroma_x_factor), static_cast<float>(region.chroma_y_factor),
-                    plane_byte(*region.destination, 1, chroma_row, region.destination_column / 2 * 2 + 2 * first),
-                    static_cast<int>(end - first));
-}
-
-// Whether both luma rows and the chroma row lie inside table and destination, and chroma begins where luma does.
-bool is_whole_pair(const RemapRegion& region, int64_t row) {
-  const bool rows_inside = row >= 0 && row + 1 < region.destination->height &&
-                           row / region.chroma_y_factor < region.destination->height / region.chroma_y_factor;
-  const bool columns_inside =
-      region.table_column >= 0 && region.count > 0 && int64_t{region.table_column} + region.count <= region.table_width;
-  return rows_inside && columns_inside && region.table_column % 2 == 0 && region.destination_column % 2 == 0;
-}
-
-void sample_pair(const RemapRegion& region, int64_t row) {
-  const ImageHeader &source = *region.source, &destination = *region.destination;
-  sample_row_pair(table_entry(region, row, region.table_column), table_entry(region, row + 1, region.table_column),
-                  {source.planes[0], source.planes[1], source.strides[0], source.strides[1]},
-                  static_cast<float>(region.chroma_y_factor),
-                  {plane_byte(destination, 0, row, region.destination_column),
-                   plane_byte(destination, 0, row + 1, region.destination_column),
-                   plane_byte(destination, 1, row / region.chroma_y_factor, region.destination_column)},
-                  region.count);
 }
 
 int chroma_rows_factor(int format) { return format < 4 ? 2 : 1; }
@@ -98,17 +60,37 @@ RemapRegion band_region(const RemapThreadArgs& args, int table_width, const Imag
 
 }  // namespace
 
+RegionRow luma_row_of(const RemapRegion& region, int64_t row) {
+  const auto [first, end] = inside_table(region.table_column, 1, region.count, region.table_width);
+  if (row < 0 || row >= region.destination->height || first >= end) return {};
+  return {table_entry(region, row, region.table_column + first),
+          plane_byte(*region.destination, 0, row, region.destination_column + first), static_cast<int>(end - first)};
+}
+
+RegionRow chroma_row_of(const RemapRegion& region, int64_t row) {
+  if (region.chroma_y_factor < 1) return {};
+  const int64_t chroma_row = row / region.chroma_y_factor, column = region.table_column / 2 * 2;
+  const auto [first, end] = inside_table(column, 2, region.count / 2, region.table_width);
+  if (row < 0 || chroma_row >= region.destination->height / region.chroma_y_factor || first >= end) return {};
+  return {table_entry(region, row, column + 2 * first),
+          plane_byte(*region.destination, 1, chroma_row, region.destination_column / 2 * 2 + 2 * first),
+          static_cast<int>(end - first)};
+}
+
 // One chroma row comes with each pair of luma rows: where chroma has full height, every second chroma row keeps what it held.
-void sample_region(const RemapRegion& region) {
-  const bool in_pairs = region.chroma_x_factor == 2 && region.chroma_y_factor >= 1;
+void remap_region(const RemapRegion& region) {
+  const ImageHeader& source = *region.source;
+  const float x_factor = static_cast<float>(region.chroma_x_factor), y_factor = static_cast<float>(region.chroma_y_factor);
   for (int64_t row = region.first_row; row < region.end_row; row += 2) {
-    if (in_pairs && is_whole_pair(region, row)) {
-      sample_pair(region, row);
-      continue;
+    for (const int64_t luma_row : {row, row + 1}) {
+      const RegionRow luma = luma_row_of(region, luma_row);
+      for (int k = 0; k < luma.count; ++k)
+        luma.samples[k] = sample_luma(luma.entries + 2 * k, source.planes[0], source.strides[0]);
     }
-    sample_luma(region, row);
-    sample_luma(region, row + 1);
-    sample_chroma(region, row);
+    const RegionRow chroma = chroma_row_of(region, row);
+    for (int k = 0; k < chroma.count; ++k) {
+      sample_chroma(chroma.entries + 4 * k, x_factor, y_factor, source.planes[1], source.strides[1], chroma.samples + 2 * k);
+    }
   }
 }
 

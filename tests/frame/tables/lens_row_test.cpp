@@ -1,3 +1,5 @@
+#include "frame/tables/lens_row.hpp"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -6,9 +8,6 @@
 #include <vector>
 
 #include "base/isa.hpp"
-#include "frame/tables/lens_row_kernels.hpp"
-#include "stages/lens/lens_strip.hpp"
-#include "stages/lens/lens_table.hpp"
 #include "support/guarded.hpp"
 
 namespace biseam::test {
@@ -97,48 +96,6 @@ TEST(MapRow, EveryPairOfEstimatesIsTheSameInAllVersions) {
       }
     }
     expect_versions_alike(0.0f, x, z);
-  }
-}
-
-struct Size {
-  int width, height, feather;
-};
-
-std::vector<float> build_all(const StitchConfig& config, Isa isa) {
-  const Isa before = isa_in_use();
-  limit_isa(isa);
-  std::vector<float> entries[3];
-  StitchEngine engine{};
-  MAPTIHeader* const maps[] = {&engine.map_left, &engine.map_middle, &engine.map_right};
-  for (int strip = 0; strip < 3; ++strip) {
-    entries[strip].resize(2 * static_cast<std::size_t>(describe_strip(config, strip).width) * config.in_h);
-    maps[strip]->entries = entries[strip].data();
-  }
-  build_tables(config, engine);
-  limit_isa(before);
-  for (int strip = 1; strip < 3; ++strip) entries[0].insert(entries[0].end(), entries[strip].begin(), entries[strip].end());
-  return entries[0];
-}
-
-TEST(BuildTables, WholeTablesAreTheSameInAllVersions) {
-  const unsigned seed = 20511;
-  SCOPED_TRACE(testing::Message() << "seed " << seed);
-  Random random(seed);
-  for (const Size& size : {Size{64, 32, 4}, {331, 77, 5}, {1920, 960, 32}, {2050, 601, 7}, {4444, 9, 0}, {28, 1300, 1}}) {
-    SCOPED_TRACE(testing::Message() << size.width << " x " << size.height);
-    StitchConfig config{};
-    config.in_h = config.out_h[0] = size.height;
-    config.out_w[0] = size.width;
-    config.feather = size.feather;
-    config.p0 = config.p1 = static_cast<float>(size.height) * pick(random, 0.1f, 1.0f);
-    config.cx0 = config.cy0 = config.cx1 = config.cy1 = static_cast<float>(size.height - 1) / 2;
-    config.change_focus = pick(random, 0.5f, 2.0f);
-    for (float& entry : config.lens_matrix) entry = pick(random, -1.5f, 1.5f);
-    const std::vector<float> expected = build_all(config, Isa::scalar);
-    for (const Isa isa : versions()) {
-      const std::vector<float> actual = build_all(config, isa);
-      EXPECT_EQ(std::memcmp(expected.data(), actual.data(), 4 * expected.size()), 0) << name_of(isa);
-    }
   }
 }
 

@@ -201,7 +201,29 @@ TEST(BlendCreat, ManyLevelsUseUpTheSlackAndAreReported) {
   memory.base = block.data();
   BlendInstance instance;
   EXPECT_EQ(Status::no_memory, create_blend(config, memory, instance));
-  EXPECT_EQ(-1, Blend_Creat(&config, &memory, &instance));
+  EXPECT_EQ(nullptr, instance.mask.data[0]);
+}
+
+TEST(BlendRoom, IsEnoughAtEveryBase) {
+  int customary_refused = 0;
+  for (int levels = 1; levels <= 9; ++levels) {
+    for (const BlendConfig& config : {blend_config(8, 4, 16, levels, 8, 1.0f), blend_config(20, 23, 93, levels, 33, 1.5f),
+                                      blend_config(3, 2, 7, levels, 5, 3.0f)}) {
+      BlendConfig settings = config;
+      const int64_t room = blend_room(config);
+      std::vector<uint8_t> block(static_cast<size_t>(room) + 256);
+      uint8_t* const aligned = block.data() + (-reinterpret_cast<uintptr_t>(block.data()) & 127);
+      for (int base = 0; base < 128; base += 16) {
+        BlendInstance instance;
+        EXPECT_EQ(Status::ok, create_blend(config, {static_cast<uint32_t>(room), aligned + base}, instance));
+        BlendMemory customary;
+        GetMemSize(&settings, &customary);
+        customary.base = aligned + base;
+        if (int64_t{customary.size} < room) customary_refused += create_blend(config, customary, instance) != Status::ok;
+      }
+    }
+  }
+  EXPECT_GT(customary_refused, 0) << "this test shows nothing";
 }
 
 TEST(BlendCreat, InstanceThatCouldNotBeCarvedBlendsNothing) {
@@ -209,7 +231,8 @@ TEST(BlendCreat, InstanceThatCouldNotBeCarvedBlendsNothing) {
   std::vector<uint8_t> block(1000);
   BlendMemory memory{1000, block.data()};
   BlendInstance instance;
-  ASSERT_EQ(-1, Blend_Creat(&config, &memory, &instance));
+  ASSERT_EQ(0, Blend_Creat(&config, &memory, &instance));
+  EXPECT_EQ(nullptr, instance.mask.data[0]);
   EXPECT_EQ(0, SetConfig_Blend(&instance));
   TestImage source1(16, 16, 3, 9), source2(16, 16, 3, 9), output(24, 16, 3, -777);
   EXPECT_EQ(0, Blend_Proc(&instance, source1.record(), source2.record(), output.record()));
@@ -221,7 +244,9 @@ TEST(BlendCreat, NullBlockIsRefused) {
   BlendInstance instance;
   for (uint32_t size : {0u, 1000000u}) {
     BlendMemory memory{size, nullptr};
-    EXPECT_EQ(-1, Blend_Creat(&config, &memory, &instance));
+    EXPECT_EQ(Status::no_memory, create_blend(config, memory, instance));
+    EXPECT_EQ(0, Blend_Creat(&config, &memory, &instance));
+    EXPECT_EQ(nullptr, instance.mask.data[0]);
   }
 }
 
@@ -235,7 +260,9 @@ TEST(BlendCreat, SizesThatNoPieceCanHaveAreRefused) {
         blend_config(INT32_MAX / 2, INT32_MAX / 4, 16, 2)}) {
     BlendMemory memory{static_cast<uint32_t>(block.size()), block.data()};
     BlendInstance instance;
-    EXPECT_EQ(-1, Blend_Creat(&config, &memory, &instance));
+    EXPECT_EQ(Status::no_memory, create_blend(config, memory, instance));
+    EXPECT_EQ(0, Blend_Creat(&config, &memory, &instance));
+    EXPECT_EQ(nullptr, instance.mask.data[0]);
   }
   // Scales that leave nothing of the strips: the pieces are empty.
   for (float inv_scale : {1e9f, infinity, nan}) {

@@ -1,6 +1,7 @@
 // What the blend takes from the heap and gives back, and what happens when it is short.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 
 #include "biseam/biseam.h"
@@ -62,7 +63,7 @@ TEST(BlendMemory, EveryRefusedRequestIsReportedAndLeavesNothingBehind) {
 
 TEST(BuildGuassPyramid, KeepsNoBlock) {
   for (int level_count : {0, 1, 3}) {
-    TestInstance instance(blend_config(8, 8, 24, level_count));
+    TestInstance instance(blend_config(8, 8, 24, std::max(level_count, 1)));
     const FailingHeap heap;
     BuildGuassPyramid(&instance->mask, &instance->levels[2], &instance->top[2], level_count);
     EXPECT_EQ(0, heap.held());

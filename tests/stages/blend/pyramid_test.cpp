@@ -160,7 +160,19 @@ TEST(PyramidSizes, OddBandWidthIsHalvedRoundingUp) {
   EXPECT_EQ(1 << 30, next_size(INT32_MAX));
 }
 
-TEST(Pyramids, WithoutLevelsNothingIsWritten) {
+TEST(BuildGuassPyramid, WithoutLevelsCopiesTheImageToLevelZero) {
+  for (int level_count : {0, -1, INT32_MIN}) {
+    TestImage image(6, 7), top(3, 4, 3, kOld), level(6, 7, 3, kOld);
+    RandomSource random;
+    image.randomize(random, -1000, 1000);
+    BlendImage* levels = level.record();
+    BuildGuassPyramid(image.record(), &levels, top.record(), level_count);
+    EXPECT_EQ(image.samples(), level.samples());
+    EXPECT_EQ(TestImage(3, 4, 3, kOld).samples(), top.samples());
+  }
+}
+
+TEST(Pyramids, WithoutLevelRecordsNothingIsWritten) {
   for (int level_count : {0, -1, INT32_MIN}) {
     TestImage image(6, 6, 3, 5), top(6, 6, 3, kOld);
     BlendImage* none = nullptr;

@@ -289,6 +289,26 @@ TEST(StitchCommand, a_profile_that_is_wrong_is_named_with_line_and_key) {
   expect_refusal(stitch({"-", "--size", "640x320", "-o", "-", "--camera", folder / "none.toml"}, usual_pair()), 3, "none.toml");
 }
 
+// What would be cut off changes what the profile says.
+TEST(StitchCommand, a_profile_that_is_too_long_is_refused) {
+  const ScratchFolder folder;
+  write_bytes(folder / "camera.toml", "#" + std::string(1 << 20, 'x') + "\n[lens0]\np = 94\n");
+  expect_refusal(stitch({"-", "--size", "640x320", "-o", "-", "--camera", folder / "camera.toml"}, usual_pair()), 5,
+                 "camera.toml: is too long");
+}
+
+// Names come from anywhere: they must not move the cursor, hide text or say things in the tool's name.
+TEST(StitchCommand, names_from_files_reach_the_terminal_escaped) {
+  const ScratchFolder folder;
+  const std::string bad = "a\nbiseam: done\x1b[2J\u202e\xff", shown = "a\\nbiseam: done\\x1b[2J\\u{202e}\\xff";
+  expect_refusal(stitch({folder / bad + ".png", "-o", folder / "out.png"}), 3, shown + ".png: can't be opened");
+  expect_refusal(stitch({folder / "a.png", "-o", folder / bad}), 2, shown + ": the name must end in");
+  expect_refusal(stitch({folder / "a.png", "-o", folder / "a.jpg", "--" + bad}), 2, "--" + shown);
+  write_bytes(folder / "camera.toml", "[lens0]\n\"\\u001b[2J\\nbiseam: done\" = 1\n");
+  expect_refusal(stitch({"-", "--size", "640x320", "-o", "-", "--camera", folder / "camera.toml"}, usual_pair()), 5,
+                 "camera.toml: line 2: unknown key 'lens0.\\x1b[2J\\nbiseam: done'");
+}
+
 TEST(StitchCommand, settings_the_engine_refuses_are_told_in_its_words) {
   const std::string p = std::to_string(usual_view().p);
   const std::vector<std::string> usual = {"-", "--size", "640x320", "-o", "-", "--p0", p, "--p1", p};

@@ -37,6 +37,13 @@ TEST(XmpPlace, jpeg_exchanges_the_old_one_where_it_stands) {
             kStart + icc + xmp("new") + more + "\xff\xff" + kScan);
 }
 
+TEST(XmpPlace, jpeg_may_have_fill_bytes_before_any_segment) {
+  const std::string jfif = segment('\xe0', "JFIF\0"s), exif = segment('\xe1', "Exif\0\0II"s), fill = "\xff\xff";
+  EXPECT_EQ(place(kStart + fill + xmp("old") + kScan, "new"), kStart + fill + xmp("new") + kScan);
+  EXPECT_EQ(place(kStart + fill + jfif + fill + exif + fill + kScan, "new"),
+            kStart + fill + jfif + fill + exif + fill + xmp("new") + kScan);
+}
+
 TEST(XmpPlace, jpeg_has_room_for_one_segment_only) {
   EXPECT_EQ(place(kStart + kScan, std::string(65504, 'x')).size(), kStart.size() + kScan.size() + 65537);
   EXPECT_THROW(place(kStart + kScan, std::string(65505, 'x')), std::runtime_error);

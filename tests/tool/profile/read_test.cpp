@@ -101,6 +101,50 @@ TEST(Profile, values_out_of_range_are_told_with_their_line) {
   }
 }
 
+std::string repeated(const std::string& piece, int times) {
+  std::string text;
+  for (int k = 0; k < times; ++k) text += piece;
+  return text;
+}
+
+// Each would use up the stack, inside the parser or when what it made is freed.
+TEST(Profile, deep_nesting_is_refused_before_it_is_parsed) {
+  constexpr int kDeep = 100000;
+  const std::string dots = "cam.toml: line 2: a key has too many dots, the most is 16";
+  const std::string nested = "cam.toml: line 2: values are nested too deeply, the most is 16";
+  EXPECT_EQ(refusal("\n" + repeated("a.", kDeep) + "a=1"), dots);
+  EXPECT_EQ(refusal("\n" + repeated("'a' . ", kDeep) + "a=1"), dots);
+  EXPECT_EQ(refusal("\n[" + repeated("a.", kDeep) + "a]"), dots);
+  EXPECT_EQ(refusal("\n[[" + repeated("a.", kDeep) + "a]]"), dots);
+  EXPECT_EQ(refusal("\na={" + repeated("a.", kDeep) + "a=1}"), dots);
+  EXPECT_EQ(refusal("\na=" + repeated("[", kDeep) + repeated("]", kDeep)), nested);
+  EXPECT_EQ(refusal("\na=" + repeated("{a=", kDeep) + "1" + repeated("}", kDeep)), nested);
+  EXPECT_EQ(refusal("\na=" + repeated("[{a.a.a=", kDeep) + "1" + repeated("}]", kDeep)), nested);
+}
+
+// Whatever hides brackets from a careless look: the ends of strings, comments that are none, lines inside strings.
+TEST(Profile, strings_and_comments_dont_hide_nesting) {
+  for (const char* hiding :
+       {R"('#')", R"("#")", R"("\"#")", R"('\')", R"("")", R"('')", R"("""x"""")", R"("""x""""")", "'''x''''",
+        "\"\"\"\n#\"\"\"", "'''\n# '''", R"("""""")", R"("""\"""")", R"(""" " "" """)", "'''' '''"}) {
+    const std::string line = refusal(std::string("a = [") + hiding + ", " + repeated("[", 1000));
+    EXPECT_NE(line.find("nested too deeply"), std::string::npos) << hiding << ": " << line;
+  }
+}
+
+TEST(Profile, what_only_looks_deep_is_taken) {
+  const std::string many = repeated(".[{", 100);
+  EXPECT_EQ(read("# " + many + "\nwidth = 640 # " + many + "\n[lens0]\n'cx' = 1.5\n\"p\" = 100.25\n", "cam.toml").width, 640);
+  EXPECT_EQ(refusal("[lens0]\n'" + many + "' = 1\n"), "cam.toml: line 2: unknown key 'lens0." + many + "'");
+}
+
+TEST(Profile, a_long_one_is_refused_and_not_cut) {
+  const std::string line = "width = 640\n";
+  const std::string longest = line + "#" + std::string(kMostBytes - line.size() - 1, 'x');
+  EXPECT_EQ(read(longest, "cam.toml").width, 640);
+  EXPECT_EQ(refusal(longest + "x"), "cam.toml: is too long for a profile, the most is 1 MiB");
+}
+
 TEST(Profile, broken_toml_is_told_with_its_line) {
   EXPECT_EQ(refusal("width = 1920\n[lens0\n").rfind("cam.toml: line ", 0), 0u);
   refusal("width = 1\nwidth = 2\n");

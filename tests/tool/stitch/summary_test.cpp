@@ -3,8 +3,6 @@
 
 #include "stitch/seam_path.hpp"
 #include "stitch/summary.hpp"
-#include "text/json.hpp"
-#include "text/time_text.hpp"
 #include "tool/support/clip_maker.hpp"
 #include "tool/support/run_clip.hpp"
 #include "tool/support/scratch_folder.hpp"
@@ -83,28 +81,6 @@ TEST(Summary, a_repeated_picture_counts_as_seams_that_stay) {
   EXPECT_EQ(summary.seam_movement(), 1.5);
   summary.count_frame({12, 20});
   EXPECT_EQ(summary.seam_movement(), 2);
-}
-
-TEST(Json, texts_are_quoted_and_numbers_finite) {
-  JsonObject inner;
-  inner.add("on", true);
-  JsonObject object;
-  object.add("name", "a \"b\"\\\n");
-  object.add("count", 3);
-  object.add("rate", 0.5);
-  object.add("endless", 1.0 / 0.0);
-  object.add("inner", inner);
-  EXPECT_EQ(
-      object.text(),
-      "{\"name\": \"a \\\"b\\\"\\\\\\u000a\", \"count\": 3, \"rate\": 0.5, \"endless\": null, \"inner\": {\"on\": true}}");
-}
-
-TEST(TimeText, is_what_people_write) {
-  EXPECT_EQ(time_text(3723456, {1, 1000}), "1:02:03.456");
-  EXPECT_EQ(time_text(-90, {1, 30}), "-0:00:03.000");
-  EXPECT_EQ(parse_time("--from", "1:02:03.456"), 3723456000);
-  EXPECT_EQ(parse_time("--from", "2.5"), 2500000);
-  EXPECT_EQ(parse_time("--offset", "-0.04"), -40000);
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <system_error>
 
+#include "base/printable.hpp"
+
 namespace biseam::tool {
 
 Failure system_failure(ExitCode code, const std::string& path, const std::string& what) {
@@ -11,6 +13,6 @@ Failure system_failure(ExitCode code, const std::string& path, const std::string
   return Failure(code, path + ": " + what + ": " + std::generic_category().message(reason));
 }
 
-void notice(const std::string& line) { std::fprintf(stderr, "biseam: %s\n", line.c_str()); }
+void notice(const std::string& line) { std::fprintf(stderr, "biseam: %s\n", printable(line).c_str()); }
 
 }  // namespace biseam::tool

@@ -30,7 +30,7 @@ class Failure : public std::runtime_error {
 // "path: what: reason" with the reason of errno.
 Failure system_failure(ExitCode code, const std::string& path, const std::string& what);
 
-// One line on standard error; standard output carries results only.
+// One line on standard error, made printable, as names in it may come from anywhere; standard output carries results only.
 void notice(const std::string& line);
 
 }  // namespace biseam::tool

@@ -3,14 +3,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <numbers>
 
+#include "base/angle.hpp"
 #include "base/failure.hpp"
 
 namespace biseam::tool {
 namespace {
-
-constexpr double kDegree = std::numbers::pi / 180;
 
 // From the centre to the nearest edge.
 double fitting_radius(Point centre, Size size) {

@@ -3,15 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <numbers>
 
+#include "base/angle.hpp"
 #include "camera/blend_values.hpp"
 #include "camera/extent.hpp"
 
 namespace biseam::tool {
 namespace {
 
-constexpr double kDegree = std::numbers::pi / 180;
 // Left of the tables' reach and right of it, in pixels: chroma reads the next pair and the next row of pairs, a position
 // beyond the last but two would leave the picture.
 constexpr double kLowMargin = 0.25, kHighMargin = 2.25;

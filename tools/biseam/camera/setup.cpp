@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <thread>
 
 #include "base/byte_source.hpp"
 #include "base/failure.hpp"
+#include "base/thread_count.hpp"
 #include "picture/quarter_turn.hpp"
 #include "profile/read.hpp"
 
@@ -16,8 +16,6 @@ namespace {
 int natural_width(Size picture) { return std::clamp(picture.height * 2 / 8 * 8, int(profile::kWidthLimits.low), 8192); }
 
 Size upright_size(Size recorded, int mount) { return mount % 180 == 0 ? recorded : Size{recorded.height, recorded.width}; }
-
-constexpr std::size_t kMostBytes = 1 << 20;  // of a profile
 
 // What is wrong with a profile, as the tool says it.
 template <class Work>
@@ -31,7 +29,7 @@ auto checked(Work work) {
 
 profile::CameraSettings read_profile(const std::string& path) {
   ByteSource source(path);
-  const std::vector<std::uint8_t> bytes = source.read_all(kMostBytes);
+  const std::vector<std::uint8_t> bytes = source.read_all(profile::kMostBytes + 1);  // one more tells that it is too long
   return checked([&] { return profile::read({bytes.begin(), bytes.end()}, source.name()); });
 }
 
@@ -67,9 +65,9 @@ Setup make_setup(const std::string& profile_path, const profile::CameraSettings&
   profile::replace_settings(blend, given.blend);
   setup.plan = make_plan(lenses, sizes, blend, width);
   tell_missing(setup.plan);
-  const int threads = std::clamp(int(std::thread::hardware_concurrency()), 1, 16);
   for (int k = 0; k < 2; ++k) {
-    if (!setup.plan.lens[k].as_is) setup.warp[k] = std::make_shared<Warp>(lenses[k], setup.plan.lens[k].target, threads);
+    if (!setup.plan.lens[k].as_is)
+      setup.warp[k] = std::make_shared<Warp>(lenses[k], setup.plan.lens[k].target, usual_threads());
   }
   return setup;
 }

@@ -5,10 +5,12 @@
 #include <numbers>
 #include <thread>
 
+#include "base/angle.hpp"
+#include "base/thread_count.hpp"
+
 namespace biseam::tool {
 namespace {
 
-constexpr double kDegree = std::numbers::pi / 180;
 constexpr int kLobes = 3;
 constexpr int kPhaseBits = 8, kPhaseMask = WarpFilter::kPhases - 1;
 static_assert(WarpFilter::kPhases == 1 << kPhaseBits);
@@ -185,7 +187,7 @@ void Warp::apply(const Nv12View& source, Nv12& out, int threads) const {
 }
 
 Nv12 warp_fisheye(const Nv12View& source, const Lens& lens, const WarpTarget& target) {
-  const int threads = std::clamp(int(std::thread::hardware_concurrency()), 1, 16);
+  const int threads = usual_threads();
   Nv12 out;
   Warp(lens, target, threads).apply(source, out, threads);
   return out;

@@ -1,14 +1,15 @@
-#include <cmath>
 #include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "base/distinct_files.hpp"
 #include "base/failure.hpp"
 #include "commands/commands.hpp"
 #include "compare/metrics.hpp"
 #include "picture/read_picture.hpp"
+#include "text/json.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -25,20 +26,19 @@ struct Row {
   Quality quality;
 };
 
-std::string size_text(const Nv12& picture) { return std::to_string(picture.width) + "x" + std::to_string(picture.height); }
-
 std::vector<Row> measure_rows(const CompareOptions& options) {
   std::optional<Size> raw;
   if (!options.size.empty()) raw = parse_size(options.size);
   const Nv12 a = read_picture(options.first, raw), b = read_picture(options.second, raw);
-  if (a.width != b.width || a.height != b.height) {
+  const Size size{a.width, a.height}, other{b.width, b.height};
+  if (size != other) {
     throw Failure(ExitCode::input,
-                  options.second + ": " + size_text(b) + " pixels, but " + options.first + " has " + size_text(a));
+                  options.second + ": " + size_text(other) + " pixels, but " + options.first + " has " + size_text(size));
   }
   if (a.width < kSsimWindow || a.height < kSsimWindow) {
-    throw Failure(ExitCode::input, options.first + ": " + size_text(a) + " pixels are too few, 11x11 is the least");
+    throw Failure(ExitCode::input, options.first + ": " + size_text(size) + " pixels are too few, 11x11 is the least");
   }
-  const LumaPair pair{{a.width, a.height}, a.luma, b.luma};
+  const LumaPair pair{size, a.luma, b.luma};
   const Columns seam0 = seam_columns(a.width, 0, options.half_width), seam1 = seam_columns(a.width, 1, options.half_width);
   return {{"whole picture", "whole", measure(pair, all_columns(a.width))},
           {"both seams", "seams", measure(pair, either_column(seam0, seam1))},
@@ -54,22 +54,20 @@ void print_table(const std::vector<Row>& rows, double half_width) {
   std::printf("by area: rows weighted by the cosine of their latitude; seams: within %g degrees\n", half_width);
 }
 
-// JSON knows no infinity: null.
-std::string number(double value) {
-  if (!std::isfinite(value)) return "null";
-  char text[32];
-  std::snprintf(text, sizeof text, "%.6f", value);
-  return text;
+JsonObject quality_json(const Quality& quality) {
+  JsonObject json;
+  json.add_fixed("psnr", quality.psnr);
+  json.add_fixed("weighted_psnr", quality.weighted_psnr);
+  json.add_fixed("ssim", quality.ssim);
+  return json;
 }
 
 void print_json(const std::vector<Row>& rows, double half_width) {
-  std::printf("{\"channel\": \"luma\", \"seam_half_width\": %s", number(half_width).c_str());
-  for (const Row& row : rows) {
-    const Quality& q = row.quality;
-    std::printf(", \"%s\": {\"psnr\": %s, \"weighted_psnr\": %s, \"ssim\": %s}", row.key, number(q.psnr).c_str(),
-                number(q.weighted_psnr).c_str(), number(q.ssim).c_str());
-  }
-  std::printf("}\n");
+  JsonObject json;
+  json.add("channel", "luma");
+  json.add_fixed("seam_half_width", half_width);
+  for (const Row& row : rows) json.add(row.key, quality_json(row.quality));
+  std::printf("%s\n", json.text().c_str());
 }
 
 }  // namespace
@@ -88,6 +86,7 @@ void add_compare_command(CLI::App& app, int& exit_code) {
     if (options->first == "-" && options->second == "-") {
       throw Failure(ExitCode::usage, "only one picture can come from standard input");
     }
+    check_distinct({{"the input", options->first}, {"the input", options->second}}, {{"the output", "-"}});
     const std::vector<Row> rows = measure_rows(*options);
     options->json ? print_json(rows, options->half_width) : print_table(rows, options->half_width);
     if (options->least_psnr && rows.front().quality.psnr < *options->least_psnr) exit_code = int(ExitCode::different);

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "base/distinct_files.hpp"
 #include "base/failure.hpp"
 #include "commands/commands.hpp"
 #include "picture/read_picture.hpp"
@@ -39,6 +40,9 @@ void make_sheet(const SheetOptions& options) {
     throw Failure(ExitCode::usage, "--caption: one for each picture is wanted, or none");
   }
   check_picture_name(options.output);
+  std::vector<NamedFile> inputs;
+  for (const std::string& name : options.pictures) inputs.push_back({"the input", name});
+  check_distinct(inputs, {{"-o", options.output}});
   std::vector<Panel> panels;
   for (std::size_t n = 0; n < options.pictures.size(); ++n) {
     const std::string caption = options.captions.empty() ? "" : options.captions[n];

@@ -2,10 +2,11 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <numbers>
 #include <optional>
 #include <string>
 
+#include "base/angle.hpp"
+#include "base/distinct_files.hpp"
 #include "base/failure.hpp"
 #include "base/interrupt.hpp"
 #include "base/replace_file.hpp"
@@ -20,6 +21,7 @@ namespace biseam::tool {
 namespace {
 
 constexpr AVRational kFrameRate{30, 1};
+constexpr const char* kProfileName = "camera.toml";
 
 struct SceneOptions {
   std::string folder;
@@ -27,15 +29,25 @@ struct SceneOptions {
   scene::Rig rig{1920, 1080, 0, 0, 0, 0, 1};
   std::optional<int> frames;
 
+  const char* extension() const { return frames ? ".mp4" : ".png"; }
   std::string path(const std::string& name) const { return (std::filesystem::path(folder) / name).string(); }
 };
 
 void tell(const std::string& path) { std::printf("%s\n", path.c_str()); }
 
+// Links within the folder can make one file of two.
+void check_names(const SceneOptions& options) {
+  std::vector<NamedFile> outputs = {{"the output", options.path(kProfileName)}};
+  for (const char* name : scene::kPictureNames) {
+    outputs.push_back({"the output", options.path(std::string(name) + options.extension())});
+  }
+  check_distinct({}, outputs);
+}
+
 void write_stills(const SceneOptions& options, scene::Shooting& shooting) {
   const scene::Pictures pictures = shooting.take(0, 0);
   for (std::size_t k = 0; k < pictures.size(); ++k) {
-    const std::string path = options.path(std::string(scene::kPictureNames[k]) + ".png");
+    const std::string path = options.path(std::string(scene::kPictureNames[k]) + options.extension());
     write_picture(path, pictures[k]);
     tell(path);
   }
@@ -49,7 +61,7 @@ void write_clips(const SceneOptions& options, scene::Shooting& shooting) {
   std::string paths[4];
   std::array<std::unique_ptr<LosslessClip>, 4> clips;
   for (std::size_t k = 0; k < clips.size(); ++k) {
-    paths[k] = options.path(std::string(scene::kPictureNames[k]) + ".mp4");
+    paths[k] = options.path(std::string(scene::kPictureNames[k]) + options.extension());
     clips[k] = std::make_unique<LosslessClip>(paths[k], sizes[k], kFrameRate);
   }
   for (int frame = 0; frame < *options.frames; ++frame) {
@@ -70,12 +82,13 @@ void make_scene(SceneOptions& options) {
   std::error_code trouble;
   std::filesystem::create_directories(options.folder, trouble);
   if (trouble) throw Failure(ExitCode::output, options.folder + ": can't be made: " + trouble.message());
-  options.rig.field_of_view = options.field_of_view * std::numbers::pi / 180;
+  check_names(options);
+  options.rig.field_of_view = options.field_of_view * kDegree;
   scene::Shooting shooting(options.rig);
   options.frames ? write_clips(options, shooting) : write_stills(options, shooting);
   const std::string profile = scene::profile_text(shooting.lens(0), shooting.lens(1), options.rig.panorama_width);
-  replace_file(options.path("camera.toml"), {reinterpret_cast<const std::uint8_t*>(profile.data()), profile.size()});
-  tell(options.path("camera.toml"));
+  replace_file(options.path(kProfileName), {reinterpret_cast<const std::uint8_t*>(profile.data()), profile.size()});
+  tell(options.path(kProfileName));
 }
 
 }  // namespace

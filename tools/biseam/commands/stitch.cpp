@@ -1,17 +1,17 @@
 #include <algorithm>
-#include <cctype>
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
 
+#include "base/distinct_files.hpp"
+#include "base/extension.hpp"
 #include "base/failure.hpp"
 #include "commands/commands.hpp"
+#include "commands/stitch_options.hpp"
 #include "media/container.hpp"
 #include "picture/read_picture.hpp"
-#include "stitch/stitch_options.hpp"
+#include "stitch/stitch_clip.hpp"
 #include "stitch/stitch_picture.hpp"
-#include "stitch/stitch_video.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -20,8 +20,7 @@ namespace {
 enum class Road { picture, video };
 
 bool has_extension(const std::string& path, std::initializer_list<const char*> extensions) {
-  std::string extension = std::filesystem::path(path).extension().string();
-  std::transform(extension.begin(), extension.end(), extension.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+  const std::string extension = extension_of(path);
   return std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
 }
 
@@ -39,16 +38,26 @@ Road choose_road(const StitchOptions& options, std::unique_ptr<Container>& first
   return first->is_picture() ? Road::picture : Road::video;
 }
 
+void check_files(const StitchOptions& options) {
+  std::vector<NamedFile> inputs = {{"--camera", options.camera}};
+  for (const std::string& file : options.inputs) inputs.push_back({"the input", file});
+  check_distinct(inputs, {{"-o", options.output},
+                          {"--show-seams", options.show_seams},
+                          {"--seam-layer", options.seam_layer},
+                          {"--json", options.video.json}});
+}
+
 int stitch(StitchOptions& options) {
   check_stitch_options(options);
+  check_files(options);
   std::unique_ptr<Container> first;
   if (choose_road(options, first) == Road::video) {
     if (!options.show_seams.empty()) throw Failure(ExitCode::usage, "--show-seams: only for pictures");
     if (!options.seam_layer.empty()) throw Failure(ExitCode::usage, "--seam-layer: only for pictures");
-    return stitch_video(options, std::move(first));
+    return stitch_clip(clip_job(options), std::move(first));
   }
   if (!options.video.given.empty()) throw Failure(ExitCode::usage, options.video.given + ": only for video");
-  stitch_picture(options, std::move(first));
+  stitch_picture(picture_job(options), std::move(first));
   return int(ExitCode::done);
 }
 

@@ -1,12 +1,12 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <memory>
 #include <string>
 
 #include "base/byte_source.hpp"
+#include "base/extension.hpp"
 #include "base/failure.hpp"
 #include "base/interrupt.hpp"
 #include "commands/commands.hpp"
@@ -26,12 +26,6 @@ struct Kind {
 constexpr Kind kJpeg{"a JPEG picture", nullptr, {".jpg", ".jpeg"}}, kPng{"a PNG picture", nullptr, {".png"}};
 constexpr Kind kMp4{"an MP4 file", "mp4", {".mp4", ".m4v"}}, kMov{"a QuickTime file", "mov", {".mov"}};
 constexpr Kind kMatroska{"a Matroska file", "matroska", {".mkv"}};
-
-std::string extension(const std::string& path) {
-  std::string text = std::filesystem::path(path).extension().string();
-  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return char(std::tolower(c)); });
-  return text;
-}
 
 // WebM is Matroska by another name, which stands in its head.
 bool is_webm(const std::string& path) {
@@ -54,9 +48,9 @@ const Kind& recognise(const Container& source) {
 
 // Nothing is converted, so a name of another kind would be a false one.
 void check_name(const TagJob& job, const Kind& kind) {
-  const std::string wanted = extension(job.to);
+  const std::string wanted = extension_of(job.to);
   const bool fits = std::find(kind.extensions.begin(), kind.extensions.end(), wanted) != kind.extensions.end();
-  if (job.in_place || fits || wanted == extension(job.from)) return;
+  if (job.in_place || fits || wanted == extension_of(job.from)) return;
   throw Failure(ExitCode::usage, job.to + ": the name must end in " + *kind.extensions.begin() + ", as " + job.from + " is " +
                                      kind.name + " and stays one");
 }

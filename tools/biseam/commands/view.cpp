@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "base/distinct_files.hpp"
 #include "base/failure.hpp"
 #include "base/replace_file.hpp"
 #include "commands/commands.hpp"
@@ -70,6 +71,7 @@ void write(const std::string& path, const PageFiles& files) {
 
 void view(ViewOptions& options, bool serving) {
   check_options(options, serving);
+  check_distinct({{"the input", options.panorama}, {"--show-seams", options.seams}}, {{"-o", options.output}});
   const std::string_view page = page_template();
   const int port = options.port.empty() ? 0 : parse_port(options.port);
   PageFiles files{inspect(options.panorama), nullptr};

@@ -12,6 +12,8 @@ extern "C" {
 
 namespace biseam::tool {
 
+inline constexpr AVRational kMicroseconds{1, AV_TIME_BASE};  // the base of times that stand alone
+
 struct LibavDelete {
   void operator()(AVFrame* p) const { av_frame_free(&p); }
   void operator()(AVPacket* p) const { av_packet_free(&p); }

@@ -1,27 +1,16 @@
 #include "picture/decode.hpp"
 
-#include <cstring>
-
 #include "base/failure.hpp"
-#include "media/libav.hpp"
+#include "media/decoder.hpp"
 #include "picture/convert_rgb.hpp"
+#include "picture/plane.hpp"
 
 namespace biseam::tool {
 namespace {
 
-[[noreturn]] void refuse(const Container& source, const std::string& what) { source.refuse(what); }
+constexpr int kAnyError = AV_EF_EXPLODE | AV_EF_CRCCHECK | AV_EF_BITSTREAM | AV_EF_BUFFER;
 
-Libav<AVCodecContext> open_decoder(const Container& source, const AVStream* stream) {
-  const AVCodec* codec = avcodec_find_decoder(stream->codecpar->codec_id);
-  if (!codec) refuse(source, "there is no decoder for this picture");
-  Libav<AVCodecContext> decoder(avcodec_alloc_context3(codec));
-  if (!decoder) throw std::bad_alloc();
-  decoder->err_recognition = AV_EF_EXPLODE | AV_EF_CRCCHECK | AV_EF_BITSTREAM | AV_EF_BUFFER;
-  int status = avcodec_parameters_to_context(decoder.get(), stream->codecpar);
-  if (status >= 0) status = avcodec_open2(decoder.get(), codec, nullptr);
-  if (status < 0) refuse(source, "can't be decoded: " + libav_reason(status));
-  return decoder;
-}
+[[noreturn]] void refuse(const Container& source, const std::string& what) { source.refuse(what); }
 
 // The first frame the decoder gives, fed from the stream and drained at its end.
 Libav<AVFrame> first_frame(Container& source, int stream, AVCodecContext* decoder) {
@@ -58,19 +47,9 @@ bool is_jpeg_like(const AVFrame& frame) {
 
 Nv12 copy_planes(const AVFrame& frame) {
   Nv12 out(frame.width & ~1, frame.height & ~1);
-  const std::size_t width = std::size_t(out.width);
-  for (int y = 0; y < out.height; ++y) {
-    std::memcpy(&out.luma[std::size_t(y) * width], frame.data[0] + std::ptrdiff_t(y) * frame.linesize[0], width);
-  }
-  for (int y = 0; y < out.height / 2; ++y) {
-    const std::uint8_t* cb = frame.data[1] + std::ptrdiff_t(y) * frame.linesize[1];
-    const std::uint8_t* cr = frame.data[2] + std::ptrdiff_t(y) * frame.linesize[2];
-    std::uint8_t* pair = &out.chroma[std::size_t(y) * width];
-    for (int x = 0; x < out.width / 2; ++x, pair += 2) {
-      pair[0] = cb[x];
-      pair[1] = cr[x];
-    }
-  }
+  const std::size_t width = std::size_t(out.width), rows = std::size_t(out.height);
+  copy_plane({frame.data[0], frame.linesize[0], width, rows}, out.luma.data(), out.width);
+  join_chroma({frame.data[1], frame.data[2], frame.linesize[1], frame.linesize[2]}, width, rows / 2, out.chroma.data());
   return out;
 }
 
@@ -79,7 +58,7 @@ Nv12 copy_planes(const AVFrame& frame) {
 Nv12 decode_picture(Container& source) {
   const int stream = av_find_best_stream(source.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
   if (stream < 0) refuse(source, "is not a picture");
-  const Libav<AVCodecContext> decoder = open_decoder(source, source->streams[stream]);
+  const Libav<AVCodecContext> decoder = open_decoder(source, *source->streams[stream], {"", kAnyError, 1});
   const Libav<AVFrame> frame = first_frame(source, stream, decoder.get());
   if (frame->width < 2 || frame->height < 2) refuse(source, "is smaller than 2 x 2 pixels");
   if (is_jpeg_like(*frame)) return copy_planes(*frame);

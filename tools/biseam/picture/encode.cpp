@@ -1,9 +1,9 @@
 #include "picture/encode.hpp"
 
-#include <cstring>
 #include <stdexcept>
 
 #include "media/libav.hpp"
+#include "picture/plane.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -53,8 +53,8 @@ template <class Picture>
 std::vector<std::uint8_t> encode_packed(const Picture& picture, std::size_t channels, AVPixelFormat format) {
   const Libav<AVFrame> frame = make_frame(picture.width, picture.height, format);
   const std::size_t row_bytes = std::size_t(picture.width) * channels;
-  for (int y = 0; y < picture.height; ++y)
-    std::memcpy(row(*frame, 0, y), &picture.bytes[std::size_t(y) * row_bytes], row_bytes);
+  const PlaneView pixels{picture.bytes.data(), std::ptrdiff_t(row_bytes), row_bytes, std::size_t(picture.height)};
+  copy_plane(pixels, frame->data[0], frame->linesize[0]);
   return encode(AV_CODEC_ID_PNG, frame.get());
 }
 
@@ -65,15 +65,8 @@ std::vector<std::uint8_t> encode_png(const Rgba& picture) { return encode_packed
 
 std::vector<std::uint8_t> encode_jpeg(const Nv12& picture) {
   const Libav<AVFrame> frame = make_frame(picture.width, picture.height, AV_PIX_FMT_YUVJ420P);
-  const std::size_t width = std::size_t(picture.width);
-  for (int y = 0; y < picture.height; ++y) std::memcpy(row(*frame, 0, y), &picture.luma[std::size_t(y) * width], width);
-  for (int y = 0; y < picture.height / 2; ++y) {
-    const std::uint8_t* pair = &picture.chroma[std::size_t(y) * width];
-    for (int x = 0; x < picture.width / 2; ++x, pair += 2) {
-      row(*frame, 1, y)[x] = pair[0];
-      row(*frame, 2, y)[x] = pair[1];
-    }
-  }
+  copy_plane(luma_of(picture), frame->data[0], frame->linesize[0]);
+  part_chroma(chroma_of(picture), {frame->data[1], frame->data[2], frame->linesize[1], frame->linesize[2]});
   return encode(AV_CODEC_ID_MJPEG, frame.get());
 }
 

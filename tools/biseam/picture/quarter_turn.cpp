@@ -4,13 +4,15 @@
 #include <tuple>
 #include <utility>
 
+#include "picture/plane.hpp"
+
 namespace biseam::tool {
 namespace {
 
-// Turns a plane of samples of Bytes bytes; width and height are those of the turned plane.
+// The upright plane of a turned one, samples of Bytes bytes.
 template <std::size_t Bytes>
-void turn_plane(const std::uint8_t* from, std::ptrdiff_t stride, std::uint8_t* to, std::size_t width, std::size_t height,
-                int degrees) {
+void turn_plane(const PlaneView& from, int degrees, std::uint8_t* to) {
+  const std::size_t width = from.width / Bytes, height = from.rows;
   const std::size_t out_width = degrees % 180 == 0 ? width : height, out_height = degrees % 180 == 0 ? height : width;
   for (std::size_t y = 0; y < out_height; ++y) {
     for (std::size_t x = 0; x < out_width; ++x) {
@@ -18,7 +20,8 @@ void turn_plane(const std::uint8_t* from, std::ptrdiff_t stride, std::uint8_t* t
       if (degrees == 90) std::tie(u, v) = std::pair(width - 1 - y, x);
       if (degrees == 180) std::tie(u, v) = std::pair(width - 1 - x, height - 1 - y);
       if (degrees == 270) std::tie(u, v) = std::pair(y, height - 1 - x);
-      std::memcpy(to + (y * out_width + x) * Bytes, from + std::ptrdiff_t(v) * stride + std::ptrdiff_t(u * Bytes), Bytes);
+      std::memcpy(to + (y * out_width + x) * Bytes, from.data + std::ptrdiff_t(v) * from.stride + std::ptrdiff_t(u * Bytes),
+                  Bytes);
     }
   }
 }
@@ -28,9 +31,8 @@ void turn_plane(const std::uint8_t* from, std::ptrdiff_t stride, std::uint8_t* t
 void undo_quarter_turn(const Nv12View& picture, int degrees, Nv12& upright) {
   const bool swapped = degrees % 180 != 0;
   upright.resize(swapped ? picture.height : picture.width, swapped ? picture.width : picture.height);
-  const std::size_t width = std::size_t(picture.width), height = std::size_t(picture.height);
-  turn_plane<1>(picture.luma, picture.luma_stride, upright.luma.data(), width, height, degrees);
-  turn_plane<2>(picture.chroma, picture.chroma_stride, upright.chroma.data(), width / 2, height / 2, degrees);
+  turn_plane<1>(luma_of(picture), degrees, upright.luma.data());
+  turn_plane<2>(chroma_of(picture), degrees, upright.chroma.data());
 }
 
 Nv12 undo_quarter_turn(const Nv12View& picture, int degrees) {

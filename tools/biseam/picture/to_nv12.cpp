@@ -8,6 +8,7 @@ extern "C" {
 #include <stdexcept>
 
 #include "picture/convert_rgb.hpp"
+#include "picture/plane.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -20,23 +21,6 @@ constexpr std::uint8_t kThresholds[8][8] = {{0, 32, 8, 40, 2, 34, 10, 42},  {48,
                                             {12, 44, 4, 36, 14, 46, 6, 38}, {60, 28, 52, 20, 62, 30, 54, 22},
                                             {3, 35, 11, 43, 1, 33, 9, 41},  {51, 19, 59, 27, 49, 17, 57, 25},
                                             {15, 47, 7, 39, 13, 45, 5, 37}, {63, 31, 55, 23, 61, 29, 53, 21}};
-
-// Rows of pairs from two planes.
-void interleave(const AVFrame& frame, Nv12View& view, Nv12& memory) {
-  const std::size_t width = std::size_t(view.width);
-  memory.chroma.resize(width * std::size_t(view.height / 2));
-  for (int y = 0; y < view.height / 2; ++y) {
-    const std::uint8_t* cb = frame.data[1] + std::ptrdiff_t(y) * frame.linesize[1];
-    const std::uint8_t* cr = frame.data[2] + std::ptrdiff_t(y) * frame.linesize[2];
-    std::uint8_t* pairs = &memory.chroma[std::size_t(y) * width];
-    for (std::size_t x = 0; x < width / 2; ++x) {
-      pairs[2 * x] = cb[x];
-      pairs[2 * x + 1] = cr[x];
-    }
-  }
-  view.chroma = memory.chroma.data();
-  view.chroma_stride = view.width;
-}
 
 // Samples of one component of any format.
 class Component {
@@ -152,7 +136,11 @@ Nv12View nv12_of(const AVFrame& frame, Nv12& memory) {
   view.chroma_stride = frame.linesize[1];
   if (format == AV_PIX_FMT_NV12) return view;
   if (format == AV_PIX_FMT_YUV420P || format == AV_PIX_FMT_YUVJ420P) {
-    interleave(frame, view, memory);
+    const std::size_t width = std::size_t(view.width), rows = std::size_t(view.height) / 2;
+    memory.chroma.resize(width * rows);
+    join_chroma({frame.data[1], frame.data[2], frame.linesize[1], frame.linesize[2]}, width, rows, memory.chroma.data());
+    view.chroma = memory.chroma.data();
+    view.chroma_stride = view.width;
     return view;
   }
   const FormatPlan plan = plan_format(format);

@@ -1,9 +1,6 @@
 #include "picture/write_picture.hpp"
 
-#include <algorithm>
-#include <cctype>
-#include <filesystem>
-
+#include "base/extension.hpp"
 #include "base/failure.hpp"
 #include "base/replace_file.hpp"
 #include "picture/encode.hpp"
@@ -16,8 +13,7 @@ enum class Kind { png, jpeg, raw };
 
 Kind picture_kind(const std::string& path) {
   if (path == "-") return Kind::raw;
-  std::string extension = std::filesystem::path(path).extension().string();
-  std::transform(extension.begin(), extension.end(), extension.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+  const std::string extension = extension_of(path);
   if (extension == ".png") return Kind::png;
   if (extension == ".jpg" || extension == ".jpeg") return Kind::jpeg;
   if (extension == ".nv12") return Kind::raw;

@@ -68,17 +68,22 @@ std::optional<Part> segment_at(const Bytes& file, std::size_t at) {
   return ends || segment.size < 4 || segment.end() > file.size() ? std::nullopt : std::optional(segment);
 }
 
+// Any number of fill bytes may stand before a segment.
+std::size_t skip_fill(const Bytes& file, std::size_t at) {
+  while (at + 1 < file.size() && file[at] == 0xff && file[at + 1] == 0xff) ++at;
+  return at;
+}
+
 // After JFIF's and Exif's segments, which readers want first.
 Bytes place_in_jpeg(const Bytes& file, const std::string& block) {
   constexpr std::size_t kMost = 0xffff, kNameAt = 4;
   std::vector<Part> old;
-  std::size_t usual = 2, at = 2;
+  std::size_t at = skip_fill(file, 2), usual = at;
   for (std::optional<Part> part = segment_at(file, at); part; part = segment_at(file, at)) {
-    at = part->end();
+    at = skip_fill(file, part->end());
     if (stands_at(file, part->at, "\xff\xe1") && stands_at(file, part->at + kNameAt, kJpegXmp)) old.push_back(*part);
     const bool is_exif = stands_at(file, part->at, "\xff\xe1") && stands_at(file, part->at + kNameAt, kJpegExif);
     if (part->at == usual && (is_exif || stands_at(file, part->at, "\xff\xe0"))) usual = at;
-    while (at + 1 < file.size() && file[at] == 0xff && file[at + 1] == 0xff) ++at;  // segments may stand apart
   }
   const std::size_t size = 2 + kJpegXmp.size() + block.size();
   if (size > kMost) throw std::runtime_error("the XMP block has grown too long");

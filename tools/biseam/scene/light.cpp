@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <numbers>
 
+#include "base/angle.hpp"
 #include "scene/camera.hpp"
 #include "scene/noise.hpp"
 
 namespace biseam::scene {
 
-static constexpr double kDegree = std::numbers::pi / 180;
+using tool::kDegree;
 
 Vec3 towards_sun() {
   static const Vec3 direction = direction_of(52 * kDegree, -33 * kDegree);

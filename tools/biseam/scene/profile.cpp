@@ -1,8 +1,8 @@
 #include "scene/profile.hpp"
 
 #include <cmath>
-#include <numbers>
 
+#include "base/angle.hpp"
 #include "profile/write.hpp"
 
 namespace biseam::scene {
@@ -17,7 +17,7 @@ profile::LensSettings settings_of(const Fisheye& lens) {
   settings.cx = rounded(lens.centre.u, kThousandths);
   settings.cy = rounded(lens.centre.v, kThousandths);
   settings.p = rounded(lens.pixels_per_radian, kMillionths);
-  settings.fov = rounded(lens.field_of_view * 180 / std::numbers::pi, kThousandths);
+  settings.fov = rounded(lens.field_of_view / tool::kDegree, kThousandths);
   return settings;
 }
 

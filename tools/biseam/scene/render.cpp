@@ -5,6 +5,7 @@
 #include <numbers>
 #include <thread>
 
+#include "base/thread_count.hpp"
 #include "scene/noise.hpp"
 
 namespace biseam::scene {
@@ -15,7 +16,7 @@ void for_each_row(int rows, const std::function<void(int)>& work) {
     for (int row = next++; row < rows; row = next++) work(row);
   };
   std::vector<std::jthread> helpers;
-  for (unsigned n = 1; n < std::max(1u, std::thread::hardware_concurrency()); ++n) helpers.emplace_back(run);
+  for (int n = 1; n < tool::processors(); ++n) helpers.emplace_back(run);
   run();
 }
 

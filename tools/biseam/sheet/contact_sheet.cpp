@@ -19,8 +19,14 @@ void paste(const Rgb& picture, int left, int top, Rgb& page) {
   }
 }
 
-// Writes text into the area left .. left + width, top .. top + 2 * size; what doesn't fit is cut off.
-void write_line(const std::string& text, int left, int top, int width, double size, Rgb& page) {
+struct Line {
+  int left, top, width;  // of its area, which is twice as high as its letters
+  double size;           // of letters
+};
+
+// What doesn't fit is cut off.
+void write_line(const std::string& text, const Line& line, Rgb& page) {
+  const auto [left, top, width, size] = line;
   const Lettering lettering(text, 0.14);
   for (int y = 0; y < int(2 * size); ++y) {
     for (int x = 0; x < width; ++x) {
@@ -52,7 +58,7 @@ Rgb contact_sheet(const std::vector<Panel>& panels, const SheetLayout& layout) {
   for (int n = 0; n < count; ++n) {
     const int left = margin + n % columns * (width + margin), top = margin + n / columns * (height + line + margin);
     paste(small[std::size_t(n)], left, top, page);
-    if (captions) write_line(panels[std::size_t(n)].caption, left, top + height, width, letters, page);
+    if (captions) write_line(panels[std::size_t(n)].caption, {left, top + height, width, double(letters)}, page);
   }
   return page;
 }

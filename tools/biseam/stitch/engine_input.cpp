@@ -1,7 +1,6 @@
 #include "stitch/engine_input.hpp"
 
-#include <cstring>
-
+#include "picture/plane.hpp"
 #include "picture/to_nv12.hpp"
 
 namespace biseam::tool {
@@ -9,16 +8,12 @@ namespace {
 
 constexpr int kOwnThreads = 1;  // other pictures are prepared meanwhile
 
-std::size_t plane_bytes(std::ptrdiff_t stride, int rows, int width) {
-  return std::size_t(stride) * std::size_t(rows - 1) + std::size_t(width);
-}
-
-std::span<const std::uint8_t> plane(const std::uint8_t* from, std::ptrdiff_t from_stride, int width, int rows,
-                                    std::ptrdiff_t stride, std::vector<std::uint8_t>& copy) {
-  const std::size_t bytes = plane_bytes(stride, rows, width);
-  if (from_stride == stride) return {from, bytes};
+// The plane itself where its stride is the wanted one, else a copy.
+std::span<const std::uint8_t> with_stride(const PlaneView& plane, std::ptrdiff_t stride, std::vector<std::uint8_t>& copy) {
+  const std::size_t bytes = std::size_t(stride) * (plane.rows - 1) + plane.width;
+  if (plane.stride == stride) return {plane.data, bytes};
   copy.resize(bytes);
-  for (int y = 0; y < rows; ++y) std::memcpy(&copy[std::size_t(y * stride)], from + y * from_stride, std::size_t(width));
+  copy_plane(plane, copy.data(), stride);
   return copy;
 }
 
@@ -48,9 +43,8 @@ std::pair<FisheyePicture, FisheyePicture> EngineInput::prepare(const FramePair& 
 
 FisheyePicture EngineInput::prepare_lens(int index, const Nv12View& recorded) {
   const Nv12View view = path_[index].apply(recorded);
-  const int width = config_.in_w, rows = config_.in_h;
-  return {plane(view.luma, view.luma_stride, width, rows, config_.in_luma_stride, luma_[index]),
-          plane(view.chroma, view.chroma_stride, width, rows / 2, config_.in_chroma_stride, chroma_[index])};
+  return {with_stride(luma_of(view), config_.in_luma_stride, luma_[index]),
+          with_stride(chroma_of(view), config_.in_chroma_stride, chroma_[index])};
 }
 
 }  // namespace biseam::tool

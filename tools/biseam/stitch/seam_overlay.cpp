@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "stitch/seam_path.hpp"
+
 namespace biseam::tool {
 namespace {
 
@@ -11,7 +13,6 @@ struct Colour {
 };
 constexpr Colour kBandColour{255, 160, 0}, kSeamColour{255, 0, 60};
 constexpr int kBandShare = 56, kSeamShare = 256;  // of 256
-constexpr std::int32_t kEvenWeight = 32;
 
 void mix(Rgb& picture, std::size_t at, Colour colour, int share) {
   std::uint8_t* pixel = &picture.bytes[at * 3];
@@ -31,13 +32,10 @@ void mix_inside(Picture& picture, int x, int y, Colour colour, int share) {
   mix(picture, std::size_t(y) * std::size_t(picture.width) + std::size_t(x), colour, share);
 }
 
-bool is_left(const BandView& band, int x, int y) {
-  return band.weights[std::ptrdiff_t(y) * band.stride + std::ptrdiff_t(x) * band.step] >= kEvenWeight;
-}
-
 bool is_border(const BandView& band, int x, int y) {
-  const bool side = is_left(band, x, y);
-  return (x + 1 < band.width && is_left(band, x + 1, y) != side) || (y + 1 < band.height && is_left(band, x, y + 1) != side);
+  const bool side = is_counted_side(band, x, y);
+  return (x + 1 < band.width && is_counted_side(band, x + 1, y) != side) ||
+         (y + 1 < band.height && is_counted_side(band, x, y + 1) != side);
 }
 
 template <class Picture>

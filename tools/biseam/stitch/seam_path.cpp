@@ -6,17 +6,19 @@
 namespace biseam::tool {
 namespace {
 
-constexpr std::int32_t kEvenWeight = 32;
-
-// The weights are one side's; the left side's columns are those like the first one.
+// The left side's columns are those like the first one.
 int columns_left(const BandView& band, int row) {
-  const std::int32_t* weights = band.weights + std::ptrdiff_t(row) * band.stride;
-  int high = 0;
-  for (int x = 0; x < band.width; ++x) high += weights[std::ptrdiff_t(x) * band.step] >= kEvenWeight ? 1 : 0;
-  return weights[0] >= kEvenWeight ? high : band.width - high;
+  int counted = 0;
+  for (int x = 0; x < band.width; ++x) counted += is_counted_side(band, x, row) ? 1 : 0;
+  return is_counted_side(band, 0, row) ? counted : band.width - counted;
 }
 
 }  // namespace
+
+bool is_counted_side(const BandView& band, int x, int y) {
+  constexpr std::int32_t kEvenWeight = 32;
+  return band.weights[std::ptrdiff_t(y) * band.stride + std::ptrdiff_t(x) * band.step] >= kEvenWeight;
+}
 
 SeamPath seam_path(const Stitcher& stitcher) {
   SeamPath path;

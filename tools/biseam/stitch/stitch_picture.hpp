@@ -4,11 +4,11 @@
 #include <memory>
 
 #include "media/container.hpp"
-#include "stitch/stitch_options.hpp"
+#include "stitch/job.hpp"
 
 namespace biseam::tool {
 
 // first: the first input, if it was opened already.  Throws Failure.
-void stitch_picture(const StitchOptions& options, std::unique_ptr<Container> first);
+void stitch_picture(const PictureJob& job, std::unique_ptr<Container> first);
 
 }  // namespace biseam::tool

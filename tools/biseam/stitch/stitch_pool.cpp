@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "base/failure.hpp"
 #include "base/interrupt.hpp"
+#include "stitch/engine_failure.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -12,8 +12,6 @@ StitchConfig with_output_stride(StitchConfig config, int stride) {
   config.out_luma_stride[0] = config.out_chroma_stride[0] = stride;
   return config;
 }
-
-Failure engine_failure(const Error& error) { return Failure(ExitCode::settings, error.text()); }
 
 PanoramaPicture planes_of(AVFrame& frame) {
   const std::size_t luma = std::size_t(frame.linesize[0]) * std::size_t(frame.height);

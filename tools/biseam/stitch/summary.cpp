@@ -4,7 +4,6 @@
 
 #include "base/failure.hpp"
 #include "text/json.hpp"
-#include "text/time_text.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -25,18 +24,18 @@ void tell_clip_damage(const ClipReader& clip) {
   if (damage.cut_short) notice(name + ": is cut short");
 }
 
-JsonObject settings_json(const StitchOptions& options, const RunSettings& run) {
+JsonObject settings_json(const ClipJob& job, const std::string& output_kind, const StitchConfig& config) {
   JsonObject settings;
-  const StitchConfig& config = run.config;
-  settings.add("input", options.inputs.front());
-  if (options.inputs.size() == 2) settings.add("second_input", options.inputs.back());
-  settings.add("output", options.output);
-  settings.add("output_kind", run.sink);
-  settings.add("layout", options.layout == Layout::side_by_side ? "side-by-side" : "top-bottom");
-  settings.add("size", size_text(config.out_w[0], config.out_h[0]));
-  settings.add("jobs", run.jobs);
+  const std::vector<std::string>& files = job.source.files;
+  settings.add("input", files.front());
+  if (files.size() == 2) settings.add("second_input", files.back());
+  settings.add("output", job.output);
+  settings.add("output_kind", output_kind);
+  settings.add("layout", job.source.layout == Layout::side_by_side ? "side-by-side" : "top-bottom");
+  settings.add("size", size_text({config.out_w[0], config.out_h[0]}));
+  settings.add("jobs", job.jobs);
   settings.add("search", config.findpath_enable != 0);
-  settings.add("seam_hold", options.video.seam_hold);
+  settings.add("seam_hold", job.seam_hold);
   settings.add("feather", config.feather);
   settings.add("trans_width", config.trans_width);
   settings.add("pyr_level", config.pyr_level);
@@ -79,8 +78,8 @@ std::string summary_line(const Summary& summary, double seconds) {
   return text;
 }
 
-std::string summary_json(const Summary& summary, double seconds, const PairReader& clips, const StitchOptions& options,
-                         const RunSettings& run, bool was_interrupted) {
+std::string summary_json(const RunReport& run) {
+  const PairReader& clips = run.clips;
   std::int64_t damaged = 0, dropped = clips.report().unpaired, repeated = clips.report().held;
   bool cut_short = false;
   for (int k = 0; k < clips.clips(); ++k) {
@@ -91,16 +90,16 @@ std::string summary_json(const Summary& summary, double seconds, const PairReade
     cut_short = cut_short || damage.cut_short;
   }
   JsonObject json;
-  json.add("frames", summary.frames());
+  json.add("frames", run.summary.frames());
   json.add("dropped", dropped);
   json.add("repeated", repeated);
   json.add("damaged_packets", damaged);
   json.add("cut_short", cut_short);
-  json.add("interrupted", was_interrupted);
-  json.add("seconds", seconds);
-  json.add("fps", rate(summary, seconds));
-  json.add("seam_movement", summary.seam_movement());
-  json.add("settings", settings_json(options, run));
+  json.add("interrupted", run.interrupted);
+  json.add("seconds", run.seconds);
+  json.add("fps", rate(run.summary, run.seconds));
+  json.add("seam_movement", run.summary.seam_movement());
+  json.add("settings", settings_json(run.job, run.output_kind, run.config));
   return json.text() + "\n";
 }
 

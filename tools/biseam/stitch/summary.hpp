@@ -5,8 +5,8 @@
 #include <string>
 
 #include "clip/read/pair_reader.hpp"
+#include "stitch/job.hpp"
 #include "stitch/seam_path.hpp"
-#include "stitch/stitch_options.hpp"
 
 namespace biseam::tool {
 
@@ -24,11 +24,15 @@ class Summary {
   SeamPath last_;
 };
 
-// Settled values of a run, for programs that read the summary.
-struct RunSettings {
-  std::string sink;
-  int jobs = 0;
-  StitchConfig config = {};
+// All that is told of a run.
+struct RunReport {
+  const Summary& summary;
+  double seconds;
+  const PairReader& clips;
+  const ClipJob& job;
+  const std::string& output_kind;
+  const StitchConfig& config;
+  bool interrupted;
 };
 
 // Notices of damage and of pictures without a partner.
@@ -38,7 +42,6 @@ void tell_damage(const PairReader& clips);
 std::string summary_line(const Summary& summary, double seconds);
 
 // One object on one line.
-std::string summary_json(const Summary& summary, double seconds, const PairReader& clips, const StitchOptions& options,
-                         const RunSettings& run, bool was_interrupted);
+std::string summary_json(const RunReport& run);
 
 }  // namespace biseam::tool

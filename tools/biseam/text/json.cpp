@@ -24,6 +24,13 @@ std::string quoted(const std::string& text) {
   return out + '"';
 }
 
+std::string number_text(const char* format, double number) {
+  if (!std::isfinite(number)) return "null";
+  char text[400];  // of the largest one without an exponent
+  std::snprintf(text, sizeof text, format, number);
+  return text;
+}
+
 }  // namespace
 
 void JsonObject::add(const std::string& name, const std::string& text) { add_raw(name, quoted(text)); }
@@ -31,11 +38,8 @@ void JsonObject::add(const std::string& name, std::int64_t number) { add_raw(nam
 void JsonObject::add(const std::string& name, bool value) { add_raw(name, value ? "true" : "false"); }
 void JsonObject::add(const std::string& name, const JsonObject& object) { add_raw(name, object.text()); }
 
-void JsonObject::add(const std::string& name, double number) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.6g", number);
-  add_raw(name, std::isfinite(number) ? text : "null");
-}
+void JsonObject::add(const std::string& name, double number) { add_raw(name, number_text("%.6g", number)); }
+void JsonObject::add_fixed(const std::string& name, double number) { add_raw(name, number_text("%.6f", number)); }
 
 void JsonObject::add_raw(const std::string& name, const std::string& value) {
   if (!members_.empty()) members_ += ", ";

@@ -12,7 +12,8 @@ class JsonObject {
   void add(const std::string& name, const char* text) { add(name, std::string(text)); }
   void add(const std::string& name, std::int64_t number);
   void add(const std::string& name, int number) { add(name, std::int64_t(number)); }
-  void add(const std::string& name, double number);  // null where it is not finite
+  void add(const std::string& name, double number);        // null where it is not finite
+  void add_fixed(const std::string& name, double number);  // with six decimals
   void add(const std::string& name, bool value);
   void add(const std::string& name, const JsonObject& object);
 

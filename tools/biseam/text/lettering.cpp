@@ -74,13 +74,13 @@ std::string_view strokes_of(char letter) {
   return {};
 }
 
-double distance_to(double x, double y, double x0, double y0, double x1, double y1) {
+}  // namespace
+
+double Lettering::Segment::distance_to(double x, double y) const {
   const double dx = x1 - x0, dy = y1 - y0, square = dx * dx + dy * dy;
   const double along = square > 0 ? std::clamp(((x - x0) * dx + (y - y0) * dy) / square, 0.0, 1.0) : 0.0;
   return std::hypot(x - x0 - along * dx, y - y0 - along * dy);
 }
-
-}  // namespace
 
 Lettering::Lettering(std::string_view text, double stroke) : half_stroke_(stroke / 2) {
   for (const char letter : text) {
@@ -112,8 +112,7 @@ double Lettering::ink(double x, double y, double diameter) const {
   for (const Glyph& glyph : glyphs_) {
     if (x < glyph.left - reach || x > glyph.right + reach) continue;
     for (std::size_t i = glyph.first; i < glyph.end; ++i) {
-      const Segment& s = segments_[i];
-      least = std::min(least, distance_to(x, y, s.x0, s.y0, s.x1, s.y1));
+      least = std::min(least, segments_[i].distance_to(x, y));
     }
   }
   return std::clamp((reach - least) / std::max(diameter, 1e-9), 0.0, 1.0);

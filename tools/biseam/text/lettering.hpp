@@ -20,6 +20,7 @@ class Lettering {
  private:
   struct Segment {
     double x0, y0, x1, y1;
+    double distance_to(double x, double y) const;
   };
   struct Glyph {
     double left, right;

@@ -20,8 +20,6 @@ std::string time_text(std::int64_t time, AVRational base) {
   return text;
 }
 
-std::string size_text(int width, int height) { return std::to_string(width) + "x" + std::to_string(height); }
-
 std::int64_t parse_time(const std::string& option, const std::string& text) {
   std::int64_t time = 0;
   if (av_parse_time(&time, text.c_str(), 1) >= 0) return time;

@@ -1,4 +1,4 @@
-// Times and sizes as people read and write them.
+// Times and rates as people read and write them.
 #pragma once
 
 #include <cstdint>
@@ -12,9 +12,6 @@ namespace biseam::tool {
 
 // "1:02:03.456"
 std::string time_text(std::int64_t time, AVRational base);
-
-// "1920x960"
-std::string size_text(int width, int height);
 
 // Microseconds from seconds or [HH:]MM:SS[.frac], a minus before it allowed; throws Failure (usage) naming the option.
 std::int64_t parse_time(const std::string& option, const std::string& text);

@@ -100,8 +100,6 @@ void inspect_video(PanoramaFile& file) {
                          (pixels ? std::string(" of ") + pixels : "") + "; 4:2:0 H.264, VP9 and AV1 of 8 bits are safe");
 }
 
-std::string size_text(Size size) { return std::to_string(size.width) + "x" + std::to_string(size.height); }
-
 }  // namespace
 
 PanoramaFile inspect_panorama(const std::string& path) {

@@ -5,12 +5,12 @@
 
 #include "base/failure.hpp"
 #include "base/interrupt.hpp"
+#include "media/decoder.hpp"
 #include "text/time_text.hpp"
 
 namespace biseam::tool {
 namespace {
 
-constexpr AVRational kMicroseconds{1, AV_TIME_BASE};
 constexpr std::int64_t kSlack = AV_TIME_BASE / 4;  // how much earlier than announced a whole clip may end
 
 bool has_picture_in_every_packet(const AVCodecParameters& video) {
@@ -28,21 +28,9 @@ ClipReader::ClipReader(std::unique_ptr<Container> container, bool strict)
   if (index < 0) container_->refuse("has no video");
   stream_ = (*container_)->streams[index];
   times_ = FrameTimes(has_picture_in_every_packet(*stream_->codecpar));
-  open_decoder();
-}
-
-void ClipReader::open_decoder() {
-  const AVCodec* codec = avcodec_find_decoder(stream_->codecpar->codec_id);
   const std::string kind = avcodec_get_name(stream_->codecpar->codec_id);
-  const std::string stream = "stream " + std::to_string(stream_->index) + " (video, " + kind + ")";
-  if (!codec) container_->refuse(stream + ": there is no decoder for it");
-  decoder_.reset(avcodec_alloc_context3(codec));
-  if (!decoder_) throw std::bad_alloc();
-  int status = avcodec_parameters_to_context(decoder_.get(), stream_->codecpar);
-  decoder_->thread_count = 0;  // as many as the decoder likes
-  decoder_->pkt_timebase = stream_->time_base;
-  if (status >= 0) status = avcodec_open2(decoder_.get(), codec, nullptr);
-  if (status < 0) container_->refuse(stream + ": can't be decoded: " + libav_reason(status));
+  const std::string subject = "stream " + std::to_string(stream_->index) + " (video, " + kind + ")";
+  decoder_ = open_decoder(*container_, *stream_, {subject, 0, 0});
 }
 
 void ClipReader::start_at(std::int64_t time) {
@@ -140,8 +128,8 @@ void ClipReader::accept(Libav<AVFrame> frame) {
   if (size_ == Size{}) size_ = {frame->width, frame->height};
   const std::int64_t time = time_of(*frame);
   if (size_ != Size{frame->width, frame->height}) {
-    container_->refuse("at " + time_text(time) + " the pictures change from " + size_text(size_.width, size_.height) + " to " +
-                       size_text(frame->width, frame->height));
+    container_->refuse("at " + time_text(time) + " the pictures change from " + size_text(size_) + " to " +
+                       size_text({frame->width, frame->height}));
   }
   const FrameTimes::Arrival arrival = times_.arrived(frame->best_effort_timestamp);
   for (const std::int64_t missing : arrival.missing) repeat(missing);
@@ -202,11 +190,15 @@ std::int64_t ClipReader::time_of(const AVFrame& frame) {
   return std::max(time, last_time_ + 1);
 }
 
+AVRational ClipReader::rate() const {
+  const AVRational average = stream_->avg_frame_rate;
+  return average.num > 0 && average.den > 0 ? average : stream_->r_frame_rate;
+}
+
 std::int64_t ClipReader::usual_duration() const {
-  AVRational rate = stream_->avg_frame_rate;
-  if (rate.num <= 0 || rate.den <= 0) rate = stream_->r_frame_rate;
-  if (rate.num <= 0 || rate.den <= 0) return 1;
-  return std::max<std::int64_t>(1, av_rescale_q(1, av_inv_q(rate), stream_->time_base));
+  const AVRational usual = rate();
+  if (usual.num <= 0 || usual.den <= 0) return 1;
+  return std::max<std::int64_t>(1, av_rescale_q(1, av_inv_q(usual), stream_->time_base));
 }
 
 void ClipReader::note_end(const AVPacket& packet) {

@@ -44,11 +44,11 @@ class ClipReader {
   const Container& container() const { return *container_; }
   const AVStream& stream() const { return *stream_; }  // of the pictures
   const ClipDamage& damage() const { return damage_; }
+  AVRational rate() const;              // pictures per second on the average, as far as the clip says
   std::int64_t usual_duration() const;  // of a picture, by the clip's average rate
   std::string time_text(std::int64_t time) const;
 
  private:
-  void open_decoder();
   bool seek(std::int64_t time);
   void forget();
   void feed();

@@ -6,8 +6,6 @@
 namespace biseam::tool {
 namespace {
 
-constexpr AVRational kMicroseconds{1, AV_TIME_BASE};
-
 void move_packets(ClipReader& clip, int index, std::vector<CopiedPacket>& to) {
   for (Libav<AVPacket>& packet : clip.take_packets()) to.push_back({index, std::move(packet)});
 }

@@ -7,7 +7,6 @@
 namespace biseam::tool {
 namespace {
 
-constexpr AVRational kMicroseconds{1, AV_TIME_BASE};
 constexpr std::int64_t kInterleaving = AV_TIME_BASE;  // how far apart in a file what belongs to the same time may be
 constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
 

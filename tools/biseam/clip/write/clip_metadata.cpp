@@ -57,24 +57,23 @@ void copy_clip_metadata(const AVFormatContext& from, AVFormatContext& to) {
   copy_entries(from.metadata, &to.metadata, [](std::string_view key) { return !contains(kContainerKeys, key); });
 }
 
-void copy_chapters(const AVFormatContext& from, std::int64_t begin, std::int64_t end, std::int64_t shift, AVFormatContext& to) {
-  constexpr AVRational kMicroseconds{1, AV_TIME_BASE};
+void copy_chapters(const AVFormatContext& from, const ClipSpan& span, AVFormatContext& to) {
   if (from.nb_chapters == 0) return;
   to.chapters = static_cast<AVChapter**>(av_calloc(from.nb_chapters, sizeof(AVChapter*)));
   if (!to.chapters) throw std::bad_alloc();
   for (unsigned k = 0; k < from.nb_chapters; ++k) {
     const AVChapter& old = *from.chapters[k];
     const auto in_base = [&](std::int64_t time) { return av_rescale_q(time, kMicroseconds, old.time_base); };
-    const std::int64_t first = shift == 0 ? old.start : std::max(old.start, in_base(begin));
-    const std::int64_t last = end == INT64_MAX ? old.end : std::min(old.end, in_base(end));
+    const std::int64_t first = span.shift == 0 ? old.start : std::max(old.start, in_base(span.begin));
+    const std::int64_t last = span.end == INT64_MAX ? old.end : std::min(old.end, in_base(span.end));
     if (first >= last && old.start != old.end) continue;
     auto* chapter = static_cast<AVChapter*>(av_mallocz(sizeof(AVChapter)));
     if (!chapter) throw std::bad_alloc();
     to.chapters[to.nb_chapters++] = chapter;
     chapter->id = old.id;
     chapter->time_base = old.time_base;
-    chapter->start = first - in_base(shift);
-    chapter->end = last - in_base(shift);
+    chapter->start = first - in_base(span.shift);
+    chapter->end = last - in_base(span.shift);
     av_dict_copy(&chapter->metadata, old.metadata, 0);
   }
 }

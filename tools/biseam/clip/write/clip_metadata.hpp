@@ -1,16 +1,22 @@
 // What a clip says about itself beside its pictures and sounds.
 #pragma once
 
+#include <cstdint>
+
 #include "media/libav.hpp"
-#include "picture/picture.hpp"
 
 namespace biseam::tool {
 
 // Global metadata; what only describes the old container is left out.
 void copy_clip_metadata(const AVFormatContext& from, AVFormatContext& to);
 
-// The chapters between begin and end, their times less by shift; all in microseconds.
-void copy_chapters(const AVFormatContext& from, std::int64_t begin, std::int64_t end, std::int64_t shift, AVFormatContext& to);
+// A part of a clip, its times less by shift, in microseconds; the whole where nothing else is said.
+struct ClipSpan {
+  std::int64_t begin = 0, end = INT64_MAX, shift = 0;
+};
+
+// The chapters inside the span.
+void copy_chapters(const AVFormatContext& from, const ClipSpan& span, AVFormatContext& to);
 
 // Metadata, disposition and side data of a stream that is copied.
 void copy_stream_metadata(const AVStream& from, AVStream& to);

@@ -1,13 +1,12 @@
 #include "clip/write/clip_muxer.hpp"
 
 #include <algorithm>
-#include <cctype>
-#include <filesystem>
 #include <new>
 #include <numeric>
 #include <optional>
 #include <vector>
 
+#include "base/extension.hpp"
 #include "base/failure.hpp"
 #include "clip/write/clip_metadata.hpp"
 #include "clip/write/mov_boxes.hpp"
@@ -26,8 +25,7 @@ bool is_subtitle_end(const AVStream& stream, const AVPacket& packet) {
 }  // namespace
 
 const AVOutputFormat* clip_format(const std::string& path) {
-  std::string extension = std::filesystem::path(path).extension().string();
-  std::transform(extension.begin(), extension.end(), extension.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+  const std::string extension = extension_of(path);
   if (extension == ".mp4" || extension == ".mov") return av_guess_format(extension.c_str() + 1, nullptr, nullptr);
   return extension == ".mkv" ? av_guess_format("matroska", nullptr, nullptr) : nullptr;
 }
@@ -75,7 +73,7 @@ int ClipMuxer::movie_timescale() const {
 
 void ClipMuxer::begin(const AVFormatContext& clip, const ClipSpan& span) {
   copy_clip_metadata(clip, *muxer_);
-  copy_chapters(clip, span.begin, span.end, span.shift, *muxer_);
+  copy_chapters(clip, span, *muxer_);
   begin();
 }
 

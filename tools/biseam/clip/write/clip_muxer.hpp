@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "clip/write/clip_metadata.hpp"
 #include "clip/write/output_bytes.hpp"
 #include "media/libav.hpp"
 
@@ -20,11 +21,6 @@ struct CopiedStream {
   std::int64_t offset = 0;             // added to times, in that base
   std::int64_t last = AV_NOPTS_VALUE;  // decoding time, in the muxer's base
   std::string text;                    // for messages
-};
-
-// A part of a clip, its times less by shift, in microseconds; the whole where nothing else is said.
-struct ClipSpan {
-  std::int64_t begin = 0, end = INT64_MAX, shift = 0;
 };
 
 class ClipMuxer {

@@ -8,11 +8,6 @@
 #include "clip/write/stream_fit.hpp"
 
 namespace biseam::tool {
-namespace {
-
-constexpr AVRational kMicroseconds{1, AV_TIME_BASE};
-
-}  // namespace
 
 ClipWriter::ClipWriter(const ClipWriterSettings& settings, const ClipFacts& facts, const PartReader& part)
     : settings_(settings),

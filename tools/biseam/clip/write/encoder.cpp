@@ -6,6 +6,7 @@ extern "C" {
 
 #include "base/failure.hpp"
 #include "media/libav_log.hpp"
+#include "picture/plane.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -41,18 +42,6 @@ const AVCodec& find_encoder(const std::string& name) {
     throw Failure(ExitCode::usage, "--encoder: there is no video encoder '" + name + "' here (ffmpeg -encoders lists them)");
   }
   return *codec;
-}
-
-void split_pairs(const AVFrame& from, AVFrame& to) {
-  for (int y = 0; y < to.height / 2; ++y) {
-    const std::uint8_t* pairs = from.data[1] + std::ptrdiff_t(y) * from.linesize[1];
-    std::uint8_t* cb = to.data[1] + std::ptrdiff_t(y) * to.linesize[1];
-    std::uint8_t* cr = to.data[2] + std::ptrdiff_t(y) * to.linesize[2];
-    for (int x = 0; x < to.width / 2; ++x) {
-      cb[x] = pairs[2 * x];
-      cr[x] = pairs[2 * x + 1];
-    }
-  }
 }
 
 std::string number_text(double value) {
@@ -148,7 +137,8 @@ Libav<AVFrame> Encoder::adapted(const AVFrame& panorama) const {
   frame->data[1] = frame->buf[1]->data;
   frame->data[2] = frame->data[1] + std::ptrdiff_t(stride) * (panorama.height / 2);
   frame->linesize[1] = frame->linesize[2] = stride;
-  split_pairs(panorama, *frame);
+  const PlaneView pairs{panorama.data[1], panorama.linesize[1], std::size_t(panorama.width), std::size_t(panorama.height) / 2};
+  part_chroma(pairs, {frame->data[1], frame->data[2], stride, stride});
   return frame;
 }
 

@@ -1,7 +1,8 @@
 #include "clip/write/lossless_clip.hpp"
 
-#include <algorithm>
 #include <new>
+
+#include "picture/plane.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -14,10 +15,6 @@ EncoderSettings without_loss() {
   settings.crf = 0;
   settings.preset = "veryfast";
   return settings;
-}
-
-void copy_rows(const std::vector<std::uint8_t>& from, int width, std::uint8_t* to, int stride) {
-  for (std::size_t at = 0; at < from.size(); at += std::size_t(width), to += stride) std::copy_n(&from[at], width, to);
 }
 
 }  // namespace
@@ -37,8 +34,8 @@ LosslessClip::LosslessClip(const std::string& path, Size size, AVRational rate)
 
 void LosslessClip::add(const Nv12& picture) {
   const Libav<AVFrame> frame = frames_.frame();
-  copy_rows(picture.luma, picture.width, frame->data[0], frame->linesize[0]);
-  copy_rows(picture.chroma, picture.width, frame->data[1], frame->linesize[1]);
+  copy_plane(luma_of(picture), frame->data[0], frame->linesize[0]);
+  copy_plane(chroma_of(picture), frame->data[1], frame->linesize[1]);
   encoder_.send(*frame, count_++, 1);
   write_encoded();
 }

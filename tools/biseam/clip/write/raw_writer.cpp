@@ -4,6 +4,7 @@
 
 #include "base/failure.hpp"
 #include "clip/write/stream_fit.hpp"
+#include "picture/plane.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -52,10 +53,10 @@ void append(std::vector<std::uint8_t>& to, std::string_view text) { to.insert(to
 
 }  // namespace
 
-RawWriter::RawWriter(const std::string& path, RawKind kind, const ClipFacts& facts, const PairReader& clips, bool drop_streams)
-    : kind_(kind), file_(path), base_(facts.time_base), rate_(facts.rate) {
-  refuse_streams(file_.name(), clips, drop_streams);
-  if (kind == RawKind::y4m) append(bytes_, y4m_header(facts));
+RawWriter::RawWriter(const RawWriterSettings& settings, const ClipFacts& facts, const PairReader& clips)
+    : kind_(settings.kind), file_(settings.path), base_(facts.time_base), rate_(facts.rate) {
+  refuse_streams(file_.name(), clips, settings.drop_streams);
+  if (kind_ == RawKind::y4m) append(bytes_, y4m_header(facts));
 }
 
 void RawWriter::note_time(std::int64_t time) {
@@ -76,10 +77,7 @@ void RawWriter::write(const AVFrame& panorama, std::int64_t time, std::int64_t) 
   if (kind_ == RawKind::y4m) append(bytes_, "FRAME\n");
   add_rows(panorama, 0, panorama.height);
   if (kind_ == RawKind::nv12) add_rows(panorama, 1, panorama.height / 2);
-  if (kind_ == RawKind::y4m) {
-    add_plane(panorama, 0);
-    add_plane(panorama, 1);
-  }
+  if (kind_ == RawKind::y4m) add_chroma_planes(panorama);
   file_.write(bytes_);
   bytes_.clear();
 }
@@ -91,15 +89,12 @@ void RawWriter::add_rows(const AVFrame& panorama, int plane, int rows) {
   }
 }
 
-// Every other sample of the pairs.
-void RawWriter::add_plane(const AVFrame& panorama, int first) {
-  const std::size_t width = std::size_t(panorama.width) / 2;
-  for (int y = 0; y < panorama.height / 2; ++y) {
-    const std::uint8_t* pairs = panorama.data[1] + std::ptrdiff_t(y) * panorama.linesize[1] + first;
-    const std::size_t at = bytes_.size();
-    bytes_.resize(at + width);
-    for (std::size_t x = 0; x < width; ++x) bytes_[at + x] = pairs[2 * x];
-  }
+void RawWriter::add_chroma_planes(const AVFrame& panorama) {
+  const std::size_t width = std::size_t(panorama.width), rows = std::size_t(panorama.height) / 2, at = bytes_.size();
+  bytes_.resize(at + width * rows);
+  std::uint8_t* const cb = &bytes_[at];
+  const std::ptrdiff_t stride = panorama.width / 2;
+  part_chroma({panorama.data[1], panorama.linesize[1], width, rows}, {cb, cb + stride * std::ptrdiff_t(rows), stride, stride});
 }
 
 }  // namespace biseam::tool

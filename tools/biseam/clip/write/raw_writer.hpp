@@ -14,11 +14,17 @@ namespace biseam::tool {
 
 enum class RawKind { nv12, y4m };
 
+struct RawWriterSettings {
+  std::string path;  // "-" is standard output
+  RawKind kind = RawKind::nv12;
+  bool drop_streams = false;  // other streams, which raw frames can't hold
+};
+
 class RawWriter : public FrameSink {
  public:
-  // "-" is standard output.  Throws Failure (output) when nothing can be written there, or when the clips have other streams,
-  // unless those may be dropped.
-  RawWriter(const std::string& path, RawKind kind, const ClipFacts& facts, const PairReader& clips, bool drop_streams);
+  // Throws Failure (output) when nothing can be written there, or when the clips have other streams, unless those may be
+  // dropped.
+  RawWriter(const RawWriterSettings& settings, const ClipFacts& facts, const PairReader& clips);
 
   void write(const AVFrame& panorama, std::int64_t time, std::int64_t duration) override;
   void copy(int, AVPacket&) override {}
@@ -28,7 +34,7 @@ class RawWriter : public FrameSink {
  private:
   void note_time(std::int64_t time);
   void add_rows(const AVFrame& panorama, int plane, int rows);
-  void add_plane(const AVFrame& panorama, int first);
+  void add_chroma_planes(const AVFrame& panorama);
 
   RawKind kind_;
   ReplacementFile file_;

@@ -1,9 +1,11 @@
-#include "stitch/stitch_options.hpp"
+#include "commands/stitch_options.hpp"
 
 #include <charconv>
 
 #include "base/failure.hpp"
+#include "picture/read_picture.hpp"
 #include "picture/write_picture.hpp"
+#include "text/time_text.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -48,6 +50,27 @@ void check_lens(LensSettings& lens, const std::string& centre, char digit) {
   if (lens.mount && !is_quarter_turn(*lens.mount)) refuse_value("--mount" + index, "must be 0, 90, 180 or 270");
 }
 
+StitchSource source_of(const StitchOptions& options) {
+  StitchSource source{options.inputs, options.layout, std::nullopt, options.camera, options.settings};
+  if (!options.size.empty()) source.raw_size = parse_size(options.size);
+  return source;
+}
+
+PartRange range_of(const VideoOptions& video) {
+  PartRange range;
+  if (!video.from.empty()) range.from = parse_time("--from", video.from);
+  if (!video.to.empty()) range.to = parse_time("--to", video.to);
+  range.frames = video.frames;
+  if (range.from && *range.from < 0) throw Failure(ExitCode::usage, "--from: must not be before the beginning");
+  if (range.to && *range.to <= range.from.value_or(0)) throw Failure(ExitCode::usage, "--to: must be later than --from");
+  return range;
+}
+
+// Uncompressed frames with y4m's headers are wanted.
+bool is_y4m_output(const StitchOptions& options) {
+  return options.video.format == "y4m" || options.output.ends_with(".y4m") || options.output.ends_with(".Y4M");
+}
+
 }  // namespace
 
 void check_stitch_options(StitchOptions& options) {
@@ -71,8 +94,30 @@ void check_stitch_options(StitchOptions& options) {
   }
 }
 
-bool is_y4m_output(const StitchOptions& options) {
-  return options.video.format == "y4m" || options.output.ends_with(".y4m") || options.output.ends_with(".Y4M");
+PictureJob picture_job(const StitchOptions& options) {
+  return {source_of(options), options.output, options.show_seams, options.seam_layer, options.metadata_360};
+}
+
+ClipJob clip_job(const StitchOptions& options) {
+  const VideoOptions& video = options.video;
+  ClipJob job;
+  job.part = range_of(video);
+  job.source = source_of(options);
+  if (job.source.raw_size) {
+    if (video.rate.empty()) throw Failure(ExitCode::usage, "--rate: raw frames of a clip need their rate");
+    job.raw_rate = parse_rate("--rate", video.rate);
+  }
+  if (!video.offset.empty()) job.offset = parse_time("--offset", video.offset);
+  job.strict = video.strict;
+  job.jobs = video.jobs.value_or(job.jobs);
+  job.seam_hold = video.seam_hold;
+  job.output = options.output;
+  job.json = video.json;
+  job.encoder = {video.encoder, video.crf, video.preset, video.bitrate};
+  job.raw_kind = is_y4m_output(options) ? RawKind::y4m : RawKind::nv12;
+  job.drop_streams = video.drop_streams;
+  job.metadata_360 = options.metadata_360;
+  return job;
 }
 
 }  // namespace biseam::tool

@@ -8,6 +8,7 @@
 
 #include "picture/split.hpp"
 #include "profile/settings.hpp"
+#include "stitch/job.hpp"
 
 namespace biseam::tool {
 
@@ -35,7 +36,8 @@ struct StitchOptions {
 // What the options can't check one by one; settles the settings that are texts.  Throws Failure (usage).
 void check_stitch_options(StitchOptions& options);
 
-// Uncompressed frames with y4m's headers are wanted.
-bool is_y4m_output(const StitchOptions& options);
+// The options as what they mean, once they are checked.  Both throw Failure (usage).
+PictureJob picture_job(const StitchOptions& options);
+ClipJob clip_job(const StitchOptions& options);
 
 }  // namespace biseam::tool

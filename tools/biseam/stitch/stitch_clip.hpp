@@ -4,12 +4,12 @@
 #include <memory>
 
 #include "media/container.hpp"
-#include "stitch/stitch_options.hpp"
+#include "stitch/job.hpp"
 
 namespace biseam::tool {
 
 // first: the first input, if it was opened already.  Gives the exit code: done, or
 // interrupted after Ctrl-C or TERM, when what was in flight is finished.  Throws Failure.
-int stitch_video(const StitchOptions& options, std::unique_ptr<Container> first);
+int stitch_clip(const ClipJob& job, std::unique_ptr<Container> first);
 
 }  // namespace biseam::tool

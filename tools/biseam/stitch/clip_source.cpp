@@ -1,0 +1,86 @@
+#include "stitch/clip_source.hpp"
+
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
+
+#include "base/failure.hpp"
+#include "base/interrupt.hpp"
+#include "clip/read/clip_facts.hpp"
+#include "picture/read_picture.hpp"
+#include "picture/to_nv12.hpp"
+
+namespace biseam::tool {
+namespace {
+
+std::unique_ptr<ClipReader> open_clip(const std::string& path, const ClipJob& job, std::unique_ptr<Container> opened) {
+  std::optional<RawVideo> raw;
+  if (job.source.raw_size) raw = RawVideo{*job.source.raw_size, job.raw_rate};
+  if (!raw) refuse_raw_name(path);
+  if (!opened) opened = std::make_unique<Container>(path, raw);
+  return std::make_unique<ClipReader>(std::move(opened), job.strict);
+}
+
+void check_formats(const PairReader& clips, const FramePair& pair) {
+  for (int k = 0; k < clips.clips(); ++k) {
+    const auto format = AVPixelFormat(pair.picture[k]->format);
+    const Container& container = clips.clip(k).container();
+    const char* name = av_get_pix_fmt_name(format);
+    if (!plan_format(format).usable) {
+      container.refuse(std::string("pictures of the format ") + (name ? name : "?") + " can't be used");
+    }
+    const std::string loss = loss_text(format);
+    if (!loss.empty()) notice(container.name() + ": " + loss);
+  }
+}
+
+// Samples go through as they are, so both lenses' must mean the same.
+void check_colours(const PairReader& clips, const FramePair& pair) {
+  if (clips.clips() == 1) return;
+  const Colour a = colour_of(*pair.picture[0], clips.clip(0).stream()), b = colour_of(*pair.picture[1], clips.clip(1).stream());
+  const auto differ = [](int first, int second, int unknown) {
+    return first != second && first != unknown && second != unknown;
+  };
+  const bool same = !differ(a.range, b.range, AVCOL_RANGE_UNSPECIFIED) && !differ(a.matrix, b.matrix, AVCOL_SPC_UNSPECIFIED) &&
+                    !differ(a.primaries, b.primaries, AVCOL_PRI_UNSPECIFIED) &&
+                    !differ(a.transfer, b.transfer, AVCOL_TRC_UNSPECIFIED);
+  if (same) return;
+  clips.clip(1).container().refuse("its colours are tagged otherwise than those of " + clips.clip(0).container().name());
+}
+
+}  // namespace
+
+PairReader open_clips(const ClipJob& job, std::unique_ptr<Container> opened) {
+  const std::vector<std::string>& files = job.source.files;
+  std::unique_ptr<ClipReader> first = open_clip(files.front(), job, std::move(opened)), second;
+  if (files.size() == 2) second = open_clip(files.back(), job, nullptr);
+  return PairReader(std::move(first), std::move(second), job.offset);
+}
+
+ClipSource::ClipSource(PairReader clips, const ClipJob& job) : reader_(std::move(clips), job.part, job.seam_hold) {
+  while (!has_picture()) {
+    std::optional<FramePair> pair = reader_.next();
+    if (!pair) refuse_emptiness(job.part);
+    read_.push_back(std::move(*pair));
+  }
+  check_formats(reader_.pairs(), first_picture());
+  check_colours(reader_.pairs(), first_picture());
+}
+
+std::optional<FramePair> ClipSource::next() {
+  if (read_.empty()) return reader_.next();
+  FramePair pair = std::move(read_.front());
+  read_.pop_front();
+  return pair;
+}
+
+void ClipSource::refuse_emptiness(const PartRange& range) const {
+  if (interrupted()) throw Failure(ExitCode::interrupted, "interrupted before the first picture");
+  const Container& first = clips().clip(0).container();
+  if (clips().clips() == 2 && clips().report().unpaired > 0) {
+    first.refuse("no picture has a partner in " + clips().clip(1).container().name() + " at the same time");
+  }
+  first.refuse(range.is_whole() ? "has no picture that can be decoded" : "has no picture in the part that is wanted");
+}
+
+}  // namespace biseam::tool
