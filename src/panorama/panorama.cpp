@@ -88,7 +88,7 @@ biseam::ring::EngineConfig engine_config(const biseam::Camera& camera, const Bis
           .width = options.width,
           .height = options.height,
           .format = options.format,
-          .quality = static_cast<biseam::Quality>(options.quality),
+          .quality = static_cast<biseam::ring::Quality>(options.quality),
           .seam = static_cast<biseam::ring::SeamMode>(options.seam),
           .threads = options.threads == 0 ? processors() : options.threads};
 }

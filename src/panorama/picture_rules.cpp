@@ -29,13 +29,13 @@ int32_t check_picture(const BiseamPicture* given, const char* name, int32_t form
   planes.siting = picture.siting;
   for (int k = 0; k < described.planes; ++k) {
     const ring::PlaneFormat& plane = described.plane[k];
-    const int sample = is_words(plane.type) ? 2 : 1;
+    const int sample = ring::is_words(plane.type) ? 2 : 1;
     if (picture.planes[k] == nullptr) return report(error, kInvalid, "%s.planes[%d] is NULL: must be a plane", name, k);
     if (reinterpret_cast<uintptr_t>(picture.planes[k]) % static_cast<unsigned>(sample) != 0) {
       return report(error, kInvalid, "%s.planes[%d] is odd: samples of 16 bits lie at even addresses", name, k);
     }
     const ptrdiff_t stride = picture.strides[k];
-    const ptrdiff_t row = ptrdiff_t{ring::plane_size(width, plane.grid.bits_x)} * bytes_of(plane.type);
+    const ptrdiff_t row = ptrdiff_t{ring::plane_size(width, plane.grid.bits_x)} * ring::bytes_of(plane.type);
     if ((stride < row && stride > -row) || stride % sample != 0) {
       return report(error, kInvalid, "%s.strides[%d] is %td: must be %td bytes or more, up or down%s", name, k, stride, row,
                     sample == 2 ? ", and even" : "");

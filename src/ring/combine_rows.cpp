@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "base/loop_versions.hpp"
-#include "ring/strip/shape.hpp"
+#include "ring/fine.hpp"
 
 namespace biseam::ring {
 

@@ -9,6 +9,8 @@
 
 namespace biseam::test {
 
+using namespace ring;
+
 namespace {
 
 // What a case samples, and how.

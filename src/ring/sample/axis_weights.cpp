@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-namespace biseam {
+namespace biseam::ring {
 
 namespace {
 
@@ -67,9 +67,9 @@ struct Table {
       const double distance = k - (kHalf - 1) - static_cast<double>(phase) / kPhases;
       sum += exact[k] = kernel_at(quality, distance / kWidenings[widening]);
     }
-    int left = kWeightOne;
+    int left = kTapsOne;
     for (int k = 0; k < kTaps; ++k) {
-      exact[k] *= kWeightOne / sum;
+      exact[k] *= kTapsOne / sum;
       left -= words[phase][k] = static_cast<int16_t>(round_to_int(exact[k]));
     }
     // What rounding left over goes, one by one, to the weights that are farthest from the truth.
@@ -139,4 +139,4 @@ const AxisWeights& axis_weights(Quality quality, int widening) noexcept {
   return quality == Quality::good ? Widenings<Quality::good>::kWeights[widening] : Widenings<Quality::best>::kWeights[widening];
 }
 
-}  // namespace biseam
+}  // namespace biseam::ring

@@ -4,14 +4,14 @@
 
 // Weights of the sampling kernels, along one axis.
 //
-// Every phase's weights add up to kWeightOne exactly, so that flat pictures stay flat.  The sum of their magnitudes is at most
+// Every phase's weights add up to kTapsOne exactly, so that flat pictures stay flat.  The sum of their magnitudes is at most
 // 1.5 times that, which the sums of the samplers are laid out for.
-namespace biseam {
+namespace biseam::ring {
 
 enum class Quality { fast, good, best };  // bilinear, spline16 (4 x 4), spline36 (6 x 6)
 
-inline constexpr int kWeightBits = 13;
-inline constexpr int32_t kWeightOne = 1 << kWeightBits;
+inline constexpr int kTapBits = 13;
+inline constexpr int32_t kTapsOne = 1 << kTapBits;
 
 // One kernel at one width.  Phase p of 2^phase_bits stands for positions p / 2^phase_bits past a sample; tap k is the sample
 // k - before from that one.  The same weights in three layouts: by phase, for one position at a time, and by tap, for vectors
@@ -40,4 +40,4 @@ int widening_for(double scale) noexcept;  // an index of kWidenings
 
 const AxisWeights& axis_weights(Quality quality, int widening) noexcept;
 
-}  // namespace biseam
+}  // namespace biseam::ring

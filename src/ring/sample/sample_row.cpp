@@ -5,7 +5,7 @@
 
 #include "ring/sample/sample_row_kernels.hpp"
 
-namespace biseam {
+namespace biseam::ring {
 
 namespace {
 
@@ -65,4 +65,4 @@ void sample_row(const SampleJob& job, const int32_t* x, const int32_t* y, void* 
   kSampleRow.best()(job, x, y, destination, count);
 }
 
-}  // namespace biseam
+}  // namespace biseam::ring

@@ -6,7 +6,7 @@
 #include "ring/sample/axis_weights.hpp"
 
 // Samples of a picture at arbitrary positions: across first, then down, each sum rounded once.
-namespace biseam {
+namespace biseam::ring {
 
 // What lies side by side in a row.  Interleaved chroma is sampled as pairs.
 enum class SampleType : uint8_t { bytes, byte_pairs, words, word_pairs };
@@ -46,4 +46,4 @@ constexpr int output_bytes_of(SampleType type, SampleOutput output) {
 // read: no padding.  destination: count results, need not be aligned, apart from everything that is read.
 void sample_row(const SampleJob& job, const int32_t* x, const int32_t* y, void* destination, int count) noexcept;
 
-}  // namespace biseam
+}  // namespace biseam::ring

@@ -12,7 +12,7 @@
 // Eight lanes of 32 bits are eight samples, or both components of four pairs.  Neighbouring positions name neighbouring
 // samples: each half of the lanes has a window of 16 bytes by some rows, from which the taps of all its lanes are taken by
 // shuffling the rows' bytes.  Where no window fits, taps are gathered: four bytes or two words at a time.
-namespace biseam {
+namespace biseam::ring {
 
 namespace {
 
@@ -390,6 +390,6 @@ BISEAM_AVX2 void sample_row_avx2(const SampleJob& job, const int32_t* x, const i
   sample_taps<0>(job, x, y, bytes, count);
 }
 
-}  // namespace biseam
+}  // namespace biseam::ring
 
 #endif

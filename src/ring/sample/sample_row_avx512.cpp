@@ -13,7 +13,7 @@
 // the taps of all lanes lie; its rows are loaded whole, and the taps are taken out of registers byte by byte, which costs a
 // fraction of a load for each.  Positions that go with the picture's rows share a window of 32 bytes by 4 first rows; steeper
 // ones have one of 16 bytes by 8 for each half of the lanes.  What fits neither is gathered (avx2).
-namespace biseam {
+namespace biseam::ring {
 
 namespace {
 
@@ -265,7 +265,7 @@ BISEAM_STEP __m512i two_rows(const SampleSource& source, const Weights<type, tap
     const __m512i lower = _mm512_maddubs_epi16(picked.row[row + 1][0], weights.across[0][0]);
     return _mm512_mask_blend_epi16(0xAAAAAAAA, upper, _mm512_slli_epi32(lower, 16));
   } else {
-    const int shift = is_words(type) ? across_shift(source) : kWeightBits + 8 - kFineBits;
+    const int shift = is_words(type) ? across_shift(source) : kTapBits + 8 - kFineBits;
     const __m512i upper = weigh_across<type, taps>(source, weights, picked.row[row]);
     const __m512i lower = weigh_across<type, taps>(source, weights, picked.row[row + 1]);
     return _mm512_mask_blend_epi16(0xAAAAAAAA, _mm512_srl_epi32(upper, _mm_cvtsi32_si128(shift)),
@@ -414,6 +414,6 @@ BISEAM_AVX512 void sample_row_avx512(const SampleJob& job, const int32_t* x, con
   sample_row_avx2(job, x, y, destination, count);
 }
 
-}  // namespace biseam
+}  // namespace biseam::ring
 
 #endif

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "base/variants.hpp"
+#include "ring/fine.hpp"
 #include "ring/sample/sample_row.hpp"
 
 // The versions behind sample_row.hpp, and what they share.
-namespace biseam {
+namespace biseam::ring {
 
 using SampleRow = void(const SampleJob& job, const int32_t* x, const int32_t* y, void* destination, int count) noexcept;
 
@@ -12,11 +13,9 @@ SampleRow sample_row_scalar, sample_row_neon, sample_row_avx2, sample_row_avx512
 
 extern const Variants<SampleRow> kSampleRow;
 
-// Both sums are held at 14 bits and a fraction, whatever the depth: the first has kWeightBits + bits, the second kWeightBits
+// Both sums are held at 14 bits and a fraction, whatever the depth: the first has kTapBits + bits, the second kTapBits
 // + 14.
-inline constexpr int kFineBits = 14;
-
-constexpr int across_shift(const SampleSource& source) { return kWeightBits + source.bits - kFineBits; }
+constexpr int across_shift(const SampleSource& source) { return kTapBits + source.bits - kFineBits; }
 
 // How the second sum becomes a result: (sum + half) >> shift, in [low, high], << up.
 struct Finish {
@@ -27,7 +26,7 @@ struct Finish {
 
   constexpr explicit Finish(const SampleJob& job)
       : half(0),
-        shift(kWeightBits + (job.output == SampleOutput::fine ? 0 : kFineBits - job.source.bits)),
+        shift(kTapBits + (job.output == SampleOutput::fine ? 0 : kFineBits - job.source.bits)),
         low(job.output == SampleOutput::fine ? INT16_MIN : 0),
         high(job.output == SampleOutput::fine ? INT16_MAX : (1 << job.source.bits) - 1),
         up(job.output == SampleOutput::fine ? 0 : job.source.shift) {
@@ -51,4 +50,4 @@ inline AxisPlace place_on(const AxisWeights& axis, int32_t position) noexcept {
   return {(rounded >> 16) - axis.before, (rounded >> below) & (axis.phases() - 1)};
 }
 
-}  // namespace biseam
+}  // namespace biseam::ring

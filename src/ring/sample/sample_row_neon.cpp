@@ -6,7 +6,7 @@
 #include <cstring>
 
 // Sample by sample: four taps of a row make a vector.
-namespace biseam {
+namespace biseam::ring {
 
 namespace {
 
@@ -120,6 +120,6 @@ BISEAM_NEON void sample_row_neon(const SampleJob& job, const int32_t* x, const i
   }
 }
 
-}  // namespace biseam
+}  // namespace biseam::ring
 
 #endif

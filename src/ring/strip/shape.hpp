@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+#include "ring/fine.hpp"
+
 namespace biseam::ring {
 
 // The unrolled ring: length samples round the lenses' axis (t, circular) and width samples across (b, towards lens 1), stored
@@ -16,9 +18,7 @@ inline constexpr int kMaxStripLength = 4096;
 inline constexpr int kMinStripWidth = 5;
 inline constexpr int kMaxStripWidth = 512;
 
-// Samples of strips and corrections are codes x 2^(14 - depth): 1/64 code of 8 bits, 1/16 of 10, 1/4 of 12.  Strips lie in
-// [0, kMaxFine], their differences within +-kMaxFine.
-inline constexpr int kFineBits = 14;
+// Samples of strips and corrections are fine.  Strips lie in [0, kMaxFine], their differences within +-kMaxFine.
 inline constexpr int kMaxFine = 4095 << 2;
 static_assert(kMaxFine >= 255 << 6 && kMaxFine >= 1023 << 4);
 

@@ -9,6 +9,8 @@
 
 namespace biseam::test {
 
+using namespace ring;
+
 namespace {
 
 constexpr int kCount = static_cast<int>(std::size(kWidenings));
@@ -33,8 +35,8 @@ TEST(AxisWeights, EveryPhaseAddsUpExactly) {
         sum += weight, magnitude += std::abs(weight);
         EXPECT_TRUE(k < axis.taps || weight == 0);
       }
-      EXPECT_EQ(sum, kWeightOne);
-      EXPECT_LE(2 * magnitude, 3 * kWeightOne);
+      EXPECT_EQ(sum, kTapsOne);
+      EXPECT_LE(2 * magnitude, 3 * kTapsOne);
     }
   });
 }
@@ -47,7 +49,7 @@ TEST(AxisWeights, AreTheFormulasRounded) {
       for (int k = -200; k < axis.taps + 200; ++k) sum += widened(quality, widening, k - at);
       for (int k = -200; k < axis.taps + 200; ++k) {
         const int weight = k >= 0 && k < axis.taps ? axis.words[phase * axis.padded_taps + k] : 0;
-        EXPECT_NEAR(weight, widened(quality, widening, k - at) / sum * kWeightOne, 1.0);
+        EXPECT_NEAR(weight, widened(quality, widening, k - at) / sum * kTapsOne, 1.0);
       }
     }
   });

@@ -8,6 +8,8 @@
 // The kernels once more, written as their polynomials are found in books: pieces over the distance from the middle.
 namespace biseam::test {
 
+using namespace ring;
+
 inline double formula(Quality quality, double distance) {
   const double d = std::fabs(distance), e = d - 1, g = d - 2;
   switch (quality) {

@@ -13,6 +13,8 @@
 
 namespace biseam::test {
 
+using namespace ring;
+
 namespace {
 
 constexpr Quality kQualities[] = {Quality::fast, Quality::good, Quality::best};
@@ -125,10 +127,10 @@ double exact(const Picture& picture, const ExactAxis& column, const ExactAxis& r
 }
 
 // How far a result may be from the exact one, in steps of the results, one step being 1 / scale of a value.  A weight is off by
-// at most 1 / kWeightOne and all of an axis' errors add up to nothing, so they count against half the range of the values only;
+// at most 1 / kTapsOne and all of an axis' errors add up to nothing, so they count against half the range of the values only;
 // the sums of magnitudes are at most 1.5.  Then the first sum's rounding, at 14 bits, and the second one's.
 double bound(const AxisWeights& across, const AxisWeights& down, int most, int bits, double scale) {
-  const double weights = 1.5 * (across.taps + down.taps) * most / 2.0 / kWeightOne;
+  const double weights = 1.5 * (across.taps + down.taps) * most / 2.0 / kTapsOne;
   return scale * (weights + 1.5 * 0.5 / (1 << (kFineBits - bits))) + 0.5 + 1e-6;
 }
 
@@ -245,7 +247,7 @@ TEST(SampleRow, SumsFitAtTheWorst) {
             });
             const std::vector<int32_t> place(8, axis.before * 65536 + phase * (65536 >> axis.phase_bits));
             const auto fine = sample(kSampleRow.best(), picture, axis, axis, SampleOutput::fine, place, place);
-            const double value = static_cast<double>(most) / kWeightOne / kWeightOne * (1 << (kFineBits - format.bits));
+            const double value = static_cast<double>(most) / kTapsOne / kTapsOne * (1 << (kFineBits - format.bits));
             for (const int got : fine) ASSERT_NEAR(got, value, 1.5 * 0.5 + 0.5);
             ASSERT_GE(value, -10240);
             ASSERT_LE(value, 26624);

@@ -13,6 +13,8 @@
 // What the kernels make of pictures whose truth is known everywhere.
 namespace biseam::test {
 
+using namespace ring;
+
 namespace {
 
 constexpr double kPi = std::numbers::pi;
