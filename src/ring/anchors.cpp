@@ -35,6 +35,16 @@ BISEAM_LOOP void mix_rows(const int32_t* upper, const int32_t* lower, int below,
   for (ptrdiff_t i = 0; i < count; ++i) out[i] = (upper[i] * (kAnchorSpacing - below) + lower[i] * below + 8) >> 4;
 }
 
+BISEAM_LOOP void mix_row_pairs(const int32_t* const upper[2], const int32_t* const lower[2], int below, int32_t* out,
+                               int count) noexcept {
+  const int32_t *upper0 = upper[0], *upper1 = upper[1], *lower0 = lower[0], *lower1 = lower[1];
+  BISEAM_TURNS_APART
+  for (ptrdiff_t i = 0; i < count; ++i) {
+    out[2 * i] = (upper0[i] * (kAnchorSpacing - below) + lower0[i] * below + 8) >> 4;
+    out[2 * i + 1] = (upper1[i] * (kAnchorSpacing - below) + lower1[i] * below + 8) >> 4;
+  }
+}
+
 // Distances in 1/4096 of a sample; a product of one within the ramp and the slope is at most 2^28.
 BISEAM_LOOP void weigh(const int32_t* distances, int32_t ramp, int16_t* weights, int count) noexcept {
   const int32_t across = ramp >> 4, slope = ((1 << 28) + across / 2) / across;
@@ -50,6 +60,7 @@ BISEAM_LOOP void weigh(const int32_t* distances, int32_t ramp, int16_t* weights,
 
 constinit const Variants<FillAnchorRow> kFillAnchorRow = loop_versions<fill_row, FillAnchorRow>;
 constinit const Variants<MixAnchorRows> kMixAnchorRows = loop_versions<mix_rows, MixAnchorRows>;
+constinit const Variants<MixAnchorRowPairs> kMixAnchorRowPairs = loop_versions<mix_row_pairs, MixAnchorRowPairs>;
 constinit const Variants<WeighDistances> kWeighDistances = loop_versions<weigh, WeighDistances>;
 
 void place_anchors(const Mesh& mesh, const Block& block, const PlaneGrid& grid, StripShape shape,
@@ -84,6 +95,18 @@ void look_up_distances(const SeamRamp& ramp, const AnchorPlaces& places, AnchorB
     }
     kFillAnchorRow.best()(row, band.values[j], places.count.columns - 1);
   }
+}
+
+void row_of_band(const AnchorBand& band, int y, int32_t* out, int count) noexcept {
+  const int row = y >> kAnchorBits;
+  kMixAnchorRows.best()(band.values[row], band.values[row + 1], y & (kAnchorSpacing - 1), out, count);
+}
+
+void row_of_bands(const AnchorBand& first, const AnchorBand& second, int y, int32_t* out, int count) noexcept {
+  const int row = y >> kAnchorBits;
+  const int32_t* const upper[2] = {first.values[row], second.values[row]};
+  const int32_t* const lower[2] = {first.values[row + 1], second.values[row + 1]};
+  kMixAnchorRowPairs.best()(upper, lower, y & (kAnchorSpacing - 1), out, count);
 }
 
 }  // namespace biseam::ring

@@ -47,17 +47,19 @@ void look_up_distances(const SeamRamp& ramp, const AnchorPlaces& places, AnchorB
 using FillAnchorRow = void(const int32_t* anchors, int32_t* out, int count) noexcept;
 // out: the values of a row between two rows of a band, below the upper one by so many samples.
 using MixAnchorRows = void(const int32_t* upper, const int32_t* lower, int below, int32_t* out, int count) noexcept;
+// The same of two bands, whose values take turns in out: 2 count of them.
+using MixAnchorRowPairs = void(const int32_t* const upper[2], const int32_t* const lower[2], int below, int32_t* out,
+                               int count) noexcept;
 // Weights of lens 1, 0 to 256, from distances.
 using WeighDistances = void(const int32_t* distances, int32_t ramp, int16_t* weights, int count) noexcept;
 
 extern constinit const Variants<FillAnchorRow> kFillAnchorRow;
 extern constinit const Variants<MixAnchorRows> kMixAnchorRows;
+extern constinit const Variants<MixAnchorRowPairs> kMixAnchorRowPairs;
 extern constinit const Variants<WeighDistances> kWeighDistances;
 
 // Row y of the block's samples.
-inline void row_of_band(const AnchorBand& band, int y, int32_t* out, int count) noexcept {
-  const int row = y >> kAnchorBits;
-  kMixAnchorRows.best()(band.values[row], band.values[row + 1], y & (kAnchorSpacing - 1), out, count);
-}
+void row_of_band(const AnchorBand& band, int y, int32_t* out, int count) noexcept;
+void row_of_bands(const AnchorBand& first, const AnchorBand& second, int y, int32_t* out, int count) noexcept;
 
 }  // namespace biseam::ring

@@ -15,49 +15,42 @@ BISEAM_LOOP int32_t stored(int32_t fine, int shift, int32_t highest) {
   return code < 0 ? 0 : code > highest ? highest : code;
 }
 
-BISEAM_LOOP int32_t corrected(FineRow row, ptrdiff_t i, ptrdiff_t step) {
-  return int32_t{row.samples[i * step]} + row.corrections[i];
-}
+BISEAM_LOOP int32_t corrected(FineRow row, ptrdiff_t i) { return int32_t{row.samples[i]} + row.corrections[i]; }
 
-BISEAM_LOOP int32_t mixed(FineRow row0, FineRow row1, int32_t weight, ptrdiff_t i, ptrdiff_t step) {
-  return corrected(row0, i, step) * (256 - weight) + corrected(row1, i, step) * weight;
+BISEAM_LOOP int32_t mixed(FineRow row0, FineRow row1, int32_t weight, ptrdiff_t i) {
+  return corrected(row0, i) * (256 - weight) + corrected(row1, i) * weight;
 }
 
 constexpr int kByteShift = kFineBits - 8;
 
-BISEAM_LOOP void store_bytes(FineRow row, int step, uint8_t* out, int count) noexcept {
-  if (step == 1) {
-    BISEAM_TURNS_APART
-    for (ptrdiff_t i = 0; i < count; ++i) out[i] = static_cast<uint8_t>(stored(corrected(row, i, 1), kByteShift, 255));
-  } else {
-    BISEAM_TURNS_APART
-    for (ptrdiff_t i = 0; i < count; ++i) out[2 * i] = static_cast<uint8_t>(stored(corrected(row, i, 2), kByteShift, 255));
-  }
+BISEAM_LOOP void store_bytes(FineRow row, uint8_t* out, int count) noexcept {
+  BISEAM_TURNS_APART
+  for (ptrdiff_t i = 0; i < count; ++i) out[i] = static_cast<uint8_t>(stored(corrected(row, i), kByteShift, 255));
 }
 
-BISEAM_LOOP void store_words(FineRow row, int step, Storage storage, uint16_t* out, int count) noexcept {
+BISEAM_LOOP void store_words(FineRow row, Storage storage, uint16_t* out, int count) noexcept {
   const int shift = kFineBits - storage.bits;
   const int32_t highest = (1 << storage.bits) - 1;
   BISEAM_TURNS_APART
   for (ptrdiff_t i = 0; i < count; ++i) {
-    out[i * step] = static_cast<uint16_t>(stored(corrected(row, i, step), shift, highest) << storage.shift);
+    out[i] = static_cast<uint16_t>(stored(corrected(row, i), shift, highest) << storage.shift);
   }
 }
 
-BISEAM_LOOP void mix_bytes(FineRow row0, FineRow row1, const int16_t* weights, int step, uint8_t* out, int count) noexcept {
+BISEAM_LOOP void mix_bytes(FineRow row0, FineRow row1, const int16_t* weights, uint8_t* out, int count) noexcept {
   BISEAM_TURNS_APART
   for (ptrdiff_t i = 0; i < count; ++i) {
-    out[i * step] = static_cast<uint8_t>(stored(mixed(row0, row1, weights[i], i, step), kByteShift + 8, 255));
+    out[i] = static_cast<uint8_t>(stored(mixed(row0, row1, weights[i], i), kByteShift + 8, 255));
   }
 }
 
-BISEAM_LOOP void mix_words(FineRow row0, FineRow row1, const int16_t* weights, int step, Storage storage, uint16_t* out,
+BISEAM_LOOP void mix_words(FineRow row0, FineRow row1, const int16_t* weights, Storage storage, uint16_t* out,
                            int count) noexcept {
   const int shift = kFineBits - storage.bits + 8;
   const int32_t highest = (1 << storage.bits) - 1;
   BISEAM_TURNS_APART
   for (ptrdiff_t i = 0; i < count; ++i) {
-    out[i * step] = static_cast<uint16_t>(stored(mixed(row0, row1, weights[i], i, step), shift, highest) << storage.shift);
+    out[i] = static_cast<uint16_t>(stored(mixed(row0, row1, weights[i], i), shift, highest) << storage.shift);
   }
 }
 

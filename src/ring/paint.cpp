@@ -81,39 +81,46 @@ void sample_fine(const LensSamples& from, const PlaneBlock& samples, int row, Pa
   const int at = row * kBlockWidth;
   sample_row(from.job, memory.x[from.lens].values + at, memory.y[from.lens].values + at, memory.fine[from.lens],
              samples.columns);
-  for (int c = 0; c < channels_of(samples); ++c) {
-    row_of_band(memory.corrections[from.lens][c], row, memory.added[from.lens][c], samples.columns);
+  const AnchorBand* const bands = memory.corrections[from.lens];
+  if (channels_of(samples) == 2) {
+    row_of_bands(bands[0], bands[1], row, memory.added[from.lens], samples.columns);
+  } else {
+    row_of_band(bands[0], row, memory.added[from.lens], samples.columns);
   }
 }
 
-FineRow fine_row(const PaintMemory& memory, int lens, int channel) noexcept {
-  return {memory.fine[lens] + channel, memory.added[lens][channel]};
+// What lens 1 weighs in a row.
+void find_weights(const Painting& painting, const PlaneBlock& samples, int row, PaintMemory& memory) noexcept {
+  const int channels = channels_of(samples);
+  if (channels == 2) {
+    row_of_bands(memory.distances, memory.distances, row, memory.away, samples.columns);
+  } else {
+    row_of_band(memory.distances, row, memory.away, samples.columns);
+  }
+  kWeighDistances.best()(memory.away, painting.ring.ramp.across, memory.weights, channels * samples.columns);
 }
+
+FineRow fine_row(const PaintMemory& memory, int lens) noexcept { return {memory.fine[lens], memory.added[lens]}; }
 
 void store_row(const Painting& painting, int lens, const PlaneBlock& samples, const PaintMemory& memory,
                uint8_t* out) noexcept {
-  const int channels = channels_of(samples);
-  for (int c = 0; c < channels; ++c) {
-    const FineRow row = fine_row(memory, lens, c);
-    if (is_words(samples.format->type)) {
-      const Storage storage{painting.panorama.bits, painting.panorama.shift};
-      kStoreWords.best()(row, channels, storage, reinterpret_cast<uint16_t*>(out) + c, samples.columns);
-    } else {
-      kStoreBytes.best()(row, channels, out + c, samples.columns);
-    }
+  const int count = channels_of(samples) * samples.columns;
+  if (is_words(samples.format->type)) {
+    const Storage storage{painting.panorama.bits, painting.panorama.shift};
+    kStoreWords.best()(fine_row(memory, lens), storage, reinterpret_cast<uint16_t*>(out), count);
+  } else {
+    kStoreBytes.best()(fine_row(memory, lens), out, count);
   }
 }
 
 void mix_row(const Painting& painting, const PlaneBlock& samples, const PaintMemory& memory, uint8_t* out) noexcept {
-  const int channels = channels_of(samples);
-  for (int c = 0; c < channels; ++c) {
-    const FineRow row0 = fine_row(memory, 0, c), row1 = fine_row(memory, 1, c);
-    if (is_words(samples.format->type)) {
-      const Storage storage{painting.panorama.bits, painting.panorama.shift};
-      kMixWords.best()(row0, row1, memory.weights, channels, storage, reinterpret_cast<uint16_t*>(out) + c, samples.columns);
-    } else {
-      kMixBytes.best()(row0, row1, memory.weights, channels, out + c, samples.columns);
-    }
+  const int count = channels_of(samples) * samples.columns;
+  if (is_words(samples.format->type)) {
+    const Storage storage{painting.panorama.bits, painting.panorama.shift};
+    kMixWords.best()(fine_row(memory, 0), fine_row(memory, 1), memory.weights, storage, reinterpret_cast<uint16_t*>(out),
+                     count);
+  } else {
+    kMixBytes.best()(fine_row(memory, 0), fine_row(memory, 1), memory.weights, out, count);
   }
 }
 
@@ -132,8 +139,7 @@ void paint_mixed(const Painting& painting, const BlockPlan& plan, const PlaneBlo
   for (int row = 0; row < samples.rows; ++row) {
     sample_fine(from0, samples, row, memory);
     sample_fine(from1, samples, row, memory);
-    row_of_band(memory.distances, row, memory.away, samples.columns);
-    kWeighDistances.best()(memory.away, painting.ring.ramp.across, memory.weights, samples.columns);
+    find_weights(painting, samples, row, memory);
     mix_row(painting, samples, memory, samples.row_of(painting, row));
   }
 }

@@ -40,11 +40,11 @@ struct PaintMemory {
   AnchorPlaces places;
   AnchorBand distances;
   AnchorBand corrections[2][2];  // of either lens, by the channels of a plane
-  // Of one row: a pair takes two fine samples.
+  // Of one row: a pair takes two places.
   alignas(64) int16_t fine[2][2 * kBlockWidth];
-  alignas(64) int32_t added[2][2][kBlockWidth];
-  alignas(64) int32_t away[kBlockWidth];
-  alignas(64) int16_t weights[kBlockWidth];
+  alignas(64) int32_t added[2][2 * kBlockWidth];
+  alignas(64) int32_t away[2 * kBlockWidth];
+  alignas(64) int16_t weights[2 * kBlockWidth];
 };
 
 // A block that one lens covers alone.
