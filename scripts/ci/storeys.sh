@@ -1,28 +1,31 @@
 #!/usr/bin/env bash
-# Every include runs along the plan of the house: down to a lower storey, or to a room of its own storey that it may see.  A line
-# of the list is a storey, its rooms, which see each other, and the lowest comes first; a room is a folder with all below it that
-# is no room itself.  A folder without a place is an error, so that new ones are thought about.
+# Every include runs along the plan of the house.  A room is a folder with everything below it that is not a room of its own, and
+# it sees itself, the public headers and the rooms that the plan names for it.  A folder without a room is an error, so that nobody
+# adds one without deciding what it may see.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 
-check() {  # folder, the folder its includes are written from, storeys: lowest first, rooms of one storey joined by commas
+check() {  # folder, the folder its includes are written from, then one argument per room: "room: the rooms that it sees"
   local folder=$1 root=$2
   shift 2
   git ls-files "$folder" | grep -E '\.(c|h|cpp|hpp)$' | xargs grep -nE '^ *# *include "' |
-    awk -v folder="$folder" -v root="$root" -v storeys="$*" '
+    awk -v folder="$folder" -v root="$root" -v plan="$(printf '%s;' "$@")" '
     BEGIN {
-      count = split(storeys, lines, " ")
-      for (i = 1; i <= count; ++i) {
-        rooms = split(lines[i], names, ",")
-        for (k = 1; k <= rooms; ++k) level[names[k]] = i
+      count = split(plan, lines, ";")
+      for (i = 1; i < count; ++i) {
+        split(lines[i], halves, ":")
+        rooms[halves[1]]
+        sees[halves[1], halves[1]]
+        seen = split(halves[2], names, " ")
+        for (k = 1; k <= seen; ++k) sees[halves[1], names[k]]
       }
     }
     function room_of(path) {  # the innermost folder that is a room; without one the whole folder
       sub(/\/?[^\/]*$/, "", path)
-      for (room = path; room != "" && !(room in level);) {
+      for (room = path; room != "" && !(room in rooms);) {
         if (!sub(/\/[^\/]*$/, "", room)) break
       }
-      return room in level ? room : path
+      return room in rooms ? room : path
     }
     {
       split($0, parts, ":")
@@ -30,11 +33,11 @@ check() {  # folder, the folder its includes are written from, storeys: lowest f
       match($0, /"[^"]*"/)
       to = room_of(substr($0, RSTART + 1, RLENGTH - 2))
       ++includes
-      if (to == "biseam") next  # the gates, which every storey may see
-      if (from == "" && to in level) next  # the main file
-      if (!(from in level)) { print parts[1] ":" parts[2] ": the folder " from " has no storey"; bad = 1; next }
-      if (!(to in level)) { print parts[1] ":" parts[2] ": " substr($0, RSTART, RLENGTH) " lies in no storey"; bad = 1; next }
-      if (level[to] > level[from]) { print parts[1] ":" parts[2] ": " from " looks up to " to; bad = 1 }
+      if (to == "biseam") next  # the public headers
+      if (from == "" && to in rooms) next  # the main file
+      if (!(from in rooms)) { print parts[1] ":" parts[2] ": the folder " from " is no room"; bad = 1; next }
+      if (!(to in rooms)) { print parts[1] ":" parts[2] ": " substr($0, RSTART, RLENGTH) " lies in no room"; bad = 1; next }
+      if (!((from, to) in sees)) { print parts[1] ":" parts[2] ": " from " may not see " to; bad = 1 }
     }
     END {
       printf "%s: %d includes\n", folder, includes
@@ -42,8 +45,20 @@ check() {  # folder, the folder its includes are written from, storeys: lowest f
     }'
 }
 
+in_order() {  # room...: lowest first, each sees all before it
+  local room seen=""
+  for room; do
+    echo "$room:$seen"
+    seen+=" $room"
+  done
+}
+
 status=0
-check src src base camera ring stages frame panorama || status=1
-check tools/profile tools profile || status=1
-check tools/biseam tools/biseam profile base text media picture clip/read clip/write camera stitch tag scene sheet compare view commands || status=1
+check src src "base:" "stages: base" "camera: base" "frame: stages base" "ring: camera base" \
+  "panorama: ring frame camera stages base" || status=1
+mapfile -t rooms < <(in_order tools profile)
+check tools/profile tools "${rooms[@]}" || status=1
+mapfile -t rooms < <(in_order tools/biseam profile base text media picture clip/read clip/write camera stitch tag scene sheet \
+  compare view commands)
+check tools/biseam tools/biseam "${rooms[@]}" || status=1
 exit $status

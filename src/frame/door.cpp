@@ -153,5 +153,6 @@ void BlendPanoWithBiFisheye(uint8_t* const sources[2], const int32_t widths[2], 
 
 void StitchingBiFisheyePano(ImageHeader* strip0, ImageHeader* strip1, ImageHeader* pano, int32_t left_inner,
                             int32_t middle_inner, int32_t, int32_t gap, int32_t, int32_t, int32_t format) {
-  biseam::compose_panorama(*strip0, *strip1, *pano, left_inner, middle_inner, gap, format);
+  biseam::compose_panorama(
+      {.strips = {strip0, strip1}, .panorama = pano, .offsets = {left_inner, middle_inner}, .gap = gap, .format = format});
 }

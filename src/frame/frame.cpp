@@ -39,7 +39,11 @@ void attach_frame(StitchEngine& engine, const FisheyePlanes fisheye[2], const Fi
 void compose_stage(StitchEngine& e, const FramePlan& plan) {
   ImageHeader strips[2] = {e.blend_yuv[0], e.blend_yuv[1]};
   for (ImageHeader& strip : strips) strip.height = plan.rows;
-  compose_panorama(strips[0], strips[1], e.pano, e.left_inner, e.middle_inner, e.pair_width, e.config->in_yuv_type);
+  compose_panorama({.strips = {&strips[0], &strips[1]},
+                    .panorama = &e.pano,
+                    .offsets = {e.left_inner, e.middle_inner},
+                    .gap = e.pair_width,
+                    .format = e.config->in_yuv_type});
   if (e.config->out_flip[0] != 0) flip_panorama(e.pano);
   if (e.config->out_mirror[0] != 0) mirror_panorama(e.pano);
 }

@@ -1,7 +1,7 @@
 #include <climits>
 
 #include "biseam/records.h"
-#include "frame/blend/blend_kernels.hpp"
+#include "frame/blend/blend_rows.hpp"
 #include "kernels/kernels.hpp"
 
 namespace biseam::test {

@@ -1,7 +1,7 @@
 #include <climits>
 
-#include "frame/blend/byte_kernels.hpp"
-#include "frame/blend/expand_row_kernels.hpp"
+#include "frame/blend/byte_rows.hpp"
+#include "frame/blend/expand_row.hpp"
 #include "kernels/kernels.hpp"
 
 namespace biseam::test {

@@ -2,7 +2,7 @@
 
 #include "frame/seam/cost_rows.hpp"
 #include "frame/seam/detail_rows.hpp"
-#include "frame/seam/pick_kernels.hpp"
+#include "frame/seam/pick.hpp"
 #include "kernels/kernels.hpp"
 
 namespace biseam::test {

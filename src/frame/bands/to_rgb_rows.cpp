@@ -22,4 +22,11 @@ void yuv422_row_to_rgb_scalar(const uint8_t* luma, const uint8_t* chroma, uint8_
   }
 }
 
+constinit const Variants<Yuv420RowsToRgb> kYuv420RowsToRgb{yuv420_rows_to_rgb_scalar, BISEAM_ON_ARM(yuv420_rows_to_rgb_neon),
+                                                           BISEAM_ON_X86_64(yuv420_rows_to_rgb_avx2),
+                                                           BISEAM_ON_X86_64(yuv420_rows_to_rgb_avx512)};
+constinit const Variants<Yuv422RowToRgb> kYuv422RowToRgb{yuv422_row_to_rgb_scalar, BISEAM_ON_ARM(yuv422_row_to_rgb_neon),
+                                                         BISEAM_ON_X86_64(yuv422_row_to_rgb_avx2),
+                                                         BISEAM_ON_X86_64(yuv422_row_to_rgb_avx512)};
+
 }  // namespace biseam

@@ -16,11 +16,7 @@ Yuv420RowsToRgb yuv420_rows_to_rgb_scalar, yuv420_rows_to_rgb_neon, yuv420_rows_
 using Yuv422RowToRgb = void(const uint8_t* luma, const uint8_t* chroma, uint8_t* rgb, int pairs) noexcept;
 Yuv422RowToRgb yuv422_row_to_rgb_scalar, yuv422_row_to_rgb_neon, yuv422_row_to_rgb_avx2, yuv422_row_to_rgb_avx512;
 
-inline constexpr Variants<Yuv420RowsToRgb> kYuv420RowsToRgb{yuv420_rows_to_rgb_scalar, BISEAM_ON_ARM(yuv420_rows_to_rgb_neon),
-                                                            BISEAM_ON_X86_64(yuv420_rows_to_rgb_avx2),
-                                                            BISEAM_ON_X86_64(yuv420_rows_to_rgb_avx512)};
-inline constexpr Variants<Yuv422RowToRgb> kYuv422RowToRgb{yuv422_row_to_rgb_scalar, BISEAM_ON_ARM(yuv422_row_to_rgb_neon),
-                                                          BISEAM_ON_X86_64(yuv422_row_to_rgb_avx2),
-                                                          BISEAM_ON_X86_64(yuv422_row_to_rgb_avx512)};
+extern const Variants<Yuv420RowsToRgb> kYuv420RowsToRgb;
+extern const Variants<Yuv422RowToRgb> kYuv422RowToRgb;
 
 }  // namespace biseam

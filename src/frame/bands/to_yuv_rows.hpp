@@ -20,14 +20,8 @@ using RgbRowToChroma422 = void(const int32_t* rgb, uint8_t* chroma, int pairs) n
 RgbRowToChroma422 rgb_row_to_chroma422_scalar, rgb_row_to_chroma422_neon, rgb_row_to_chroma422_avx2,
     rgb_row_to_chroma422_avx512;
 
-inline constexpr Variants<RgbRowToLuma> kRgbRowToLuma{rgb_row_to_luma_scalar, BISEAM_ON_ARM(rgb_row_to_luma_neon),
-                                                      BISEAM_ON_X86_64(rgb_row_to_luma_avx2),
-                                                      BISEAM_ON_X86_64(rgb_row_to_luma_avx512)};
-inline constexpr Variants<RgbRowsToChroma420> kRgbRowsToChroma420{
-    rgb_rows_to_chroma420_scalar, BISEAM_ON_ARM(rgb_rows_to_chroma420_neon), BISEAM_ON_X86_64(rgb_rows_to_chroma420_avx2),
-    BISEAM_ON_X86_64(rgb_rows_to_chroma420_avx512)};
-inline constexpr Variants<RgbRowToChroma422> kRgbRowToChroma422{
-    rgb_row_to_chroma422_scalar, BISEAM_ON_ARM(rgb_row_to_chroma422_neon), BISEAM_ON_X86_64(rgb_row_to_chroma422_avx2),
-    BISEAM_ON_X86_64(rgb_row_to_chroma422_avx512)};
+extern const Variants<RgbRowToLuma> kRgbRowToLuma;
+extern const Variants<RgbRowsToChroma420> kRgbRowsToChroma420;
+extern const Variants<RgbRowToChroma422> kRgbRowToChroma422;
 
 }  // namespace biseam

@@ -5,7 +5,6 @@
 
 #include "base/loop_versions.hpp"
 #include "biseam/records.h"
-#include "frame/blend/blend_kernels.hpp"
 #include "stages/image/row_expansion.hpp"
 
 namespace biseam {
@@ -47,10 +46,6 @@ BISEAM_LOOP void narrow_loop(const int32_t* src, uint8_t* out, ptrdiff_t count, 
   largest = most;
 }
 
-void mirror_scalar(const uint8_t* pixel, uint8_t* out, ptrdiff_t count) noexcept {
-  for (ptrdiff_t i = 0; i < count; ++i) std::memcpy(out + 3 * i, pixel - 3 * i, 3);
-}
-
 BISEAM_LOOP void row_on(const CollapseRows& rows, int32_t* out, ptrdiff_t count) noexcept {
   const auto [r0, r1, r2] = rows.blended;
   const auto [a0, a1, a2] = rows.source1;
@@ -82,30 +77,15 @@ BISEAM_LOOP void mix_loop(const uint8_t* a, const uint8_t* b, const uint8_t* mas
 
 }  // namespace
 
+void mirror_byte_pixels_scalar(const uint8_t* pixel, uint8_t* out, ptrdiff_t count) noexcept {
+  for (ptrdiff_t i = 0; i < count; ++i) std::memcpy(out + 3 * i, pixel - 3 * i, 3);
+}
+
 constinit const Variants<NarrowRow> kNarrowRow = loop_versions<narrow_loop, NarrowRow>;
-constinit const Variants<MirrorBytePixels> kMirrorBytePixels{mirror_scalar, nullptr, BISEAM_ON_X86_64(mirror_byte_pixels_avx2)};
+constinit const Variants<MirrorBytePixels> kMirrorBytePixels{mirror_byte_pixels_scalar, nullptr,
+                                                             BISEAM_ON_X86_64(mirror_byte_pixels_avx2)};
 constinit const Variants<CollapseRow> kCollapseRowOn = loop_versions<row_on, CollapseRow>;
 constinit const Variants<CollapseRow> kCollapseRowBetween = loop_versions<row_between, CollapseRow>;
 constinit const Variants<MixByteRow> kMixByteRow = loop_versions<mix_loop, MixByteRow>;
-
-void narrow_row(const int32_t* src, uint8_t* out, ptrdiff_t count, uint32_t& largest) noexcept {
-  kNarrowRow.best()(src, out, count, largest);
-}
-
-void mirror_byte_pixels(const uint8_t* pixel, uint8_t* out, ptrdiff_t count) noexcept {
-  kMirrorBytePixels.best()(pixel, out, count);
-}
-
-void collapse_row_on(const CollapseRows& rows, int32_t* out, ptrdiff_t count) noexcept {
-  kCollapseRowOn.best()(rows, out, count);
-}
-
-void collapse_row_between(const CollapseRows& rows, int32_t* out, ptrdiff_t count) noexcept {
-  kCollapseRowBetween.best()(rows, out, count);
-}
-
-void mix_byte_row(const uint8_t* a, const uint8_t* b, const uint8_t* mask, int32_t* out, ptrdiff_t count) noexcept {
-  kMixByteRow.best()(a, b, mask, out, count);
-}
 
 }  // namespace biseam

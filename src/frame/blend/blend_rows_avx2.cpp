@@ -1,9 +1,8 @@
-#include "base/isa.hpp"
+#include "frame/blend/blend_rows.hpp"
 
 #if defined(BISEAM_X86_64)
 
 #include "base/intrinsics.hpp"
-#include "frame/blend/blend_kernels.hpp"
 
 namespace biseam {
 
@@ -15,7 +14,7 @@ BISEAM_AVX2 void mirror_byte_pixels_avx2(const uint8_t* pixel, uint8_t* out, ptr
     const __m128i pixels = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pixel - 3 * i - 13));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 3 * i), _mm_shuffle_epi8(pixels, falling));
   }
-  kMirrorBytePixels.scalar(pixel - 3 * i, out + 3 * i, count - i);
+  mirror_byte_pixels_scalar(pixel - 3 * i, out + 3 * i, count - i);
 }
 
 }  // namespace biseam

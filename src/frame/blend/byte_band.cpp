@@ -55,7 +55,7 @@ void mix_tops(const Workspace& workspace) {
   const ByteImage mask = workspace.level(kMask, top);
   const BlendImage& out = workspace.blended(top);
   for (int y = 0; y < out.height; ++y) {
-    mix_byte_row(source1.row(y), source2.row(y), mask.row(y), out.data[0] + ptrdiff_t{y} * out.stride, out.stride);
+    kMixByteRow.best()(source1.row(y), source2.row(y), mask.row(y), out.data[0] + ptrdiff_t{y} * out.stride, out.stride);
   }
 }
 

@@ -1,7 +1,6 @@
 #include "frame/blend/byte_rows.hpp"
 
 #include "base/loop_versions.hpp"
-#include "frame/blend/byte_kernels.hpp"
 #include "stages/image/border.hpp"
 #include "stages/image/row_expansion.hpp"
 #include "stages/image/row_reduction.hpp"
@@ -24,7 +23,15 @@ void reduce_pixel(const uint16_t* const pixels[5], uint8_t* row) noexcept {
   }
 }
 
-void reduce_pixels_scalar(const uint16_t* sums, uint8_t* row, ptrdiff_t pixels) noexcept {
+void reduce_pixel_at(const uint16_t* sums, const int32_t columns[5], uint8_t* row) noexcept {
+  const uint16_t* pixels[5];
+  for (int i = 0; i < 5; ++i) pixels[i] = sums + ptrdiff_t{3} * columns[i];
+  reduce_pixel(pixels, row);
+}
+
+}  // namespace
+
+void reduce_byte_pixels_scalar(const uint16_t* sums, uint8_t* row, ptrdiff_t pixels) noexcept {
   for (ptrdiff_t x = 0; x < pixels; ++x) {
     const uint16_t* s = sums + 6 * x;
     const uint16_t* const around[5] = {s - 6, s - 3, s, s + 3, s + 6};
@@ -32,29 +39,17 @@ void reduce_pixels_scalar(const uint16_t* sums, uint8_t* row, ptrdiff_t pixels) 
   }
 }
 
-void reduce_pixel_at(const uint16_t* sums, const int32_t columns[5], uint8_t* row) noexcept {
-  const uint16_t* pixels[5];
-  for (int i = 0; i < 5; ++i) pixels[i] = sums + ptrdiff_t{3} * columns[i];
-  reduce_pixel(pixels, row);
-}
-
-void expand_pixels_scalar(const uint8_t* src, uint16_t* row, ptrdiff_t pixels) noexcept {
+void expand_byte_pixels_scalar(const uint8_t* src, uint16_t* row, ptrdiff_t pixels) noexcept {
   for (ptrdiff_t i = 0; i < pixels; ++i) expand_pixel(src + 3 * i - 3, src + 3 * i, src + 3 * i + 3, row + 6 * i, 3);
 }
 
-}  // namespace
-
 constinit const Variants<SumByteRows> kSumByteRows = loop_versions<sum_rows_loop, SumByteRows>;
-constinit const Variants<ReduceBytePixels> kReduceBytePixels{reduce_pixels_scalar, BISEAM_ON_ARM(reduce_byte_pixels_neon),
+constinit const Variants<ReduceBytePixels> kReduceBytePixels{reduce_byte_pixels_scalar, BISEAM_ON_ARM(reduce_byte_pixels_neon),
                                                              BISEAM_ON_X86_64(reduce_byte_pixels_avx2),
                                                              BISEAM_ON_X86_64(reduce_byte_pixels_avx512)};
-constinit const Variants<ExpandBytePixels> kExpandBytePixels{expand_pixels_scalar, BISEAM_ON_ARM(expand_byte_pixels_neon),
+constinit const Variants<ExpandBytePixels> kExpandBytePixels{expand_byte_pixels_scalar, BISEAM_ON_ARM(expand_byte_pixels_neon),
                                                              BISEAM_ON_X86_64(expand_byte_pixels_avx2),
                                                              BISEAM_ON_X86_64(expand_byte_pixels_avx512)};
-
-void sum_byte_rows(const uint8_t* const rows[5], uint16_t* out, ptrdiff_t count) noexcept {
-  kSumByteRows.best()(rows, out, count);
-}
 
 RowEdges::RowEdges(int src_width) : width((src_width + 1) / 2), inner_end(find_inner_end(src_width, width)) {
   for (int i = 0; i < 5; ++i) {

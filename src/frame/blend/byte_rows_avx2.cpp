@@ -1,9 +1,8 @@
-#include "base/isa.hpp"
+#include "frame/blend/byte_rows.hpp"
 
 #if defined(BISEAM_X86_64)
 
 #include "base/intrinsics.hpp"
-#include "frame/blend/byte_kernels.hpp"
 
 namespace biseam {
 
@@ -36,7 +35,7 @@ BISEAM_AVX2 void reduce_byte_pixels_avx2(const uint16_t* sums, uint8_t* row, ptr
     const __m128i bytes = _mm_packus_epi16(_mm256_castsi256_si128(sum), _mm256_extracti128_si256(sum, 1));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(row + 3 * x), _mm_shuffle_epi8(bytes, second_pixels));
   }
-  kReduceBytePixels.scalar(sums + 6 * x, row + 3 * x, pixels - x);
+  reduce_byte_pixels_scalar(sums + 6 * x, row + 3 * x, pixels - x);
 }
 
 // Four pixels at a time, two in each half.
@@ -66,7 +65,7 @@ BISEAM_AVX2 void expand_byte_pixels_avx2(const uint8_t* src, uint16_t* row, ptrd
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 12), _mm256_extracti128_si256(first, 1));
     _mm_storel_epi64(reinterpret_cast<__m128i*>(out + 20), _mm256_extracti128_si256(last, 1));
   }
-  kExpandBytePixels.scalar(src + 3 * i, row + 6 * i, pixels - i);
+  expand_byte_pixels_scalar(src + 3 * i, row + 6 * i, pixels - i);
 }
 
 }  // namespace biseam

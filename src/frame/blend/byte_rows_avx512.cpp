@@ -1,9 +1,8 @@
-#include "base/isa.hpp"
+#include "frame/blend/byte_rows.hpp"
 
 #if defined(BISEAM_X86_64)
 
 #include "base/intrinsics.hpp"
-#include "frame/blend/byte_kernels.hpp"
 
 namespace biseam {
 

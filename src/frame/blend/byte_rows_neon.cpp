@@ -1,9 +1,8 @@
-#include "base/isa.hpp"
+#include "frame/blend/byte_rows.hpp"
 
 #if defined(BISEAM_ARM)
 
 #include "base/intrinsics.hpp"
-#include "frame/blend/byte_kernels.hpp"
 
 namespace biseam {
 
@@ -60,7 +59,7 @@ BISEAM_NEON inline void expand_block(const uint8_t* src, uint16_t* row) {
 }  // namespace
 
 BISEAM_NEON void reduce_byte_pixels_neon(const uint16_t* sums, uint8_t* row, ptrdiff_t pixels) noexcept {
-  if (pixels < kPixels) return kReduceBytePixels.scalar(sums, row, pixels);
+  if (pixels < kPixels) return reduce_byte_pixels_scalar(sums, row, pixels);
   // The last block goes back to where it is whole.
   for (ptrdiff_t next = 0; next < pixels; next += kPixels) {
     const ptrdiff_t x = next + kPixels <= pixels ? next : pixels - kPixels;
@@ -69,7 +68,7 @@ BISEAM_NEON void reduce_byte_pixels_neon(const uint16_t* sums, uint8_t* row, ptr
 }
 
 BISEAM_NEON void expand_byte_pixels_neon(const uint8_t* src, uint16_t* row, ptrdiff_t pixels) noexcept {
-  if (pixels < kPixels) return kExpandBytePixels.scalar(src, row, pixels);
+  if (pixels < kPixels) return expand_byte_pixels_scalar(src, row, pixels);
   for (ptrdiff_t next = 0; next < pixels; next += kPixels) {
     const ptrdiff_t i = next + kPixels <= pixels ? next : pixels - kPixels;
     expand_block(src + 3 * i, row + 6 * i);

@@ -77,11 +77,11 @@ void collapse(const MixedLevel& level, int32_t* scratch_samples, RowsAt rows_at,
     scratch.set(rows, y);
     int32_t* const to = rows_at(2 * y, scratch);
     set_level_rows(2 * y);
-    collapse_row_on(rows, to, count);
+    kCollapseRowOn.best()(rows, to, count);
     // An odd height ends on a row of the next level.
     if (2 * y + 1 < height) {
       set_level_rows(2 * y + 1);
-      collapse_row_between(rows, to + count, count);
+      kCollapseRowBetween.best()(rows, to + count, count);
     }
     has_come(2 * y, to);
   }

@@ -1,19 +1,14 @@
 #include "frame/blend/expand_row.hpp"
 
-#include "frame/blend/expand_row_kernels.hpp"
 #include "stages/image/row_expansion.hpp"
 
 namespace biseam {
 
-namespace {
-
-void pixels_scalar(const int32_t* src, int32_t* row, ptrdiff_t pixels) noexcept {
+void expand_pixels_scalar(const int32_t* src, int32_t* row, ptrdiff_t pixels) noexcept {
   for (ptrdiff_t i = 0; i < pixels; ++i) expand_pixel(src + 3 * i - 3, src + 3 * i, src + 3 * i + 3, row + 6 * i, 3);
 }
 
-}  // namespace
-
-constinit const Variants<ExpandPixels> kExpandPixels{pixels_scalar, BISEAM_ON_ARM(expand_pixels_neon),
+constinit const Variants<ExpandPixels> kExpandPixels{expand_pixels_scalar, BISEAM_ON_ARM(expand_pixels_neon),
                                                      BISEAM_ON_X86_64(expand_pixels_avx2),
                                                      BISEAM_ON_X86_64(expand_pixels_avx512)};
 

@@ -1,9 +1,8 @@
-#include "base/isa.hpp"
+#include "frame/blend/expand_row.hpp"
 
 #if defined(BISEAM_X86_64)
 
 #include "base/intrinsics.hpp"
-#include "frame/blend/expand_row_kernels.hpp"
 
 namespace biseam {
 
@@ -30,7 +29,7 @@ BISEAM_AVX2 void expand_pixels_avx2(const int32_t* src, int32_t* row, ptrdiff_t 
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), first);
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 8), _mm256_castsi256_si128(rest));
   }
-  kExpandPixels.scalar(src + 3 * i, row + 6 * i, pixels - i);
+  expand_pixels_scalar(src + 3 * i, row + 6 * i, pixels - i);
 }
 
 }  // namespace biseam

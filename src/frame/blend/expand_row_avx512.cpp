@@ -1,9 +1,8 @@
-#include "base/isa.hpp"
+#include "frame/blend/expand_row.hpp"
 
 #if defined(BISEAM_X86_64)
 
 #include "base/intrinsics.hpp"
-#include "frame/blend/expand_row_kernels.hpp"
 
 namespace biseam {
 

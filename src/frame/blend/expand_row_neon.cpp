@@ -1,9 +1,8 @@
-#include "base/isa.hpp"
+#include "frame/blend/expand_row.hpp"
 
 #if defined(BISEAM_ARM)
 
 #include "base/intrinsics.hpp"
-#include "frame/blend/expand_row_kernels.hpp"
 
 namespace biseam {
 
@@ -31,7 +30,7 @@ BISEAM_NEON void expand_pixels_neon(const int32_t* src, int32_t* row, ptrdiff_t 
       middle = after;
     }
   }
-  kExpandPixels.scalar(src + 3 * i, row + 6 * i, pixels - i);
+  expand_pixels_scalar(src + 3 * i, row + 6 * i, pixels - i);
 }
 
 }  // namespace biseam

@@ -18,7 +18,7 @@ bool reduce(const ByteImage& level, const ByteImage& reduced, uint16_t* sums, Ha
     if (!have_rows(2 * y + 3)) return false;
     const uint8_t* rows[5];
     for (int k = 0; k < 5; ++k) rows[k] = level.row(reflected(int64_t{2} * y + k - 2, level.height));
-    sum_byte_rows(rows, sums, level.row_samples());
+    kSumByteRows.best()(rows, sums, level.row_samples());
     reduce_byte_row(sums, reduced.row(y), edges);
   }
   return true;
@@ -30,9 +30,9 @@ void mirror_byte_edge(uint8_t* row, int band_width, int trans_width, int side) n
   if (trans_width < 1) return;
   const ptrdiff_t edge = ptrdiff_t{3} * (side == 1 ? band_width - trans_width : trans_width);
   if (side == 1) {
-    mirror_byte_pixels(row + edge - 3, row + edge, trans_width);
+    kMirrorBytePixels.best()(row + edge - 3, row + edge, trans_width);
   } else {
-    mirror_byte_pixels(row + 2 * edge - 3, row, trans_width);
+    kMirrorBytePixels.best()(row + 2 * edge - 3, row, trans_width);
   }
 }
 
@@ -46,7 +46,7 @@ bool narrow_and_reduce(const BlendImage& image, uint32_t most, const ByteImage& 
   int next = 0;  // row to be narrowed
   return reduce(level, reduced, sums, [&](int end) {
     for (; next < end && next < image.height; ++next) {
-      narrow_row(image.data[0] + ptrdiff_t{next} * image.stride, level.row(next), level.row_samples(), largest);
+      kNarrowRow.best()(image.data[0] + ptrdiff_t{next} * image.stride, level.row(next), level.row_samples(), largest);
     }
     return largest <= most;
   });

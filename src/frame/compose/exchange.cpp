@@ -39,6 +39,11 @@ constinit const Variants<SwapRows> kSwapRows = loop_versions<swap_bytes, SwapRow
 void reverse_bytes_scalar(uint8_t* row, int width) noexcept { mirror_plane(PlaneView<uint8_t>{row, width, width, 1}); }
 void reverse_pairs_scalar(PlanePair* row, int width) noexcept { mirror_plane(PlaneView<PlanePair>{row, width, width, 1}); }
 
+constinit const Variants<ReverseRow<uint8_t>> kReverseBytes{reverse_bytes_scalar, BISEAM_ON_ARM(reverse_bytes_neon),
+                                                            BISEAM_ON_X86_64(reverse_bytes_avx2)};
+constinit const Variants<ReverseRow<PlanePair>> kReversePairs{reverse_pairs_scalar, BISEAM_ON_ARM(reverse_pairs_neon),
+                                                              BISEAM_ON_X86_64(reverse_pairs_avx2)};
+
 void flip_panorama(const ImageHeader& panorama) {
   const MovedPlanes planes = moved_planes(panorama);
   flip(planes.luma);

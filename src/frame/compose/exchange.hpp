@@ -22,9 +22,7 @@ using ReverseRow = void(Element* row, int width) noexcept;
 ReverseRow<uint8_t> reverse_bytes_scalar, reverse_bytes_neon, reverse_bytes_avx2;
 ReverseRow<PlanePair> reverse_pairs_scalar, reverse_pairs_neon, reverse_pairs_avx2;
 
-inline constexpr Variants<ReverseRow<uint8_t>> kReverseBytes{reverse_bytes_scalar, BISEAM_ON_ARM(reverse_bytes_neon),
-                                                             BISEAM_ON_X86_64(reverse_bytes_avx2)};
-inline constexpr Variants<ReverseRow<PlanePair>> kReversePairs{reverse_pairs_scalar, BISEAM_ON_ARM(reverse_pairs_neon),
-                                                               BISEAM_ON_X86_64(reverse_pairs_avx2)};
+extern const Variants<ReverseRow<uint8_t>> kReverseBytes;
+extern const Variants<ReverseRow<PlanePair>> kReversePairs;
 
 }  // namespace biseam

@@ -1,10 +1,8 @@
 #include "frame/seam/pick.hpp"
 
-#include <cstddef>
 #include <cstring>
 
 #include "base/loop_versions.hpp"
-#include "frame/seam/pick_kernels.hpp"
 #include "stages/image/resize_map.hpp"
 
 namespace biseam {
@@ -21,12 +19,6 @@ BISEAM_LOOP void round_to_floats(int32_t* row, ptrdiff_t count) noexcept {
   }
 }
 
-}  // namespace
-
-constinit const Variants<RoundRow> kRoundRow = loop_versions<round_to_floats, RoundRow>;
-
-namespace {
-
 // Pixel x of dst takes the three samples at src + offsets[x], as their nearest floats, saturated: what resize makes of them.
 // Offsets rise, src holds src_count samples.
 void pick_pixels(const int32_t* src, int64_t src_count, const int32_t* offsets, int32_t* dst, int32_t count) noexcept {
@@ -40,6 +32,8 @@ void pick_pixels(const int32_t* src, int64_t src_count, const int32_t* offsets, 
 }
 
 }  // namespace
+
+constinit const Variants<RoundRow> kRoundRow = loop_versions<round_to_floats, RoundRow>;
 
 void fill_picks(int32_t src_size, int32_t dst_size, int32_t* picks, int32_t count) noexcept {
   const float scale = resize_scale(src_size, dst_size);

@@ -23,28 +23,22 @@ void place_strips(const PlanePlacement& p) {
   }
 }
 
-void compose_panorama(const ImageHeader& strip0, const ImageHeader& strip1, const ImageHeader& pano, int left_inner,
-                      int middle_inner, int gap, int format) {
-  // Only code 0 halves the chroma rows; code 1 is laid out alike but copies them all.
-  const int chroma_rows = format == BISEAM_YUV420_SEMIPLANAR ? strip0.height / 2 : strip0.height;
-  place_strips({.sources = {strip0.planes[0], strip1.planes[0]},
-                .widths = {strip0.width, strip1.width},
-                .src_strides = {strip0.strides[0], strip1.strides[0]},
-                .offsets = {left_inner, middle_inner},
-                .rows = strip0.height,
-                .dst = pano.planes[0],
-                .dst_stride = pano.strides[0],
-                .unit = 1,
-                .gap = gap});
-  place_strips({.sources = {strip0.planes[1], strip1.planes[1]},
-                .widths = {strip0.width / 2, strip1.width / 2},
-                .src_strides = {strip0.strides[1], strip1.strides[1]},
-                .offsets = {left_inner / 2, middle_inner / 2},
-                .rows = chroma_rows,
-                .dst = pano.planes[1],
-                .dst_stride = pano.strides[1],
-                .unit = 2,
-                .gap = gap / 2});
+void compose_panorama(const Composition& c) {
+  const ImageHeader &strip0 = *c.strips[0], &strip1 = *c.strips[1], &panorama = *c.panorama;
+  for (int k = 0; k < 2; ++k) {
+    // Chroma has half the columns, in units of two bytes.  Only code 0 halves its rows; code 1 is laid out alike but copies
+    // all.
+    const int step = k + 1, rows = k == 1 && c.format == BISEAM_YUV420_SEMIPLANAR ? strip0.height / 2 : strip0.height;
+    place_strips({.sources = {strip0.planes[k], strip1.planes[k]},
+                  .widths = {strip0.width / step, strip1.width / step},
+                  .src_strides = {strip0.strides[k], strip1.strides[k]},
+                  .offsets = {c.offsets[0] / step, c.offsets[1] / step},
+                  .rows = rows,
+                  .dst = panorama.planes[k],
+                  .dst_stride = panorama.strides[k],
+                  .unit = step,
+                  .gap = c.gap / step});
+  }
 }
 
 }  // namespace biseam

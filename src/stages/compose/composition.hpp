@@ -21,8 +21,12 @@ struct PlanePlacement {
 };
 void place_strips(const PlanePlacement& placement);
 
-// Copies both blended strips into the panorama, luma and chroma.  gap: width of a strip in luma columns.
-void compose_panorama(const ImageHeader& strip0, const ImageHeader& strip1, const ImageHeader& pano, int left_inner,
-                      int middle_inner, int gap, int format);
+// Both blended strips, and the panorama that luma and chroma of them are copied into.
+struct Composition {
+  const ImageHeader *strips[2], *panorama;
+  int offsets[2], gap;  // luma columns, as in PlanePlacement
+  int format;
+};
+void compose_panorama(const Composition& composition);
 
 }  // namespace biseam

@@ -20,6 +20,12 @@ void write_plane(std::FILE* file, const uint8_t* plane, int64_t bytes) {
   if (plane != nullptr && bytes > 0) std::fwrite(plane, 1, static_cast<size_t>(bytes), file);
 }
 
+// Luma, and count planes of chroma that take a part each of what full chroma rows would.  Both take the stride of plane 1.
+void write_planes(std::FILE* file, const ImageHeader& image, int count, int part) {
+  write_plane(file, image.planes[0], int64_t{image.height} * image.strides[0]);
+  for (int k = 1; k <= count; ++k) write_plane(file, image.planes[k], int64_t{image.height} * image.strides[1] / part);
+}
+
 // Packed RGB is written as if the stride counted pixels.  An image whose stride counts bytes ends after a third of that: zeros
 // make up the rest.
 void write_packed_rgb(std::FILE* file, const ImageHeader& image) {
@@ -51,35 +57,21 @@ bool read_yuv_frame(std::FILE* file, ImageHeader& image, int width, int height, 
 }
 
 void write_yuv_frame(std::FILE* file, const ImageHeader& image, int format) {
-  const int64_t luma_bytes = int64_t{image.height} * image.strides[0];
-  const int64_t chroma_bytes = int64_t{image.height} * image.strides[1];
   switch (format) {
     case BISEAM_YUV420_SEMIPLANAR:
     case BISEAM_YUV420_SEMIPLANAR_VU:
-      write_plane(file, image.planes[0], luma_bytes);
-      write_plane(file, image.planes[1], chroma_bytes / 2);
-      break;
+      return write_planes(file, image, 1, 2);
     case BISEAM_YUV420_PLANAR:
-      // Both chroma planes take the stride of plane 1, here and below.
-      write_plane(file, image.planes[0], luma_bytes);
-      write_plane(file, image.planes[1], chroma_bytes / 4);
-      write_plane(file, image.planes[2], chroma_bytes / 4);
-      break;
+      return write_planes(file, image, 2, 4);
     case BISEAM_YUV422_SEMIPLANAR:
     case BISEAM_YUV422_SEMIPLANAR_VU:
-      write_plane(file, image.planes[0], luma_bytes);
-      write_plane(file, image.planes[1], chroma_bytes);
-      break;
+      return write_planes(file, image, 1, 1);
     case BISEAM_YUV422_PLANAR:
-      write_plane(file, image.planes[0], luma_bytes);
-      write_plane(file, image.planes[1], chroma_bytes / 2);
-      write_plane(file, image.planes[2], chroma_bytes / 2);
-      break;
+      return write_planes(file, image, 2, 2);
     case BISEAM_RGB:
-      write_packed_rgb(file, image);
-      break;
+      return write_packed_rgb(file, image);
     default:
-      break;
+      return;
   }
 }
 

@@ -60,8 +60,8 @@ TEST(CollapseRow, EveryCountAndTheEndsOfTheRanges) {
     const int count = round / 4;
     const Rows rows(random, count);
     GuardedBlock<int32_t> on(static_cast<size_t>(count)), between(static_cast<size_t>(count));
-    collapse_row_on(rows.all(), on.data(), count);
-    collapse_row_between(rows.all(), between.data(), count);
+    kCollapseRowOn.best()(rows.all(), on.data(), count);
+    kCollapseRowBetween.best()(rows.all(), between.data(), count);
     for (size_t i = 0; i < static_cast<size_t>(count); ++i) {
       ASSERT_EQ(rows.collapsed(i, 1, 6, 1), on[i]);
       ASSERT_EQ(rows.collapsed(i, 0, 4, 4), between[i]);
@@ -76,7 +76,7 @@ TEST(NarrowRow, BytesStayAndTheLargestIsKept) {
     const uint32_t before = static_cast<uint32_t>(random.between(0, 300));
     uint32_t largest = before;
     GuardedBlock<uint8_t> out(static_cast<size_t>(count));
-    narrow_row(row.data(), out.data(), count, largest);
+    kNarrowRow.best()(row.data(), out.data(), count, largest);
     EXPECT_TRUE(std::equal(row.begin(), row.end(), out.data()));
     const int32_t most = row.empty() ? 0 : *std::max_element(row.begin(), row.end());
     EXPECT_EQ(std::max(before, static_cast<uint32_t>(most)), largest);
@@ -90,7 +90,7 @@ TEST(NarrowRow, OneSampleOutOfRangeIsFoundWhereverItLies) {
       row[at] = outlier;
       uint32_t largest = 0;
       GuardedBlock<uint8_t> out(row.size());
-      narrow_row(row.data(), out.data(), static_cast<ptrdiff_t>(row.size()), largest);
+      kNarrowRow.best()(row.data(), out.data(), static_cast<ptrdiff_t>(row.size()), largest);
       ASSERT_EQ(static_cast<uint32_t>(outlier), largest);
     }
   }
@@ -101,7 +101,7 @@ TEST(MirrorBytePixels, EveryCount) {
   for (int count = 1; count < 100; ++count) {
     const std::vector<uint8_t> pixels = samples<uint8_t>(random, 3 * count, 255);
     GuardedBlock<uint8_t> out(pixels.size());
-    mirror_byte_pixels(pixels.data() + pixels.size() - 3, out.data(), count);
+    kMirrorBytePixels.best()(pixels.data() + pixels.size() - 3, out.data(), count);
     for (size_t i = 0; i < pixels.size(); ++i) ASSERT_EQ(pixels[pixels.size() - 3 - i / 3 * 3 + i % 3], out[i]);
   }
 }
@@ -112,7 +112,7 @@ TEST(MixByteRow, WeightsAddUpTo64) {
     const std::vector<uint8_t> a = samples<uint8_t>(random, count, 255), b = samples<uint8_t>(random, count, 255);
     const std::vector<uint8_t> mask = samples<uint8_t>(random, count, 64);
     GuardedBlock<int32_t> out(static_cast<size_t>(count));
-    mix_byte_row(a.data(), b.data(), mask.data(), out.data(), count);
+    kMixByteRow.best()(a.data(), b.data(), mask.data(), out.data(), count);
     for (size_t i = 0; i < a.size(); ++i) ASSERT_EQ(a[i] * mask[i] + b[i] * (64 - mask[i]), out[i]);
   }
 }

@@ -36,7 +36,7 @@ TEST(SumByteRows, EveryCountUpToTheLargestSum) {
       pointers[k] = rows[k].data();
     }
     GuardedBlock<uint16_t> out(static_cast<size_t>(count));
-    sum_byte_rows(pointers, out.data(), count);
+    kSumByteRows.best()(pointers, out.data(), count);
     for (int i = 0; i < count; ++i) {
       const size_t n = static_cast<size_t>(i);
       ASSERT_EQ(rows[0][n] + 4 * rows[1][n] + 6 * rows[2][n] + 4 * rows[3][n] + rows[4][n], out[n]);

@@ -116,24 +116,34 @@ TEST_F(Outputs, what_cant_be_printed_is_an_error) {
   }
 }
 
-// A file opened in the place of a closed stream would get what is meant for the stream.
+// A file opened in the place of a closed stream would get what is meant for the stream, as here the summary would.
 TEST_F(Outputs, closed_streams_change_no_file) {
-  const std::vector<std::string> more = {"--width", "128", "--feather", "4", "--no-search", "-o"};
-  std::vector<std::string> words = {"stitch", folder_ / "pair.png"};
-  words.insert(words.end(), more.begin(), more.end());
-  const auto stitch = [&](const std::string& name, const std::string& redirection) {
-    std::vector<std::string> all = words;
-    all.push_back(folder_ / name);
-    const Finished finished = tool(all, redirection);
-    EXPECT_EQ(finished.exit_code, 0) << redirection << finished.err;
-    return read_bytes(folder_ / name);
-  };
-  const std::string usual = stitch("usual.nv12", "");
-  EXPECT_EQ(usual.size(), 128u * 64 * 3 / 2);
-  EXPECT_EQ(stitch("a.nv12", "<&- >&- 2>&-"), usual);
-  EXPECT_EQ(stitch("b.nv12", ">&- 2>&-"), usual);
-  EXPECT_EQ(stitch("c.nv12", "2>&-"), usual);
-  EXPECT_EQ(tool({"stitch", folder_ / "pair.png", "-o", "-"}, "<&- >&-").exit_code, 4);
+  write_bytes(folder_ / "clip.nv12", std::string(std::size_t(2) * 256 * 128 * 3 / 2, '\x80'));
+  const std::vector<std::string> words = {"stitch",
+                                          folder_ / "clip.nv12",
+                                          "--size",
+                                          "256x128",
+                                          "--rate",
+                                          "1",
+                                          "--width",
+                                          "128",
+                                          "--feather",
+                                          "4",
+                                          "--no-search",
+                                          "-o",
+                                          folder_ / "out.nv12",
+                                          "--json",
+                                          folder_ / "out.json"};
+  for (const char* redirection : {"", "2>&-", ">&- 2>&-", "<&- >&- 2>&-"}) {
+    EXPECT_EQ(tool(words, redirection).exit_code, 0) << redirection;
+    EXPECT_EQ(read_bytes(folder_ / "out.nv12").size(), 2u * 128 * 64 * 3 / 2) << redirection;
+    EXPECT_EQ(read_bytes(folder_ / "out.json").rfind("{\"frames\"", 0), 0u) << redirection << read_bytes(folder_ / "out.json");
+  }
+}
+
+TEST_F(Outputs, closed_streams_cant_be_read_or_written) {
+  EXPECT_EQ(tool({"stitch", folder_ / "pair.png", "-o", "-"}, ">&-").exit_code, 4);
+  EXPECT_EQ(tool({"stitch", "-", "-o", folder_ / "out.png"}, "<&-").exit_code, 3);
 }
 
 }  // namespace

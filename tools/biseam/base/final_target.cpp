@@ -17,7 +17,7 @@ std::string final_target(const std::string& path) {
     at = at.parent_path() / next;  // next alone when it is absolute
   }
   const fs::path folder = fs::canonical(at.has_parent_path() ? at.parent_path() : ".", trouble);
-  return trouble ? path : (folder / at.filename()).string();
+  return (trouble ? at : folder / at.filename()).string();
 }
 
 }  // namespace biseam::tool

@@ -6,8 +6,10 @@
 
 namespace biseam::tool {
 
-// A file that takes its name only when it is whole: written beside the name, renamed by commit(), removed without it.  A link
-// is followed; what is no regular file (a device, a pipe) is written to directly.  "-" is standard output.
+// A file that takes its name only when it is whole: written beside the name, renamed by commit(), removed without it.  It
+// takes over owner, mode, attributes and access lists from the file that it replaces.  A link is followed, even when it leads
+// to nothing yet; a file with further names keeps them, as it is overwritten from the whole one; what is no regular file (a
+// device, a pipe) is written to directly.  "-" is standard output.
 class ReplacementFile {
  public:
   // Throws Failure (output) when nothing can be written under the name.
@@ -26,10 +28,13 @@ class ReplacementFile {
   void commit();
 
  private:
-  [[noreturn]] void refuse(const char* what) const;
+  [[noreturn]] void refuse(const std::string& what) const;
+  void finish_bytes();  // on disk, closed
+  void overwrite();     // the target, which has several names
+  void rename();
 
   std::string name_, target_, unfinished_;  // unfinished_ is empty where nothing has to be renamed
-  int descriptor_ = -1, mode_ = 0;
+  int descriptor_ = -1;
   bool is_standard_output_ = false;
 };
 
