@@ -3,7 +3,8 @@
 
 namespace biseam::tool {
 
-// From now on INT, TERM and HUP end the program as ever, but leave no unfinished file.  What is ignored stays ignored.
+// From now on INT, TERM and HUP end the program as ever, but leave no unfinished file.  What is ignored stays
+// ignored, as in a shell's background jobs.
 void leave_nothing_on_signals();
 
 // As long as one lives, the first of these signals is only remembered.
