@@ -12,7 +12,8 @@ inline constexpr int kPieceAlignment = 128;
 // A block of size bytes as a rounded-up request: down to a multiple of 128, then 128 more.
 inline constexpr int64_t block_size(int64_t bytes) { return bytes / kPieceAlignment * kPieceAlignment + kPieceAlignment; }
 
-// What customary blocks have for the alignment of their pieces: enough on average only.
+// What customary blocks have for the alignment of their pieces.  It is enough on average only: with many levels a carving can
+// fail at one base address and succeed at another.
 inline constexpr int64_t kCustomaryRoom = 4096;
 
 // What a piece takes in a block that has room for it wherever the block lies.

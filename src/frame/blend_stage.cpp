@@ -1,9 +1,10 @@
+#include "frame/stages.hpp"
+
 #include "base/threads.hpp"
 #include "frame/bands/blended_rows.hpp"
 #include "frame/bands/whole_band.hpp"
 #include "frame/blend/byte_band.hpp"
 #include "frame/seam/search.hpp"
-#include "frame/stages.hpp"
 #include "stages/blend/module.hpp"
 #include "stages/seam/path.hpp"
 

@@ -1,7 +1,8 @@
+#include "frame/stages.hpp"
+
 #include "base/threads.hpp"
 #include "frame/bands/band_bytes.hpp"
 #include "frame/bands/whole_band.hpp"
-#include "frame/stages.hpp"
 
 namespace biseam {
 

@@ -13,8 +13,6 @@
 
 namespace {
 
-int32_t code(biseam::Status status) { return status == biseam::Status::ok ? 0 : -1; }
-
 // 32-bit microseconds between two times; wraps after some 35 minutes.
 int32_t elapsed_microseconds(const timeval& start, const timeval& end) {
   const uint32_t seconds = static_cast<uint32_t>(end.tv_sec - start.tv_sec);
@@ -36,7 +34,7 @@ int32_t QOR_Create_BI_Soft(StitchConfig* config, StitchEngine** engine) {
   return BISEAM_MALLOC_FAIL;
 }
 
-int32_t QOR_SetConfig_BI_Soft(StitchEngine** engine) { return code(biseam::configure_engine(**engine)); }
+int32_t QOR_SetConfig_BI_Soft(StitchEngine** engine) { return biseam::code_of(biseam::configure_engine(**engine)); }
 
 int32_t QOR_Proc_BI_Soft(StitchEngine** engine, void* const in_frame[], void* const out_frame[]) {
   timeval start;
@@ -86,7 +84,7 @@ void qor_mem_alloc(StitchEngine* engine) { (void)biseam::carve_engine(*engine); 
 
 int32_t init_image_header(ImageHeader* header, int32_t width, int32_t height, int32_t luma_stride, int32_t chroma_stride,
                           int32_t format) {
-  return code(biseam::describe_image(*header, width, height, luma_stride, chroma_stride, format));
+  return biseam::code_of(biseam::describe_image(*header, width, height, luma_stride, chroma_stride, format));
 }
 
 void create_image_header(ImageHeader* header, uint8_t* const planes[], const int32_t strides[], int32_t width, int32_t height,

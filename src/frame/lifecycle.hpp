@@ -11,7 +11,8 @@ namespace biseam {
 // What the engine hands to its two blend instances.
 BlendConfig blend_settings(const StitchConfig& config);
 
-// Makes an engine over the caller's configuration.  no_memory: nothing is left allocated, engine is not written.
+// Makes an engine over the caller's configuration.  no_memory: a block can't be had, or a piece does not fit; mismatch: a width
+// is negative or leaves 32 bits.  Either way nothing is left allocated and engine is not written.
 Status create_engine(StitchConfig& config, StitchEngine*& engine, Room room = Room::customary);
 
 // Whether an engine was carved for the configuration's sizes.  Lens values may change, sizes may not.

@@ -66,7 +66,7 @@ class Faults : public testing::TestWithParam<Variant> {
 
 constexpr int kEndless = 100000;
 
-TEST_P(Faults, every_allocation_of_create_ends_in_an_error_without_a_leak) {
+TEST_P(Faults, EveryAllocationOfCreateEndsInAnErrorWithoutALeak) {
   int request = 0;
   for (;; ++request) {
     ASSERT_LT(request, kEndless);
@@ -91,7 +91,7 @@ TEST_P(Faults, every_allocation_of_create_ends_in_an_error_without_a_leak) {
   EXPECT_GE(request, 4) << "the stitcher, the working block, two blend blocks";
 }
 
-TEST_P(Faults, every_allocation_of_a_frame_ends_in_an_error_without_a_leak) {
+TEST_P(Faults, EveryAllocationOfAFrameEndsInAnErrorWithoutALeak) {
   const Planes good = expected();
   Result<Stitcher> made = Stitcher::create(config_);
   ASSERT_TRUE(made);
@@ -113,7 +113,7 @@ TEST_P(Faults, every_allocation_of_a_frame_ends_in_an_error_without_a_leak) {
   EXPECT_EQ(stitch(*made), good);
 }
 
-TEST_P(Faults, frames_after_a_failed_one_are_good) {
+TEST_P(Faults, FramesAfterAFailedOneAreGood) {
   const Planes good = expected();
   Result<Stitcher> made = Stitcher::create(config_);
   ASSERT_TRUE(made);
@@ -130,7 +130,7 @@ TEST_P(Faults, frames_after_a_failed_one_are_good) {
   }
 }
 
-TEST_P(Faults, failures_print_nothing) {
+TEST_P(Faults, FailuresPrintNothing) {
   Result<Stitcher> made = Stitcher::create(config_);
   ASSERT_TRUE(made);
   std::mt19937 random(3);
@@ -149,7 +149,7 @@ TEST_P(Faults, failures_print_nothing) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST_P(Faults, a_thread_that_cannot_start_changes_nothing) {
+TEST_P(Faults, AThreadThatCannotStartChangesNothing) {
   const Planes good = expected();
   int thread = 0;
   for (; thread < kEndless; ++thread) {
@@ -166,7 +166,7 @@ TEST_P(Faults, a_thread_that_cannot_start_changes_nothing) {
 // Those whose frames can fail.
 class FrameFaults : public Faults {};
 
-TEST_P(FrameFaults, a_failed_frame_leaves_no_seams_to_keep) {
+TEST_P(FrameFaults, AFailedFrameLeavesNoSeamsToKeep) {
   const Planes good = expected();
   Result<Stitcher> made = Stitcher::create(config_);
   ASSERT_TRUE(made);

@@ -31,7 +31,7 @@ std::string name_of(const testing::TestParamInfo<Case>& info) { return info.para
 
 class BrokenRule : public testing::TestWithParam<Case> {};
 
-TEST_P(BrokenRule, is_refused_with_field_value_and_rule) {
+TEST_P(BrokenRule, IsRefusedWithFieldValueAndRule) {
   StitchConfig config = test::valid_config();
   ASSERT_FALSE(check_rules(config));
   GetParam().change(config);
@@ -282,7 +282,7 @@ INSTANTIATE_TEST_SUITE_P(bytes, BrokenRule, testing::ValuesIn(kBytes), name_of);
 
 class KeptRule : public testing::TestWithParam<Case> {};
 
-TEST_P(KeptRule, is_accepted_at_its_limit) {
+TEST_P(KeptRule, IsAcceptedAtItsLimit) {
   StitchConfig config = test::valid_config();
   config.p0 = config.p1 = 0.5f;
   GetParam().change(config);
@@ -363,7 +363,7 @@ const Case kLimits[] = {
 };
 INSTANTIATE_TEST_SUITE_P(limits, KeptRule, testing::ValuesIn(kLimits), name_of);
 
-TEST(Rules, largest_working_memory_ends_at_32_bits) {
+TEST(Rules, LargestWorkingMemoryEndsAt32Bits) {
   StitchConfig config = test::valid_config();
   const int64_t free = INT32_MAX - engine_room(config);
   config.out_luma_stride[0] += static_cast<int32_t>(free / config.in_h);

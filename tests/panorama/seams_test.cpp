@@ -56,7 +56,7 @@ class Kept : public testing::TestWithParam<bool> {
 INSTANTIATE_TEST_SUITE_P(Seams, Kept, testing::Bool(),
                          [](const auto& parameter) { return parameter.param ? "searched" : "straight"; });
 
-TEST_P(Kept, seams_are_those_of_the_frame_before) {
+TEST_P(Kept, SeamsAreThoseOfTheFrameBefore) {
   Stitcher stitcher = make(config_);
   Frame first(stitcher.sizes(), random_), second(stitcher.sizes(), random_);
   stitch(stitcher, first, Seams::fresh);
@@ -72,7 +72,7 @@ TEST_P(Kept, seams_are_those_of_the_frame_before) {
   }
 }
 
-TEST_P(Kept, the_same_frame_again_gives_the_same_bytes) {
+TEST_P(Kept, TheSameFrameAgainGivesTheSameBytes) {
   Stitcher stitcher = make(config_);
   Frame frame(stitcher.sizes(), random_);
   const Planes fresh = stitch(stitcher, frame, Seams::fresh);
@@ -80,13 +80,13 @@ TEST_P(Kept, the_same_frame_again_gives_the_same_bytes) {
   EXPECT_EQ(stitch(stitcher, frame, Seams::kept), fresh);
 }
 
-TEST_P(Kept, the_first_frame_has_fresh_seams) {
+TEST_P(Kept, TheFirstFrameHasFreshSeams) {
   Stitcher kept = make(config_), fresh = make(config_);
   Frame frame(kept.sizes(), random_);
   EXPECT_EQ(stitch(kept, frame, Seams::kept), stitch(fresh, frame, Seams::fresh));
 }
 
-TEST_P(Kept, a_fresh_frame_after_kept_ones_is_as_ever) {
+TEST_P(Kept, AFreshFrameAfterKeptOnesIsAsEver) {
   Stitcher stitcher = make(config_), other = make(config_);
   Frame first(stitcher.sizes(), random_), second(stitcher.sizes(), random_), third(stitcher.sizes(), random_);
   stitch(stitcher, first, Seams::fresh);
@@ -94,7 +94,7 @@ TEST_P(Kept, a_fresh_frame_after_kept_ones_is_as_ever) {
   EXPECT_EQ(stitch(stitcher, third, Seams::fresh), stitch(other, third, Seams::fresh));
 }
 
-TEST_P(Kept, masks_of_earlier_frames_are_left_alone) {
+TEST_P(Kept, MasksOfEarlierFramesAreLeftAlone) {
   Stitcher with = make(config_, {.fresh_seam = false}), without = make(config_, {.fresh_seam = false});
   Frame first(with.sizes(), random_), second(with.sizes(), random_), third(with.sizes(), random_);
   stitch(with, first, Seams::fresh);
@@ -103,7 +103,7 @@ TEST_P(Kept, masks_of_earlier_frames_are_left_alone) {
   EXPECT_EQ(stitch(with, third, Seams::fresh), stitch(without, third, Seams::fresh));
 }
 
-TEST_P(Kept, another_stitcher_takes_seams_over) {
+TEST_P(Kept, AnotherStitcherTakesSeamsOver) {
   Stitcher searching = make(config_), following = make(config_);
   Frame first(searching.sizes(), random_), second(searching.sizes(), random_), third(searching.sizes(), random_);
   stitch(following, third, Seams::fresh);  // has other seams already
@@ -114,7 +114,7 @@ TEST_P(Kept, another_stitcher_takes_seams_over) {
   for (int k = 0; k < 2; ++k) EXPECT_EQ(weights_of(following, k), weights_of(searching, k));
 }
 
-TEST_P(Kept, loaded_seams_are_enough_to_begin_with) {
+TEST_P(Kept, LoadedSeamsAreEnoughToBeginWith) {
   Stitcher searching = make(config_), following = make(config_);
   Frame first(searching.sizes(), random_), second(searching.sizes(), random_);
   stitch(searching, first, Seams::fresh);
@@ -122,7 +122,7 @@ TEST_P(Kept, loaded_seams_are_enough_to_begin_with) {
   EXPECT_EQ(stitch(following, second, Seams::kept), stitch(searching, second, Seams::kept));
 }
 
-TEST(Seams, what_is_loaded_is_what_was_saved) {
+TEST(Seams, WhatIsLoadedIsWhatWasSaved) {
   Stitcher stitcher = make(valid_config());
   EXPECT_EQ(stitcher.seams_size(), 2u * 32 * 128 * 3);
   std::vector<uint8_t> bytes(stitcher.seams_size());
@@ -131,7 +131,7 @@ TEST(Seams, what_is_loaded_is_what_was_saved) {
   EXPECT_EQ(saved(stitcher), bytes);
 }
 
-TEST(Seams, wrong_bytes_are_refused_and_nothing_changes) {
+TEST(Seams, WrongBytesAreRefusedAndNothingChanges) {
   std::mt19937 random(34);
   Stitcher stitcher = make(valid_config());
   Frame frame(stitcher.sizes(), random);
@@ -149,7 +149,7 @@ TEST(Seams, wrong_bytes_are_refused_and_nothing_changes) {
   EXPECT_EQ(saved(stitcher), before);
 }
 
-TEST(Seams, there_are_none_before_the_first_frame) {
+TEST(Seams, ThereAreNoneBeforeTheFirstFrame) {
   const Stitcher stitcher = make(valid_config());
   std::vector<uint8_t> bytes(stitcher.seams_size(), 7);
   EXPECT_EQ(stitcher.save_seams({bytes}).code(), ErrorCode::invalid_seams);
@@ -157,7 +157,7 @@ TEST(Seams, there_are_none_before_the_first_frame) {
   EXPECT_EQ(bytes, std::vector<uint8_t>(bytes.size(), 7));
 }
 
-TEST(Seams, short_buffers_are_refused_with_kept_seams_too) {
+TEST(Seams, ShortBuffersAreRefusedWithKeptSeamsToo) {
   std::mt19937 random(35);
   Stitcher stitcher = make(valid_config());
   Frame frame(stitcher.sizes(), random);

@@ -108,7 +108,7 @@ class EveryVariant : public testing::TestWithParam<Variant> {
   StitchConfig config_;
 };
 
-TEST_P(EveryVariant, first_frame_equals_the_c_interface) {
+TEST_P(EveryVariant, FirstFrameEqualsTheCInterface) {
   const unsigned seed = 7;
   SCOPED_TRACE(seed);
   std::mt19937 random(seed);
@@ -121,7 +121,7 @@ TEST_P(EveryVariant, first_frame_equals_the_c_interface) {
   EXPECT_EQ((Planes{frame.luma0.bytes(), frame.chroma0.bytes(), frame.luma1.bytes(), frame.chroma1.bytes()}), inputs);
 }
 
-TEST_P(EveryVariant, bytes_beyond_the_rows_stay) {
+TEST_P(EveryVariant, BytesBeyondTheRowsStay) {
   std::mt19937 random(8);
   Stitcher stitcher = make(config_);
   Frame frame(stitcher.sizes(), random);
@@ -136,7 +136,7 @@ TEST_P(EveryVariant, bytes_beyond_the_rows_stay) {
   }
 }
 
-TEST_P(EveryVariant, prints_nothing) {
+TEST_P(EveryVariant, PrintsNothing) {
   std::mt19937 random(9);
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
@@ -149,7 +149,7 @@ TEST_P(EveryVariant, prints_nothing) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST_P(EveryVariant, fresh_seam_makes_every_frame_a_first_frame) {
+TEST_P(EveryVariant, FreshSeamMakesEveryFrameAFirstFrame) {
   std::mt19937 random(10);
   Stitcher stitcher = make(config_);
   Frame frames[3] = {{stitcher.sizes(), random}, {stitcher.sizes(), random}, {stitcher.sizes(), random}};
@@ -160,7 +160,7 @@ TEST_P(EveryVariant, fresh_seam_makes_every_frame_a_first_frame) {
   }
 }
 
-TEST_P(EveryVariant, without_fresh_seam_frames_follow_the_c_interface) {
+TEST_P(EveryVariant, WithoutFreshSeamFramesFollowTheCInterface) {
   std::mt19937 random(11);
   Stitcher stitcher = make(config_, {.fresh_seam = false});
   EngineSession engine(config_);
@@ -179,7 +179,7 @@ std::vector<int32_t> weights_of(const BandView& band) {
   return weights;
 }
 
-TEST(Stitcher, seams_of_earlier_frames_stay_only_without_fresh_seam) {
+TEST(Stitcher, SeamsOfEarlierFramesStayOnlyWithoutFreshSeam) {
   std::mt19937 random(12);
   const StitchConfig config = valid_config();
   Stitcher fresh = make(config), kept = make(config, {.fresh_seam = false});
@@ -195,7 +195,7 @@ TEST(Stitcher, seams_of_earlier_frames_stay_only_without_fresh_seam) {
   EXPECT_NE(weights_of(fresh.band(0)), all) << "the frames' seams don't differ";
 }
 
-TEST(Stitcher, band_views_show_the_weights_over_the_panorama) {
+TEST(Stitcher, BandViewsShowTheWeightsOverThePanorama) {
   std::mt19937 random(13);
   StitchConfig config = valid_config();
   config.findpath_enable = 0;
@@ -216,7 +216,7 @@ TEST(Stitcher, band_views_show_the_weights_over_the_panorama) {
   }
 }
 
-TEST(Stitcher, searched_weights_are_all_or_nothing) {
+TEST(Stitcher, SearchedWeightsAreAllOrNothing) {
   std::mt19937 random(14);
   Stitcher stitcher = make(valid_config());
   Frame frame(stitcher.sizes(), random);
@@ -234,7 +234,7 @@ TEST(Stitcher, searched_weights_are_all_or_nothing) {
   }
 }
 
-TEST(Stitcher, sizes_end_with_the_last_pixel) {
+TEST(Stitcher, SizesEndWithTheLastPixel) {
   StitchConfig config = valid_config();
   config.in_luma_stride = 130;
   config.in_chroma_stride = 134;
@@ -261,7 +261,7 @@ TEST(Stitcher, sizes_end_with_the_last_pixel) {
   EXPECT_NEAR(full.working_memory, customary - 3 * 4096 + pieces * 127, 3 * 128);
 }
 
-TEST(Stitcher, every_short_buffer_is_refused_and_nothing_is_written) {
+TEST(Stitcher, EveryShortBufferIsRefusedAndNothingIsWritten) {
   std::mt19937 random(15);
   Stitcher stitcher = make(valid_config());
   Frame frame(stitcher.sizes(), random);
@@ -296,7 +296,7 @@ TEST(Stitcher, every_short_buffer_is_refused_and_nothing_is_written) {
   EXPECT_EQ(stitch(stitcher, frame), expected);
 }
 
-TEST(Stitcher, planes_that_are_null_are_refused_whatever_their_size) {
+TEST(Stitcher, PlanesThatAreNullAreRefusedWhateverTheirSize) {
   std::mt19937 random(15);
   Stitcher stitcher = make(valid_config());
   Frame frame(stitcher.sizes(), random);
@@ -319,7 +319,7 @@ TEST(Stitcher, planes_that_are_null_are_refused_whatever_their_size) {
   EXPECT_EQ(stitcher.load_seams({{kNowhere, stitcher.seams_size()}}).code(), ErrorCode::invalid_seams);
 }
 
-TEST(Stitcher, there_are_two_bands) {
+TEST(Stitcher, ThereAreTwoBands) {
   std::mt19937 random(15);
   Stitcher stitcher = make(valid_config());
   Frame frame(stitcher.sizes(), random);
@@ -333,7 +333,7 @@ TEST(Stitcher, there_are_two_bands) {
 }
 
 // Blocks of the customary size have room for the alignment of their pieces on average only: these sizes find none at any base.
-TEST(Stitcher, valid_configurations_that_customary_blocks_have_no_room_for) {
+TEST(Stitcher, ValidConfigurationsThatCustomaryBlocksHaveNoRoomFor) {
   struct Sizes {
     int height, width, feather, trans_width, findpath_width;
     float inv_scale;
@@ -363,7 +363,7 @@ TEST(Stitcher, valid_configurations_that_customary_blocks_have_no_room_for) {
 }
 
 // Whatever way the calling thread rounds, a stitcher's bytes are the same, and the thread rounds that way afterwards.
-TEST(Stitcher, rounds_to_the_nearest_and_back) {
+TEST(Stitcher, RoundsToTheNearestAndBack) {
   std::mt19937 random(21);
   Stitcher plain = make(valid_config());
   Frame frame(plain.sizes(), random);
@@ -385,7 +385,7 @@ TEST(Stitcher, rounds_to_the_nearest_and_back) {
   }
 }
 
-TEST(Stitcher, planes_need_no_alignment) {
+TEST(Stitcher, PlanesNeedNoAlignment) {
   std::mt19937 random(16);
   StitchConfig config = valid_config();
   config.out_flip[0] = config.out_mirror[0] = 1;
@@ -400,7 +400,7 @@ TEST(Stitcher, planes_need_no_alignment) {
   EXPECT_EQ(std::vector<uint8_t>(odd_chroma.begin(), odd_chroma.end()), expected[1]);
 }
 
-TEST(Stitcher, keeps_its_own_configuration) {
+TEST(Stitcher, KeepsItsOwnConfiguration) {
   std::mt19937 random(17);
   StitchConfig config = valid_config();
   Stitcher first = make(config);
@@ -411,7 +411,7 @@ TEST(Stitcher, keeps_its_own_configuration) {
   EXPECT_EQ(stitch(second, frame), expected);
 }
 
-TEST(Stitcher, moves_without_copying_or_losing_its_engine) {
+TEST(Stitcher, MovesWithoutCopyingOrLosingItsEngine) {
   std::mt19937 random(18);
   const StitchConfig config = valid_config();
   StitchConfig other = config;
@@ -440,7 +440,7 @@ TEST(Stitcher, moves_without_copying_or_losing_its_engine) {
   EXPECT_EQ(stitch(empty, frame), expected);
 }
 
-TEST(Stitcher, error_is_false_and_empty_by_default) {
+TEST(Stitcher, ErrorIsFalseAndEmptyByDefault) {
   const Error none;
   EXPECT_FALSE(none);
   EXPECT_EQ(none.code(), ErrorCode::none);
@@ -448,7 +448,7 @@ TEST(Stitcher, error_is_false_and_empty_by_default) {
 }
 
 // Whatever the rules and the table check let through is stitched, with planes of exactly the least sizes.
-TEST(Stitcher, random_configurations_are_refused_or_survived) {
+TEST(Stitcher, RandomConfigurationsAreRefusedOrSurvived) {
   const unsigned seed = 20240612;
   SCOPED_TRACE(seed);
   std::mt19937 random(seed);

@@ -59,7 +59,7 @@ class Tables : public testing::TestWithParam<int> {
   StitchEngine* engine_ = nullptr;
 };
 
-TEST_P(Tables, luma_needs_its_column_and_the_row_below) {
+TEST_P(Tables, LumaNeedsItsColumnAndTheRowBelow) {
   EXPECT_TRUE(luma_holds(0, 0));
   EXPECT_TRUE(luma_holds(-0.0f, -0.0f));
   EXPECT_TRUE(luma_holds(127, 64));
@@ -70,7 +70,7 @@ TEST_P(Tables, luma_needs_its_column_and_the_row_below) {
   EXPECT_FALSE(luma_holds(64, 127));
 }
 
-TEST_P(Tables, chroma_needs_the_next_pair_and_the_row_below) {
+TEST_P(Tables, ChromaNeedsTheNextPairAndTheRowBelow) {
   EXPECT_TRUE(chroma_holds(0, 0));
   EXPECT_TRUE(chroma_holds(std::nextafter(126.0f, 0.0f), 64));
   EXPECT_FALSE(chroma_holds(126, 64));
@@ -79,7 +79,7 @@ TEST_P(Tables, chroma_needs_the_next_pair_and_the_row_below) {
   EXPECT_FALSE(chroma_holds(64, end));
 }
 
-TEST_P(Tables, negative_and_not_a_number_are_outside) {
+TEST_P(Tables, NegativeAndNotANumberAreOutside) {
   for (float wrong : {-1e-30f, -0.5f, -7.0f, -kInfinity, kInfinity, 1e30f, kNan}) {
     EXPECT_FALSE(luma_holds(wrong, 64)) << wrong;
     EXPECT_FALSE(luma_holds(64, wrong)) << wrong;
@@ -89,7 +89,7 @@ TEST_P(Tables, negative_and_not_a_number_are_outside) {
   EXPECT_FALSE(luma_holds(kNan, kNan));
 }
 
-TEST_P(Tables, lens_0_is_reported_over_both_edge_strips) {
+TEST_P(Tables, Lens0IsReportedOverBothEdgeStrips) {
   engine_->map_right.entries[2 * (127 * 72 + 71)] = 1e9f;
   engine_->map_right.entries[2 * (5 * 72 + 3)] = -1.25f;
   engine_->map_right.entries[2 * (5 * 72 + 4)] = kInfinity;
@@ -105,7 +105,7 @@ TEST_P(Tables, lens_0_is_reported_over_both_edge_strips) {
                "lower p0, change_focus or feather, or correct cx0, cy0");
 }
 
-TEST_P(Tables, lens_1_is_reported_from_the_middle_strip) {
+TEST_P(Tables, Lens1IsReportedFromTheMiddleStrip) {
   engine_->map_middle.entries[2 * (127 * 144 + 143)] = 130;
   engine_->map_middle.entries[2 * (10 * 144 + 1) + 1] = -3;
   EXPECT_STREQ(check_tables(*engine_).text(),
@@ -113,7 +113,7 @@ TEST_P(Tables, lens_1_is_reported_from_the_middle_strip) {
                "lower p1, change_focus or feather, or correct cx1, cy1 or lens_matrix");
 }
 
-TEST_P(Tables, longest_report_is_not_cut) {
+TEST_P(Tables, LongestReportIsNotCut) {
   engine_->config->in_w = 1000000000;
   engine_->map_middle.entries[2 * (127 * 144 + 143)] = -std::numeric_limits<float>::max() / 1e10f;
   const std::string text = check_tables(*engine_).text();
@@ -121,7 +121,7 @@ TEST_P(Tables, longest_report_is_not_cut) {
 }
 
 // Lens 0 looks along panorama column 255, lens 1 along 127, both along row 63.
-TEST_P(Tables, entry_without_direction_on_the_axis_becomes_the_axis) {
+TEST_P(Tables, EntryWithoutDirectionOnTheAxisBecomesTheAxis) {
   engine_->config->lens_matrix[2] = 1.5f;
   engine_->config->lens_matrix[5] = -2.5f;
   float* edge = &engine_->map_right.entries[2 * (63 * 72 + 71)];
@@ -136,7 +136,7 @@ TEST_P(Tables, entry_without_direction_on_the_axis_becomes_the_axis) {
   EXPECT_EQ(middle[1], -2.5f + engine_->config->cy1);
 }
 
-TEST_P(Tables, other_entries_on_and_off_the_axis_are_not_mended) {
+TEST_P(Tables, OtherEntriesOnAndOffTheAxisAreNotMended) {
   float* edge = &engine_->map_right.entries[2 * (63 * 72 + 71)];
   float* beside = &engine_->map_middle.entries[2 * (63 * 144 + 70)];
   edge[0] = 31;
@@ -161,7 +161,7 @@ void PrintTo(const Rig& rig, std::ostream* out) { *out << rig.name; }
 class UsualRig : public testing::TestWithParam<Rig> {};
 
 // Square pictures filled by a circle of 195 degrees.
-TEST_P(UsualRig, is_accepted) {
+TEST_P(UsualRig, IsAccepted) {
   const Rig& rig = GetParam();
   const int side = rig.out_w / 2;
   for (int format : {0, 4}) {
@@ -187,7 +187,7 @@ INSTANTIATE_TEST_SUITE_P(rigs, UsualRig,
                          [](const auto& param) { return param.param.name; });
 
 // 240 x 120 with a feather of 16 has an entry on the axis of lens 1 that is no number.
-TEST(TableCheck, no_dark_pixel_on_the_axis) {
+TEST(TableCheck, NoDarkPixelOnTheAxis) {
   StitchConfig config = test::valid_config(0);
   config.in_w = config.in_h = config.out_h[0] = config.in_luma_stride = config.in_chroma_stride = 120;
   config.out_w[0] = config.out_luma_stride[0] = config.out_chroma_stride[0] = 240;
@@ -204,7 +204,7 @@ TEST(TableCheck, no_dark_pixel_on_the_axis) {
   EXPECT_GE(luma[59 * 240 + 119], 199);
 }
 
-TEST(TableCheck, wide_lens_in_a_small_picture_is_refused) {
+TEST(TableCheck, WideLensInASmallPictureIsRefused) {
   StitchConfig config = test::valid_config();
   config.p0 = 45;
   const Result<Stitcher> lens0 = Stitcher::create(config);
@@ -218,7 +218,7 @@ TEST(TableCheck, wide_lens_in_a_small_picture_is_refused) {
   EXPECT_EQ(std::string(lens1.error().text()).substr(0, 8), "lens 1: ");
 }
 
-TEST(TableCheck, scale_beyond_a_float_is_refused) {
+TEST(TableCheck, ScaleBeyondAFloatIsRefused) {
   StitchConfig config = test::valid_config();
   config.p0 = config.p1 = config.change_focus = 1e38f;
   const Result<Stitcher> made = Stitcher::create(config);

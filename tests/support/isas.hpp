@@ -18,6 +18,15 @@ inline std::vector<Isa> isas_here() {
   return isas;
 }
 
+// Leaves the program with the set it had.
+class KeptIsa : public testing::Test {
+ protected:
+  ~KeptIsa() override { limit_isa(before_); }
+
+ private:
+  const Isa before_ = isa_in_use();
+};
+
 inline std::string isa_name(const testing::TestParamInfo<Isa>& info) { return name_of(info.param); }
 
 }  // namespace biseam::test

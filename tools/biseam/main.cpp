@@ -7,6 +7,7 @@ extern "C" {
 }
 
 #include "base/failure.hpp"
+#include "base/interrupt.hpp"
 #include "base/standard_streams.hpp"
 #include "commands/commands.hpp"
 
@@ -24,7 +25,8 @@ int run(int argc, char** argv) {
   app.require_subcommand(1);
   app.footer(
       "Exit codes: 0 done, 1 compare found a difference, 2 command line, 3 an input can't be read,\n"
-      "4 the result can't be written, 5 profile or settings can't work, 130 interrupted.");
+      "4 the result can't be written, 5 profile or settings can't work, 6 no memory or no thread left,\n"
+      "130 interrupted.");
   int exit_code = int(ExitCode::done);
   biseam::tool::add_stitch_command(app, exit_code);
   biseam::tool::add_scene_command(app);
@@ -49,6 +51,7 @@ int main(int argc, char** argv) {
   // A reader that went away and a file that may not grow are write errors with a message.
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
+  biseam::tool::leave_nothing_on_signals();
   av_log_set_level(AV_LOG_QUIET);
   try {
     const int exit_code = run(argc, argv);
@@ -57,9 +60,11 @@ int main(int argc, char** argv) {
   } catch (const biseam::tool::Failure& failure) {
     return fail(failure.code(), failure.what());
   } catch (const std::bad_alloc&) {
-    std::fputs("biseam: not enough memory for pictures of this size\n", stderr);  // fail() would want some
-    return int(ExitCode::settings);
+    std::fputs("biseam: not enough memory\n", stderr);  // fail() would want some
+    return int(ExitCode::system);
   } catch (const std::exception& error) {
-    return fail(ExitCode::settings, error.what());
+    return fail(ExitCode::system, error.what());
+  } catch (...) {
+    return fail(ExitCode::system, "ended by a failure without a name");
   }
 }

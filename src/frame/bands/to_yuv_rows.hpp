@@ -5,7 +5,8 @@
 #include "base/variants.hpp"
 
 // Integer RGB with 6 fractional bits to YUV, row by row.  RGB is interleaved, R first; chroma is interleaved, U first.  A pair
-// is two neighbouring pixels that share their chroma.  Rows that are written are apart from all others.
+// is two neighbouring pixels that share their chroma.  Rows that are written are apart from all others.  The vector versions
+// divide integers; blocks with a sample or sum that does not fit 16 bits without its fractional bits go to the scalar one.
 namespace biseam {
 
 using RgbRowToLuma = void(const int32_t* rgb, uint8_t* luma, int count) noexcept;

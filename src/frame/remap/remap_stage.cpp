@@ -1,8 +1,9 @@
+#include "frame/stages.hpp"
+
 #include <algorithm>
 #include <atomic>
 
 #include "base/threads.hpp"
-#include "frame/stages.hpp"
 #include "stages/lens/remap.hpp"
 
 namespace biseam {

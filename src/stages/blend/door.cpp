@@ -8,8 +8,6 @@
 
 namespace {
 
-int32_t code(biseam::Status status) { return status == biseam::Status::ok ? 0 : -1; }
-
 void blend_one(BlendInstance& instance, const BlendImage& source1, const BlendImage& source2, BlendImage& output) {
   const BlendImage* const sources[2] = {&source1, &source2};
   (void)biseam::blend_band(instance, sources, output, biseam::print_missing_memory);
@@ -18,9 +16,9 @@ void blend_one(BlendInstance& instance, const BlendImage& source1, const BlendIm
 }  // namespace
 
 void CreatImage(BlendImage* image, int32_t value) { biseam::fill(*image, value); }
-int32_t SubImage(BlendImage* a, BlendImage* b, BlendImage* out) { return code(biseam::subtract(*a, *b, *out)); }
-int32_t AddImage(BlendImage* a, BlendImage* b, BlendImage* out) { return code(biseam::add(*a, *b, *out)); }
-int32_t MulImage(BlendImage* a, BlendImage* b, BlendImage* out) { return code(biseam::multiply(*a, *b, *out)); }
+int32_t SubImage(BlendImage* a, BlendImage* b, BlendImage* out) { return biseam::code_of(biseam::subtract(*a, *b, *out)); }
+int32_t AddImage(BlendImage* a, BlendImage* b, BlendImage* out) { return biseam::code_of(biseam::add(*a, *b, *out)); }
+int32_t MulImage(BlendImage* a, BlendImage* b, BlendImage* out) { return biseam::code_of(biseam::multiply(*a, *b, *out)); }
 
 intptr_t MemCopyImage(BlendImage* src, BlendImage* dst) {
   if (biseam::copy_samples(*src, *dst) != biseam::Status::ok) return -1;

@@ -1,3 +1,5 @@
+#include "stages/blend/module.hpp"
+
 #include <algorithm>
 #include <cstdint>
 
@@ -5,7 +7,6 @@
 #include "base/records.hpp"
 #include "base/truncate.hpp"
 #include "stages/blend/instance_levels.hpp"
-#include "stages/blend/module.hpp"
 #include "stages/blend/pyramid.hpp"
 
 namespace biseam {

@@ -19,7 +19,8 @@ int64_t blend_room(const BlendConfig& config);
 // A length in the shrunk images of the search: divided as floats, truncated.
 int shrunk(int size, float inv_scale);
 
-// Carves an instance out of its zero-filled block.  no_memory: some piece did not fit; the instance is of no size then.
+// Carves an instance out of its zero-filled block and copies its settings, which are not read again.  no_memory: some piece did
+// not fit, or its size is negative, as with a negative level count; the instance is of no size then.
 Status create_blend(const BlendConfig& config, const BlendMemory& memory, BlendInstance& instance);
 
 // Writes every image record of the instance.

@@ -1,8 +1,9 @@
+#include "stages/format/convert.hpp"
+
 #include <cstddef>
 #include <cstdint>
 
 #include "stages/format/colour.hpp"
-#include "stages/format/convert.hpp"
 
 namespace biseam {
 

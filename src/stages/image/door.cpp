@@ -13,8 +13,6 @@ using biseam::Status;
 
 namespace {
 
-int32_t code(Status status) { return status == Status::ok ? 0 : -1; }
-
 // On purpose: the exported border routines reserve a row ring and a column table before they look at the sizes and do not give
 // them back when they refuse.  Hosts count these blocks.
 void keep_block(int64_t samples) {
@@ -32,7 +30,7 @@ int32_t down_border(const BlendImage& src, BlendImage& dst) {
   const Status status = biseam::pyr_down_border(src, dst);
   const int64_t row = int64_t{dst.width} * src.channels;
   if (status == Status::mismatch) keep_blocks(5, row, row);
-  return code(status);
+  return biseam::code_of(status);
 }
 
 int32_t up_border(const BlendImage& src, BlendImage& dst) {
@@ -40,21 +38,21 @@ int32_t up_border(const BlendImage& src, BlendImage& dst) {
   if (status == Status::mismatch) {
     keep_blocks(3, (int64_t{dst.width} + 1) * src.channels, int64_t{src.width} * src.channels);
   }
-  return code(status);
+  return biseam::code_of(status);
 }
 
 }  // namespace
 
 int32_t PyrDown(BlendImage* src, BlendImage* dst) {
-  return biseam::is_half(*src, *dst) ? code(biseam::pyr_down_half(*src, *dst)) : down_border(*src, *dst);
+  return biseam::is_half(*src, *dst) ? biseam::code_of(biseam::pyr_down_half(*src, *dst)) : down_border(*src, *dst);
 }
-int32_t PyrDownNormal(BlendImage* src, BlendImage* dst) { return code(biseam::pyr_down_half(*src, *dst)); }
+int32_t PyrDownNormal(BlendImage* src, BlendImage* dst) { return biseam::code_of(biseam::pyr_down_half(*src, *dst)); }
 int32_t PyrDownBorder(BlendImage* src, BlendImage* dst) { return down_border(*src, *dst); }
 
 int32_t PyrUp(BlendImage* src, BlendImage* dst) {
-  return biseam::is_double(*src, *dst) ? code(biseam::pyr_up_double(*src, *dst)) : up_border(*src, *dst);
+  return biseam::is_double(*src, *dst) ? biseam::code_of(biseam::pyr_up_double(*src, *dst)) : up_border(*src, *dst);
 }
-int32_t PyrUpNormal(BlendImage* src, BlendImage* dst) { return code(biseam::pyr_up_double(*src, *dst)); }
+int32_t PyrUpNormal(BlendImage* src, BlendImage* dst) { return biseam::code_of(biseam::pyr_up_double(*src, *dst)); }
 int32_t PyrUpBorder(BlendImage* src, BlendImage* dst) { return up_border(*src, *dst); }
 
 int32_t BorderInterpolate(int32_t* out, int32_t p, int32_t len, int32_t borderType) {

@@ -14,7 +14,7 @@ inline float mapped_position(int32_t position, float scale) noexcept {
   return static_cast<float>((static_cast<double>(position) + 0.5) * static_cast<double>(scale) - 0.5);
 }
 
-// The last column or row at or before the mapped position, inside the source.
+// The last column or row at or before the mapped position.  In large sources that position can be rounded past the last one.
 inline int32_t picked_position(int32_t position, float scale, int32_t src_size) noexcept {
   const float mapped = mapped_position(position, scale);
   if (mapped < 0.0f) return 0;

@@ -28,34 +28,27 @@ uint8_t* plane_byte(const ImageHeader& image, int plane, int64_t row, int64_t co
   return image.planes[plane] + static_cast<std::ptrdiff_t>(row * image.strides[plane] + column);
 }
 
-int chroma_rows_factor(int format) { return format < 4 ? 2 : 1; }
+// Where a part of a strip goes, and which of its columns.
+struct StripPart {
+  const ImageHeader& destination;
+  int table_column, destination_column, count;
+};
 
-RemapRegion plain_region(const RemapThreadArgs& args, int table_width) {
-  return {args.table,
-          table_width,
-          args.plain_column,
-          &args.source,
-          &args.pano,
-          args.pano_column,
-          args.plain_width,
-          args.first_row,
-          args.end_row,
-          2,
-          chroma_rows_factor(args.format)};
-}
+StripPart plain_part(const RemapThreadArgs& a) { return {a.pano, a.plain_column, a.pano_column, a.plain_width}; }
+StripPart band_part(const ImageHeader& band, int table_column) { return {band, table_column, 0, band.width}; }
 
-RemapRegion band_region(const RemapThreadArgs& args, int table_width, const ImageHeader& band, int table_column) {
-  return {args.table,
-          table_width,
-          table_column,
-          &args.source,
-          &band,
-          0,
-          band.width,
-          args.first_row,
-          args.end_row,
-          2,
-          chroma_rows_factor(args.format)};
+RemapRegion region_of(const RemapThreadArgs& args, int table_width, const StripPart& part) {
+  return {.table = args.table,
+          .table_width = table_width,
+          .table_column = part.table_column,
+          .source = &args.source,
+          .destination = &part.destination,
+          .destination_column = part.destination_column,
+          .count = part.count,
+          .first_row = args.first_row,
+          .end_row = args.end_row,
+          .chroma_x_factor = 2,
+          .chroma_y_factor = args.format < 4 ? 2 : 1};
 }
 
 }  // namespace
@@ -96,15 +89,15 @@ void remap_region(const RemapRegion& region) {
 
 void remap_edge_strip(const RemapThreadArgs& args, SampleRegion sample) {
   const int table_width = args.plain_width + args.band0.width;
-  sample(plain_region(args, table_width));
-  sample(band_region(args, table_width, args.band0, args.band0_column));
+  sample(region_of(args, table_width, plain_part(args)));
+  sample(region_of(args, table_width, band_part(args.band0, args.band0_column)));
 }
 
 void remap_middle_strip(const RemapThreadArgs& args, SampleRegion sample) {
   const int table_width = args.plain_width + args.band0.width + args.band1.width;
-  sample(band_region(args, table_width, args.band0, args.band0_column));
-  sample(plain_region(args, table_width));
-  sample(band_region(args, table_width, args.band1, args.band1_column));
+  sample(region_of(args, table_width, band_part(args.band0, args.band0_column)));
+  sample(region_of(args, table_width, plain_part(args)));
+  sample(region_of(args, table_width, band_part(args.band1, args.band1_column)));
 }
 
 }  // namespace biseam

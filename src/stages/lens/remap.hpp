@@ -16,7 +16,7 @@ struct RemapRegion {
 };
 
 // What one table row gives of a region's plane: count samples, from every entry for luma, from every second one for chroma
-// pairs.  Entries outside the table's row and destinations below the image are left out.
+// pairs.  Entries outside the table's row and destinations below the image are left out; an odd height has no half chroma row.
 struct RegionRow {
   const float* entries;
   uint8_t* samples;

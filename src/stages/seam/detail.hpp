@@ -25,7 +25,9 @@ void to_gray(const BlendImage& src, BlendGray& dst);
 // out = |a - b|, wrapping; all three are laid out like a.  mismatch: a channel count is not 1 or the sizes differ.
 Status subtract_gray(const BlendGray& a, const BlendGray& b, BlendGray& out);
 
-// dst = |src - mean over 11 x 11 clipped to the image|, same size.  no_memory: dst is left alone.
+// dst = |src - mean over 11 x 11 clipped to the image|, same size.  no_memory: dst is left alone.  The mean is rounded in
+// single precision: a constant image has no detail at 97 of the 256 gray values, 100 and 128 among them, and ones here and
+// there at the others.
 Status extract_detail(const BlendGray& src, BlendGray& dst, MemoryReport report = nullptr);
 
 }  // namespace biseam

@@ -12,8 +12,6 @@
 
 namespace {
 
-int32_t code_of(biseam::Status status) { return status == biseam::Status::ok ? 0 : -1; }
-
 // A size that needs more than 31 bits is -1, which no allocator grants.
 int32_t block_size(int64_t bytes) { return bytes > std::numeric_limits<int32_t>::max() ? -1 : static_cast<int32_t>(bytes); }
 
@@ -27,7 +25,9 @@ void GaussianSmooth(BlendGray* src, BlendGray* dst, float sigma, int32_t taps) {
   biseam::smooth(*src, *dst, sigma, taps, biseam::print_missing_memory);
 }
 
-int32_t SubGrayImage(BlendGray* a, BlendGray* b, BlendGray* out) { return code_of(biseam::subtract_gray(*a, *b, *out)); }
+int32_t SubGrayImage(BlendGray* a, BlendGray* b, BlendGray* out) {
+  return biseam::code_of(biseam::subtract_gray(*a, *b, *out));
+}
 
 void GaussFilter(BlendGray* src, BlendGray* dst) { biseam::extract_detail(*src, *dst, biseam::print_missing_memory); }
 
@@ -63,7 +63,7 @@ int32_t InSourceSegment(int32_t node, SeamGraph* graph) { return biseam::on_sour
 
 // Failed memory is -1 too: the mask is then as it was, as with mismatched sizes.
 int32_t GraphCut(int32_t offset, BlendImage* mask, BlendGray* detail1, BlendGray* detail2) {
-  return code_of(biseam::cut_seam(offset, *mask, *detail1, *detail2));
+  return biseam::code_of(biseam::cut_seam(offset, *mask, *detail1, *detail2));
 }
 
 void CreatFindPath(BlendImage* source, BlendImage* strip, int32_t findpath_width, int32_t trans_width, int32_t side) {

@@ -30,7 +30,8 @@ void add_edge(SeamGraph& graph, int32_t i, int32_t j, float capacity, float reve
 // Ties a node to the terminals.  What can flow straight through from source to sink is counted at once.
 void add_terminal_weights(SeamGraph& graph, int32_t node, float source_capacity, float sink_capacity);
 
-// Nodes outside both trees keep the side they were last on, and were never on the sink's to begin with.
+// Nodes outside both trees keep the side they were last on, and were never on the sink's to begin with.  So sides can cost more
+// than the flow; they are a minimum cut when no node ends outside.
 bool on_source_side(const SeamGraph& graph, int32_t node);
 
 }  // namespace biseam

@@ -9,58 +9,12 @@
 
 #include "biseam/biseam.h"
 #include "plain_lens.hpp"
-#include "stages/lens/lens_strip.hpp"
 #include "support/guarded.hpp"
 
 namespace biseam::test {
 namespace {
 
 constexpr double kExactPi = 3.141592653589793;
-
-StitchConfig make_config(int width, int height, int feather) {
-  StitchConfig config{};
-  config.in_h = height;
-  config.out_h[0] = height;
-  config.out_w[0] = width;
-  config.feather = feather;
-  config.p0 = 301.5f;
-  config.cx0 = 480.25f;
-  config.cy0 = 479.5f;
-  config.p1 = 298.75f;
-  config.cx1 = 481.5f;
-  config.cy1 = 478.125f;
-  const float matrix[9] = {0.98f, -0.07f, 3.5f, 0.05f, 1.01f, -2.25f, 9e9f, -9e9f, 9e9f};
-  std::copy_n(matrix, 9, config.lens_matrix);
-  config.change_focus = 1.015f;
-  return config;
-}
-
-// The lens record that the configuration asks for, written out strip by strip.
-LensRecord plain_lens(const StitchConfig& config, int strip) {
-  const int w = config.out_w[0], f = config.feather, q = w / 4, t = (3 * w) / 4;
-  LensRecord lens{};
-  lens.column_step = static_cast<float>(6.283185307179586 / w);
-  lens.row_step = static_cast<float>(3.141592653589793 / config.out_h[0]);
-  lens.rows = config.out_h[0];
-  lens.focus = config.change_focus;
-  lens.focal = strip == 1 ? config.p1 : config.p0;
-  lens.cx = strip == 1 ? config.cx1 : config.cx0;
-  lens.cy = strip == 1 ? config.cy1 : config.cy0;
-  for (int i = 0; i < 9; ++i) lens.matrix[i] = strip == 1 ? config.lens_matrix[i] : (i % 4 == 0 ? 1.0f : 0.0f);
-  if (strip == 0) {
-    lens.width = f + q;
-    lens.column_offset = 1.5707964f;
-  } else if (strip == 1) {
-    lens.width = f + t - (q - f);
-    const float product = (q - f) * lens.column_step;
-    lens.column_offset = static_cast<float>(product - 1.5707963267948966);
-  } else {
-    lens.width = w - (t - f);
-    const float product = (t - f) * lens.column_step;
-    lens.column_offset = static_cast<float>(product - 4.71238898038469);
-  }
-  return lens;
-}
 
 void expect_rows_as_defined(const LensRecord& lens, int width, const float* entries, int first_row, int end_row) {
   for (int row = first_row; row < end_row; ++row) {
@@ -99,39 +53,6 @@ void expect_tables_as_defined(const StitchConfig& config, Tables& tables, int ro
   }
 }
 
-TEST(LensStrip, RecordsEqualTheStripTable) {
-  for (const int width : {640, 642, 641, 1922, 7}) {
-    const StitchConfig config = make_config(width, 321, 5);
-    for (int strip = 0; strip < 3; ++strip) {
-      const LensRecord expected = plain_lens(config, strip), lens = describe_strip(config, strip);
-      EXPECT_EQ(std::memcmp(&lens, &expected, sizeof lens), 0) << width << ", strip " << strip;
-    }
-  }
-}
-
-TEST(LensStrip, WithoutFeatherTheStripsTileThePanorama) {
-  for (int width = 4; width < 80; ++width) {
-    const StitchConfig config = make_config(width, 8, 0);
-    const int quarter = width / 4, three_quarters = 3 * width / 4;
-    EXPECT_EQ(describe_strip(config, 0).width, quarter);
-    EXPECT_EQ(describe_strip(config, 1).width, three_quarters - quarter);
-    EXPECT_EQ(describe_strip(config, 2).width, width - three_quarters);
-  }
-}
-
-// Longitude of panorama column x: (x + 1) s, less pi for the middle strip and 2 pi for the right one.
-TEST(LensStrip, EveryLensSeesLongitudesAroundItsAxis) {
-  const StitchConfig config = make_config(640, 320, 8);
-  const int first_columns[] = {0, 160 - 8, 480 - 8};
-  for (int strip = 0; strip < 3; ++strip) {
-    const LensRecord lens = describe_strip(config, strip);
-    for (const int x : {first_columns[strip], first_columns[strip] + lens.width - 1}) {
-      const double longitude = -1.5707964 + (x - first_columns[strip] + 1) * lens.column_step + lens.column_offset;
-      EXPECT_NEAR(longitude, (x + 1) * 2 * kExactPi / 640 - strip * kExactPi, 1e-5);
-    }
-  }
-}
-
 TEST(InitLut, EveryEntryEqualsThePlainFormula) {
   const struct {
     int width, height, feather;
@@ -139,7 +60,7 @@ TEST(InitLut, EveryEntryEqualsThePlainFormula) {
                {4, 2, 0},   {13, 1, 2},  {4446, 2, 5}, {18, 1030, 1}};  // the last two more than a tile
   for (const auto& size : sizes) {
     SCOPED_TRACE(testing::Message() << size.width << " x " << size.height << ", feather " << size.feather);
-    StitchConfig config = make_config(size.width, size.height, size.feather);
+    StitchConfig config = lens_config(size.width, size.height, size.feather);
     Tables tables(config, size.height);
     EXPECT_EQ(Init_lut(&config, &tables.engine), 0);
     expect_tables_as_defined(config, tables, size.height);
@@ -151,7 +72,7 @@ TEST(InitLut, RandomLensesEqualThePlainFormula) {
   SCOPED_TRACE(testing::Message() << "seed " << seed);
   Random random(seed);
   for (int round = 0; round < 20; ++round) {
-    StitchConfig config = make_config(pick(random, 4, 200), pick(random, 1, 40), pick(random, 0, 9));
+    StitchConfig config = lens_config(pick(random, 4, 200), pick(random, 1, 40), pick(random, 0, 9));
     config.p0 = pick(random, 1.0f, 900.0f);
     config.p1 = pick(random, 1.0f, 900.0f);
     config.change_focus = pick(random, 0.5f, 2.0f);
@@ -164,7 +85,7 @@ TEST(InitLut, RandomLensesEqualThePlainFormula) {
 }
 
 TEST(InitLut, RepeatedRunsGiveTheSameTables) {
-  StitchConfig config = make_config(331, 77, 5);  // no strip is a multiple of four wide, and the middle is split unevenly
+  StitchConfig config = lens_config(331, 77, 5);  // no strip is a multiple of four wide, and the middle is split unevenly
   Tables first(config, config.in_h);
   Init_lut(&config, &first.engine);
   for (int run = 0; run < 20; ++run) {
@@ -178,7 +99,7 @@ TEST(InitLut, RepeatedRunsGiveTheSameTables) {
 }
 
 TEST(InitLut, RowsPastTheCarvedTablesAreNotBuilt) {
-  StitchConfig config = make_config(50, 24, 2);
+  StitchConfig config = lens_config(50, 24, 2);
   config.in_h = 11;
   Tables tables(config, 11);
   Init_lut(&config, &tables.engine);
@@ -186,7 +107,7 @@ TEST(InitLut, RowsPastTheCarvedTablesAreNotBuilt) {
 }
 
 TEST(InitLut, CarvedRowsPastThePanoramaStayAsTheyAre) {
-  StitchConfig config = make_config(50, 12, 2);
+  StitchConfig config = lens_config(50, 12, 2);
   config.in_h = 20;
   Tables tables(config, 20);
   Init_lut(&config, &tables.engine);
@@ -198,7 +119,7 @@ TEST(InitLut, CarvedRowsPastThePanoramaStayAsTheyAre) {
 
 TEST(InitLut, EmptySizesBuildNothing) {
   for (const auto& [width, height] : {std::pair{0, 8}, {8, 0}, {-8, 8}, {8, -8}}) {
-    StitchConfig config = make_config(width, height, 0);
+    StitchConfig config = lens_config(width, height, 0);
     StitchEngine engine{};
     EXPECT_EQ(Init_lut(&config, &engine), 0);
   }
@@ -219,7 +140,7 @@ void note_build(const LutBuilderArgs& args) {
 
 TEST(BuildTables, HandsFourTasksToTheGivenBuilder) {
   builds.clear();
-  const StitchConfig config = make_config(66, 31, 3);
+  const StitchConfig config = lens_config(66, 31, 3);
   StitchEngine engine{};
   build_tables(config, engine, note_build);
   const MAPTIHeader* maps[] = {&engine.map_left, &engine.map_middle, &engine.map_right};
@@ -239,7 +160,7 @@ TEST(BuildTables, HandsFourTasksToTheGivenBuilder) {
 // One strip built by the exported thread entry, and the rows it should have filled.
 void expect_part(int width, int rows, int part, int first_row, int end_row) {
   SCOPED_TRACE(testing::Message() << width << " x " << rows << ", part " << part);
-  LensRecord lens = plain_lens(make_config(4 * width, rows, 0), 1);
+  LensRecord lens = plain_lens(lens_config(4 * width, rows, 0), 1);
   Guarded<float> entries(2 * rows * width);
   MAPTIHeader map{entries.data()};
   LutBuilderArgs args{width, rows, &map, &lens, part};
@@ -267,7 +188,7 @@ TEST(CreateLUTTablePht, WidthsThatAreNoMultipleOfFourStayInsideTheirRows) {
 }
 
 TEST(CreateLUTTablePht, FirstRowIsOneStepBelowThePole) {
-  LensRecord lens = plain_lens(make_config(64, 16, 0), 0);
+  LensRecord lens = plain_lens(lens_config(64, 16, 0), 0);
   lens.cx = lens.cy = 0.0f;
   std::vector<float> entries(2 * 16 * 16);
   MAPTIHeader map{entries.data()};
@@ -281,7 +202,7 @@ TEST(CreateLUTTablePht, FirstRowIsOneStepBelowThePole) {
 }
 
 TEST(CreateLUTTablePht, LastRowLooksAtThePole) {
-  LensRecord lens = plain_lens(make_config(64, 16, 0), 0);
+  LensRecord lens = plain_lens(lens_config(64, 16, 0), 0);
   lens.cx = lens.cy = 0.0f;
   std::vector<float> entries(2 * 16 * 16);
   MAPTIHeader map{entries.data()};
@@ -295,7 +216,7 @@ TEST(CreateLUTTablePht, LastRowLooksAtThePole) {
 }
 
 TEST(CreateLUTTablePht, IdentityMatrixPointsAlongTheRayWithTheAnglesLength) {
-  const StitchConfig config = make_config(256, 128, 8);
+  const StitchConfig config = lens_config(256, 128, 8);
   LensRecord lens = plain_lens(config, 0);
   lens.cx = lens.cy = 0.0f;
   std::vector<float> entries(2 * lens.width * lens.rows);
@@ -318,7 +239,7 @@ TEST(CreateLUTTablePht, IdentityMatrixPointsAlongTheRayWithTheAnglesLength) {
 
 // Against the same formula with divisions and a square root: one Newton step would come within 0.0001.
 TEST(CreateLUTTablePht, EstimatesAreNotRefined) {
-  LensRecord lens = plain_lens(make_config(256, 128, 0), 0);
+  LensRecord lens = plain_lens(lens_config(256, 128, 0), 0);
   lens.cx = lens.cy = 0.0f;
   std::vector<float> entries(2 * lens.width * lens.rows);
   MAPTIHeader map{entries.data()};
@@ -340,7 +261,7 @@ TEST(CreateLUTTablePht, EstimatesAreNotRefined) {
 }
 
 TEST(CreateLUTTablePht, ThirdMatrixRowIsNotRead) {
-  LensRecord lens = plain_lens(make_config(64, 8, 2), 1);
+  LensRecord lens = plain_lens(lens_config(64, 8, 2), 1);
   Guarded<float> first(2 * 36 * 8), second(2 * 36 * 8);
   MAPTIHeader map{first.data()};
   LutBuilderArgs args{36, 8, &map, &lens, 0};
@@ -352,7 +273,7 @@ TEST(CreateLUTTablePht, ThirdMatrixRowIsNotRead) {
 }
 
 TEST(CreateLUTTablePht, EntryExactlyOnTheAxisIsTheDefaultNanOnEveryHost) {
-  LensRecord lens = plain_lens(make_config(64, 256, 0), 0);
+  LensRecord lens = plain_lens(lens_config(64, 256, 0), 0);
   lens.column_offset = 1.5707964f - lens.column_step;  // column 0 and row 127: both angles zero to the last bit
   std::vector<float> entries(2 * 16 * 256);
   MAPTIHeader map{entries.data()};

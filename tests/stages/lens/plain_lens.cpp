@@ -1,5 +1,6 @@
 #include "plain_lens.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -125,6 +126,50 @@ SourcePosition plain_entry(const LensRecord& lens, int row, int column) {
   const float u = m[0] * a + m[1] * b + m[2] * z + lens.cx, v = m[3] * a + m[4] * b + m[5] * z + lens.cy;
   const float nan = std::numeric_limits<float>::quiet_NaN();  // of one sign on every host
   return {std::isnan(u) ? nan : u, std::isnan(v) ? nan : v};
+}
+
+StitchConfig lens_config(int width, int height, int feather) {
+  StitchConfig config{};
+  config.in_h = height;
+  config.out_h[0] = height;
+  config.out_w[0] = width;
+  config.feather = feather;
+  config.p0 = 301.5f;
+  config.cx0 = 480.25f;
+  config.cy0 = 479.5f;
+  config.p1 = 298.75f;
+  config.cx1 = 481.5f;
+  config.cy1 = 478.125f;
+  const float matrix[9] = {0.98f, -0.07f, 3.5f, 0.05f, 1.01f, -2.25f, 9e9f, -9e9f, 9e9f};
+  std::copy_n(matrix, 9, config.lens_matrix);
+  config.change_focus = 1.015f;
+  return config;
+}
+
+LensRecord plain_lens(const StitchConfig& config, int strip) {
+  const int w = config.out_w[0], f = config.feather, q = w / 4, t = (3 * w) / 4;
+  LensRecord lens{};
+  lens.column_step = static_cast<float>(6.283185307179586 / w);
+  lens.row_step = static_cast<float>(3.141592653589793 / config.out_h[0]);
+  lens.rows = config.out_h[0];
+  lens.focus = config.change_focus;
+  lens.focal = strip == 1 ? config.p1 : config.p0;
+  lens.cx = strip == 1 ? config.cx1 : config.cx0;
+  lens.cy = strip == 1 ? config.cy1 : config.cy0;
+  for (int i = 0; i < 9; ++i) lens.matrix[i] = strip == 1 ? config.lens_matrix[i] : (i % 4 == 0 ? 1.0f : 0.0f);
+  if (strip == 0) {
+    lens.width = f + q;
+    lens.column_offset = 1.5707964f;
+  } else if (strip == 1) {
+    lens.width = f + t - (q - f);
+    const float product = (q - f) * lens.column_step;
+    lens.column_offset = static_cast<float>(product - 1.5707963267948966);
+  } else {
+    lens.width = w - (t - f);
+    const float product = (t - f) * lens.column_step;
+    lens.column_offset = static_cast<float>(product - 4.71238898038469);
+  }
+  return lens;
 }
 
 }  // namespace biseam::test

@@ -20,4 +20,10 @@ struct SourcePosition {
 };
 SourcePosition plain_entry(const LensRecord& lens, int row, int column);
 
+// A configuration of two lenses that differ in everything.
+StitchConfig lens_config(int width, int height, int feather);
+
+// The lens record that a configuration asks for, written out strip by strip.
+LensRecord plain_lens(const StitchConfig& config, int strip);
+
 }  // namespace biseam::test

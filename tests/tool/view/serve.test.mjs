@@ -18,6 +18,12 @@ async function ask(address, path, { method = "GET", headers = {} } = {}) {
   return { status: answer.statusCode, headers: answer.headers, body: Buffer.concat(pieces) };
 }
 
+function connectTo(server) {
+  const socket = connect({ host: "127.0.0.1", port: new URL(server.address).port });
+  socket.on("error", () => {});
+  return socket;
+}
+
 describe("the server", () => {
   let server, bytes, folder, size;
   before(async () => {
@@ -122,11 +128,75 @@ describe("the server", () => {
     }
   });
 
+  test("answers to its own names alone", async () => {
+    const { port } = new URL(server.address);
+    const status = async (host) => (await ask(server.address, "/", { headers: { host } })).status;
+    for (const host of [`127.0.0.1:${port}`, `localhost:${port}`, `LOCALHOST:${port}`, `[::1]:${port}`]) {
+      assert.equal(await status(host), 200, host);
+    }
+    const others = ["127.0.0.1", "localhost", `127.0.0.1:${Number(port) + 1}`, `example.org:${port}`, "example.org", `127.0.0.2:${port}`];
+    others.push(`127.0.0.1.example.org:${port}`, `me@localhost:${port}`);
+    for (const host of others) assert.equal(await status(host), 421, host);
+    const nameless = connectTo(server);
+    nameless.write("GET / HTTP/1.0\r\n\r\n");
+    const [answer] = await once(nameless, "data");
+    assert.match(answer.toString(), /^HTTP\/1\.[01] 421 /);
+    nameless.destroy();
+  });
+
   test("says when a port is taken, and takes the one it is given", async () => {
     const { port } = new URL(server.address);
     const second = run("view", folder("panorama.png"), "--serve", port);
     assert.equal(second.status, 4);
     assert.match(second.stderr, new RegExp(`^biseam: port ${port}: can't be listened on: .*\n$`));
+  });
+});
+
+describe("a server's patience", () => {
+  let server, size;
+  before(async () => {
+    const folder = scratchFolder();
+    makeClip(folder("clip.mp4"), H264);
+    size = 200 * 2 ** 20; // more than any buffer between takes
+    truncateSync(folder("clip.mp4"), size);
+    server = await startServer(folder("clip.mp4"), "--serve", "0");
+  });
+  after(() => server.stop());
+
+  test("isn't used up by 1500 visitors who say nothing", async () => {
+    const idle = Array.from({ length: 1500 }, () => connectTo(server));
+    await Promise.all(idle.map((socket) => once(socket, "connect")));
+    const begin = performance.now();
+    assert.equal((await ask(server.address, "/")).status, 200);
+    const range = await ask(server.address, "/panorama.mp4", { headers: { Range: "bytes=0-9" } });
+    assert.equal(range.body.length, 10);
+    assert.ok(performance.now() - begin < 3000);
+    for (const socket of idle) socket.destroy();
+  });
+
+  test("ends for those who are slow", { timeout: 60000 }, async () => {
+    const { host } = new URL(server.address);
+    const get = `GET /panorama.mp4 HTTP/1.1\r\nHost: ${host}\r\n`;
+    const begin = performance.now();
+    const seconds = (socket) => once(socket, "close").then(() => (performance.now() - begin) / 1000);
+
+    const idle = connectTo(server), afterwards = connectTo(server), dripping = connectTo(server), halfClosed = connectTo(server);
+    const impatient = [idle, afterwards, dripping, halfClosed].map((socket) => seconds(socket.resume()));
+    afterwards.write(`${get}Range: bytes=0-9\r\n\r\n`);
+    dripping.write(get);
+    const drops = setInterval(() => dripping.write("a"), 300);
+    halfClosed.end(get);
+    const stalled = connectTo(server); // nothing is read until somebody listens for data
+    const stalledEnd = seconds(stalled);
+    stalled.write(`${get}\r\n`);
+
+    for (const time of await Promise.all(impatient)) assert.ok(time < 15, `${time} seconds`);
+    clearInterval(drops);
+    await new Promise((resolve) => setTimeout(resolve, 30000 - (performance.now() - begin)));
+    let bytes = 0;
+    stalled.on("data", (piece) => (bytes += piece.length));
+    await stalledEnd;
+    assert.ok(bytes > 0 && bytes < size, `${bytes} bytes`);
   });
 });
 

@@ -7,6 +7,7 @@
 #include "tool/support/command_line.hpp"
 #include "tool/support/process.hpp"
 #include "tool/support/scratch_folder.hpp"
+#include "tool/support/started.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -49,6 +50,22 @@ TEST(ViewCommand, writes_the_same_page_to_standard_output) {
   const Finished finished = test::run({BISEAM_TOOL, "view", panorama, "-o", "-"});
   EXPECT_EQ(finished.exit_code, 0);
   EXPECT_TRUE(finished.out == read_bytes(folder / "a.html"));
+}
+
+// What follows the end of the picture is shown by no one, but makes the page take a while.
+TEST(ViewCommand, a_signal_leaves_nothing_of_the_page) {
+  for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
+    const ScratchFolder folder;
+    std::filesystem::resize_file(make_panorama(folder), 300 << 20);
+    test::Started started({BISEAM_TOOL, "view", folder / "panorama.png", "-o", folder / "a.html"});
+    for (int tries = 0; tries < 3000 && folder.names().size() < 2; ++tries) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    EXPECT_EQ(folder.names().size(), 2u);
+    started.signal(signal);
+    EXPECT_EQ(started.finish().exit_code, -signal);
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"panorama.png"}));
+  }
 }
 
 TEST(ViewCommand, command_lines_that_make_no_sense) {

@@ -14,6 +14,7 @@ enum class ExitCode {
   input = 3,      // a file can't be read or holds no picture
   output = 4,     // the result can't be written
   settings = 5,   // camera profile, lens or blend values that can't work
+  system = 6,     // the machine has no memory or no thread left
   interrupted = 130
 };
 

@@ -3,34 +3,41 @@
 #include <atomic>
 #include <csignal>
 
+#include "base/unfinished.hpp"
+
 namespace biseam::tool {
 namespace {
 
-std::atomic<bool> asked = false, given_up = false;
+std::atomic<bool> watched = false, asked = false, given_up = false;
 static_assert(std::atomic<bool>::is_always_lock_free);  // else a signal handler may not use it
 
-constexpr int kSignals[] = {SIGINT, SIGTERM};
-struct sigaction before[2];
-
-void remember(int) { asked = true; }
+void on_signal(int number) {
+  if (watched && !asked.exchange(true)) return;
+  remove_unfinished_files();
+  std::signal(number, SIG_DFL);
+  std::raise(number);  // waits until this handler returns
+}
 
 }  // namespace
 
-InterruptWatch::InterruptWatch() {
-  asked = given_up = false;
-  for (int k = 0; k < 2; ++k) {
-    struct sigaction action = {};
-    action.sa_handler = remember;
-    action.sa_flags = SA_RESTART | int(SA_RESETHAND);
+void leave_nothing_on_signals() {
+  for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction action = {}, before = {};
+    action.sa_handler = on_signal;
+    action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
-    sigaction(kSignals[k], nullptr, &before[k]);
-    if (before[k].sa_handler != SIG_IGN) sigaction(kSignals[k], &action, nullptr);
+    sigaction(number, nullptr, &before);
+    if (before.sa_handler != SIG_IGN) sigaction(number, &action, nullptr);
   }
 }
 
-InterruptWatch::~InterruptWatch() {
-  for (int k = 0; k < 2; ++k) sigaction(kSignals[k], &before[k], nullptr);
+InterruptWatch::InterruptWatch() {
+  leave_nothing_on_signals();
+  asked = given_up = false;
+  watched = true;
 }
+
+InterruptWatch::~InterruptWatch() { watched = false; }
 
 bool interrupted() { return asked; }
 void stop_reading() { given_up = true; }

@@ -1,10 +1,13 @@
-// Ctrl-C and TERM as a question that long work asks now and then.
+// Ctrl-C, TERM and the terminal that goes away: as a question that long work asks now and then, else as an end without remains.
 #pragma once
 
 namespace biseam::tool {
 
-// As long as one lives, the first signal is only remembered; the next one ends the program.  A signal that was ignored before
-// stays ignored.
+// From now on INT, TERM and HUP end the program as ever, but leave no unfinished file.  What is ignored stays
+// ignored, as in a shell's background jobs.
+void leave_nothing_on_signals();
+
+// As long as one lives, the first of these signals is only remembered.
 class InterruptWatch {
  public:
   InterruptWatch();

@@ -115,6 +115,7 @@ ReplacementFile::ReplacementFile(const std::string& path)
   descriptor_ = ::mkostemp(beside.data(), O_CLOEXEC);
   if (descriptor_ < 0) refuse("can't be created");
   unfinished_ = beside;
+  remains_.name(beside);
 }
 
 ReplacementFile::~ReplacementFile() {
@@ -139,6 +140,7 @@ void ReplacementFile::overwrite() {
   const bool is_open = ::fstat(from.number(), &whole) == 0 && ::fstat(to.number(), &old) == 0;
   if (!is_open || !make_room(to.number(), old.st_size, whole.st_size)) refuse("can't be written");
   const std::string kept = unfinished_;
+  remains_.forget();
   unfinished_.clear();  // from here on it is the only whole one
   const bool done =
       copy_bytes(from.number(), to.number()) && ::ftruncate(to.number(), whole.st_size) == 0 && ::fsync(to.number()) == 0;
@@ -148,6 +150,7 @@ void ReplacementFile::overwrite() {
 
 void ReplacementFile::rename() {
   if (::rename(unfinished_.c_str(), target_.c_str()) != 0) refuse("can't be written");
+  remains_.forget();
   unfinished_.clear();
   if (!sync_folder(std::filesystem::path(target_).parent_path().string())) refuse("can't be written");
 }

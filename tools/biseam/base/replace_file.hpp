@@ -4,6 +4,8 @@
 #include <span>
 #include <string>
 
+#include "base/unfinished.hpp"
+
 namespace biseam::tool {
 
 // A file that takes its name only when it is whole: written beside the name, renamed by commit(), removed without it.  It
@@ -34,6 +36,7 @@ class ReplacementFile {
   void rename();
 
   std::string name_, target_, unfinished_;  // unfinished_ is empty where nothing has to be renamed
+  UnfinishedFile remains_;
   int descriptor_ = -1;
   bool is_standard_output_ = false;
 };

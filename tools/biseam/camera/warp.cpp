@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
-#include <thread>
 
 #include "base/angle.hpp"
+#include "base/share_work.hpp"
 #include "base/thread_count.hpp"
 
 namespace biseam::tool {
@@ -122,21 +122,6 @@ class Mapping {
   bool turned_;
 };
 
-// Runs work(row) for every row, rows shared out among the threads.
-template <class Work>
-void for_rows(int rows, int threads, Work work) {
-  if (threads <= 1) {
-    for (int y = 0; y < rows; ++y) work(y);
-    return;
-  }
-  std::vector<std::jthread> pool;
-  for (int t = 0; t < threads; ++t) {
-    pool.emplace_back([=] {
-      for (int y = t; y < rows; y += threads) work(y);
-    });
-  }
-}
-
 }  // namespace
 
 WarpFilter::WarpFilter(double step) : stretch_(std::max(step, 1.0)), taps_(2 * int(std::ceil(kLobes * stretch_))) {
@@ -159,12 +144,12 @@ Warp::Warp(const Lens& lens, const WarpTarget& target, int threads) : size_(targ
   luma_.resize(width * std::size_t(size_.height));
   chroma_.resize(luma_.size() / 4);
   const Mapping mapping(lens, target);
-  for_rows(size_.height, threads, [&, width](int y) {
+  share_work(size_.height, threads, [&, width](int y) {
     Place* row = &luma_[std::size_t(y) * width];
     for (std::size_t x = 0; x < width; ++x) row[x] = place_of(mapping({double(x), double(y)}));
   });
   // A chroma sample stands in the middle of its 2 x 2 block.
-  for_rows(size_.height / 2, threads, [&, half](int y) {
+  share_work(size_.height / 2, threads, [&, half](int y) {
     Place* row = &chroma_[std::size_t(y) * half];
     for (std::size_t x = 0; x < half; ++x) {
       const Point at = mapping({2 * double(x) + 0.5, 2 * y + 0.5});
@@ -178,10 +163,10 @@ void Warp::apply(const Nv12View& source, Nv12& out, int threads) const {
   const Plane<1> luma{source.luma, source.luma_stride, source.width, source.height};
   const Plane<2> chroma{source.chroma, source.chroma_stride, source.width / 2, source.height / 2};
   const std::size_t width = std::size_t(size_.width), half = width / 2;
-  for_rows(size_.height, threads, [&, width](int y) {
+  share_work(size_.height, threads, [&, width](int y) {
     sample_row(luma, filter_, &luma_[std::size_t(y) * width], int(width), &out.luma[std::size_t(y) * width]);
   });
-  for_rows(size_.height / 2, threads, [&, width, half](int y) {
+  share_work(size_.height / 2, threads, [&, width, half](int y) {
     sample_row(chroma, filter_, &chroma_[std::size_t(y) * half], int(half), &out.chroma[std::size_t(y) * width]);
   });
 }

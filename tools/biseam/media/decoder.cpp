@@ -2,6 +2,9 @@
 
 #include <new>
 
+#include "base/failure.hpp"
+#include "base/shortage.hpp"
+
 namespace biseam::tool {
 
 Libav<AVCodecContext> open_decoder(const Container& source, const AVStream& stream, const DecoderSettings& settings) {
@@ -15,6 +18,9 @@ Libav<AVCodecContext> open_decoder(const Container& source, const AVStream& stre
   decoder->thread_count = settings.threads;
   decoder->pkt_timebase = stream.time_base;
   if (status >= 0) status = avcodec_open2(decoder.get(), codec, nullptr);
+  if (status < 0 && was_thread_refused()) {
+    throw Failure(ExitCode::system, source.name() + ": " + prefix + "no thread for decoding can be started");
+  }
   if (status < 0) source.refuse(prefix + "can't be decoded: " + libav_reason(status));
   return decoder;
 }

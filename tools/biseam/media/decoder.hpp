@@ -12,7 +12,8 @@ struct DecoderSettings {
   int threads = 1;            // 0: as many as the decoder likes
 };
 
-// For the packets of a stream of the source.  Throws Failure (input) when there is no decoder or it can't be opened.
+// For the packets of a stream of the source.  Throws Failure: input when there is no decoder or it can't be opened,
+// system when its threads can't be started.
 Libav<AVCodecContext> open_decoder(const Container& source, const AVStream& stream, const DecoderSettings& settings);
 
 }  // namespace biseam::tool

@@ -1,4 +1,5 @@
-// Where the XMP block stands in JPEG and PNG files.
+// Where the XMP block stands in JPEG and PNG files.  Exiv2 makes the block; if it wrote the file as well, it would write Exif
+// and text anew and cut off what follows the end of a PNG file.
 #pragma once
 
 #include <cstdint>

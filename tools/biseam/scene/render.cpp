@@ -1,24 +1,15 @@
 #include "scene/render.hpp"
 
 #include <algorithm>
-#include <atomic>
 #include <numbers>
-#include <thread>
 
+#include "base/share_work.hpp"
 #include "base/thread_count.hpp"
 #include "scene/noise.hpp"
 
 namespace biseam::scene {
 
-void for_each_row(int rows, const std::function<void(int)>& work) {
-  std::atomic<int> next{0};
-  const auto run = [&] {
-    for (int row = next++; row < rows; row = next++) work(row);
-  };
-  std::vector<std::jthread> helpers;
-  for (int n = 1; n < tool::processors(); ++n) helpers.emplace_back(run);
-  run();
-}
+void for_each_row(int rows, const std::function<void(int)>& work) { tool::share_work(rows, tool::processors(), work); }
 
 // Display code 0 .. 1 of linear light: straight up to 0.75, then a shoulder that never quite reaches white; sRGB.
 static double code_of(double linear) {

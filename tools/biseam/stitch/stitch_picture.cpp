@@ -3,6 +3,7 @@
 #include <tuple>
 
 #include "base/failure.hpp"
+#include "base/thread_count.hpp"
 #include "biseam/stitcher.hpp"
 #include "camera/setup.hpp"
 #include "picture/decode.hpp"

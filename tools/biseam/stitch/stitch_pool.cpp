@@ -1,8 +1,12 @@
 #include "stitch/stitch_pool.hpp"
 
 #include <algorithm>
+#include <string>
+#include <system_error>
 
+#include "base/failure.hpp"
 #include "base/interrupt.hpp"
+#include "base/share_work.hpp"
 #include "stitch/engine_failure.hpp"
 
 namespace biseam::tool {
@@ -26,11 +30,18 @@ StitchPool::StitchPool(const Setup& setup, const PairLayout& layout, int jobs, i
       group_size_(group),
       panoramas_({setup.plan.config.out_w[0], setup.plan.config.out_h[0]}) {
   make_engines(setup, layout, jobs);
-  threads_.emplace_back([this, read = std::move(read)] { read_all(read); });
-  for (const auto& engine : engines_) threads_.emplace_back([this, &engine] { stitch_all(*engine); });
+  threads_.start("reading", [this, read = std::move(read)] { read_all(read); });
+  for (const auto& engine : engines_) threads_.start("stitching", [this, &engine] { stitch_all(*engine); });
 }
 
-StitchPool::~StitchPool() {
+template <class Work>
+void StitchPool::Threads::start(const char* purpose, Work work) try {
+  all_.emplace_back(std::move(work));
+} catch (const std::system_error& error) {
+  throw Failure(ExitCode::system, std::string("no thread for ") + purpose + " can be started: " + error.code().message());
+}
+
+void StitchPool::stop() {
   stop_reading();
   const std::lock_guard lock(mutex_);
   stopped_ = true;
@@ -42,12 +53,8 @@ StitchPool::~StitchPool() {
 void StitchPool::make_engines(const Setup& setup, const PairLayout& layout, int jobs) {
   std::vector<Result<Stitcher>> made;
   for (int k = 0; k < jobs; ++k) made.emplace_back(Stitcher());
-  {
-    std::vector<std::jthread> makers;
-    for (auto& result : made) {
-      makers.emplace_back([&] { result = Stitcher::create(with_output_stride(config_, panoramas_.stride())); });
-    }
-  }
+  share_work(jobs, jobs,
+             [&](int k) { made[std::size_t(k)] = Stitcher::create(with_output_stride(config_, panoramas_.stride())); });
   for (auto& result : made) {
     if (!result) throw engine_failure(result.error());
     engines_.push_back(std::make_unique<Engine>(Engine{std::move(*result), EngineInput(setup, layout), nullptr}));
@@ -55,27 +62,33 @@ void StitchPool::make_engines(const Setup& setup, const PairLayout& layout, int 
 }
 
 void StitchPool::read_all(const Read& read) {
-  for (bool more = true; more;) {
-    Slot slot;
-    try {
-      std::optional<FramePair> pair = read();
-      more = pair.has_value();
-      if (pair) slot.frame.pair = std::move(*pair);
-    } catch (...) {
-      slot.trouble = std::current_exception();
+  std::exception_ptr trouble;
+  try {
+    while (std::optional<FramePair> pair = read()) {
+      Slot slot;
+      slot.frame.pair = std::move(*pair);
+      judge(slot);
+      if (!hand_over(std::move(slot))) break;
     }
-    judge(slot);
-    const bool failed = slot.trouble != nullptr;
-    std::unique_lock lock(mutex_);
-    if (more) {
-      room_.wait(lock, [this] { return stopped_ || slots_.size() < most_; });
-      slots_.push_back(std::move(slot));
-    }
-    read_ended_ = !more || failed;
-    more = !read_ended_ && !stopped_;
-    work_.notify_all();
-    done_.notify_all();
+  } catch (...) {
+    trouble = std::current_exception();
   }
+  const std::lock_guard lock(mutex_);
+  read_trouble_ = trouble;
+  read_ended_ = true;
+  work_.notify_all();
+  done_.notify_all();
+}
+
+// False when no more frames are wanted.
+bool StitchPool::hand_over(Slot slot) {
+  std::unique_lock lock(mutex_);
+  room_.wait(lock, [this] { return stopped_ || slots_.size() < most_; });
+  if (stopped_) return false;
+  slots_.push_back(std::move(slot));
+  work_.notify_all();
+  done_.notify_all();
+  return true;
 }
 
 // The same pictures with the same seams give the same panorama.
@@ -165,6 +178,7 @@ void StitchPool::give_seams(Engine& engine, Slot& slot) {
 std::optional<StitchedFrame> StitchPool::next() {
   std::unique_lock lock(mutex_);
   done_.wait(lock, [this] { return slots_.empty() ? read_ended_ : slots_.front().stage == Stage::done; });
+  if (slots_.empty() && read_trouble_) std::rethrow_exception(read_trouble_);
   if (slots_.empty()) return std::nullopt;
   Slot slot = std::move(slots_.front());
   slots_.pop_front();

@@ -30,11 +30,11 @@ class StitchPool {
   using Read = std::function<std::optional<FramePair>()>;
 
   // group: so many pictures share the seams found in the first of them.  read is called by one thread, none means the end.
-  // Throws Failure (settings) when the engine refuses the setup.
+  // Throws Failure: settings when the engine refuses the setup, system when memory or a thread is missing.
   StitchPool(const Setup& setup, const PairLayout& layout, int jobs, int group, Read read);
   StitchPool(const StitchPool&) = delete;
   StitchPool& operator=(const StitchPool&) = delete;
-  ~StitchPool();  // drops what is in flight
+  ~StitchPool() = default;  // drops what is in flight
 
   // The next frame; none at the end.  Rethrows what went wrong in any thread, after the frames before it.
   std::optional<StitchedFrame> next();
@@ -60,9 +60,27 @@ class StitchPool {
     std::shared_ptr<const Group> group;  // whose seams it has
   };
 
+  // Its end is the end of all of them, also where only some could be started.
+  class Threads {
+   public:
+    explicit Threads(StitchPool& pool) : pool_(pool) {}
+    Threads(const Threads&) = delete;
+    Threads& operator=(const Threads&) = delete;
+    ~Threads() { pool_.stop(); }
+
+    template <class Work>
+    void start(const char* purpose, Work work);
+
+   private:
+    StitchPool& pool_;
+    std::vector<std::jthread> all_;
+  };
+
+  void stop();
   void make_engines(const Setup& setup, const PairLayout& layout, int jobs);
   void judge(Slot& slot);
   void read_all(const Read& read);
+  bool hand_over(Slot slot);
   void stitch_all(Engine& engine);
   void stitch(Engine& engine, Slot& slot);
   void take_seams(Engine& engine, const Slot& slot);
@@ -81,7 +99,8 @@ class StitchPool {
   std::shared_ptr<const AVFrame> last_[2];      // the reader's
   std::shared_ptr<Group> group_;                // likewise
   bool read_ended_ = false, stopped_ = false;
-  std::vector<std::jthread> threads_;  // last: they end first
+  std::exception_ptr read_trouble_;  // after the frames before it
+  Threads threads_{*this};           // last: they end first
 };
 
 }  // namespace biseam::tool

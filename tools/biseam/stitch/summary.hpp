@@ -16,7 +16,9 @@ class Summary {
   void count_frame(const SeamPath& path);
 
   std::int64_t frames() const { return frames_; }
-  double seam_movement() const;  // mean columns a frame, 0 with less than two frames
+  // Columns a frame: the mean over the rows of both seams and all frames but the first, 0 with less than two.  In a repeated
+  // frame the seams stay.
+  double seam_movement() const;
 
  private:
   std::int64_t frames_ = 0;

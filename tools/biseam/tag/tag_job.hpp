@@ -12,10 +12,10 @@ struct TagJob {
   bool in_place = false;  // both are the same file
 };
 
-// A file that is marked already stays as it is, or is copied; says so.  Throws Failure.
+// A file that is marked already stays as it is, or is copied, so that a second run changes no byte; says so.  Throws Failure.
 void keep_marked(const TagJob& job);
 
-// Throws Failure (input) unless the sides are those of a whole sphere.
+// Throws Failure (input) unless the sides are those of a whole sphere.  Not asked of what is marked as a part of one.
 void check_sides(const TagJob& job, Size size);
 
 // Says that a file was something else before.

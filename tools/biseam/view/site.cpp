@@ -9,6 +9,7 @@
 
 #include "base/failure.hpp"
 #include "view/byte_range.hpp"
+#include "view/own_host.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -95,7 +96,7 @@ OpenFile::~OpenFile() {
   if (descriptor_ >= 0) ::close(descriptor_);
 }
 
-Site::Site(std::string page, const PageFiles& files) : page_(std::move(page)) {
+Site::Site(std::string page, const PageFiles& files, int port) : page_(std::move(page)), port_(port) {
   const std::string root = "/";
   files_.emplace(root + served_name("panorama", files.panorama), OpenFile(files.panorama));
   if (files.seams) files_.emplace(root + served_name("seams", *files.seams), OpenFile(*files.seams));
@@ -103,6 +104,10 @@ Site::Site(std::string page, const PageFiles& files) : page_(std::move(page)) {
 
 MHD_Result Site::answer(MHD_Connection* connection, const std::string& address, const std::string& method) const {
   static const std::string kUnknown = "There is nothing at this address.\n", kReadOnly = "Only GET and HEAD are answered.\n";
+  static const std::string kElsewhere = "This is no address of the server.\n";
+  if (!is_own_host(header(connection, MHD_HTTP_HEADER_HOST), port_)) {
+    return send(connection, MHD_HTTP_MISDIRECTED_REQUEST, text_response(kElsewhere, "text/plain"));
+  }
   if (method != MHD_HTTP_METHOD_GET && method != MHD_HTTP_METHOD_HEAD) {
     const Response response = text_response(kReadOnly, "text/plain");
     if (response) MHD_add_response_header(response.get(), MHD_HTTP_HEADER_ALLOW, "GET, HEAD");

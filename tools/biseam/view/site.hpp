@@ -32,7 +32,8 @@ class OpenFile {
 // The page under "/", the files under their served names: addresses are looked up among these, never on disk.
 class Site {
  public:
-  Site(std::string page, const PageFiles& files);
+  // port: of the server, which requests have to name.
+  Site(std::string page, const PageFiles& files, int port);
 
   // Several threads may answer at once.
   MHD_Result answer(MHD_Connection* connection, const std::string& address, const std::string& method) const;
@@ -40,6 +41,7 @@ class Site {
  private:
   std::string page_;
   std::map<std::string, OpenFile> files_;
+  int port_;
 };
 
 }  // namespace biseam::tool

@@ -271,7 +271,7 @@ TEST(Faults, an_input_that_vanishes_is_told_and_leaves_nothing) {
 }
 
 TEST(Faults, an_interrupt_finishes_what_is_in_flight) {
-  for (const int signal : {SIGINT, SIGTERM}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     const ScratchFolder folder;
     Started started(frames_from_pipe(folder / "out.mp4"));
     for (int k = 0; k < 30; ++k) started.send(endless_frames());
@@ -282,6 +282,18 @@ TEST(Faults, an_interrupt_finishes_what_is_in_flight) {
     EXPECT_EQ(folder.names(), (std::vector<std::string>{"out.mp4"}));
     EXPECT_GT(ClipProbe(folder / "out.mp4").pictures.size(), 0u);
   }
+}
+
+// Both are there when the tool goes on.
+TEST(Faults, a_second_interrupt_ends_it_at_once_and_leaves_nothing) {
+  const ScratchFolder folder;
+  Started started(frames_from_pipe(folder / "out.mp4"));
+  for (int k = 0; k < 30; ++k) started.send(endless_frames());
+  started.wait_for_bytes_in(folder.path());
+  for (const int signal : {SIGSTOP, SIGTERM, SIGINT, SIGCONT}) started.signal(signal);
+  const int exit_code = started.finish().exit_code;
+  EXPECT_TRUE(exit_code == -SIGTERM || exit_code == -SIGINT) << exit_code;
+  EXPECT_TRUE(folder.names().empty());
 }
 
 TEST(Faults, an_interrupt_before_the_first_picture_leaves_nothing) {

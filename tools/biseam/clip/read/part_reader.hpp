@@ -19,7 +19,8 @@ struct PartRange {
 class PartReader {
  public:
   // group: pictures that share their seams, counted from the clip's first one.  When the part begins inside a group, the
-  // group's first pair comes before, not wanted but for its seams.
+  // group's first pair comes before, not wanted but for its seams.  A part of a clip with groups is read from the clip's
+  // beginning: nothing else tells the number of a picture.
   PartReader(PairReader reader, const PartRange& range, int group);
 
   std::optional<FramePair> next();

@@ -54,6 +54,7 @@ void ClipWriter::add_copied(int clip, const PairReader& clips, const AVStream& f
   }
   CopiedStream& copied = copied_[clip][std::size_t(from.index)] = muxer_.add_copied(from, text);
   copied.offset = av_rescale_q(offset, kMicroseconds, from.time_base);
+  // Players choose the first clip's streams by themselves.
   if (clip != 0) copied.to->disposition &= ~AV_DISPOSITION_DEFAULT;
 }
 

@@ -5,6 +5,7 @@ extern "C" {
 }
 
 #include "base/failure.hpp"
+#include "base/shortage.hpp"
 #include "media/libav_log.hpp"
 #include "picture/plane.hpp"
 
@@ -74,7 +75,11 @@ Encoder::Encoder(const EncoderSettings& settings, const ClipFacts& facts, bool g
   set_options(settings);
   const LibavLog log;
   const int status = avcodec_open2(context_.get(), &codec, nullptr);
-  if (status < 0) throw Failure(ExitCode::output, "encoder " + settings_text_ + ": " + log.reason(status));
+  if (status >= 0) return;
+  if (was_thread_refused()) {
+    throw Failure(ExitCode::system, "encoder " + settings_text_ + ": no thread for encoding can be started");
+  }
+  throw Failure(ExitCode::output, "encoder " + settings_text_ + ": " + log.reason(status));
 }
 
 void Encoder::set_options(const EncoderSettings& settings) {

@@ -10,7 +10,8 @@ namespace biseam::tool {
 // "stream 2 (subtitle, subrip)"; clip: path, told when it is not empty.
 std::string stream_text(const AVStream& stream, const std::string& clip);
 
-// Carried otherwise and not to be copied: the track of chapter titles, and time code that stands in the metadata.
+// Carried otherwise and not to be copied: the track of chapter titles, and time code that stands in the metadata, of which
+// libav writes a track anew where the container has them.
 bool is_carried_by_metadata(const AVFormatContext& clip, const AVStream& stream);
 
 // Why the container can't hold packets of the stream as they are; empty when it can.

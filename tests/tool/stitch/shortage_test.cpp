@@ -1,0 +1,119 @@
+// No memory and no threads: whichever request fails, the run ends at once with one line, or does all it should.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <sstream>
+
+#include "base/sanitized.hpp"
+#include "picture/encode.hpp"
+#include "tool/support/clip_maker.hpp"
+#include "tool/support/run_clip.hpp"
+#include "tool/support/scratch_folder.hpp"
+
+namespace biseam::tool {
+namespace {
+
+using namespace test;
+
+constexpr int kSystem = 6;  // exit code
+
+// A stitch in which the number-th call of a kind fails; negative: none.
+class FailingRun {
+ public:
+  FailingRun(const std::string& input, const std::string& output) : input_(folder_ / input), output_(folder_ / output) {
+    if (input.ends_with(".mp4")) {
+      ClipSpec spec;
+      spec.sound = 0.2;
+      write_clip(input_, spec, walk(3));
+    } else {
+      const std::vector<std::uint8_t> png = encode_png(to_rgb(walk(1)[0]));
+      write_bytes(input_, {png.begin(), png.end()});
+    }
+    EXPECT_EQ(run("FAILING_THREAD", -1).exit_code, 0);
+    expected_ = read_bytes(output_);
+    std::istringstream(read_bytes(folder_ / "calls")) >> allocations_ >> threads_;
+    std::filesystem::remove(output_);
+  }
+
+  int allocations() const { return allocations_; }
+  int threads() const { return threads_; }
+
+  Finished run(const std::string& kind, int number) {
+    return test::run(with(
+        {"/usr/bin/timeout", "60", "/usr/bin/env", "LD_PRELOAD=" BISEAM_FAILING_CALLS, "COUNTED_CALLS=" + (folder_ / "calls"),
+         kind + "=" + std::to_string(number), BISEAM_TOOL, "stitch", input_, "-o", output_, "--no-search"},
+        known_lenses()));
+  }
+
+  // What a run that ended in a failure has left would be counted as the next one's.
+  void expect_orderly_end(const std::string& kind, int number) {
+    SCOPED_TRACE(kind + " " + std::to_string(number));
+    const Finished finished = run(kind, number);
+    std::filesystem::remove(folder_ / "calls");
+    if (finished.exit_code == 0) {
+      ++dispensable_;
+      EXPECT_EQ(read_bytes(output_), expected_);
+      std::filesystem::remove(output_);
+    } else {
+      ++refused_;
+      EXPECT_EQ(finished.exit_code, kSystem) << finished.err;
+      // What fails while the finished run is told leaves the whole result.
+      const bool is_finished = std::filesystem::exists(output_);
+      EXPECT_LE(std::count(finished.err.begin(), finished.err.end(), '\n'), is_finished ? 2 : 1) << finished.err;
+      if (is_finished) {
+        EXPECT_EQ(read_bytes(output_), expected_);
+        std::filesystem::remove(output_);
+      }
+      EXPECT_EQ(finished.err.rfind("biseam: ", 0), 0u) << finished.err;
+      EXPECT_TRUE(finished.err.find("memory") != std::string::npos || finished.err.find("no thread for ") != std::string::npos)
+          << finished.err;
+    }
+    EXPECT_EQ(folder_.names(), (std::vector<std::string>{std::filesystem::path(input_).filename()}));
+  }
+
+  int refused() const { return refused_; }
+  int dispensable() const { return dispensable_; }
+
+ private:
+  ScratchFolder folder_;
+  std::string input_, output_, expected_;
+  int allocations_ = 0, threads_ = 0, refused_ = 0, dispensable_ = 0;
+};
+
+class Shortage : public testing::TestWithParam<std::pair<const char*, const char*>> {
+ protected:
+  void SetUp() override {
+#if defined(BISEAM_SANITIZED)
+    GTEST_SKIP() << "sanitizers take all requests themselves";
+#endif
+    run_ = std::make_unique<FailingRun>(GetParam().first, GetParam().second);
+  }
+  std::unique_ptr<FailingRun> run_;
+
+  // About so many of all the requests for memory, evenly.
+  void expect_orderly_ends(int runs) {
+    ASSERT_GT(run_->allocations(), 1000);
+    const int stride = std::max(1, run_->allocations() / runs);
+    for (int number = 0; number < run_->allocations(); number += stride) run_->expect_orderly_end("FAILING_ALLOCATION", number);
+    EXPECT_GT(run_->refused(), 0);
+    EXPECT_EQ(run_->dispensable(), 0);
+  }
+};
+INSTANTIATE_TEST_SUITE_P(Stitch, Shortage, testing::Values(std::pair("in.png", "out.jpg"), std::pair("in.mp4", "out.mp4")),
+                         [](const auto& parameter) { return std::string(parameter.param.first).substr(3); });
+
+TEST_P(Shortage, of_memory_ends_in_one_line) { expect_orderly_ends(40); }
+
+TEST_P(Shortage, DISABLED_of_memory_ends_in_one_line_for_every_request) { expect_orderly_ends(1 << 30); }
+
+// Those of the pool, of the decoder and of the encoder are needed; all others have calls in their place.
+TEST_P(Shortage, of_threads_is_named_or_does_no_harm) {
+  for (int number = 0; number < std::min(run_->threads(), 40); ++number) run_->expect_orderly_end("FAILING_THREAD", number);
+  EXPECT_GT(run_->dispensable(), 0);
+  if (std::string(GetParam().first) == "in.mp4") {
+    EXPECT_GT(run_->refused(), 2);
+  }
+}
+
+}  // namespace
+}  // namespace biseam::tool
