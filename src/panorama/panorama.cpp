@@ -134,14 +134,22 @@ BiseamCamera biseam_camera_of(int32_t width, int32_t height, double fov) {
 BiseamPanorama* biseam_panorama_open(const BiseamCamera* camera, const BiseamPanoramaOptions* options, BiseamError* error) {
   BiseamCamera given;
   if (!read_record(camera, biseam_camera_of(2, 2, biseam::kUsualFov), sizeof(BiseamCamera), given)) {
-    report(error, BISEAM_INVALID_CAMERA, "camera.size is %u: must be %zu, as biseam_camera_of gives it",
-           camera == nullptr ? 0 : camera->size, sizeof(BiseamCamera));
+    if (camera == nullptr) {
+      report(error, BISEAM_INVALID_CAMERA, "camera is NULL: must be a camera");
+    } else {
+      report(error, BISEAM_INVALID_CAMERA, "camera.size is %u: must be %zu, as biseam_camera_of gives it", camera->size,
+             sizeof(BiseamCamera));
+    }
     return nullptr;
   }
   BiseamPanoramaOptions chosen;
   if (!read_record(options, biseam_panorama_defaults(), sizeof(BiseamPanoramaOptions), chosen)) {
-    report(error, kInvalidOptions, "options.size is %u: must be %zu, as biseam_panorama_defaults gives it",
-           options == nullptr ? 0 : options->size, sizeof(BiseamPanoramaOptions));
+    if (options == nullptr) {
+      report(error, kInvalidOptions, "options is NULL: must be options");
+    } else {
+      report(error, kInvalidOptions, "options.size is %u: must be %zu, as biseam_panorama_defaults gives it", options->size,
+             sizeof(BiseamPanoramaOptions));
+    }
     return nullptr;
   }
   const biseam::Camera checked{.lens = {lens_of(given.lens[0]), lens_of(given.lens[1])}};

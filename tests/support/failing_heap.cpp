@@ -28,11 +28,15 @@ void* counted(void* block) {
 extern "C" {
 void* __real_malloc(std::size_t bytes);
 void* __real_calloc(std::size_t count, std::size_t bytes);
+void* __real_aligned_alloc(std::size_t alignment, std::size_t bytes);
 void __real_free(void* block);
 
 void* __wrap_malloc(std::size_t bytes) { return refuse(bytes) ? nullptr : counted(__real_malloc(bytes)); }
 void* __wrap_calloc(std::size_t count, std::size_t bytes) {
   return refuse(count * bytes) ? nullptr : counted(__real_calloc(count, bytes));
+}
+void* __wrap_aligned_alloc(std::size_t alignment, std::size_t bytes) {
+  return refuse(bytes) ? nullptr : counted(__real_aligned_alloc(alignment, bytes));
 }
 void __wrap_free(void* block) {
   if (watching && block != nullptr) --held_blocks;

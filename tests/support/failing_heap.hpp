@@ -5,7 +5,7 @@
 namespace biseam::test {
 
 // Makes one request to the C heap fail and counts what is held, for programs linked with
-// -Wl,--wrap=malloc,--wrap=calloc,--wrap=free.  Requests by libstdc++ (operator new) don't pass here.
+// -Wl,--wrap=malloc,--wrap=calloc,--wrap=aligned_alloc,--wrap=free.  Requests by libstdc++ (operator new) don't pass here.
 class FailingHeap {
  public:
   // The request with this number, counted from 0, fails, and every one after it if and_later; negative: none.

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "biseam/panorama.h"
+#include "support/own_picture.hpp"
+
+namespace biseam::test {
+
+// A small camera that breaks no rule, and frames for it.
+class Door {
+ public:
+  BiseamCamera camera = biseam_camera_of(96, 96, 200);
+  BiseamPanoramaOptions options = biseam_panorama_defaults();
+  BiseamFrame frame = biseam_frame_defaults();
+
+  Door() {
+    options.width = 192;
+    options.height = 96;
+    options.threads = 1;
+  }
+
+  OwnPicture fisheye(int lens) const {
+    OwnPicture picture(options.format, camera.lens[lens].width, camera.lens[lens].height);
+    picture.fill(
+        [&](int c, int x, int y) { return (40 + 30 * lens + (x * (3 + c) + y * 5) % 150) << (picture.format().bits - 8); });
+    return picture;
+  }
+  OwnPicture panorama() const { return OwnPicture(options.format, options.width, options.height); }
+};
+
+// Closes what it owns.
+struct Handle {
+  BiseamPanorama* panorama = nullptr;
+
+  explicit Handle(BiseamPanorama* opened) : panorama(opened) {}
+  Handle(const Handle&) = delete;
+  Handle& operator=(const Handle&) = delete;
+  ~Handle() { biseam_panorama_close(panorama); }
+};
+
+}  // namespace biseam::test

@@ -1,0 +1,357 @@
+// Every rule of every record of biseam/panorama.h, broken alone, and the C++ face.
+#include "biseam/panorama.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstddef>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "panorama/door_fixture.hpp"
+
+namespace biseam::test {
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN(), kInf = std::numeric_limits<double>::infinity();
+
+void expect_error(const BiseamError& error, BiseamErrorCode code, const std::string& text) {
+  EXPECT_EQ(error.code, code);
+  EXPECT_EQ(error.text, text);
+}
+
+BiseamError unwritten() { return {-1, "not written"}; }
+
+template <class Subject>
+struct Rule {
+  std::string text;
+  std::function<void(Subject&)> break_it;
+};
+
+// ---- Camera ------------------------------------------------------------------------------------------------------------
+
+void expect_refused(const BiseamCamera& camera, const std::string& text) {
+  const Door door;
+  BiseamError error = unwritten();
+  const Handle opened(biseam_panorama_open(&camera, &door.options, &error));
+  EXPECT_EQ(opened.panorama, nullptr) << text;
+  expect_error(error, BISEAM_INVALID_CAMERA, text);
+}
+
+TEST(PanoramaCamera, EveryRuleBrokenAloneIsNamed) {
+  const Rule<BiseamLens> rules[] = {
+      {"width is 1: must be between 2 and 16384", [](BiseamLens& l) { l.width = 1; }},
+      {"width is 0: must be between 2 and 16384", [](BiseamLens& l) { l.width = 0; }},
+      {"width is 16385: must be between 2 and 16384", [](BiseamLens& l) { l.width = 16385; }},
+      {"height is -96: must be between 2 and 16384", [](BiseamLens& l) { l.height = -96; }},
+      {"height is 20000: must be between 2 and 16384", [](BiseamLens& l) { l.height = 20000; }},
+      {"cx is nan: must be between -100000 and 100000", [](BiseamLens& l) { l.cx = kNaN; }},
+      {"cx is -100001: must be between -100000 and 100000", [](BiseamLens& l) { l.cx = -100001; }},
+      {"cy is inf: must be between -100000 and 100000", [](BiseamLens& l) { l.cy = kInf; }},
+      {"cy is 100001: must be between -100000 and 100000", [](BiseamLens& l) { l.cy = 100001; }},
+      {"p is 0: must be between 1 and 16384", [](BiseamLens& l) { l.p = 0; }},
+      {"p is nan: must be between 1 and 16384", [](BiseamLens& l) { l.p = kNaN; }},
+      {"p is 16385: must be between 1 and 16384", [](BiseamLens& l) { l.p = 16385; }},
+      {"k[0] is nan: must be between -10 and 10", [](BiseamLens& l) { l.k[0] = kNaN; }},
+      {"k[1] is -inf: must be between -10 and 10", [](BiseamLens& l) { l.k[1] = -kInf; }},
+      {"k[2] is 11: must be between -10 and 10", [](BiseamLens& l) { l.k[2] = 11; }},
+      {"k is (-0.5, 0, 0): the radius must increase up to fov / 2 = 100 degrees, it does not at 46.9",
+       [](BiseamLens& l) { l.k[0] = -0.5; }},
+      {"fov is 119: must be between 120 and 300", [](BiseamLens& l) { l.fov = 119; }},
+      {"fov is 301: must be between 120 and 300", [](BiseamLens& l) { l.fov = 301; }},
+      {"fov is nan: must be between 120 and 300", [](BiseamLens& l) { l.fov = kNaN; }},
+      {"turn.yaw is 46: must be between -45 and 45", [](BiseamLens& l) { l.turn.yaw = 46; }},
+      {"turn.pitch is -46: must be between -45 and 45", [](BiseamLens& l) { l.turn.pitch = -46; }},
+      {"turn.roll is inf: must be between -45 and 45", [](BiseamLens& l) { l.turn.roll = kInf; }},
+      {"mount is 45: must be 0, 90, 180 or 270", [](BiseamLens& l) { l.mount = 45; }},
+      {"mount is 360: must be 0, 90, 180 or 270", [](BiseamLens& l) { l.mount = 360; }},
+      {"p is 16000: the radius at fov / 2 must be 16384 or less, it is 27925.3", [](BiseamLens& l) { l.p = 16000; }},
+  };
+  for (int k = 0; k < 2; ++k) {
+    for (const Rule<BiseamLens>& rule : rules) {
+      BiseamCamera camera = Door().camera;
+      rule.break_it(camera.lens[k]);
+      expect_refused(camera, "lens[" + std::to_string(k) + "]." + rule.text);
+    }
+  }
+}
+
+TEST(PanoramaCamera, LensesMustOverlapAllRound) {
+  BiseamCamera camera = Door().camera;
+  camera.lens[0].fov = camera.lens[1].fov = 181;
+  expect_refused(camera, "overlap is 0.5 degrees: each lens must see 1 or more beyond the plane between them, all round");
+  camera = Door().camera;
+  camera.lens[1].cx += 8;  // the circle is cut off by the picture's right edge
+  BiseamError error = unwritten();
+  const Door door;
+  EXPECT_EQ(biseam_panorama_open(&camera, &door.options, &error), nullptr);
+  EXPECT_EQ(std::string(error.text).find("overlap is "), 0u) << error.text;
+}
+
+TEST(PanoramaCamera, MustHaveItsSize) {
+  for (const uint32_t size : {0u, 4u, uint32_t(sizeof(BiseamCamera) - 1), uint32_t(sizeof(BiseamCamera) + 8), ~0u}) {
+    BiseamCamera camera = Door().camera;
+    camera.size = size;
+    expect_refused(camera, "camera.size is " + std::to_string(size) + ": must be " + std::to_string(sizeof(BiseamCamera)) +
+                               ", as biseam_camera_of gives it");
+  }
+  const Door door;
+  BiseamError error = unwritten();
+  EXPECT_EQ(biseam_panorama_open(nullptr, &door.options, &error), nullptr);
+  expect_error(error, BISEAM_INVALID_CAMERA, "camera is NULL: must be a camera");
+}
+
+// ---- Options -----------------------------------------------------------------------------------------------------------
+
+using Options = BiseamPanoramaOptions;
+
+TEST(PanoramaOptions, EveryRuleBrokenAloneIsNamed) {
+  const Rule<Options> rules[] = {
+      {"width is 62: must be even, from 64 to 16384", [](Options& o) { o.width = 62; }},
+      {"width is 193: must be even, from 64 to 16384", [](Options& o) { o.width = 193; }},
+      {"width is 16386: must be even, from 64 to 16384", [](Options& o) { o.width = 16386; }},
+      {"width is -192: must be even, from 64 to 16384", [](Options& o) { o.width = -192; }},
+      {"height is 30: must be even, from 32 to 8192", [](Options& o) { o.height = 30; }},
+      {"height is 97: must be even, from 32 to 8192", [](Options& o) { o.height = 97; }},
+      {"height is 8194: must be even, from 32 to 8192", [](Options& o) { o.height = 8194; }},
+      {"format is 0: must be from 1 to 20", [](Options& o) { o.format = 0; }},
+      {"format is 21: must be from 1 to 20", [](Options& o) { o.format = 21; }},
+      {"quality is -1: must be from 0 to 2", [](Options& o) { o.quality = -1; }},
+      {"quality is 3: must be from 0 to 2", [](Options& o) { o.quality = 3; }},
+      {"seam is -1: must be from 0 to 1", [](Options& o) { o.seam = -1; }},
+      {"seam is 2: must be from 0 to 1", [](Options& o) { o.seam = 2; }},
+      {"threads is -1: must be from 0 to 64", [](Options& o) { o.threads = -1; }},
+      {"threads is 65: must be from 0 to 64", [](Options& o) { o.threads = 65; }},
+  };
+  for (const Rule<Options>& rule : rules) {
+    Door door;
+    rule.break_it(door.options);
+    BiseamError error = unwritten();
+    EXPECT_EQ(biseam_panorama_open(&door.camera, &door.options, &error), nullptr);
+    expect_error(error, BISEAM_INVALID_OPTIONS, rule.text);
+  }
+}
+
+TEST(PanoramaOptions, MustHaveTheirSize) {
+  Door door;
+  BiseamError error = unwritten();
+  for (const uint32_t size : {0u, uint32_t(sizeof(Options) - 1), uint32_t(sizeof(Options) + 4)}) {
+    door.options.size = size;
+    EXPECT_EQ(biseam_panorama_open(&door.camera, &door.options, &error), nullptr);
+    expect_error(error, BISEAM_INVALID_OPTIONS,
+                 "options.size is " + std::to_string(size) + ": must be " + std::to_string(sizeof(Options)) +
+                     ", as biseam_panorama_defaults gives it");
+  }
+  EXPECT_EQ(biseam_panorama_open(&door.camera, nullptr, &error), nullptr);
+  expect_error(error, BISEAM_INVALID_OPTIONS, "options is NULL: must be options");
+}
+
+TEST(PanoramaOptions, TheirLimitsAreAllowed) {
+  const Rule<Options> limits[] = {
+      {"smallest", [](Options& o) { o.width = 64, o.height = 32; }},
+      {"one row of blocks, no even number of them", [](Options& o) { o.width = 16384, o.height = 32; }},
+      {"tall", [](Options& o) { o.width = 64, o.height = 8192; }},
+      {"all threads", [](Options& o) { o.threads = 64; }},
+      {"a thread for each processor", [](Options& o) { o.threads = 0; }},
+      {"the other seam", [](Options& o) { o.seam = BISEAM_SEAM_MIDDLE; }},
+  };
+  for (const Rule<Options>& limit : limits) {
+    Door allowed;
+    limit.break_it(allowed.options);
+    BiseamError error = unwritten();
+    const Handle opened(biseam_panorama_open(&allowed.camera, &allowed.options, &error));
+    ASSERT_NE(opened.panorama, nullptr) << limit.text << ": " << error.text;
+    expect_error(error, BISEAM_OK, "");
+    OwnPicture lens0 = allowed.fisheye(0), lens1 = allowed.fisheye(1), to = allowed.panorama();
+    const BiseamPicture fisheyes[] = {lens0.record(), lens1.record()}, picture = to.record();
+    EXPECT_EQ(biseam_panorama_stitch(opened.panorama, fisheyes, &picture, nullptr, &error), BISEAM_OK) << limit.text;
+    EXPECT_TRUE(to.surroundings_untouched());
+  }
+}
+
+// ---- Frames ------------------------------------------------------------------------------------------------------------
+
+// A frame's records, of which one is broken.
+struct Call {
+  BiseamPicture fisheyes[2], panorama;
+  BiseamFrame frame;
+};
+
+class PanoramaFrames : public testing::Test {
+ protected:
+  explicit PanoramaFrames(int format = BISEAM_NV12) {
+    door_.options.format = format;
+    open();
+  }
+  void open() {
+    handle_.emplace_back(new Handle(biseam_panorama_open(&door_.camera, &door_.options, nullptr)));
+    lenses_ = {door_.fisheye(0), door_.fisheye(1)};
+  }
+
+  Call call_for(OwnPicture& to) { return {{lenses_[0].record(), lenses_[1].record()}, to.record(), biseam_frame_defaults()}; }
+
+  void expect_refused(const Rule<Call>& rule, BiseamErrorCode code = BISEAM_INVALID_PICTURE) {
+    OwnPicture to = door_.panorama();
+    Call call = call_for(to);
+    rule.break_it(call);
+    BiseamError error = unwritten();
+    EXPECT_EQ(biseam_panorama_stitch(handle_.back()->panorama, call.fisheyes, &call.panorama, &call.frame, &error), code);
+    expect_error(error, code, rule.text);
+    EXPECT_TRUE(to.untouched()) << rule.text;
+    EXPECT_EQ(biseam_panorama_stitch(handle_.back()->panorama, call.fisheyes, &call.panorama, &call.frame, nullptr), code);
+    EXPECT_TRUE(to.untouched()) << rule.text;
+  }
+
+  Door door_;
+  std::vector<std::unique_ptr<Handle>> handle_;
+  std::vector<OwnPicture> lenses_;
+};
+
+TEST_F(PanoramaFrames, EveryRuleOfPicturesBrokenAloneIsNamed) {
+  struct Target {
+    std::string name, size;
+    BiseamPicture& (*of)(Call&);
+  };
+  const Target targets[] = {
+      {"fisheyes[0]", "96 x 96", [](Call& c) -> BiseamPicture& { return c.fisheyes[0]; }},
+      {"fisheyes[1]", "96 x 96", [](Call& c) -> BiseamPicture& { return c.fisheyes[1]; }},
+      {"panorama", "192 x 96", [](Call& c) -> BiseamPicture& { return c.panorama; }},
+  };
+  const std::string size = std::to_string(sizeof(BiseamPicture));
+  for (const Target& target : targets) {
+    const std::string row = target.name == "panorama" ? "192" : "96";
+    const Rule<BiseamPicture> rules[] = {
+        {".size is 0: must be " + size + ", as biseam_picture_defaults gives it", [](BiseamPicture& p) { p.size = 0; }},
+        {".size is 4096: must be " + size + ", as biseam_picture_defaults gives it", [](BiseamPicture& p) { p.size = 4096; }},
+        {".format is 2: must be the options', 1", [](BiseamPicture& p) { p.format = BISEAM_NV21; }},
+        {".format is 0: must be the options', 1", [](BiseamPicture& p) { p.format = 0; }},
+        {" is 94 x 96: must be " + target.size, [](BiseamPicture& p) { p.width = 94; }},
+        {" is 0 x 96: must be " + target.size, [](BiseamPicture& p) { p.width = 0; }},
+        {" is 100000 x 96: must be " + target.size, [](BiseamPicture& p) { p.width = 100000; }},
+        {".siting is -1: must be 0 (left), 1 (middle) or 2 (top left)", [](BiseamPicture& p) { p.siting = -1; }},
+        {".siting is 3: must be 0 (left), 1 (middle) or 2 (top left)", [](BiseamPicture& p) { p.siting = 3; }},
+        {".planes[0] is NULL: must be a plane", [](BiseamPicture& p) { p.planes[0] = nullptr; }},
+        {".planes[1] is NULL: must be a plane", [](BiseamPicture& p) { p.planes[1] = nullptr; }},
+        {".strides[0] is 95: must be " + row + " bytes or more, up or down", [](BiseamPicture& p) { p.strides[0] = 95; }},
+        {".strides[0] is 0: must be " + row + " bytes or more, up or down", [](BiseamPicture& p) { p.strides[0] = 0; }},
+        {".strides[1] is -95: must be " + row + " bytes or more, up or down", [](BiseamPicture& p) { p.strides[1] = -95; }},
+    };
+    for (const Rule<BiseamPicture>& rule : rules) {
+      expect_refused({target.name + rule.text, [&](Call& call) { rule.break_it(target.of(call)); }});
+    }
+    const std::string height = target.name == "panorama" ? "192 x 98" : "96 x 98";
+    expect_refused(
+        {target.name + " is " + height + ": must be " + target.size, [&](Call& call) { target.of(call).height = 98; }});
+  }
+}
+
+TEST_F(PanoramaFrames, FisheyesHaveOneSiting) {
+  expect_refused({"fisheyes[1].siting is 1: must be that of fisheyes[0], 0",
+                  [](Call& call) { call.fisheyes[1].siting = BISEAM_SITING_MIDDLE; }});
+}
+
+TEST_F(PanoramaFrames, PicturesMustBeThere) {
+  OwnPicture to = door_.panorama();
+  const Call call = call_for(to);
+  BiseamError error = unwritten();
+  BiseamPanorama* const panorama = handle_.back()->panorama;
+  EXPECT_EQ(biseam_panorama_stitch(panorama, nullptr, &call.panorama, nullptr, &error), BISEAM_INVALID_PICTURE);
+  expect_error(error, BISEAM_INVALID_PICTURE, "fisheyes[0] is NULL: must be a picture");
+  EXPECT_EQ(biseam_panorama_stitch(panorama, call.fisheyes, nullptr, nullptr, &error), BISEAM_INVALID_PICTURE);
+  expect_error(error, BISEAM_INVALID_PICTURE, "panorama is NULL: must be a picture");
+  EXPECT_TRUE(to.untouched());
+  EXPECT_EQ(biseam_panorama_stitch(panorama, call.fisheyes, &call.panorama, nullptr, nullptr), BISEAM_OK);
+  EXPECT_FALSE(to.untouched());
+}
+
+TEST_F(PanoramaFrames, EveryRuleOfAFrameBrokenAloneIsNamed) {
+  const std::string size = std::to_string(sizeof(BiseamFrame));
+  const Rule<Call> rules[] = {
+      {"frame.size is 0: must be " + size + ", as biseam_frame_defaults gives it", [](Call& c) { c.frame.size = 0; }},
+      {"frame.size is 33: must be " + size + ", as biseam_frame_defaults gives it", [](Call& c) { c.frame.size = 33; }},
+      {"turn.yaw is nan: must be from -1e+06 to 1e+06 degrees", [](Call& c) { c.frame.turn.yaw = kNaN; }},
+      {"turn.pitch is inf: must be from -1e+06 to 1e+06 degrees", [](Call& c) { c.frame.turn.pitch = kInf; }},
+      {"turn.roll is -inf: must be from -1e+06 to 1e+06 degrees", [](Call& c) { c.frame.turn.roll = -kInf; }},
+      {"turn.roll is 1.1e+06: must be from -1e+06 to 1e+06 degrees", [](Call& c) { c.frame.turn.roll = 1.1e6; }},
+  };
+  for (const Rule<Call>& rule : rules) expect_refused(rule, BISEAM_INVALID_OPTIONS);
+}
+
+class PanoramaFramesOfWords : public PanoramaFrames {
+ protected:
+  PanoramaFramesOfWords() : PanoramaFrames(BISEAM_P010) {}
+};
+
+TEST_F(PanoramaFramesOfWords, LieAtEvenAddresses) {
+  const auto odd = [](void*& plane) { plane = static_cast<char*>(plane) + 1; };
+  expect_refused({"fisheyes[1].planes[0] is odd: samples of 16 bits lie at even addresses",
+                  [&](Call& c) { odd(c.fisheyes[1].planes[0]); }});
+  expect_refused(
+      {"panorama.planes[1] is odd: samples of 16 bits lie at even addresses", [&](Call& c) { odd(c.panorama.planes[1]); }});
+  expect_refused({"fisheyes[0].strides[1] is 193: must be 192 bytes or more, up or down, and even",
+                  [](Call& c) { c.fisheyes[0].strides[1] = 193; }});
+  expect_refused({"panorama.strides[0] is 382: must be 384 bytes or more, up or down, and even",
+                  [](Call& c) { c.panorama.strides[0] = 382; }});
+}
+
+// ---- Open and close, C++ -----------------------------------------------------------------------------------------------
+
+TEST(Panorama, ClosingNothingAndErrorsWithoutAPlaceAreAllowed) {
+  biseam_panorama_close(nullptr);
+  Door door;
+  const Handle opened(biseam_panorama_open(&door.camera, &door.options, nullptr));
+  EXPECT_NE(opened.panorama, nullptr);
+  door.options.threads = -1;
+  EXPECT_EQ(biseam_panorama_open(&door.camera, &door.options, nullptr), nullptr);
+}
+
+TEST(Panorama, DefaultsAreWhatTheHeaderSays) {
+  const Options options = panorama_defaults();
+  EXPECT_EQ(options.size, sizeof(Options));
+  EXPECT_EQ(options.width, 3840);
+  EXPECT_EQ(options.height, 1920);
+  EXPECT_EQ(options.format, BISEAM_NV12);
+  EXPECT_EQ(options.quality, BISEAM_QUALITY_GOOD);
+  EXPECT_EQ(options.seam, BISEAM_SEAM_SEARCH);
+  EXPECT_EQ(options.threads, 0);
+  const BiseamCamera camera = camera_of(1920, 1080, 195);
+  for (const BiseamLens& lens : camera.lens) {
+    EXPECT_EQ(lens.cx, 959.5);
+    EXPECT_EQ(lens.cy, 539.5);
+    EXPECT_NEAR(lens.p, 540 / (195.0 / 360 * M_PI), 1e-9);
+  }
+}
+
+TEST(Panorama, HasAnOwnerInCpp) {
+  Door door;
+  Panorama panorama = Panorama::open(door.camera, door.options);
+  ASSERT_TRUE(panorama);
+  EXPECT_FALSE(panorama.error());
+  EXPECT_GT(panorama.memory(), 100000u);
+  OwnPicture lens0 = door.fisheye(0), lens1 = door.fisheye(1), to = door.panorama(), again = door.panorama();
+  const BiseamPicture fisheyes[] = {lens0.record(), lens1.record()};
+  ASSERT_FALSE(panorama.stitch(fisheyes, to.record()));
+  Panorama moved = std::move(panorama);
+  EXPECT_FALSE(panorama);
+  EXPECT_NE(moved.get(), nullptr);
+  panorama = std::move(moved);
+  ASSERT_FALSE(panorama.stitch(fisheyes, again.record()));
+  EXPECT_EQ(to.bytes(), again.bytes());
+  BiseamFrame frame = frame_defaults();
+  frame.turn.yaw = kNaN;
+  const PanoramaError error = panorama.stitch(fisheyes, again.record(), frame);
+  ASSERT_TRUE(error);
+  expect_error(error, BISEAM_INVALID_OPTIONS, "turn.yaw is nan: must be from -1e+06 to 1e+06 degrees");
+  door.options.width = 0;
+  const Panorama none = Panorama::open(door.camera, door.options);
+  EXPECT_FALSE(none);
+  expect_error(none.error(), BISEAM_INVALID_OPTIONS, "width is 0: must be even, from 64 to 16384");
+}
+
+}  // namespace
+}  // namespace biseam::test
