@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 #include <new>
 
 namespace biseam::test {
@@ -17,6 +18,28 @@ constexpr std::size_t kAlignment = 128;
 std::size_t page_size() { return static_cast<std::size_t>(sysconf(_SC_PAGESIZE)); }
 std::size_t round_up(std::size_t value, std::size_t unit) { return (value + unit - 1) / unit * unit; }
 
+// Mappings that nobody uses, by their size: to map and protect pages anew for every buffer takes longer than most kernels.
+std::map<std::size_t, std::vector<uint8_t*>>& idle_mappings() {
+  static std::map<std::size_t, std::vector<uint8_t*>> mappings;
+  return mappings;
+}
+
+// Open pages between two that can't be touched.
+uint8_t* take_mapping(std::size_t bytes) {
+  std::vector<uint8_t*>& idle = idle_mappings()[bytes];
+  if (!idle.empty()) {
+    uint8_t* const mapping = idle.back();
+    idle.pop_back();
+    return mapping;
+  }
+  void* const mapping = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (mapping == MAP_FAILED) throw std::bad_alloc();
+  uint8_t* const first = static_cast<uint8_t*>(mapping);
+  mprotect(first, page_size(), PROT_NONE);
+  mprotect(first + bytes - page_size(), page_size(), PROT_NONE);
+  return first;
+}
+
 }  // namespace
 
 GuardedBuffer::GuardedBuffer(std::size_t bytes, Placement placement, std::size_t shift) : bytes_(bytes) {
@@ -24,12 +47,8 @@ GuardedBuffer::GuardedBuffer(std::size_t bytes, Placement placement, std::size_t
   const std::size_t before = placement == Placement::amid_poison ? kAlignment + shift : 0;
   const std::size_t open = round_up(before + bytes + kAlignment, page);
   mapped_ = open + 2 * page;
-  void* mapping = mmap(nullptr, mapped_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (mapping == MAP_FAILED) throw std::bad_alloc();
-  mapping_ = static_cast<uint8_t*>(mapping);
+  mapping_ = take_mapping(mapped_);
   std::memset(mapping_ + page, kPoison, open);
-  mprotect(mapping_, page, PROT_NONE);
-  mprotect(mapping_ + page + open, page, PROT_NONE);
   data_ = placement == Placement::at_end ? mapping_ + page + open - bytes : mapping_ + page + before;
 }
 
@@ -39,7 +58,7 @@ GuardedBuffer::GuardedBuffer(GuardedBuffer&& other) noexcept
 }
 
 GuardedBuffer::~GuardedBuffer() {
-  if (mapping_ != nullptr) munmap(mapping_, mapped_);
+  if (mapping_ != nullptr) idle_mappings()[mapped_].push_back(mapping_);
 }
 
 bool GuardedBuffer::poison_is_whole() const {
