@@ -1,12 +1,13 @@
 # The short way to the usual things; cmake and the scripts do the work.
 BUILD := build/release
 
-.PHONY: help build demo test check-long bench format tidy install-packages
+.PHONY: help build demo test check-long fuzz bench format tidy install-packages
 
 help:
 	@echo 'make demo     build the tool and stitch the demo picture'
 	@echo 'make test     build everything with g++ and run all tests'
 	@echo 'make check-long  the checks that go through everything there is to go through (some minutes)'
+	@echo 'make fuzz     feed every door what nobody wrote, TIME=20 seconds each'
 	@echo 'make bench    measure against FFmpeg and OpenCV, tables and plot in out/bench/ (some minutes)'
 	@echo 'make build    build the libraries, the tool and the tests'
 	@echo 'make format   lay the sources out with clang-format'
@@ -34,6 +35,11 @@ check-long: build
 	@cmake --preset release
 	@cmake --build --preset release
 	@scripts/test.sh release -C Long -R '\.long$$'
+
+TIME := 20
+fuzz:
+	@scripts/install_packages.sh build check
+	@scripts/fuzz.sh $(TIME)
 
 bench:
 	@scripts/bench.sh

@@ -41,6 +41,7 @@ Libav<AVDictionary> raw_options(const RawVideo& raw) {
 Container::Container(const std::string& path, const std::optional<RawVideo>& raw) : source_(path) {
   struct stat info = {};
   waits_ = fstat(source_.descriptor(), &info) != 0 || !S_ISREG(info.st_mode);
+  keeps_ = waits_ && !raw;
   open_bytes();
   open_format(raw);
 }
@@ -55,6 +56,7 @@ int Container::read_bytes(void* opaque, std::uint8_t* to, int count) {
   } while (got < 0 && errno == EINTR);
   if (got < 0) self->read_error_ = errno;
   if (got < 0) return AVERROR(self->read_error_);
+  if (self->keeps_) self->kept_.insert(self->kept_.end(), to, to + got);
   return got == 0 ? AVERROR_EOF : int(got);
 }
 
@@ -90,6 +92,10 @@ void Container::open_format(const std::optional<RawVideo>& raw) {
   if (status >= 0) format_.reset(format);
   check_bytes();
   if (status < 0) refuse("holds no picture or clip of a known kind");
+  if (!is_picture()) {
+    keeps_ = false;
+    kept_ = {};
+  }
   const int found = avformat_find_stream_info(format, nullptr);
   check_bytes();
   if (found < 0) refuse("is damaged or cut short");
@@ -98,6 +104,21 @@ void Container::open_format(const std::optional<RawVideo>& raw) {
 bool Container::is_picture() const {
   const std::string kind = format_->iformat->name;
   return kind == "image2" || kind.ends_with("_pipe");
+}
+
+std::vector<std::uint8_t> Container::file_bytes() const {
+  if (waits_) return kept_;
+  constexpr std::size_t kPiece = std::size_t(1) << 20;
+  std::vector<std::uint8_t> bytes;
+  for (std::size_t used = 0;;) {
+    bytes.resize(used + kPiece);
+    const ssize_t got = ::pread(source_.descriptor(), &bytes[used], kPiece, off_t(used));
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) throw system_failure(ExitCode::input, name(), "can't be read");
+    used += std::size_t(got);
+    bytes.resize(used);
+    if (got == 0) return bytes;
+  }
 }
 
 bool Container::is_seekable() const { return !waits_; }

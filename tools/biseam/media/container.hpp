@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "base/byte_source.hpp"
 #include "base/size.hpp"
@@ -31,6 +32,10 @@ class Container {
   bool is_picture() const;   // a still, not a clip
   bool is_seekable() const;  // a file rather than a pipe
 
+  // All bytes of a picture's file; of a pipe those that were read so far, which the picture's end bounds.  Throws Failure
+  // (input) when they can't be read.
+  std::vector<std::uint8_t> file_bytes() const;
+
   enum class Read { packet, damage, end };
   // The next packet, or that something in its place could not be understood.  It ends after Ctrl-C or TERM, too.  Throws
   // Failure (input) when the bytes can't be read.
@@ -47,6 +52,8 @@ class Container {
 
   ByteSource source_;
   bool waits_ = false;  // a pipe or a terminal: bytes may be long in coming
+  bool keeps_ = false;  // what is read, as there is no second time
+  std::vector<std::uint8_t> kept_;
   int read_error_ = 0;  // errno
   int refusals_ = 0;    // of the demuxer, in a row
   Libav<AVIOContext> bytes_;

@@ -4,7 +4,9 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
+#include <algorithm>
 #include <cstring>
+#include <vector>
 
 namespace biseam::tool {
 namespace {
@@ -28,9 +30,39 @@ int colour_matrix(const AVFrame& frame) {
   }
 }
 
+bool is_deep_rgb_or_gray(const AVPixFmtDescriptor& format) {
+  const bool is_plain = (format.flags & (AV_PIX_FMT_FLAG_PAL | AV_PIX_FMT_FLAG_BAYER | AV_PIX_FMT_FLAG_FLOAT)) == 0;
+  return is_plain && format.comp[0].depth > 8 && ((format.flags & AV_PIX_FMT_FLAG_RGB) != 0 || format.nb_components < 3);
+}
+
+// To the nearest value; libswscale would go by way of YUV or cut the lower bits off.
+void round_to_rgb(const AVFrame& frame, const AVPixFmtDescriptor& format, Rgb& to) {
+  const std::uint32_t most = (1u << format.comp[0].depth) - 1;
+  const bool is_gray = format.nb_components < 3;
+  std::vector<std::uint16_t> line(std::size_t(frame.width));
+  const std::uint8_t* planes[4] = {frame.data[0], frame.data[1], frame.data[2], frame.data[3]};
+  for (int y = 0; y < frame.height; ++y) {
+    std::uint8_t* const row = &to.bytes[std::size_t(y) * std::size_t(frame.width) * 3];
+    for (int channel = 0; channel < 3; ++channel) {
+      if (channel == 0 || !is_gray) {
+        av_read_image_line(line.data(), planes, frame.linesize, &format, 0, y, channel, frame.width, 0);
+      }
+      for (std::size_t x = 0; x < line.size(); ++x) {
+        row[3 * x + std::size_t(channel)] = std::uint8_t((std::min<std::uint32_t>(line[x], most) * 255 + most / 2) / most);
+      }
+    }
+  }
+}
+
 }  // namespace
 
 bool convert_to_rgb(const AVFrame& frame, Rgb& to) {
+  const AVPixFmtDescriptor& format = *av_pix_fmt_desc_get(AVPixelFormat(frame.format));
+  if (is_deep_rgb_or_gray(format)) {
+    to = Rgb(frame.width, frame.height);
+    round_to_rgb(frame, format, to);
+    return true;
+  }
   to = Rgb(frame.width, frame.height);
   Libav<SwsContext> scaler(sws_getContext(
       frame.width, frame.height, AVPixelFormat(frame.format), frame.width, frame.height, AV_PIX_FMT_RGB24,

@@ -1,8 +1,13 @@
 #include "picture/decode.hpp"
 
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
+
 #include "base/failure.hpp"
 #include "media/decoder.hpp"
 #include "picture/convert_rgb.hpp"
+#include "picture/decode_tiff.hpp"
 #include "picture/plane.hpp"
 
 namespace biseam::tool {
@@ -13,13 +18,14 @@ constexpr int kAnyError = AV_EF_EXPLODE | AV_EF_CRCCHECK | AV_EF_BITSTREAM | AV_
 [[noreturn]] void refuse(const Container& source, const std::string& what) { source.refuse(what); }
 
 // The first frame the decoder gives, fed from the stream and drained at its end.
-Libav<AVFrame> first_frame(Container& source, int stream, AVCodecContext* decoder) {
+Libav<AVFrame> first_frame(Container& source, int stream) {
+  const Libav<AVCodecContext> decoder = open_decoder(source, *source->streams[stream], {"", kAnyError, 1});
   Libav<AVPacket> packet(av_packet_alloc());
   Libav<AVFrame> frame(av_frame_alloc());
   if (!packet || !frame) throw std::bad_alloc();
   bool drained = false;
   for (;;) {
-    const int received = avcodec_receive_frame(decoder, frame.get());
+    const int received = avcodec_receive_frame(decoder.get(), frame.get());
     if (received == 0) break;
     if (received != AVERROR(EAGAIN)) refuse(source, "damaged or cut short: " + libav_reason(received));
     if (drained) refuse(source, "holds no whole picture");
@@ -30,7 +36,7 @@ Libav<AVFrame> first_frame(Container& source, int stream, AVCodecContext* decode
       av_packet_unref(packet.get());
       continue;
     }
-    const int sent = avcodec_send_packet(decoder, drained ? nullptr : packet.get());
+    const int sent = avcodec_send_packet(decoder.get(), drained ? nullptr : packet.get());
     av_packet_unref(packet.get());
     if (sent < 0) refuse(source, "damaged or cut short: " + libav_reason(sent));
   }
@@ -55,16 +61,17 @@ Nv12 copy_planes(const AVFrame& frame) {
 
 }  // namespace
 
-Nv12 decode_picture(Container& source) {
+DecodedPicture decode_picture(Container& source) {
   const int stream = av_find_best_stream(source.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
   if (stream < 0) refuse(source, "is not a picture");
-  const Libav<AVCodecContext> decoder = open_decoder(source, *source->streams[stream], {"", kAnyError, 1});
-  const Libav<AVFrame> frame = first_frame(source, stream, decoder.get());
+  const bool is_tiff = source->streams[stream]->codecpar->codec_id == AV_CODEC_ID_TIFF;
+  const Libav<AVFrame> frame = is_tiff ? decode_tiff(source, stream) : first_frame(source, stream);
   if (frame->width < 2 || frame->height < 2) refuse(source, "is smaller than 2 x 2 pixels");
-  if (is_jpeg_like(*frame)) return copy_planes(*frame);
+  const int bits = av_pix_fmt_desc_get(AVPixelFormat(frame->format))->comp[0].depth;
+  if (is_jpeg_like(*frame)) return {copy_planes(*frame), bits};
   Rgb rgb;
   if (!convert_to_rgb(*frame, rgb)) refuse(source, "its pixel format can't be converted");
-  return to_nv12(rgb);
+  return {to_nv12(rgb), bits};
 }
 
 }  // namespace biseam::tool

@@ -1,10 +1,8 @@
 #include "picture/gpano.hpp"
 
-#include <exiv2/exiv2.hpp>
-#include <memory>
-#include <stdexcept>
 #include <string>
 
+#include "picture/exiv2_guard.hpp"
 #include "picture/xmp_place.hpp"
 
 namespace biseam::tool {
@@ -13,18 +11,6 @@ namespace {
 using ImagePointer = std::unique_ptr<Exiv2::Image>;
 
 const std::string kPrefix = "Xmp.GPano.";
-
-// Exiv2's own errors become plain ones; what it would print besides is not for our standard error.
-template <class Work>
-auto guarded(Work work) {
-  Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
-  Exiv2::XmpParser::initialize();
-  try {
-    return work();
-  } catch (const Exiv2::AnyError& error) {
-    throw std::runtime_error(error.what());
-  }
-}
 
 ImagePointer open(const std::vector<std::uint8_t>& file) {
   ImagePointer image(Exiv2::ImageFactory::open(file.data(), long(file.size())).release());

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <charconv>
+#include <stdexcept>
+#include <utility>
 
 #include "base/byte_source.hpp"
 #include "base/failure.hpp"
-#include "media/container.hpp"
 #include "picture/decode.hpp"
+#include "picture/orientation.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -29,17 +31,39 @@ Nv12 read_raw(ByteSource& source, Size size) {
   return picture;
 }
 
+// Clips have none.  The picture is good without them.
+Metadata metadata_of(const Container& opened) {
+  if (!opened.is_picture()) return {};
+  try {
+    return read_metadata(opened.file_bytes());
+  } catch (const std::runtime_error& reason) {
+    notice(opened.name() + ": its metadata can't be read and are left out: " + reason.what());
+    return {};
+  }
+}
+
 }  // namespace
 
-Nv12 read_picture(const std::string& path, std::optional<Size> raw_size) {
+PictureFile read_picture_file(Container& opened) {
+  DecodedPicture decoded = decode_picture(opened);
+  if (decoded.bits > 8) {
+    notice(opened.name() + ": its samples of " + std::to_string(decoded.bits) + " bits are rounded to 8");
+  }
+  Metadata metadata = metadata_of(opened);
+  return {upright(std::move(decoded.samples), metadata.orientation()), std::move(metadata)};
+}
+
+PictureFile read_picture_file(const std::string& path, std::optional<Size> raw_size) {
   if (raw_size) {
     ByteSource source(path);
-    return read_raw(source, *raw_size);
+    return {read_raw(source, *raw_size), {}};
   }
   refuse_raw_name(path);
   Container container(path);
-  return decode_picture(container);
+  return read_picture_file(container);
 }
+
+Nv12 read_picture(const std::string& path, std::optional<Size> raw_size) { return read_picture_file(path, raw_size).picture; }
 
 void refuse_raw_name(const std::string& path) {
   if (!path.ends_with(".nv12") && !path.ends_with(".NV12")) return;

@@ -3,12 +3,23 @@
 #include <optional>
 #include <string>
 
+#include "media/container.hpp"
+#include "picture/metadata.hpp"
 #include "picture/picture.hpp"
 
 namespace biseam::tool {
 
+struct PictureFile {
+  Nv12 picture;  // upright: Exif's orientation is applied
+  Metadata metadata;
+};
+
 // Reads any picture that libav decodes, or raw NV12 of exactly raw_size when that is given.  "-" is standard input.
-// Throws Failure naming the file.
+// What is lost, bits of a sample or metadata that are damaged, is told by a notice.  Throws Failure naming the file.
+PictureFile read_picture_file(const std::string& path, std::optional<Size> raw_size = std::nullopt);
+PictureFile read_picture_file(Container& opened);
+
+// The picture alone.
 Nv12 read_picture(const std::string& path, std::optional<Size> raw_size = std::nullopt);
 
 // Throws Failure (usage) when the name says that the picture is raw: its size must be given then.

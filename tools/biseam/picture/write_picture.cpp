@@ -52,19 +52,24 @@ void write(const std::string& path, Encode encode) {
 }
 
 template <class Picture>
-void write_as_named(const std::string& path, const Picture& picture, Projection projection) {
+void write_as_named(const std::string& path, const Picture& picture, Projection projection, const Metadata& metadata) {
   const Kind kind = picture_kind(path);
-  const bool marks = projection == Projection::equirectangular && kind != Kind::raw;
-  write(path, [&] { return marks ? with_gpano(encode_as(kind, picture)) : encode_as(kind, picture); });
+  if (kind == Kind::raw) return write(path, [&] { return encode_as(kind, picture); });
+  const bool marks = projection == Projection::equirectangular;
+  write(path, [&] {
+    MarkedFile file = with_metadata(encode_as(kind, picture), metadata, {picture.width, picture.height}, marks);
+    for (const std::string& line : file.left_out) notice(path + ": " + line);
+    return marks ? with_gpano(file.bytes) : std::move(file.bytes);
+  });
 }
 
 }  // namespace
 
-void write_picture(const std::string& path, const Nv12& picture, Projection projection) {
-  write_as_named(path, picture, projection);
+void write_picture(const std::string& path, const Nv12& picture, Projection projection, const Metadata& metadata) {
+  write_as_named(path, picture, projection, metadata);
 }
-void write_picture(const std::string& path, const Rgb& picture, Projection projection) {
-  write_as_named(path, picture, projection);
+void write_picture(const std::string& path, const Rgb& picture, Projection projection, const Metadata& metadata) {
+  write_as_named(path, picture, projection, metadata);
 }
 void check_picture_name(const std::string& path) { picture_kind(path); }
 

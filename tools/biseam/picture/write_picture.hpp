@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "picture/metadata.hpp"
 #include "picture/picture.hpp"
 
 namespace biseam::tool {
@@ -14,8 +15,11 @@ enum class Projection {
 
 // Writes a picture by the name's extension, .png, .jpg, .jpeg or .nv12, or raw NV12 to standard output under the name "-".
 // A file appears whole or not at all.  Throws Failure naming the file.
-void write_picture(const std::string& path, const Nv12& picture, Projection projection = Projection::none);
-void write_picture(const std::string& path, const Rgb& picture, Projection projection = Projection::none);
+// metadata: of the picture that it was made from; what has no place in the file is told by a notice, raw samples have none.
+void write_picture(const std::string& path, const Nv12& picture, Projection projection = Projection::none,
+                   const Metadata& metadata = {});
+void write_picture(const std::string& path, const Rgb& picture, Projection projection = Projection::none,
+                   const Metadata& metadata = {});
 
 // The same, but .png alone, which keeps the opacity.
 void write_layer(const std::string& path, const Rgba& picture);

@@ -6,7 +6,6 @@
 #include "base/thread_count.hpp"
 #include "biseam/stitcher.hpp"
 #include "camera/setup.hpp"
-#include "picture/decode.hpp"
 #include "picture/plane.hpp"
 #include "picture/read_picture.hpp"
 #include "picture/write_picture.hpp"
@@ -18,12 +17,15 @@ namespace {
 
 struct Recorded {
   Nv12 picture[2];
-  Nv12View lens[2];  // of the pictures
+  Nv12View lens[2];   // of the pictures
+  Metadata metadata;  // lens 0's
 };
 
 void read_pair(const StitchSource& source, std::unique_ptr<Container> opened, Recorded& recorded) {
   const std::string& first = source.files.front();
-  recorded.picture[0] = opened ? decode_picture(*opened) : read_picture(first, source.raw_size);
+  PictureFile file = opened ? read_picture_file(*opened) : read_picture_file(first, source.raw_size);
+  recorded.picture[0] = std::move(file.picture);
+  recorded.metadata = std::move(file.metadata);
   if (source.files.size() == 1) {
     const std::string name = first == "-" ? "standard input" : first;
     std::tie(recorded.lens[0], recorded.lens[1]) = split(recorded.picture[0], source.layout, name);
@@ -44,11 +46,11 @@ FisheyePicture fit(const Nv12View& view, Nv12& copy) {
 Projection told_projection(const PictureJob& job) { return job.metadata_360 ? Projection::equirectangular : Projection::none; }
 
 // The painted picture is a panorama like the result; the layer is none without something under it, and is not marked.
-void write_seams(const PictureJob& job, const Stitcher& stitcher, const Nv12& panorama) {
+void write_seams(const PictureJob& job, const Metadata& metadata, const Stitcher& stitcher, const Nv12& panorama) {
   if (!job.show_seams.empty()) {
     Rgb painted = to_rgb(panorama);
     for (int k = 0; k < 2; ++k) draw_band(stitcher.band(k), painted);
-    write_picture(job.show_seams, painted, told_projection(job));
+    write_picture(job.show_seams, painted, told_projection(job), metadata);
   }
   if (!job.seam_layer.empty()) {
     Rgba layer(panorama.width, panorama.height);
@@ -73,8 +75,8 @@ void stitch_picture(const PictureJob& job, std::unique_ptr<Container> first) {
   const FisheyePicture lens[2] = {fit(path[0].apply(recorded.lens[0]), copy[0]), fit(path[1].apply(recorded.lens[1]), copy[1])};
   if (const Error error = stitcher->process(lens[0], lens[1], {panorama.luma, panorama.chroma})) throw engine_failure(error);
 
-  write_picture(job.output, panorama, told_projection(job));
-  write_seams(job, *stitcher, panorama);
+  write_picture(job.output, panorama, told_projection(job), recorded.metadata);
+  write_seams(job, recorded.metadata, *stitcher, panorama);
 }
 
 }  // namespace biseam::tool

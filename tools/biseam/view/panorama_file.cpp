@@ -59,7 +59,7 @@ bool has_alpha(const Head& png) {
 
 void inspect_picture(PanoramaFile& file, const Head& head) {
   Container source(file.path);
-  const Nv12 picture = decode_picture(source);
+  const Nv12 picture = decode_picture(source).samples;
   file.size = {picture.width, picture.height};
   file.transparent = file.media == Media::png && has_alpha(head);
 }

@@ -1,0 +1,141 @@
+#!/usr/bin/env python3
+"""Writes the corpora of the targets that take made bytes, into fuzz/corpus.  What a target found is added to its folder by hand."""
+import pathlib
+import struct
+
+FOLDER = pathlib.Path(__file__).parent / "corpus"
+
+
+def save(target, name, content):
+    folder = FOLDER / target
+    folder.mkdir(parents=True, exist_ok=True)
+    (folder / name).write_bytes(content if isinstance(content, bytes) else content.encode())
+
+
+# One byte a choice, as draw_config() takes them.
+def configuration(height=18, in_width=36, out_width=20, strides=(0, 0, 0, 0), format_422=0, flip=0, mirror=0, scales=(60, 62),
+                  centre=(4, 4), turn=0, straight=0, feather=5, transition=4, less=0, levels=2, shrink=8):
+    return bytes([height, in_width, out_width, *strides, format_422, flip, mirror, *scales, *centre, turn, straight, feather,
+                  transition, less, levels, shrink])
+
+
+CONFIGURATIONS = {
+    "empty": b"",
+    "searched": configuration(),
+    "flipped": configuration(flip=1, mirror=1),
+    "422": configuration(format_422=1),
+    "422-flipped": configuration(format_422=1, flip=1, mirror=1, strides=(3, 5, 7, 2)),
+    "padded": configuration(strides=(9, 8, 7, 4)),
+    "straight": configuration(straight=1),
+    "turned": configuration(turn=30),
+    "unscaled": configuration(shrink=0),
+    "narrow": configuration(height=0, in_width=12, out_width=0, feather=0, transition=0, shrink=0, levels=0),
+    "wide-lens": configuration(scales=(0, 0)),
+    "outside": configuration(scales=(200, 200), centre=(16, 0)),
+    "deep": configuration(levels=3, height=10, feather=7, transition=6),
+}
+
+
+def override(field, value):
+    return bytes([field]) + struct.pack("<I", value & 0xFFFFFFFF)
+
+
+def configurations():
+    seed = struct.pack("<I", 12345)
+    for name, content in CONFIGURATIONS.items():
+        save("configuration", name, content)
+        save("same_bytes", name, content + seed[: 4 if content else 0] + (bytes([15, 31]) if content else b""))
+    base = configuration() + seed
+    for name, field, value in [("height-huge", 0, 0x7FFFFFFC), ("height-negative", 0, -4), ("width-huge", 13, 0x7FFFFFFC),
+                               ("stride-huge", 2, 0x7FFFFFFF), ("p0-nan", 34, 0x7FC00000), ("p0-infinite", 34, 0x7F800000),
+                               ("cx0-huge", 35, 0x7F7FFFFF), ("feather-huge", 85, 0x7FFFFFFF), ("trans-least", 86, 0x80000000),
+                               ("findpath-huge", 87, 0x7FFFFFFE), ("levels-huge", 88, 0x7FFFFFFF),
+                               ("shrink-tiny", 90, 0x00000001), ("shrink-huge", 90, 0x7F000000)]:
+        save("configuration", name, base + override(field, value))
+
+
+def bitmap(width, height, depth, samples):
+    header = b"BM" + struct.pack("<IHHI", 54 + len(samples), 0, 0, 54 + (1024 if depth == 8 else 0))
+    header += struct.pack("<IiiHHIIIIII", 40, width, height, 1, depth, 0, len(samples), 0, 0, 0, 0)
+    return header + (bytes(1024) if depth == 8 else b"") + samples
+
+
+def raw_files():
+    save("raw_files", "empty", b"")
+    save("raw_files", "magic", b"BM")
+    save("raw_files", "color", bitmap(4, 2, 24, bytes(range(24))))
+    save("raw_files", "color-padded", bitmap(3, 2, 24, bytes(range(24))))
+    save("raw_files", "gray", bitmap(4, 3, 8, bytes(range(12))))
+    save("raw_files", "short", bitmap(4, 4, 24, bytes(range(20))))
+    save("raw_files", "huge", bitmap(0x7FFFFFFF, 0x7FFFFFFF, 24, b""))
+    save("raw_files", "negative", bitmap(4, -4, 24, bytes(48)))
+    save("raw_files", "none", bitmap(0, 5, 8, b""))
+    save("raw_files", "depth", bitmap(4, 4, 32, bytes(64)))
+    for format_code in (0, 4, 7):
+        save("raw_files", f"frame-{format_code}", struct.pack("<BBiiii", format_code, 1, 16, 6, 16, 16) + bytes(range(150)))
+    save("raw_files", "frame-huge", struct.pack("<BBiiii", 0, 0, 0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF))
+    save("raw_files", "frame-negative", struct.pack("<BBiiii", 4, 0, -1, -1, -16, -16))
+
+
+def profiles():
+    whole = """width = 3840
+[picture]
+width = 1920
+height = 1920
+[lens0]
+cx = 959.5
+cy = 961.25
+p = 549.5
+fov = 200
+mount = 90
+[lens1]
+cx = 960
+cy = 960
+p = 550
+yaw = 0.5
+pitch = -0.25
+roll = 1e-3
+[blend]
+feather = 64
+trans_width = 128
+pyr_level = 4
+[seam]
+search = true
+findpath_width = 128
+inv_scale = 4
+"""
+    save("profile", "whole", whole)
+    save("profile", "empty", "")
+    save("profile", "inline", "lens0 = {cx = 1, cy = 2.5e1, p = 100}\nseam = {search = false}\n")
+    save("profile", "unknown", "colour = 'red'\n")
+    save("profile", "kind", "[lens0]\ncx = 'middle'\n")
+    save("profile", "range", "width = 99999999999999999999\n")
+    save("profile", "no-number", "[lens0]\np = nan\ncx = inf\n")
+    save("profile", "half-a-size", "[picture]\nwidth = 20\n")
+    save("profile", "twice", "width = 64\nwidth = 64\n")
+    save("profile", "deep-keys", "a." * 300 + "a = 1\n")
+    save("profile", "deep-arrays", "a = " + "[" * 400 + "\n")
+    save("profile", "string", 'width = """\\u00e9\\x00' + "\n")
+    save("profile", "date", "width = 1979-05-27T07:32:00.999999-07:00\n")
+    save("profile", "no-text", bytes([0xFF, 0xFE, 0, 1, 2, 0x1B]))
+
+
+def values():
+    for number, text in enumerate(["", "0", "1.5", "-1", "01:02:03.456", "59:59", "-00:00:00.000001", "9223372036854775807",
+                                   "1e300", "99999999:59:59", "25", "29.97", "30000/1001", "0/0", "1/0", "-5/1", "ntsc", "pal",
+                                   "1920x960", "2x2", "0x0", "32766x32766", "32768X2", "99999999999x2", "10x10x10", "x",
+                                   "2147483647/2147483647", "now", "2012-02-02T20:00:00Z", "12s", "13ms", "14us"]):
+        save("values", f"{number:02}", text)
+
+
+def ranges():
+    for number, (size, text) in enumerate([(0, "bytes=0-"), (1000, "bytes=0-99"), (1000, "bytes=-1"), (1000, "bytes=999-"),
+                                           (1000, "bytes=1000-"), (1000, "bytes=5-3"), (1000, "bytes=0-1,3-4"),
+                                           (1000, "bytes=--1"), (1000, "bytes="), (1000, "items=0-1"), (1000, "bytes=-0"),
+                                           (2**64 - 1, "bytes=0-18446744073709551615"), (2**64 - 1, "bytes=-99999999999999999999"),
+                                           (1, "bytes=18446744073709551616-18446744073709551617"), (0, "bytes=-5")]):
+        save("ranges", f"{number:02}", struct.pack("<Q", size) + text.encode())
+
+
+for write in (configurations, raw_files, profiles, values, ranges):
+    write()
