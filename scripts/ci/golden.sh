@@ -4,6 +4,6 @@ set -euo pipefail
 cd "$(dirname "$0")/../.."
 for preset in gcc-debug clang-debug; do
   cmake --preset $preset
-  cmake --build --preset $preset --target biseam_golden
-  scripts/test.sh $preset -R '^golden$'
+  cmake --build --preset $preset --target biseam_golden biseam_ring_golden
+  scripts/test.sh $preset -R '^(ring_)?golden$'
 done

@@ -37,14 +37,25 @@ Extremes extremes_of(const Mesh& mesh, NodePlane plane, const NodeRange& range) 
   return found;
 }
 
+// What is asked of a lens: nodes with angles b of at least so much, times the lens's side of the ring.  Beyond, positions turn
+// ever faster round the point opposite to it, and no sample is taken.
+struct Used {
+  int32_t side, least;
+
+  bool node(int32_t b) const noexcept { return side * b >= least; }
+};
+
 // Largest number of source samples that one sample of the panorama moves on by, along one axis of the picture.  step_x, step_y:
 // luma samples of the panorama from sample to sample; unit: luma samples of the picture from sample to sample along the axis.
-double largest_step(const Mesh& mesh, NodePlane plane, const NodeRange& range, int step_x, int step_y, int unit) noexcept {
+double largest_step(const Mesh& mesh, NodePlane plane, const NodeRange& range, const Used& used, int step_x, int step_y,
+                    int unit) noexcept {
   double largest = 0;
   for (int j = range.first_row; j < range.last_row; ++j) {
     const int32_t* const row = plane.values + ptrdiff_t{j} * mesh.shape.columns;
     const int32_t* const below = row + mesh.shape.columns;
+    const int32_t* const b = mesh.b.values + ptrdiff_t{j} * mesh.shape.columns;
     for (int i = range.first_column; i < range.last_column; ++i) {
+      if (!used.node(b[i]) && !used.node(b[i + 1]) && !used.node(b[i + mesh.shape.columns])) continue;
       const double x = static_cast<double>(int64_t{row[i + 1]} - row[i]) * step_x;
       const double y = static_cast<double>(int64_t{below[i]} - row[i]) * step_y;
       largest = std::max(largest, x * x + y * y);
@@ -54,10 +65,11 @@ double largest_step(const Mesh& mesh, NodePlane plane, const NodeRange& range, i
   return std::sqrt(largest) / (node_spacing * unit * (1 << kPositionBits));
 }
 
-Widenings widenings_of(const Mesh& mesh, const LensNodes& nodes, const NodeRange& range, const PlaneGrid& grid) noexcept {
+Widenings widenings_of(const Mesh& mesh, const LensNodes& nodes, const NodeRange& range, const Used& used,
+                       const PlaneGrid& grid) noexcept {
   const int step_x = 1 << grid.bits_x, step_y = 1 << grid.bits_y;
-  return {static_cast<uint8_t>(widening_for(largest_step(mesh, nodes.x, range, step_x, step_y, step_x))),
-          static_cast<uint8_t>(widening_for(largest_step(mesh, nodes.y, range, step_x, step_y, step_y)))};
+  return {static_cast<uint8_t>(widening_for(largest_step(mesh, nodes.x, range, used, step_x, step_y, step_x))),
+          static_cast<uint8_t>(widening_for(largest_step(mesh, nodes.y, range, used, step_x, step_y, step_y)))};
 }
 
 BlockPlan plan_block(const Mesh& mesh, const Block& block, int32_t half_width, const PlaneGrid& chroma) noexcept {
@@ -69,8 +81,9 @@ BlockPlan plan_block(const Mesh& mesh, const Block& block, int32_t half_width, c
   if (b.least - reach > half_width) plan.kind = BlockKind::lens1;
   if (b.largest + reach < -half_width) plan.kind = BlockKind::lens0;
   for (int lens = 0; lens < 2; ++lens) {
-    plan.luma[lens] = widenings_of(mesh, mesh.lens[lens], range, {});
-    plan.chroma[lens] = widenings_of(mesh, mesh.lens[lens], range, chroma);
+    const Used used{lens == 1 ? 1 : -1, -half_width - reach};
+    plan.luma[lens] = widenings_of(mesh, mesh.lens[lens], range, used, {});
+    plan.chroma[lens] = widenings_of(mesh, mesh.lens[lens], range, used, chroma);
   }
   return plan;
 }

@@ -42,9 +42,10 @@ void* Pool::work(void* argument) {
   unsigned done = 0;
   pthread_mutex_lock(&pool.mutex_);
   while (true) {
-    while (pool.round_ == done && !pool.closing_) pthread_cond_wait(&pool.begun_, &pool.mutex_);
+    while ((pool.round_ == done || !pool.open_) && !pool.closing_) pthread_cond_wait(&pool.begun_, &pool.mutex_);
     if (pool.closing_) break;
     done = pool.round_;
+    ++pool.busy_;
     pthread_mutex_unlock(&pool.mutex_);
     pool.take_parts(worker.index);
     pthread_mutex_lock(&pool.mutex_);
@@ -60,12 +61,13 @@ void Pool::run(PoolJob job, void* context, int parts) noexcept {
   context_ = context;
   parts_ = parts;
   next_.store(0, std::memory_order_relaxed);
-  busy_ = started_;
+  open_ = true;
   ++round_;
   pthread_cond_broadcast(&begun_);
   pthread_mutex_unlock(&mutex_);
   take_parts(0);
   pthread_mutex_lock(&mutex_);
+  open_ = false;  // nothing is left to take: who has not woken up yet isn't waited for
   while (busy_ > 0) pthread_cond_wait(&ended_, &mutex_);
   pthread_mutex_unlock(&mutex_);
 }

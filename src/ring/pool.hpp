@@ -42,7 +42,8 @@ class Pool {
   pthread_cond_t begun_, ended_;
   // Guarded by the mutex.
   unsigned round_ = 0;  // counts jobs
-  int busy_ = 0;        // workers that have not ended the present one
+  bool open_ = false;   // whether workers may join the present one
+  int busy_ = 0;        // workers that have joined it and not left yet
   bool closing_ = false;
   // Of the present job; written while no worker is busy.
   PoolJob job_ = nullptr;

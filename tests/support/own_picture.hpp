@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -32,7 +30,7 @@ struct TestFormat {
 
 // Test names hold it instead of the record's bytes.
 inline void PrintTo(const TestFormat& format, std::ostream* out) { *out << format.name; }
-inline std::string format_name(const testing::TestParamInfo<TestFormat>& info) { return info.param.name; }
+inline constexpr auto format_name = [](const auto& info) { return std::string(info.param.name); };
 
 inline constexpr TestFormat kTestFormats[] = {
     {BISEAM_NV12, "nv12", TestFormat::pairs, 2, 2, 8, 0},         {BISEAM_NV21, "nv21", TestFormat::swapped_pairs, 2, 2, 8, 0},
