@@ -2,7 +2,7 @@
 # The programs that start threads under the thread sanitizer: the library's, and the tool over clips.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
-programs=(biseam_{base,stages,frame,frame_failure,panorama,panorama_fault,clip}_tests biseam_golden)
+programs=(biseam_{base,stages,frame,frame_failure,panorama,panorama_fault,ring_frame,clip}_tests biseam_golden)
 cmake --preset tsan
 cmake --build --preset tsan --target "${programs[@]}"
 GTEST_FILTER='-Versions/*' scripts/test.sh tsan -R "^(golden|$(IFS='|' && echo "${programs[*]}"))(\.[0-9])?\$"

@@ -1,0 +1,209 @@
+#include "ring/anchors.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <vector>
+
+#include "ring/mesh_fixture.hpp"
+#include "ring/reference.hpp"
+#include "ring/ring_shape.hpp"
+#include "support/cameras.hpp"
+#include "support/guarded_block.hpp"
+#include "support/isas.hpp"
+#include "support/random_source.hpp"
+
+namespace biseam::test {
+namespace {
+
+using ring::AnchorBand;
+using ring::AnchorPlaces;
+using ring::Block;
+using ring::PlaneGrid;
+using ring::StripShape;
+
+// ---- Places ------------------------------------------------------------------------------------------------------------
+
+TEST(Anchors, SurroundTheSamplesOfABlock) {
+  for (const int columns : {1, 4, 5, 32, 63, 64}) {
+    const ring::AnchorCount count = ring::anchors_around(columns, columns / 2);
+    EXPECT_GE((count.columns - 1) * 4, columns);
+    EXPECT_LT((count.columns - 2) * 4, columns);
+    EXPECT_LE(count.columns, ring::kAnchorColumns);
+    EXPECT_LE(count.rows, ring::kAnchorRows);
+  }
+}
+
+TEST(Anchors, LieWhereTheirDirectionsAreOnTheStrip) {
+  const Camera camera = city_square();
+  const View view = {640, 320, {33, 21, 12}};
+  const StripShape shape = ring::ring_shape(camera, view.width).strip;
+  OwnMesh mesh(camera, view.width, view.height);
+  mesh.build(view.turn);
+  int compared = 0;
+  for (const PlaneGrid& grid : {PlaneGrid{}, PlaneGrid{1, 1, 0, 1}, PlaneGrid{1, 0, 1, 0}}) {
+    for (int y = 0; y < view.height; y += 32) {
+      for (int x = 0; x < view.width; x += 64) {
+        AnchorPlaces places;
+        ring::place_anchors(*mesh, {x, y, 64, 32}, grid, shape, places);
+        for (int j = 0; j < places.count.rows; ++j) {
+          for (int i = 0; i < places.count.columns; ++i) {
+            const double luma_x = x + (4 * i << grid.bits_x) + 0.5 * grid.half_x;
+            const double luma_y = y + (4 * j << grid.bits_y) + 0.5 * grid.half_y;
+            const RingPlace at = reference_ring(reference_direction(view, luma_x, luma_y));
+            if (std::abs(at.b) > 0.3) continue;  // beyond any ring
+            const double unit = shape.length / (2 * kPi);
+            const double off = std::remainder(places.t.values[j][i] / 65536.0 - at.t * unit, shape.length);
+            // The mesh's 0.005 pixels of a lens with 280 of them to the radian, on a strip of 25 samples to the radian.
+            ASSERT_LE(std::abs(off), 0.01) << luma_x << ", " << luma_y;
+            ASSERT_NEAR(places.b.values[j][i] / 65536.0, at.b * unit + 0.5 * (shape.width - 1), 0.01);
+            ASSERT_GE(places.t.values[j][i], 0);
+            ASSERT_LT(places.t.values[j][i], shape.length << 16);
+            ++compared;
+          }
+        }
+      }
+    }
+  }
+  EXPECT_GT(compared, 4000);
+}
+
+// ---- Bands -------------------------------------------------------------------------------------------------------------
+
+// Places anywhere on a strip.
+AnchorPlaces random_places(RandomSource& random, StripShape shape) {
+  AnchorPlaces places;
+  places.count = {ring::kAnchorColumns, ring::kAnchorRows};
+  for (int j = 0; j < ring::kAnchorRows; ++j) {
+    for (int i = 0; i < ring::kAnchorColumns; ++i) {
+      places.t.values[j][i] = random.between(0, (shape.length << 16) - 1);
+      places.b.values[j][i] = random.between(-(3 << 16), (shape.width + 3) << 16);
+    }
+  }
+  return places;
+}
+
+// Between four anchors a sample is their mean by distance, rounded half up.
+template <class Value>
+void expect_bilinear(const AnchorBand& band, const Value& value) {
+  for (int y = 0; y < ring::kBlockHeight; ++y) {
+    GuardedBlock<int32_t> row(ring::kBlockWidth);
+    ring::row_of_band(band, y, row.data(), ring::kBlockWidth);
+    for (int x = 0; x < ring::kBlockWidth; ++x) {
+      const int i = x / 4, j = y / 4;
+      const double u = x % 4 / 4.0, v = y % 4 / 4.0;
+      const double mean =
+          (1 - v) * ((1 - u) * value(j, i) + u * value(j, i + 1)) + v * ((1 - u) * value(j + 1, i) + u * value(j + 1, i + 1));
+      ASSERT_EQ(row[std::size_t(x)], std::floor(mean + 0.5)) << x << ", " << y;
+    }
+  }
+}
+
+constexpr StripShape kShape = {96, 17};
+
+TEST(Anchors, CorrectionsAreMeansOfThoseOfFourAnchors) {
+  RandomSource random;
+  std::vector<int16_t> strip(std::size_t(ring::strip_samples(kShape)));
+  for (int16_t& s : strip) s = int16_t(random.between(-16383, 16383));
+  const AnchorPlaces places = random_places(random, kShape);
+  int16_t at_anchors[ring::kAnchorRows][ring::kAnchorColumns];
+  for (int j = 0; j < ring::kAnchorRows; ++j) {
+    ring::kLookUpCorrections.best()(strip.data(), kShape, places.t.values[j], places.b.values[j], at_anchors[j],
+                                    ring::kAnchorColumns);
+  }
+  AnchorBand band;
+  ring::look_up_corrections(strip.data(), kShape, places, band);
+  expect_bilinear(band, [&](int j, int i) { return double(at_anchors[j][i]); });
+}
+
+TEST(Anchors, DistancesAreThoseFromTheSeam) {
+  RandomSource random;
+  std::vector<int32_t> path(std::size_t(kShape.length) + 1);
+  for (int32_t& p : path) p = random.between(4 << 16, 12 << 16);
+  path.back() = path.front();
+  const AnchorPlaces places = random_places(random, kShape);
+  AnchorBand band;
+  ring::look_up_distances({path.data(), kShape.length, 1 << 17}, places, band);
+  for (int j = 0; j < ring::kAnchorRows; ++j) {
+    for (int i = 0; i < ring::kAnchorColumns - 1; ++i) {
+      const int32_t t = places.t.values[j][i];
+      const std::size_t row = std::size_t(t >> 16);
+      const double seam = path[row] + (path[row + 1] - path[row]) * ((t & 0xffff) / 65536.0);
+      ASSERT_NEAR(band.values[j][4 * i] / 4.0, places.b.values[j][i] - seam, 1);
+    }
+  }
+  expect_bilinear(band, [&](int j, int i) {
+    return i < ring::kAnchorColumns - 1
+               ? band.values[j][4 * i] / 4.0
+               : (4.0 * band.values[j][4 * i - 1] - band.values[j][4 * i - 4]) / 12.0;  // the line goes on to the last anchor
+  });
+}
+
+// ---- Loops -------------------------------------------------------------------------------------------------------------
+
+class AnchorLoops : public testing::TestWithParam<Isa> {
+ protected:
+  RandomSource random_;
+};
+
+TEST_P(AnchorLoops, FillRowsInBetween) {
+  const auto fill = ring::kFillAnchorRow.of(GetParam());
+  if (fill == nullptr) GTEST_SKIP() << "no version of its own";
+  for (int count = 1; count <= 16; ++count) {
+    std::vector<int32_t> anchors(std::size_t(count) + 1);
+    for (int32_t& a : anchors) a = random_.between(-(1 << 24), 1 << 24);
+    GuardedBlock<int32_t> out(std::size_t(count) * 4);
+    fill(anchors.data(), out.data(), count);
+    for (std::size_t i = 0; i < out.size(); ++i) {
+      const int right = int(i % 4);
+      ASSERT_EQ(out[i], (4 - right) * anchors[i / 4] + right * anchors[i / 4 + 1]);
+    }
+  }
+}
+
+TEST_P(AnchorLoops, MixRows) {
+  const auto mix = ring::kMixAnchorRows.of(GetParam());
+  if (mix == nullptr) GTEST_SKIP() << "no version of its own";
+  for (const int count : {1, 7, 8, 16, 31, 33, 64}) {
+    for (int below = 0; below < 4; ++below) {
+      std::vector<int32_t> upper(static_cast<std::size_t>(count)), lower = upper;
+      for (int32_t& v : upper) v = 4 * random_.between(-(1 << 24), 1 << 24);
+      for (int32_t& v : lower) v = 4 * random_.between(-(1 << 24), 1 << 24) + random_.between(-3, 3);
+      GuardedBlock<int32_t> out(static_cast<std::size_t>(count));
+      mix(upper.data(), lower.data(), below, out.data(), count);
+      for (std::size_t i = 0; i < out.size(); ++i) {
+        const double mean = (upper[i] * (4.0 - below) + lower[i] * double(below)) / 16;
+        ASSERT_EQ(out[i], std::floor(mean + 0.5));
+      }
+    }
+  }
+}
+
+TEST_P(AnchorLoops, WeighDistances) {
+  const auto weigh = ring::kWeighDistances.of(GetParam());
+  if (weigh == nullptr) GTEST_SKIP() << "no version of its own";
+  for (const int32_t ramp : {1 << 12, 49152, 1 << 16, 1 << 18, 1 << 20}) {
+    std::vector<int32_t> distances = {0, 1, -1, 1 << 24, -(1 << 24), ramp / 2, -ramp / 2, ramp / 2 + 16, -ramp / 2 - 16};
+    while (distances.size() < 61) distances.push_back(random_.between(-ramp, ramp));
+    GuardedBlock<int16_t> out(distances.size());
+    weigh(distances.data(), ramp, out.data(), int(distances.size()));
+    for (std::size_t i = 0; i < distances.size(); ++i) {
+      const double weight = std::clamp(128 + 256.0 * distances[i] / ramp, 0.0, 256.0);
+      // Distances are cut off to 1/4096 of a sample, the slope is rounded to 1/2 in 2^28 / (ramp / 16).
+      ASSERT_LE(std::abs(weight - out[i]), 256.0 * 16 / ramp + 0.5 + 0.01) << distances[i] << " of " << ramp;
+      if (std::abs(distances[i]) > ramp / 2) {
+        ASSERT_NEAR(out[i], distances[i] > 0 ? 256 : 0, 1);
+      }
+    }
+    EXPECT_EQ(out[3], 256);
+    EXPECT_EQ(out[4], 0);
+    EXPECT_EQ(out[0], 128);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Isas, AnchorLoops, testing::ValuesIn(isas_here()), isa_name);
+
+}  // namespace
+}  // namespace biseam::test

@@ -1,0 +1,106 @@
+#include "ring/combine_rows.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "support/guarded_block.hpp"
+#include "support/isas.hpp"
+#include "support/random_source.hpp"
+
+namespace biseam::test {
+namespace {
+
+using ring::FineRow;
+using ring::Storage;
+
+constexpr int kCounts[] = {1, 2, 15, 16, 17, 31, 32, 33, 63, 64};
+constexpr Storage kStorages[] = {{10, 0}, {10, 6}, {12, 0}, {12, 4}};
+
+// Samples as the samplers give them, corrections as the low band does, at their ends more often than not.
+struct Row {
+  std::vector<int16_t> samples;
+  std::vector<int32_t> corrections;
+
+  Row(RandomSource& random, int count, int step) {
+    const auto within = [&](int low, int high) {
+      const int kind = random.between(0, 5);
+      return kind == 0 ? low : kind == 1 ? high : random.between(low, high);
+    };
+    for (int i = 0; i < count * step; ++i) samples.push_back(int16_t(within(-10240, 26624)));
+    for (int i = 0; i < count; ++i) corrections.push_back(within(-16383, 16383));
+  }
+  FineRow row() const { return {samples.data(), corrections.data()}; }
+  double value(int i, int step) const { return samples[std::size_t(i * step)] + corrections[std::size_t(i)]; }
+};
+
+// A value in units of 2^(bits - 14) codes as it is stored.
+int stored(double fine, Storage storage) {
+  const double code = std::floor(std::ldexp(fine, storage.bits - 14) + 0.5);
+  return int(std::clamp(code, 0.0, double((1 << storage.bits) - 1))) << storage.shift;
+}
+
+std::vector<int16_t> weights_for(RandomSource& random, int count) {
+  std::vector<int16_t> weights;
+  for (int i = 0; i < count; ++i) weights.push_back(int16_t(std::clamp(random.between(-64, 320), 0, 256)));
+  return weights;
+}
+
+class CombineRows : public testing::TestWithParam<Isa> {
+ protected:
+  // Runs write(row0, row1, weights, step, out, count) on rows of every length and compares with the mean of both.
+  template <class Sample, class Write>
+  void check(Storage storage, bool both, const Write& write) {
+    for (const int step : {1, 2}) {
+      for (const int count : kCounts) {
+        const Row row0(random_, count, step), row1(random_, count, step);
+        const std::vector<int16_t> weights = weights_for(random_, count);
+        GuardedBlock<Sample> out(std::size_t(count * step));
+        const Sample before = out[0];
+        write(row0.row(), row1.row(), weights.data(), step, out.data(), count);
+        for (int i = 0; i < count; ++i) {
+          const double w = both ? weights[std::size_t(i)] / 256.0 : 0;
+          const int expected = stored((1 - w) * row0.value(i, step) + w * row1.value(i, step), storage);
+          ASSERT_EQ(out[std::size_t(i * step)], expected) << i << " of " << count << ", step " << step;
+          if (step == 2) {
+            ASSERT_EQ(out[std::size_t(2 * i + 1)], before) << "the other channel";
+          }
+        }
+      }
+    }
+  }
+  RandomSource random_;
+};
+
+TEST_P(CombineRows, RoundHalfUpAndClampBytes) {
+  const auto store = ring::kStoreBytes.of(GetParam());
+  const auto mix = ring::kMixBytes.of(GetParam());
+  if (store == nullptr || mix == nullptr) GTEST_SKIP() << "no version of its own";
+  check<uint8_t>({8, 0}, false, [&](FineRow row, FineRow, const int16_t*, int step, uint8_t* out, int count) {
+    store(row, step, out, count);
+  });
+  check<uint8_t>({8, 0}, true, [&](FineRow a, FineRow b, const int16_t* weights, int step, uint8_t* out, int count) {
+    mix(a, b, weights, step, out, count);
+  });
+}
+
+TEST_P(CombineRows, RoundHalfUpAndClampWords) {
+  const auto store = ring::kStoreWords.of(GetParam());
+  const auto mix = ring::kMixWords.of(GetParam());
+  if (store == nullptr || mix == nullptr) GTEST_SKIP() << "no version of its own";
+  for (const Storage storage : kStorages) {
+    check<uint16_t>(storage, false, [&](FineRow row, FineRow, const int16_t*, int step, uint16_t* out, int count) {
+      store(row, step, storage, out, count);
+    });
+    check<uint16_t>(storage, true, [&](FineRow a, FineRow b, const int16_t* weights, int step, uint16_t* out, int count) {
+      mix(a, b, weights, step, storage, out, count);
+    });
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Isas, CombineRows, testing::ValuesIn(isas_here()), isa_name);
+
+}  // namespace
+}  // namespace biseam::test
