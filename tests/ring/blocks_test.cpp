@@ -118,11 +118,11 @@ TEST(Blocks, WidenKernelsByHowMuchAPictureIsShrunk) {
             }
             const ring::Widenings got = of.bits_x == 0 ? plan.luma[lens] : plan.chroma[lens];
             // Steps over a whole node's distance are means: up to a twentieth smaller than the largest.
-            EXPECT_GE(got.across, widening_for(most_x * 0.95)) << most_x;
-            EXPECT_GE(got.down, widening_for(most_y * 0.95)) << most_y;
+            EXPECT_GE(got.across, ring::widening_for(most_x * 0.95)) << most_x;
+            EXPECT_GE(got.down, ring::widening_for(most_y * 0.95)) << most_y;
             // Nodes reach 32 pixels past the block, where a step may be larger by as much as it changes in it.
-            EXPECT_LE(got.across, widening_for((2 * most_x - least_x) * 1.05)) << most_x << " " << least_x;
-            EXPECT_LE(got.down, widening_for((2 * most_y - least_y) * 1.05)) << most_y << " " << least_y;
+            EXPECT_LE(got.across, ring::widening_for((2 * most_x - least_x) * 1.05)) << most_x << " " << least_x;
+            EXPECT_LE(got.down, ring::widening_for((2 * most_y - least_y) * 1.05)) << most_y << " " << least_y;
           }
         }
         if (HasFailure()) return;

@@ -16,7 +16,7 @@ namespace {
 using ring::FineRow;
 using ring::Storage;
 
-constexpr int kCounts[] = {1, 2, 15, 16, 17, 31, 32, 33, 63, 64};
+constexpr int kCounts[] = {1, 2, 15, 16, 17, 31, 32, 33, 63, 64, 65, 127, 128};
 constexpr Storage kStorages[] = {{10, 0}, {10, 6}, {12, 0}, {12, 4}};
 
 // Samples as the samplers give them, corrections as the low band does, at their ends more often than not.
@@ -24,16 +24,16 @@ struct Row {
   std::vector<int16_t> samples;
   std::vector<int32_t> corrections;
 
-  Row(RandomSource& random, int count, int step) {
+  Row(RandomSource& random, int count) {
     const auto within = [&](int low, int high) {
       const int kind = random.between(0, 5);
       return kind == 0 ? low : kind == 1 ? high : random.between(low, high);
     };
-    for (int i = 0; i < count * step; ++i) samples.push_back(int16_t(within(-10240, 26624)));
+    for (int i = 0; i < count; ++i) samples.push_back(int16_t(within(-10240, 26624)));
     for (int i = 0; i < count; ++i) corrections.push_back(within(-16383, 16383));
   }
   FineRow row() const { return {samples.data(), corrections.data()}; }
-  double value(int i, int step) const { return samples[std::size_t(i * step)] + corrections[std::size_t(i)]; }
+  double value(int i) const { return samples[std::size_t(i)] + corrections[std::size_t(i)]; }
 };
 
 // A value in units of 2^(bits - 14) codes as it is stored.
@@ -50,24 +50,18 @@ std::vector<int16_t> weights_for(RandomSource& random, int count) {
 
 class CombineRows : public testing::TestWithParam<Isa> {
  protected:
-  // Runs write(row0, row1, weights, step, out, count) on rows of every length and compares with the mean of both.
+  // Runs write(row0, row1, weights, out, count) on rows of every length and compares with the mean of both.
   template <class Sample, class Write>
   void check(Storage storage, bool both, const Write& write) {
-    for (const int step : {1, 2}) {
-      for (const int count : kCounts) {
-        const Row row0(random_, count, step), row1(random_, count, step);
-        const std::vector<int16_t> weights = weights_for(random_, count);
-        GuardedBlock<Sample> out(std::size_t(count * step));
-        const Sample before = out[0];
-        write(row0.row(), row1.row(), weights.data(), step, out.data(), count);
-        for (int i = 0; i < count; ++i) {
-          const double w = both ? weights[std::size_t(i)] / 256.0 : 0;
-          const int expected = stored((1 - w) * row0.value(i, step) + w * row1.value(i, step), storage);
-          ASSERT_EQ(out[std::size_t(i * step)], expected) << i << " of " << count << ", step " << step;
-          if (step == 2) {
-            ASSERT_EQ(out[std::size_t(2 * i + 1)], before) << "the other channel";
-          }
-        }
+    for (const int count : kCounts) {
+      const Row row0(random_, count), row1(random_, count);
+      const std::vector<int16_t> weights = weights_for(random_, count);
+      GuardedBlock<Sample> out{std::size_t(count)};
+      write(row0.row(), row1.row(), weights.data(), out.data(), count);
+      for (int i = 0; i < count; ++i) {
+        const double w = both ? weights[std::size_t(i)] / 256.0 : 0;
+        const int expected = stored((1 - w) * row0.value(i) + w * row1.value(i), storage);
+        ASSERT_EQ(out[std::size_t(i)], expected) << i << " of " << count;
       }
     }
   }
@@ -78,11 +72,9 @@ TEST_P(CombineRows, RoundHalfUpAndClampBytes) {
   const auto store = ring::kStoreBytes.of(GetParam());
   const auto mix = ring::kMixBytes.of(GetParam());
   if (store == nullptr || mix == nullptr) GTEST_SKIP() << "no version of its own";
-  check<uint8_t>({8, 0}, false, [&](FineRow row, FineRow, const int16_t*, int step, uint8_t* out, int count) {
-    store(row, step, out, count);
-  });
-  check<uint8_t>({8, 0}, true, [&](FineRow a, FineRow b, const int16_t* weights, int step, uint8_t* out, int count) {
-    mix(a, b, weights, step, out, count);
+  check<uint8_t>({8, 0}, false, [&](FineRow row, FineRow, const int16_t*, uint8_t* out, int count) { store(row, out, count); });
+  check<uint8_t>({8, 0}, true, [&](FineRow a, FineRow b, const int16_t* weights, uint8_t* out, int count) {
+    mix(a, b, weights, out, count);
   });
 }
 
@@ -91,11 +83,10 @@ TEST_P(CombineRows, RoundHalfUpAndClampWords) {
   const auto mix = ring::kMixWords.of(GetParam());
   if (store == nullptr || mix == nullptr) GTEST_SKIP() << "no version of its own";
   for (const Storage storage : kStorages) {
-    check<uint16_t>(storage, false, [&](FineRow row, FineRow, const int16_t*, int step, uint16_t* out, int count) {
-      store(row, step, storage, out, count);
-    });
-    check<uint16_t>(storage, true, [&](FineRow a, FineRow b, const int16_t* weights, int step, uint16_t* out, int count) {
-      mix(a, b, weights, step, storage, out, count);
+    check<uint16_t>(storage, false,
+                    [&](FineRow row, FineRow, const int16_t*, uint16_t* out, int count) { store(row, storage, out, count); });
+    check<uint16_t>(storage, true, [&](FineRow a, FineRow b, const int16_t* weights, uint16_t* out, int count) {
+      mix(a, b, weights, storage, out, count);
     });
   }
 }

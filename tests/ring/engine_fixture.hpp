@@ -24,7 +24,7 @@ inline ring::EngineConfig small_config(int format = BISEAM_NV12) {
           .width = 256,
           .height = 128,
           .format = format,
-          .quality = Quality::good,
+          .quality = ring::Quality::good,
           .seam = ring::SeamMode::search,
           .threads = 1};
 }

@@ -97,7 +97,7 @@ TEST_P(EveryFormat, LiesInMemoryInAnyWay) {
 
 TEST_P(EveryFormat, IsTheSameForEveryThreadCountAndInstructionSet) {
   const TestFormat& format = GetParam();
-  for (const Quality quality : {Quality::fast, Quality::good, Quality::best}) {
+  for (const ring::Quality quality : {ring::Quality::fast, ring::Quality::good, ring::Quality::best}) {
     EngineConfig config = small_config(format.code);
     config.quality = quality;
     Fisheyes fisheyes(config, noise_of(format.bits));

@@ -43,8 +43,10 @@ class BlockWidenings {
   std::map<std::pair<int, int>, const BlockPlan*> at_;
 };
 
-Kernel kernel_of(Quality quality) {
-  return quality == Quality::fast ? Kernel::bilinear : quality == Quality::good ? Kernel::spline16 : Kernel::spline36;
+Kernel kernel_of(ring::Quality quality) {
+  return quality == ring::Quality::fast   ? Kernel::bilinear
+         : quality == ring::Quality::good ? Kernel::spline16
+                                          : Kernel::spline36;
 }
 
 struct Interval {
@@ -70,7 +72,7 @@ Interval samples_within(const ReferencePlane& plane, Kernel kernel, const Place&
 }
 
 struct Case {
-  Quality quality;
+  ring::Quality quality;
   int format, siting, panorama_siting;
 };
 
@@ -94,7 +96,7 @@ class AgainstReference : public testing::TestWithParam<Case> {
   //   by from the middle of their range counts; those of the second axis weigh what is up to 1.5 times as far from it;
   // - by roundings: a sum across to a unit of 2^(bits - 14) codes, weighed by up to 1.5 down; such a unit again inside blocks
   //   of the ring; half a code at last.
-  double slack(const AxisWeights& across, const AxisWeights& down) const {
+  double slack(const ring::AxisWeights& across, const ring::AxisWeights& down) const {
     const double half_range = std::ldexp(75.5, format_.bits - 8), unit = std::ldexp(1.0, format_.bits - 14);
     const double weights = 1.5 * half_range * (across.taps + down.taps) / 8192;
     return weights + 0.5 * (1.5 * unit + unit) + 0.5 + std::ldexp(0.01, format_.bits - 8);
@@ -116,9 +118,10 @@ class AgainstReference : public testing::TestWithParam<Case> {
         at.x = (at.x - picture.offset_x) / picture.sub_x;
         at.y = (at.y - picture.offset_y) / picture.sub_y;
         const ring::Widenings w = widenings.at(channel, lens, x * grid.sub_x, y * grid.sub_y);
-        const AxisWeights &across = axis_weights(config_.quality, w.across), &down = axis_weights(config_.quality, w.down);
+        const ring::AxisWeights &across = ring::axis_weights(config_.quality, w.across),
+                                &down = ring::axis_weights(config_.quality, w.down);
         const Interval truth =
-            samples_within(picture, kernel_of(config_.quality), at, {kWidenings[w.across], kWidenings[w.down]},
+            samples_within(picture, kernel_of(config_.quality), at, {ring::kWidenings[w.across], ring::kWidenings[w.down]},
                            0.005 + std::ldexp(0.5, -across.phase_bits), 0.005 + std::ldexp(0.5, -down.phase_bits));
         const int got = panorama.get(channel, x, y);
         const double off = std::max(truth.low - got, got - truth.high);
@@ -151,12 +154,13 @@ TEST_P(AgainstReference, FramesShowTheLensOutsideTheRing) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, AgainstReference,
-                         testing::Values(Case{Quality::fast, BISEAM_NV12, BISEAM_SITING_LEFT, BISEAM_SITING_LEFT},
-                                         Case{Quality::good, BISEAM_NV21, BISEAM_SITING_MIDDLE, BISEAM_SITING_LEFT},
-                                         Case{Quality::best, BISEAM_I420, BISEAM_SITING_LEFT, BISEAM_SITING_TOP_LEFT},
-                                         Case{Quality::good, BISEAM_I422P10, BISEAM_SITING_TOP_LEFT, BISEAM_SITING_MIDDLE},
-                                         Case{Quality::best, BISEAM_P012, BISEAM_SITING_MIDDLE, BISEAM_SITING_MIDDLE},
-                                         Case{Quality::good, BISEAM_I444P12, BISEAM_SITING_LEFT, BISEAM_SITING_LEFT}));
+                         testing::Values(Case{ring::Quality::fast, BISEAM_NV12, BISEAM_SITING_LEFT, BISEAM_SITING_LEFT},
+                                         Case{ring::Quality::good, BISEAM_NV21, BISEAM_SITING_MIDDLE, BISEAM_SITING_LEFT},
+                                         Case{ring::Quality::best, BISEAM_I420, BISEAM_SITING_LEFT, BISEAM_SITING_TOP_LEFT},
+                                         Case{ring::Quality::good, BISEAM_I422P10, BISEAM_SITING_TOP_LEFT,
+                                              BISEAM_SITING_MIDDLE},
+                                         Case{ring::Quality::best, BISEAM_P012, BISEAM_SITING_MIDDLE, BISEAM_SITING_MIDDLE},
+                                         Case{ring::Quality::good, BISEAM_I444P12, BISEAM_SITING_LEFT, BISEAM_SITING_LEFT}));
 
 // ---- What lenses agree on ----------------------------------------------------------------------------------------------
 
@@ -212,7 +216,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, SameScene,
 
 TEST(Frames, OfFlatPicturesAreFlat) {
   for (const TestFormat& format : kTestFormats) {
-    for (const Quality quality : {Quality::fast, Quality::good, Quality::best}) {
+    for (const ring::Quality quality : {ring::Quality::fast, ring::Quality::good, ring::Quality::best}) {
       EngineConfig config = small_config(format.code);
       config.quality = quality;
       OwnEngine engine(config);

@@ -21,13 +21,13 @@ TEST_P(Formats, AreDescribedAsTheyAre) {
     EXPECT_EQ(described.bits, format.bits);
     EXPECT_EQ(described.shift, format.shift);
     const ring::PlaneFormat& luma = described.plane[0];
-    EXPECT_EQ(luma.type, format.bits == 8 ? SampleType::bytes : SampleType::words);
+    EXPECT_EQ(luma.type, format.bits == 8 ? ring::SampleType::bytes : ring::SampleType::words);
     EXPECT_EQ(luma.channels[0], 0);
     EXPECT_EQ(luma.grid.bits_x + luma.grid.bits_y + luma.grid.half_x + luma.grid.half_y, 0);
     for (int plane = 1; plane < described.planes; ++plane) {
       const ring::PlaneFormat& chroma = described.plane[plane];
-      EXPECT_EQ(is_pairs(chroma.type), format.paired());
-      EXPECT_EQ(is_words(chroma.type), format.bits > 8);
+      EXPECT_EQ(ring::is_pairs(chroma.type), format.paired());
+      EXPECT_EQ(ring::is_words(chroma.type), format.bits > 8);
       EXPECT_EQ(1 << chroma.grid.bits_x, format.sub_x);
       EXPECT_EQ(1 << chroma.grid.bits_y, format.sub_y);
       EXPECT_EQ(chroma.grid.half_x, format.sub_x == 2 && siting == BISEAM_SITING_MIDDLE);
