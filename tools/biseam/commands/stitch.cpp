@@ -78,8 +78,9 @@ void add_camera_options(CLI::App& command, StitchOptions& options) {
   add("--p0", settings.lens[0].p, "PIXELS", "pixels per radian of lens 0");
   add("--p1", settings.lens[1].p, "PIXELS", "pixels per radian of lens 1");
   add("--fov", settings.lens[0].fov, "DEGREES", "across the image circle of both lenses (195)");
-  add("--mount0", settings.lens[0].mount, "DEGREES", "turn of picture 0, clockwise: 0, 90, 180, 270");
-  add("--mount1", settings.lens[1].mount, "DEGREES", "turn of picture 1");
+  add("--mount0", settings.lens[0].mount, "DEGREES",
+      "recorded picture 0 is turned clockwise by 0, 90 (its sky is at the right), 180, 270");
+  add("--mount1", settings.lens[1].mount, "DEGREES", "the same of picture 1");
   add("--turn1", options.turn, "YAW,PITCH,ROLL", "of lens 1 against lens 0, degrees: right, up, clockwise");
 }
 
