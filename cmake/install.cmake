@@ -1,9 +1,10 @@
-# What `cmake --install` lays down: headers, both libraries, find_package(biseam CONFIG) and pkg-config's biseam.pc.
+# What `cmake --install` lays down: headers, both libraries, the licence, find_package(biseam CONFIG) and pkg-config's biseam.pc.
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/biseam)
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/biseam DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(TARGETS biseam_shared biseam_static EXPORT biseam_targets)
 install(EXPORT biseam_targets NAMESPACE biseam:: FILE biseam-targets.cmake DESTINATION ${package_dir})
 

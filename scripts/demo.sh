@@ -14,33 +14,21 @@ pair="$out/side_by_side.png --camera $out/camera.toml"
 "$biseam" stitch $pair -o "$out/plain.png" --no-search
 "$biseam" view "$out/panorama.png" --show-seams "$out/seams.png" -o "$out/panorama.html"
 
-# The figures of the row "both seams": PSNR and SSIM.
-seam_figures() {
-  awk '/^both seams/ { print "PSNR " $3 " dB, SSIM " $5 " at the seams" }' "$1"
-}
-for kind in panorama plain; do
-  "$biseam" compare "$out/truth.png" "$out/$kind.png" > "$out/$kind.txt"
-done
 "$biseam" contact-sheet -o "$out/contact_sheet.png" \
   "$out/truth.png" "$out/panorama.png" "$out/seams.png" "$out/plain.png" \
   --caption "Truth" \
-  --caption "Seam search on: $(seam_figures "$out/panorama.txt")" \
+  --caption "Seam search on" \
   --caption "Bands and the seams found" \
-  --caption "Seam search off: $(seam_figures "$out/plain.txt")"
+  --caption "Seam search off"
 
 "$biseam" contact-sheet -o "$out/seam_detail.png" --crop 1290,330,330,420 --columns 3 --panel-width 660 \
   "$out/truth.png" "$out/panorama.png" "$out/plain.png" \
   --caption "Truth" --caption "Seam search on" --caption "Seam search off"
 
 echo
-echo "Seam search on, against the true panorama:"
-cat "$out/panorama.txt"
-echo
-echo "Seam search off:"
-cat "$out/plain.txt"
-echo
 echo "The truth is seen from the middle between the lenses, so no stitch can reach it.  A straight blend shows near things"
-echo "twice, each half as strong: closer to the truth on average, but not to the eye (seam_detail.png)."
+echo "twice, each half as strong; the search leads the seam around them: look at seam_detail.png.  PSNR, which rewards"
+echo "blurring two pictures into one, can't tell this, so no figures stand here."
 echo
 echo "$out/side_by_side.png   the two fisheye pictures"
 echo "$out/panorama.png       the panorama"

@@ -30,9 +30,9 @@ bash -euxo pipefail "$work/commands"
 
 cmake --install build/release --prefix "$work/installed"
 PKG_CONFIG_PATH=$(dirname "$(find "$work/installed" -name biseam.pc)")
-export PKG_CONFIG_PATH LD_LIBRARY_PATH=${PKG_CONFIG_PATH%/pkgconfig}
-flags=$(pkg-config --cflags --libs biseam)
-cc -std=c11 -Wall -Werror "$work/main.c" $flags -o "$work/main_c"
-c++ -std=c++20 -Wall -Werror "$work/main.cpp" $flags -o "$work/main_cpp"
-"$work/main_c"
-"$work/main_cpp"
+export PKG_CONFIG_PATH
+sed -nE 's/^    (flags=|cc |c\+\+ )/\1/p' README.md >"$work/compile"
+[ "$(wc -l <"$work/compile")" -eq 3 ]
+cd "$work"
+unset LD_LIBRARY_PATH
+bash -euxo pipefail "$work/compile"

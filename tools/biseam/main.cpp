@@ -10,6 +10,7 @@ extern "C" {
 #include "base/interrupt.hpp"
 #include "base/standard_streams.hpp"
 #include "commands/commands.hpp"
+#include "commands/usage.hpp"
 
 namespace {
 
@@ -23,6 +24,7 @@ int fail(ExitCode code, const char* line) {
 int run(int argc, char** argv) {
   CLI::App app("Stitches the two pictures of a back-to-back fisheye camera into an equirectangular panorama.", "biseam");
   app.require_subcommand(1);
+  app.set_version_flag("--version", "biseam " BISEAM_VERSION, "Print the version and exit");
   app.footer(
       "Exit codes: 0 done, 1 compare found a difference, 2 command line, 3 an input can't be read,\n"
       "4 the result can't be written, 5 profile or settings can't work, 6 no memory or no thread left,\n"
@@ -39,7 +41,7 @@ int run(int argc, char** argv) {
   } catch (const CLI::Success& help) {
     return app.exit(help);
   } catch (const CLI::ParseError& error) {
-    return fail(ExitCode::usage, error.what());
+    return fail(ExitCode::usage, biseam::tool::usage_trouble(app, error).c_str());
   }
   return exit_code;
 }

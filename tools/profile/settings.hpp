@@ -23,7 +23,7 @@ struct LensSettings {
   std::optional<double> cx, cy;            // where the optical axis meets the picture
   std::optional<double> p;                 // pixels per radian
   std::optional<double> fov;               // degrees across the image circle
-  std::optional<int> mount;                // degrees the picture was turned clockwise: 0, 90, 180 or 270
+  std::optional<int> mount;                // degrees the picture is turned clockwise: 0, 90 (sky at the right), 180, 270
   std::optional<double> yaw, pitch, roll;  // degrees, lens 1 only: right, up, clockwise seen along the axis
 };
 

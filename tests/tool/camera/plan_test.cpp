@@ -14,6 +14,12 @@ namespace {
 
 Lens lens_at(double cx, double cy, double p, double reach = 97.5, Turn turn = {}) { return {{cx, cy}, p, reach, turn}; }
 
+Lens seeing(double reach, bool is_cut = false) {
+  Lens lens = lens_at(0, 0, 300, reach);
+  lens.is_cut = is_cut;
+  return lens;
+}
+
 // Columns either side of the seams for a panorama of 1920.
 profile::BlendSettings feather_of(int feather) {
   profile::BlendSettings blend;
@@ -108,25 +114,58 @@ TEST(Plan, the_tables_stay_inside_whatever_the_lenses) {
 }
 
 TEST(BlendValues, the_feather_fits_the_overlap) {
-  const BlendValues values = settle_blend({}, 1920, 97.5);
+  const BlendValues values = settle_blend({}, 1920, seeing(97.5));
   EXPECT_EQ(values.feather, 32);
   EXPECT_LE(values.feather * 360.0 / 1920, 7.5);
-  EXPECT_EQ(settle_blend({}, 1920, 94).feather, 16);
-  EXPECT_EQ(settle_blend({}, 3840, 94).feather, 32);
+  EXPECT_EQ(settle_blend({}, 1920, seeing(94)).feather, 16);
+  EXPECT_EQ(settle_blend({}, 3840, seeing(94)).feather, 32);
 }
 
-TEST(BlendValues, a_wide_overlap_is_not_used_up) { EXPECT_EQ(settle_blend({}, 1920, 140).feather, 60); }
+TEST(BlendValues, a_wide_overlap_is_not_used_up) { EXPECT_EQ(settle_blend({}, 1920, seeing(140)).feather, 60); }
 
 TEST(BlendValues, the_transition_leaves_room_beside_a_wide_feather) {
-  const BlendValues values = settle_blend(feather_of(200), 1920, 140);
+  const BlendValues values = settle_blend(feather_of(200), 1920, seeing(140));
   EXPECT_EQ(values.trans_width, 280);
-  EXPECT_EQ(settle_blend(feather_of(600), 1920, 140).trans_width, 0);
+  EXPECT_EQ(settle_blend(feather_of(600), 1920, seeing(140)).trans_width, 0);
 }
 
 TEST(BlendValues, too_little_overlap_is_refused_unless_a_feather_is_given) {
   for (const double reach : {-5.0, 80.0, 90.0, 90.9}) {
-    EXPECT_EQ(test::failure_of([&] { settle_blend({}, 1920, reach); }).first, ExitCode::settings) << reach;
-    EXPECT_EQ(settle_blend(feather_of(6), 1920, reach).feather, 6);
+    EXPECT_EQ(test::failure_of([&] { settle_blend({}, 1920, seeing(reach)); }).first, ExitCode::settings) << reach;
+    EXPECT_EQ(settle_blend(feather_of(6), 1920, seeing(reach)).feather, 6);
+  }
+}
+
+TEST(BlendValues, too_little_overlap_is_told_in_the_cameras_words) {
+  const auto told = [](int width, const Lens& lens) { return test::failure_of([&] { settle_blend({}, width, lens); }).second; };
+  EXPECT_EQ(
+      told(1920, seeing(89, true)),
+      "lens 0: its picture ends 89.0 degrees off the axis, and a blend needs 90.9: the circle is cut by the picture's edge, "
+      "or p (300) is too large; below 293.6 it would do");
+  EXPECT_EQ(told(1920, seeing(90)),
+            "lens 0: its circle ends 90.0 degrees off the axis, and a blend needs 90.9: fov is too small");
+  EXPECT_EQ(told(128, seeing(97.5)),
+            "a panorama of 128 columns is too small: the lenses share 2.1 of them beyond each seam, and a blend needs 4; give "
+            "--width 240 or more, or larger pictures");
+  EXPECT_EQ(settle_blend({}, 240, seeing(97.5)).feather, 4);
+}
+
+TEST(BlendValues, a_feather_without_room_for_a_search_is_cut_straight) {
+  EXPECT_FALSE(settle_blend(feather_of(2), 1920, seeing(97.5)).search);
+  EXPECT_TRUE(settle_blend(feather_of(4), 1920, seeing(97.5)).search);
+}
+
+// What is left open never contradicts itself, however little the lenses share.
+TEST(BlendValues, defaults_work_with_every_overlap) {
+  for (const int width : {960, 1920, 3840}) {
+    for (const double reach : {90.5, 91.0, 91.5, 92.0, 93.0, 95.0}) {
+      const Lens lens = lens_at((width / 2 - 1) / 2.0, (width / 2 - 1) / 2.0, width / 2 / 3.42, reach);
+      if ((reach - 90) / 360 * width * 0.8 < 4) continue;
+      const Plan plan = make_plan({lens, lens}, {{width / 2, width / 2}, {width / 2, width / 2}}, {}, width);
+      const auto made = Stitcher::create(plan.config);
+      EXPECT_TRUE(made) << width << ", " << reach << ": " << made.error().text();
+      EXPECT_NE(plan.config.findpath_enable, 0);
+    }
   }
 }
 
@@ -138,7 +177,7 @@ TEST(BlendValues, values_that_are_given_are_taken) {
   settings.findpath_width = 30;
   settings.inv_scale = 1.5;
   settings.search = false;
-  const BlendValues values = settle_blend(settings, 1920, 97.5);
+  const BlendValues values = settle_blend(settings, 1920, seeing(97.5));
   EXPECT_EQ(values.feather, 20);
   EXPECT_EQ(values.trans_width, 12);
   EXPECT_EQ(values.pyr_level, 2);

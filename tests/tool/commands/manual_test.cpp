@@ -80,7 +80,10 @@ Options told_by_page(const std::string& page) {
     const std::string heading = ".Ss biseam ";
     if (line.rfind(".Sh ", 0) == 0) command = "";
     if (line.rfind(heading, 0) == 0) command = line.substr(heading.size());
-    if (line.rfind(".Ss ", 0) == 0) options[command] = options[""];
+    if (line.rfind(".Ss ", 0) == 0) {
+      options[command] = options[""];
+      options[command].erase("--version");  // the tool's own
+    }
     if (line.rfind(".It Fl ", 0) == 0) options[command].merge(options_of_item(line));
   }
   return options;

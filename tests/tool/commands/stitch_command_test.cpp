@@ -144,6 +144,30 @@ TEST(StitchCommand, options_replace_the_profiles_values) {
   expect_painted_sphere(finished.out);
 }
 
+// The recorded picture is the upright one turned clockwise by the mount: at 90 the sky is at the right edge, at 270 at the left
+// one.
+TEST(StitchCommand, a_mount_says_where_the_sky_was_recorded) {
+  Nv12 sky_right(320, 320), sky_left(320, 320);
+  std::fill(sky_right.chroma.begin(), sky_right.chroma.end(), 128);
+  std::fill(sky_left.chroma.begin(), sky_left.chroma.end(), 128);
+  for (std::size_t k = 0; k < sky_right.luma.size(); ++k) {
+    sky_right.luma[k] = k % 320 >= 160 ? 200 : 50;
+    sky_left.luma[k] = k % 320 < 160 ? 200 : 50;
+  }
+  const std::string pair = bytes_of(side_by_side(sky_right, sky_left));
+  const auto brightness = [&](const char* mount0, const char* mount1, std::size_t row) {
+    const Finished finished = stitch({"-", "--size", "640x320", "-o", "-", "--mount0", mount0, "--mount1", mount1}, pair);
+    EXPECT_EQ(finished.exit_code, 0) << finished.err;
+    const Nv12 panorama = panorama_from(finished.out);
+    double sum = 0;
+    for (std::size_t x = 0; x < kWidth; ++x) sum += panorama.luma[row * kWidth + x];
+    return sum / kWidth;
+  };
+  EXPECT_NEAR(brightness("90", "270", 80), 200, 1);
+  EXPECT_NEAR(brightness("90", "270", 240), 50, 1);
+  EXPECT_NEAR(brightness("270", "90", 80), 50, 1);
+}
+
 TEST(StitchCommand, a_turn_may_begin_with_a_minus) {
   FisheyeView turned = usual_view();
   turned.yaw = -1;
@@ -356,6 +380,12 @@ TEST(StitchCommand, a_wrong_command_line_is_one_line) {
     expect_refusal(stitch(arguments), 2, name);
   }
   EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.nv12"}));
+}
+
+TEST(StitchCommand, a_small_picture_is_told_about_its_size) {
+  const std::string p = std::to_string(32 / test::radians(97.5));
+  expect_refusal(stitch({"-", "--size", "128x64", "-o", "-", "--p0", p, "--p1", p}, std::string(nv12_bytes({128, 64}), 'x')), 5,
+                 "a panorama of 128 columns is too small");
 }
 
 TEST(StitchCommand, an_odd_half_is_refused) {

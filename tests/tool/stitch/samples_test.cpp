@@ -54,6 +54,33 @@ void expect_whole_panorama(std::vector<std::string> names, const std::string& pr
   }
 }
 
+// The first profile of whoever fits a circle and takes 195 degrees for its angle.
+TEST(Samples, fitted_circles_are_enough_to_begin_with) {
+  struct Camera {
+    std::vector<std::string> names, options;
+  };
+  const Camera cameras[] = {
+      {{"square_side_by_side_1920x960.png"},
+       {"--centre0", "475,471", "--centre1", "478,478", "--p0", "295.6", "--p1", "295.6"}},
+      {{"square_side_by_side_1920x960.png"}, {"--p0", "300", "--p1", "300"}},
+      {{"woods_lens0_2704x2624.jpg", "woods_lens1_2704x2624.jpg"},
+       {"--centre0", "1348,1303", "--centre1", "1347,1303", "--p0", "794.5", "--p1", "794.5"}},
+      {{"volcano_lens0_3104x3000.jpg", "volcano_lens1_3104x3000.jpg"}, {"--p0", "899.1", "--p1", "899.1"}},
+  };
+  const test::ScratchFolder folder;
+  for (const Camera& camera : cameras) {
+    std::vector<std::string> arguments = {BISEAM_TOOL, "stitch"};
+    for (const std::string& name : camera.names) {
+      arguments.push_back(std::string(BISEAM_SOURCE_FOLDER "/../shared/samples/") + name);
+      if (!std::filesystem::exists(arguments.back())) GTEST_SKIP() << "no sample pictures beside the project: " << name;
+    }
+    arguments.insert(arguments.end(), camera.options.begin(), camera.options.end());
+    arguments.insert(arguments.end(), {"--width", "1920", "-o", folder / "out.jpg"});
+    const test::Finished finished = test::run(arguments);
+    EXPECT_EQ(finished.exit_code, 0) << camera.names.front() << ": " << finished.err;
+  }
+}
+
 TEST(Samples, city_square) { expect_whole_panorama({"square_side_by_side_1920x960.png"}, "city_square.toml"); }
 
 TEST(Samples, woodland_path) {

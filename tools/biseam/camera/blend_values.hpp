@@ -1,5 +1,6 @@
 #pragma once
 
+#include "camera/lens.hpp"
 #include "profile/settings.hpp"
 
 namespace biseam::tool {
@@ -12,8 +13,9 @@ struct BlendValues {
   double inv_scale;
 };
 
-// reach: degrees off axis that the worse lens sees along the horizon.  Throws Failure (settings) when the feather is left
-// open and the lenses overlap by too little for one.
-BlendValues settle_blend(const profile::BlendSettings& settings, int width, double reach);
+// worse: the lens that sees less far along the horizon.  What is left open goes with what is given: the search shrinks its
+// pictures by no more than its strip allows, and is left out, with a notice, where the feather leaves it no strip.  Throws
+// Failure (settings) when the feather is left open and the lenses overlap by too little for one.
+BlendValues settle_blend(const profile::BlendSettings& settings, int width, const Lens& worse);
 
 }  // namespace biseam::tool

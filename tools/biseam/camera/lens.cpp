@@ -43,7 +43,10 @@ Lens settle_lens(const profile::LensSettings& settings, Size recorded, int index
   lens.turn = {settings.yaw.value_or(0), settings.pitch.value_or(0), settings.roll.value_or(0)};
   const int width = mount % 180 == 0 ? recorded.width : recorded.height;
   const double side = std::min(lens.centre.x + 0.5, width - 0.5 - lens.centre.x);
-  lens.reach = std::min(fov / 2, side / lens.p / kDegree) - std::abs(lens.turn.yaw);
+  const double edge = side / lens.p / kDegree;
+  lens.reach = std::min(fov / 2, edge) - std::abs(lens.turn.yaw);
+  lens.index = index;
+  lens.is_cut = edge < fov / 2;
   return lens;
 }
 

@@ -21,6 +21,8 @@ struct Lens {
   double p = 0;       // pixels per radian
   double reach = 90;  // degrees off axis that are in the picture along the horizon, on the shorter side
   Turn turn;
+  int index = 0;
+  bool is_cut = false;  // the reach ends at the picture's edge, not at the circle
 };
 
 // Fills what is open: the middle of the picture, and a circle of fov degrees that just fits around the centre.

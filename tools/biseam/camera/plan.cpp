@@ -81,7 +81,7 @@ void set_lenses(StitchConfig& config, const LensPlan (&plan)[2], const std::arra
 Plan make_plan(const Lens (&lenses)[2], const Size (&sizes)[2], const profile::BlendSettings& blend, int width) {
   Plan plan = {};
   set_output(plan.config, width);
-  set_blend(plan.config, settle_blend(blend, width, std::min(lenses[0].reach, lenses[1].reach)));
+  set_blend(plan.config, settle_blend(blend, width, lenses[1].reach < lenses[0].reach ? lenses[1] : lenses[0]));
 
   const std::array<float, 9> matrices[2] = {roll_matrix(0), roll_matrix(lenses[1].turn.roll)};
   Extent extents[2];

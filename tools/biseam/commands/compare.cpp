@@ -7,6 +7,7 @@
 #include "base/distinct_files.hpp"
 #include "base/failure.hpp"
 #include "commands/commands.hpp"
+#include "commands/number_range.hpp"
 #include "compare/metrics.hpp"
 #include "picture/read_picture.hpp"
 #include "text/json.hpp"
@@ -79,7 +80,7 @@ void add_compare_command(CLI::App& app, int& exit_code) {
   command->add_option("B", options->second, "picture of the same size")->required();
   command->add_option("--size", options->size, "WIDTHxHEIGHT of raw NV12 input");
   command->add_option("--seam-degrees", options->half_width, "what counts as a seam: so many degrees on both sides (10)")
-      ->check(CLI::Range(0.5, 90.0));
+      ->check(in_range(0.5, 90.0));
   command->add_option("--least-psnr", options->least_psnr, "exit with 1 when the whole picture's PSNR is below this");
   command->add_flag("--json", options->json, "one JSON object in place of the table; null stands for infinite");
   command->callback([options, &exit_code] {

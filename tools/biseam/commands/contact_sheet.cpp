@@ -6,6 +6,7 @@
 #include "base/distinct_files.hpp"
 #include "base/failure.hpp"
 #include "commands/commands.hpp"
+#include "commands/number_range.hpp"
 #include "picture/read_picture.hpp"
 #include "picture/write_picture.hpp"
 #include "sheet/contact_sheet.hpp"
@@ -65,9 +66,9 @@ void add_contact_sheet_command(CLI::App& app) {
       ->delimiter(',')
       ->expected(4)
       ->allow_extra_args(false);
-  command->add_option("--columns", options->layout.columns, "pictures side by side (2)")->check(CLI::Range(1, 16));
+  command->add_option("--columns", options->layout.columns, "pictures side by side (2)")->check(in_range(1, 16));
   command->add_option("--panel-width", options->layout.panel_width, "pixels of a picture on the page (960)")
-      ->check(CLI::Range(16, 8192));
+      ->check(in_range(16, 8192));
   command->callback([options] { make_sheet(*options); });
 }
 

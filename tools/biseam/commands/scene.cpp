@@ -12,6 +12,7 @@
 #include "base/replace_file.hpp"
 #include "clip/write/lossless_clip.hpp"
 #include "commands/commands.hpp"
+#include "commands/number_range.hpp"
 #include "picture/write_picture.hpp"
 #include "profile/settings.hpp"
 #include "scene/profile.hpp"
@@ -102,23 +103,22 @@ void add_scene_command(CLI::App& app) {
   command->add_option("-o,--output", options->folder, "folder for the files, made when missing")->required();
   command->add_option("--width", options->rig.panorama_width, "columns of the true panorama, a multiple of 8 (1920)");
   command->add_option("--fisheye-size", options->rig.fisheye_size, "width and height of a fisheye picture, even (1080)")
-      ->check(CLI::Range(32, 8192))
+      ->check(in_range(32, 8192))
       ->check([](const std::string& text) { return (text.back() - '0') % 2 == 0 ? "" : "must be even"; });
-  command->add_option("--fov", options->field_of_view, "degrees across the image circle (195)")
-      ->check(CLI::Range(182.0, 280.0));
+  command->add_option("--fov", options->field_of_view, "degrees across the image circle (195)")->check(in_range(182.0, 280.0));
   command->add_option("--baseline", options->rig.baseline, "metres between the two entrance pupils (0)")
-      ->check(CLI::Range(0.0, 0.5));
+      ->check(in_range(0.0, 0.5));
   command
       ->add_option("--exposure-difference", options->rig.exposure_difference, "stops by which lens 0 is the brighter one (0)")
-      ->check(CLI::Range(-4.0, 4.0));
+      ->check(in_range(-4.0, 4.0));
   command->add_option("--noise", options->rig.noise, "standard deviation of the fisheyes' noise, code values (0)")
-      ->check(CLI::Range(0.0, 64.0));
-  command->add_option("--seed", options->rig.seed, "of the noise (1)");
+      ->check(in_range(0.0, 64.0));
+  command->add_option("--seed", options->rig.seed, "of the noise (1)")->check(in_range<std::int64_t>(0, 4294967295));
   command
       ->add_option("--frames", options->frames,
                    "clips in place of pictures, .mp4 and without loss: so many frames, 30 a second, in which two balls fly\n"
                    "round the camera; the first shows what the pictures show")
-      ->check(CLI::PositiveNumber);
+      ->check(in_range(1, kMostFrames));
   command->callback([options] { make_scene(*options); });
 }
 

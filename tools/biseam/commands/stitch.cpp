@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <map>
 #include <memory>
 #include <string>
 
@@ -7,6 +6,7 @@
 #include "base/extension.hpp"
 #include "base/failure.hpp"
 #include "commands/commands.hpp"
+#include "commands/number_range.hpp"
 #include "commands/stitch_options.hpp"
 #include "media/container.hpp"
 #include "picture/read_picture.hpp"
@@ -61,6 +61,13 @@ int stitch(StitchOptions& options) {
   return int(ExitCode::done);
 }
 
+// The number of the layout in place of its name, as the option parser reads enumerations.
+std::string name_layout(std::string& text) {
+  if (text != "side-by-side" && text != "top-bottom") return "must be side-by-side or top-bottom";
+  text = std::to_string(int(text == "side-by-side" ? Layout::side_by_side : Layout::top_bottom));
+  return "";
+}
+
 void add_camera_options(CLI::App& command, StitchOptions& options) {
   profile::CameraSettings& settings = options.settings;
   const auto add = [&](const char* name, auto& value, const char* type, const char* text) {
@@ -71,8 +78,9 @@ void add_camera_options(CLI::App& command, StitchOptions& options) {
   add("--p0", settings.lens[0].p, "PIXELS", "pixels per radian of lens 0");
   add("--p1", settings.lens[1].p, "PIXELS", "pixels per radian of lens 1");
   add("--fov", settings.lens[0].fov, "DEGREES", "across the image circle of both lenses (195)");
-  add("--mount0", settings.lens[0].mount, "DEGREES", "turn of picture 0, clockwise: 0, 90, 180, 270");
-  add("--mount1", settings.lens[1].mount, "DEGREES", "turn of picture 1");
+  add("--mount0", settings.lens[0].mount, "DEGREES",
+      "recorded picture 0 is turned clockwise by 0, 90 (its sky is at the right), 180, 270");
+  add("--mount1", settings.lens[1].mount, "DEGREES", "the same of picture 1");
   add("--turn1", options.turn, "YAW,PITCH,ROLL", "of lens 1 against lens 0, degrees: right, up, clockwise");
 }
 
@@ -110,12 +118,12 @@ void add_video_options(CLI::App& command, VideoOptions& video) {
   add("--rate", video.rate, "FPS", "of raw NV12 input, which then is a clip");
   add("--offset", video.offset, "SECONDS", "added to the times of the second clip");
   add("--jobs", video.jobs, "N", "frames stitched at once (half the processors, at most 4); holds 2N + 1 frames in memory")
-      ->check(CLI::Range(1, 64));
+      ->check(in_range(1, 64));
   add("--from", video.from, "TIME", "first moment stitched, seconds or [HH:]MM:SS[.frac]; times of the result count from it");
   add("--to", video.to, "TIME", "first moment not stitched any more");
-  add("--frames", video.frames, "N", "at most so many frames")->check(CLI::PositiveNumber);
+  add("--frames", video.frames, "N", "at most so many frames")->check(in_range(1, kMostFrames));
   add("--seam-hold", video.seam_hold, "N", "search the seams in every N-th frame of the clip and keep them between (1)")
-      ->check(CLI::Range(1, 1000000));
+      ->check(in_range(1, 1000000));
   add("--json", video.json, "FILE", "write a summary of the run as one JSON object; - is standard output");
   command.add_flag("--drop-streams", video.drop_streams, "leave out streams that the output can't hold")->group(kVideoGroup);
   command.add_flag("--strict", video.strict, "stop at damage in place of repeating the previous frame")->group(kVideoGroup);
@@ -147,8 +155,7 @@ void add_stitch_command(CLI::App& app, int& exit_code) {
       "picture: .png, .jpg; clip: .mp4, .mov, .mkv, .y4m; raw frames: .nv12, or - for standard output")
       ->required();
   add("--layout", options->layout, "side-by-side|top-bottom", "of one input with both circles (side-by-side)")
-      ->transform(CLI::CheckedTransformer(
-          std::map<std::string, Layout>{{"side-by-side", Layout::side_by_side}, {"top-bottom", Layout::top_bottom}}));
+      ->transform(CLI::Validator(name_layout, ""));
   add("--size", options->size, "WIDTHxHEIGHT", "of raw NV12 input");
   add("--camera", options->camera, "FILE", "profile of the camera (TOML)");
   add("--width", options->settings.width, "COLUMNS",

@@ -3,6 +3,7 @@
 
 extern "C" {
 #include <libavcodec/avcodec.h>
+#include <libavcodec/bsf.h>
 #include <libavformat/avformat.h>
 #include <libswscale/swscale.h>
 }
@@ -17,6 +18,7 @@ inline constexpr AVRational kMicroseconds{1, AV_TIME_BASE};  // the base of time
 struct LibavDelete {
   void operator()(AVFrame* p) const { av_frame_free(&p); }
   void operator()(AVPacket* p) const { av_packet_free(&p); }
+  void operator()(AVBSFContext* p) const { av_bsf_free(&p); }
   void operator()(AVCodecContext* p) const { avcodec_free_context(&p); }
   void operator()(AVFormatContext* p) const { avformat_close_input(&p); }  // of demuxers
   void operator()(AVDictionary* p) const { av_dict_free(&p); }

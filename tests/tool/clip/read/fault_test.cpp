@@ -168,6 +168,21 @@ TEST(Faults, files_that_are_no_clips_are_named) {
   }
 }
 
+TEST(Faults, clips_of_one_column_or_row_are_named) {
+  const ScratchFolder folder;
+  for (const auto& [width, height] : {std::pair(1, 120), std::pair(240, 1), std::pair(1, 1)}) {
+    const std::string luma(std::size_t(width) * std::size_t(height), 'x');
+    const std::string chroma(std::size_t((width + 1) / 2) * std::size_t((height + 1) / 2) * 2, 'y');
+    write_bytes(folder / "in.y4m", "YUV4MPEG2 W" + std::to_string(width) + " H" + std::to_string(height) +
+                                       " F25:1 C420jpeg\nFRAME\n" + luma + chroma);
+    for (const std::vector<std::string>& inputs :
+         {std::vector{folder / "in.y4m"}, std::vector{folder / "in.y4m", folder / "in.y4m"}}) {
+      expect_refusal(run_stitch(with(with(inputs, {"-o", folder / "out.mp4"}), known_lenses())), 3,
+                     "in.y4m: its pictures are smaller than 2 x 2 pixels");
+    }
+  }
+}
+
 TEST(Faults, an_unreadable_file_is_named) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", related_pictures(), walk(2));

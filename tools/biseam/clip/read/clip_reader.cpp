@@ -125,6 +125,7 @@ void ClipReader::send(const AVPacket* packet) {
 }
 
 void ClipReader::accept(Libav<AVFrame> frame) {
+  if (frame->width < 2 || frame->height < 2) container_->refuse("its pictures are smaller than 2 x 2 pixels");
   if (size_ == Size{}) size_ = {frame->width, frame->height};
   const std::int64_t time = time_of(*frame);
   if (size_ != Size{frame->width, frame->height}) {

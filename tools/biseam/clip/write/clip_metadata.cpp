@@ -111,7 +111,7 @@ bool is_whole_sphere(const AVStream& stream) {
 bool needs_free_keys(const AVDictionary* metadata) {
   const AVDictionaryEntry* entry = nullptr;
   while ((entry = av_dict_get(metadata, "", entry, AV_DICT_IGNORE_SUFFIX)) != nullptr) {
-    if (!contains(kPlainKeys, entry->key)) return true;
+    if (!contains(kPlainKeys, entry->key) && std::string_view(entry->key) != "timecode") return true;  // which has a track
   }
   return false;
 }

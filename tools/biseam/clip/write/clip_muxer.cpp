@@ -36,6 +36,7 @@ ClipMuxer::ClipMuxer(const std::string& path, const AVOutputFormat& format) : pa
   muxer_.reset(muxer);
   muxer_->pb = bytes_.context();
   muxer_->strict_std_compliance = FF_COMPLIANCE_UNOFFICIAL;  // spherical metadata is
+  if (!is_mov_kind()) muxer_->flags |= AVFMT_FLAG_BITEXACT;  // no random numbers
   muxer_->avoid_negative_ts = AVFMT_AVOID_NEG_TS_DISABLED;   // times are kept
 }
 
@@ -60,6 +61,17 @@ CopiedStream ClipMuxer::add_copied(const AVStream& from, const std::string& text
   return copied;
 }
 
+// The muxer writes either free keys or covers.
+bool ClipMuxer::takes_free_keys() const {
+  if (!needs_free_keys(muxer_->metadata)) return false;
+  for (unsigned k = 0; k < muxer_->nb_streams; ++k) {
+    if ((muxer_->streams[k]->disposition & AV_DISPOSITION_ATTACHED_PIC) == 0) continue;
+    notice(path_ + ": beside a cover picture only metadata with the usual keys can be held, the rest is left out");
+    return false;
+  }
+  return true;
+}
+
 // Fine enough for the start of every stream.
 int ClipMuxer::movie_timescale() const {
   constexpr std::int64_t kMost = 1000000000;
@@ -81,7 +93,7 @@ void ClipMuxer::begin() {
   AVDictionary* options = nullptr;
   if (is_mov_kind()) {
     av_dict_set_int(&options, "movie_timescale", movie_timescale(), 0);
-    if (needs_free_keys(muxer_->metadata)) av_dict_set(&options, "movflags", "+use_metadata_tags", 0);
+    if (takes_free_keys()) av_dict_set(&options, "movflags", "+use_metadata_tags", 0);
   }
   const LibavLog log;
   const int status = avformat_write_header(muxer_.get(), &options);

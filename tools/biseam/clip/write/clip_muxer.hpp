@@ -56,6 +56,7 @@ class ClipMuxer {
   };
 
   bool is_mov_kind() const;
+  bool takes_free_keys() const;
   int movie_timescale() const;
   void mend_times(CopiedStream& stream, AVPacket& packet) const;
   bool complete_mov();

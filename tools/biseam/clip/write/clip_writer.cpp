@@ -36,7 +36,8 @@ void ClipWriter::add_streams(const PairReader& clips) {
 
 void ClipWriter::add_picture(const AVStream& from) {
   picture_ = &muxer_.add_stream();
-  if (avcodec_parameters_from_context(picture_->codecpar, &encoder_.context()) < 0) throw std::bad_alloc();
+  encoder_.describe(*picture_->codecpar);
+  tag_for_players(muxer_.format(), *picture_->codecpar);
   picture_->time_base = time_base_;
   picture_->avg_frame_rate = encoder_.context().framerate;
   picture_->sample_aspect_ratio = {1, 1};

@@ -75,11 +75,11 @@ Encoder::Encoder(const EncoderSettings& settings, const ClipFacts& facts, bool g
   set_options(settings);
   const LibavLog log;
   const int status = avcodec_open2(context_.get(), &codec, nullptr);
-  if (status >= 0) return;
-  if (was_thread_refused()) {
+  if (status < 0 && was_thread_refused()) {
     throw Failure(ExitCode::system, "encoder " + settings_text_ + ": no thread for encoding can be started");
   }
-  throw Failure(ExitCode::output, "encoder " + settings_text_ + ": " + log.reason(status));
+  if (status < 0) throw Failure(ExitCode::output, "encoder " + settings_text_ + ": " + log.reason(status));
+  open_filter(colour);
 }
 
 void Encoder::set_options(const EncoderSettings& settings) {
@@ -92,6 +92,34 @@ void Encoder::set_options(const EncoderSettings& settings) {
   if (!settings.preset.empty()) check_preset(settings.name, settings.preset);
   if (!settings.preset.empty() || usual) set_option("preset", settings.preset.empty() ? kUsualPreset : settings.preset);
   if (!settings.bitrate.empty()) set_option("b", settings.bitrate);
+  if (settings.name == "libx265")
+    av_opt_set(context_->priv_data, "x265-params", "log-level=none", 0);  // it has its own printer
+}
+
+// A range without a matrix is what encoders don't write into their pictures.
+void Encoder::open_filter(const Colour& colour) {
+  const bool is_alone = colour.range == AVCOL_RANGE_MPEG && colour.matrix == AVCOL_SPC_UNSPECIFIED &&
+                        colour.primaries == AVCOL_PRI_UNSPECIFIED && colour.transfer == AVCOL_TRC_UNSPECIFIED;
+  const char* const name = context_->codec_id == AV_CODEC_ID_H264   ? "h264_metadata"
+                           : context_->codec_id == AV_CODEC_ID_HEVC ? "hevc_metadata"
+                                                                    : nullptr;
+  const AVBitStreamFilter* const kind = is_alone && name ? av_bsf_get_by_name(name) : nullptr;
+  if (!kind) return;
+  AVBSFContext* filter = nullptr;
+  if (av_bsf_alloc(kind, &filter) < 0) throw std::bad_alloc();
+  filter_.reset(filter);
+  filter->time_base_in = context_->time_base;
+  int status = avcodec_parameters_from_context(filter->par_in, context_.get());
+  if (status >= 0) status = av_opt_set_int(filter->priv_data, "video_full_range_flag", 0, 0);
+  if (status >= 0) status = av_bsf_init(filter);
+  if (status < 0)
+    throw Failure(ExitCode::output, "encoder " + name_ + ": its colour range can't be told: " + libav_reason(status));
+}
+
+void Encoder::describe(AVCodecParameters& to) const {
+  const int status =
+      filter_ ? avcodec_parameters_copy(&to, filter_->par_out) : avcodec_parameters_from_context(&to, context_.get());
+  if (status < 0) throw std::bad_alloc();
 }
 
 void Encoder::set_option(const char* option, const std::string& value) {
@@ -148,8 +176,10 @@ Libav<AVFrame> Encoder::adapted(const AVFrame& panorama) const {
 }
 
 bool Encoder::receive(AVPacket& packet) {
-  const int status = avcodec_receive_packet(context_.get(), &packet);
+  int status = avcodec_receive_packet(context_.get(), &packet);
   if (status == AVERROR(EAGAIN) || status == AVERROR_EOF) return false;
+  if (status >= 0 && filter_) status = av_bsf_send_packet(filter_.get(), &packet);
+  if (status >= 0 && filter_) status = av_bsf_receive_packet(filter_.get(), &packet);
   if (status < 0) throw Failure(ExitCode::output, "encoder " + name_ + ": " + libav_reason(status));
   const auto known = durations_.find(packet.pts);
   if (known == durations_.end()) return true;

@@ -22,6 +22,9 @@ class Encoder {
 
   const AVCodecContext& context() const { return *context_; }
 
+  // What a container is told of the packets.
+  void describe(AVCodecParameters& to) const;
+
   // NV12 with its time; duration and times in the time base of the facts.
   void send(const AVFrame& panorama, std::int64_t time, std::int64_t duration);
   void finish();
@@ -36,9 +39,11 @@ class Encoder {
   void set_options(const EncoderSettings& settings);
   Libav<AVFrame> adapted(const AVFrame& panorama) const;
   void push(const AVFrame* frame);
+  void open_filter(const Colour& colour);
 
   std::string name_, settings_text_;
   Libav<AVCodecContext> context_;
+  Libav<AVBSFContext> filter_;                      // of packets; none where they stay as they are
   std::map<std::int64_t, std::int64_t> durations_;  // of the pictures inside the encoder, by time
 };
 

@@ -25,7 +25,8 @@ LosslessClip::LosslessClip(const std::string& path, Size size, AVRational rate)
       frames_(size),
       stream_(muxer_.add_stream()),
       packet_(av_packet_alloc()) {
-  if (!packet_ || avcodec_parameters_from_context(stream_.codecpar, &encoder_.context()) < 0) throw std::bad_alloc();
+  if (!packet_) throw std::bad_alloc();
+  encoder_.describe(*stream_.codecpar);
   stream_.time_base = av_inv_q(rate);
   stream_.avg_frame_rate = rate;
   stream_.sample_aspect_ratio = {1, 1};

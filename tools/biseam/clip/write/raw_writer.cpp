@@ -62,9 +62,12 @@ RawWriter::RawWriter(const RawWriterSettings& settings, const ClipFacts& facts, 
 void RawWriter::note_time(std::int64_t time) {
   if (!first_) first_ = time;
   if (rate_.num <= 0) return;
-  const AVRational half{rate_.den, 2 * rate_.num};
-  const std::int64_t distance = std::abs(time - *first_ - av_rescale_q(frames_++, av_inv_q(rate_), base_));
-  if (av_compare_ts(distance, base_, 1, half) > 0) ++uneven_;
+  const AVRational half{rate_.den, 2 * rate_.num}, quarter{rate_.den, 4 * rate_.num};
+  const std::int64_t distance = std::abs(time - *first_ - av_rescale_q(frames_, av_inv_q(rate_), base_));
+  const std::int64_t step = std::abs(time - last_ - av_rescale_q(1, av_inv_q(rate_), base_));
+  const bool jumps = frames_++ > 0 && av_compare_ts(step, base_, 1, quarter) > 0;
+  if (jumps || av_compare_ts(distance, base_, 1, half) > 0) ++uneven_;
+  last_ = time;
 }
 
 void RawWriter::finish() {

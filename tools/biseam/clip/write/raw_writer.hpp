@@ -41,7 +41,7 @@ class RawWriter : public FrameSink {
   std::vector<std::uint8_t> bytes_;  // of one frame
   AVRational base_, rate_;
   std::optional<std::int64_t> first_;
-  std::int64_t frames_ = 0, uneven_ = 0;  // uneven: those whose time is not what their number says
+  std::int64_t last_ = 0, frames_ = 0, uneven_ = 0;  // uneven: those whose time is not what their number says
 };
 
 }  // namespace biseam::tool

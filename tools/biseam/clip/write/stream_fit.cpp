@@ -67,7 +67,13 @@ std::string holding_trouble(const AVOutputFormat& format, const AVStream& stream
   // This muxer begins tracks of other data, but leaves them without a description that a reader needs.
   const bool is_data = stream.codecpar->codec_type == AVMEDIA_TYPE_DATA;
   if (is_mov_kind(format) && is_data && stream.codecpar->codec_tag != kActionCamera) return "data of an unknown kind";
+  const bool is_cover = (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
+  if (is_cover && std::strcmp(format.name, "mov") == 0) return "a cover picture";  // begun, but never written
   return trial(format, stream);
+}
+
+void tag_for_players(const AVOutputFormat& format, AVCodecParameters& encoded) {
+  if (is_mov_kind(format) && encoded.codec_id == AV_CODEC_ID_HEVC) encoded.codec_tag = MKTAG('h', 'v', 'c', '1');
 }
 
 void copy_parameters(const AVOutputFormat& format, const AVStream& from, AVStream& to) {

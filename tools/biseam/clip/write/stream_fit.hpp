@@ -20,4 +20,8 @@ std::string holding_trouble(const AVOutputFormat& format, const AVStream& stream
 // For a stream to be written into the container: parameters, with a tag the container knows.
 void copy_parameters(const AVOutputFormat& format, const AVStream& from, AVStream& to);
 
+// The tag that all players of the container know, where an encoder's stream may have several: hvc1, as the head has the
+// parameter sets.
+void tag_for_players(const AVOutputFormat& format, AVCodecParameters& encoded);
+
 }  // namespace biseam::tool

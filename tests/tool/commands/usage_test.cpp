@@ -1,0 +1,65 @@
+// What the tool says to a command line that it can't understand.
+#include <gtest/gtest.h>
+
+#include "tool/support/process.hpp"
+
+namespace biseam::test {
+namespace {
+
+std::string said(std::vector<std::string> words) {
+  words.insert(words.begin(), BISEAM_TOOL);
+  const Finished finished = run(words);
+  EXPECT_EQ(finished.exit_code, 2);
+  EXPECT_EQ(finished.out, "");
+  return finished.err;
+}
+
+const std::string kCommands = "stitch, scene, compare, contact-sheet, tag, view\n";
+
+TEST(Usage, unknown_commands_are_named_with_the_nearest_one) {
+  EXPECT_EQ(said({"stich"}), "biseam: stich: no such command; is stitch meant?\n");
+  EXPECT_EQ(said({"veiw", "a.jpg"}), "biseam: veiw: no such command; is view meant?\n");
+  EXPECT_EQ(said({"contact", "a.jpg", "-o", "b.jpg"}), "biseam: contact: no such command; is contact-sheet meant?\n");
+  EXPECT_EQ(said({"foo"}), "biseam: foo: no such command; there are " + kCommands);
+  EXPECT_EQ(said({}), "biseam: a command is wanted: " + kCommands);
+}
+
+TEST(Usage, unknown_options_are_named_with_the_nearest_one) {
+  EXPECT_EQ(said({"--versoin"}), "biseam: --versoin: no such option; is --version meant?\n");
+  EXPECT_EQ(said({"stitch", "a.png", "-o", "b.png", "--widht", "640"}),
+            "biseam: --widht: no such option of stitch; is --width meant?\n");
+  EXPECT_EQ(said({"stitch", "a.png", "--outptu=b.png"}), "biseam: --outptu: no such option of stitch; is --output meant?\n");
+  EXPECT_EQ(said({"stitch", "a.png", "-o", "b.png", "--findpath", "8"}),
+            "biseam: --findpath: no such option of stitch; is --findpath-width meant?\n");
+  EXPECT_EQ(said({"tag", "a.png", "--colour"}), "biseam: --colour: no such option of tag; --help lists them\n");
+}
+
+TEST(Usage, numbers_have_ranges_that_can_be_read) {
+  const std::string frames = "biseam: --frames: must be a whole number, 1 to 1000000000\n";
+  for (const char* wrong : {"0", "-3", "many", "1.5", "99999999999999999999"}) {
+    EXPECT_EQ(said({"stitch", "a.mp4", "-o", "b.mp4", "--frames", wrong}), frames);
+    EXPECT_EQ(said({"scene", "-o", "folder", "--frames", wrong}), frames);
+  }
+  EXPECT_EQ(said({"scene", "-o", "folder", "--fov", "1"}), "biseam: --fov: must be a number, 182 to 280\n");
+  EXPECT_EQ(said({"scene", "-o", "folder", "--seed", "-1"}), "biseam: --seed: must be a whole number, 0 to 4294967295\n");
+  EXPECT_EQ(said({"compare", "a", "b", "--seam-degrees", "nan"}), "biseam: --seam-degrees: must be a number, 0.5 to 90\n");
+  EXPECT_EQ(said({"stitch", "a.mp4", "-o", "b.mp4", "--crf", "x"}), "biseam: --crf: 'x' is not a number it can take\n");
+}
+
+TEST(Usage, surplus_arguments_are_named) {
+  EXPECT_EQ(said({"tag", "a.png", "b.png"}), "biseam: b.png: is one argument too many for tag\n");
+}
+
+TEST(Usage, names_of_choices_are_told) {
+  EXPECT_EQ(said({"stitch", "a.png", "-o", "b.png", "--layout", "up"}),
+            "biseam: --layout: must be side-by-side or top-bottom\n");
+}
+
+TEST(Usage, the_version_is_printed) {
+  const Finished finished = run({BISEAM_TOOL, "--version"});
+  EXPECT_EQ(finished.exit_code, 0);
+  EXPECT_EQ(finished.out, "biseam " BISEAM_VERSION "\n");
+}
+
+}  // namespace
+}  // namespace biseam::test

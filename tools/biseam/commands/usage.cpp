@@ -1,0 +1,100 @@
+#include "commands/usage.hpp"
+
+#include <algorithm>
+#include <vector>
+
+namespace biseam::tool {
+namespace {
+
+using Names = std::vector<std::string>;
+
+// Letters added, left out, replaced or exchanged with their neighbour to make b of a.
+std::size_t distance(const std::string& a, const std::string& b) {
+  std::vector<std::size_t> before, last(b.size() + 1), row(b.size() + 1);
+  for (std::size_t j = 0; j <= b.size(); ++j) last[j] = j;
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    row[0] = i;
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      row[j] = std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + (a[i - 1] != b[j - 1])});
+      const bool exchanged = i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1];
+      if (exchanged) row[j] = std::min(row[j], before[j - 2] + 1);
+    }
+    before = last;
+    last = row;
+  }
+  return last[b.size()];
+}
+
+// The known name most like the given one, or none where a third of it would have to change.  A beginning counts as a slip.
+std::string nearest(const std::string& given, const Names& known) {
+  const std::size_t most = std::max<std::size_t>(1, given.size() / 3);
+  std::string found;
+  std::size_t least = most + 1;
+  for (const std::string& name : known) {
+    const bool begins = given.size() >= 2 && name.starts_with(given);
+    const std::size_t far = begins ? 1 : distance(given, name);
+    if (far >= least) continue;
+    least = far;
+    found = name;
+  }
+  return found;
+}
+
+Names commands_of(const CLI::App& app) {
+  Names names;
+  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+    names.push_back(command->get_name());
+  return names;
+}
+
+Names options_of(const CLI::App& app) {
+  Names names;
+  for (const CLI::Option* option : app.get_options()) {
+    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+  }
+  return names;
+}
+
+std::string command_trouble(const CLI::App& app, const std::string& given) {
+  const Names known = commands_of(app);
+  const std::string meant = nearest(given, known);
+  if (!meant.empty()) return given + ": no such command; is " + meant + " meant?";
+  std::string all;
+  for (const std::string& name : known) all += (all.empty() ? "" : ", ") + name;
+  return (given.empty() ? "a command is wanted: " : given + ": no such command; there are ") + all;
+}
+
+std::string option_trouble(const CLI::App& command, std::string given) {
+  given.resize(std::min(given.find('='), given.size()));
+  const std::string meant = nearest(given, options_of(command)), name = command.get_parent() ? " of " + command.get_name() : "";
+  return given + ": no such option" + name + (meant.empty() ? "; --help lists them" : "; is " + meant + " meant?");
+}
+
+bool is_option(const std::string& word) { return word.size() > 1 && word[0] == '-'; }
+
+// "Could not convert: --crf = x"
+std::string conversion_trouble(const std::string& line) {
+  const std::string before = "Could not convert: ", between = " = ";
+  const std::size_t at = line.find(between);
+  if (!line.starts_with(before) || at == line.npos) return line;
+  return line.substr(before.size(), at - before.size()) + ": '" + line.substr(at + between.size()) +
+         "' is not a number it can take";
+}
+
+}  // namespace
+
+std::string usage_trouble(const CLI::App& app, const CLI::ParseError& error) {
+  const auto code = CLI::ExitCodes(error.get_exit_code());
+  if (code == CLI::ExitCodes::ConversionError) return conversion_trouble(error.what());
+  if (code != CLI::ExitCodes::RequiredError && code != CLI::ExitCodes::ExtrasError) return error.what();
+  const std::vector<CLI::App*> chosen = app.get_subcommands();
+  const CLI::App& command = chosen.empty() ? app : *chosen.front();
+  const Names unknown = command.remaining();
+  const auto option = std::find_if(unknown.begin(), unknown.end(), is_option);
+  if (chosen.empty() && !unknown.empty() && !is_option(unknown.front())) return command_trouble(app, unknown.front());
+  if (option != unknown.end()) return option_trouble(command, *option);
+  if (chosen.empty()) return command_trouble(app, "");
+  return unknown.empty() ? error.what() : unknown.front() + ": is one argument too many for " + command.get_name();
+}
+
+}  // namespace biseam::tool
