@@ -78,7 +78,7 @@ typedef struct BiseamPicture {
   int32_t format; /* BiseamFormat */
   int32_t width, height;
   int32_t siting; /* BiseamSiting */
-  void *planes[3];
+  void* planes[3];
   ptrdiff_t strides[3]; /* bytes from row to row */
 } BiseamPicture;
 
@@ -133,8 +133,8 @@ typedef struct BiseamFrame {
 
 typedef struct BiseamPanorama BiseamPanorama;
 
-/* Records with every default filled in: a panorama of 3840 x 1920 in NV12, good, with a searched seam, on all processors; pictures
- * without size and planes; a view that is not turned. */
+/* Records with every default filled in: a panorama of 3840 x 1920 in NV12, good, with a searched seam, on all processors;
+ * pictures without size and planes; a view that is not turned. */
 BISEAM_API BiseamPanoramaOptions biseam_panorama_defaults(void);
 BISEAM_API BiseamPicture biseam_picture_defaults(void);
 BISEAM_API BiseamFrame biseam_frame_defaults(void);
@@ -143,22 +143,22 @@ BISEAM_API BiseamFrame biseam_frame_defaults(void);
  * that just fit into the pictures' middle, equidistant lenses exactly back to back. */
 BISEAM_API BiseamCamera biseam_camera_of(int32_t width, int32_t height, double fov);
 
-/* Opens an engine: checks the camera and the options, takes all memory that frames will need and starts the threads.  NULL: error
- * says what was wrong.  error may be NULL, here and below. */
-BISEAM_API BiseamPanorama *biseam_panorama_open(const BiseamCamera *camera, const BiseamPanoramaOptions *options,
-                                                BiseamError *error);
+/* Opens an engine: checks the camera and the options, takes all memory that frames will need and starts the threads.  NULL:
+ * error says what was wrong.  error may be NULL, here and below. */
+BISEAM_API BiseamPanorama* biseam_panorama_open(const BiseamCamera* camera, const BiseamPanoramaOptions* options,
+                                                BiseamError* error);
 
-/* Stitches one frame.  fisheyes: lens 0's picture and lens 1's, of the camera's size; panorama: of the options' size, apart from
- * both; all of the options' format; both fisheyes have one siting.  frame: NULL for the defaults.  Returns error's code.  The
- * panorama is written whole or, after an error, not at all.  Asks nothing of the heap. */
-BISEAM_API int32_t biseam_panorama_stitch(BiseamPanorama *panorama, const BiseamPicture fisheyes[2],
-                                          const BiseamPicture *picture, const BiseamFrame *frame, BiseamError *error);
+/* Stitches one frame.  fisheyes: lens 0's picture and lens 1's, of the camera's size; panorama: of the options' size, apart
+ * from both; all of the options' format; both fisheyes have one siting.  frame: NULL for the defaults.  Returns error's code.
+ * The panorama is written whole or, after an error, not at all.  Asks nothing of the heap. */
+BISEAM_API int32_t biseam_panorama_stitch(BiseamPanorama* panorama, const BiseamPicture fisheyes[2],
+                                          const BiseamPicture* picture, const BiseamFrame* frame, BiseamError* error);
 
 /* Bytes that the handle holds. */
-BISEAM_API size_t biseam_panorama_memory(const BiseamPanorama *panorama);
+BISEAM_API size_t biseam_panorama_memory(const BiseamPanorama* panorama);
 
 /* NULL is allowed. */
-BISEAM_API void biseam_panorama_close(BiseamPanorama *panorama);
+BISEAM_API void biseam_panorama_close(BiseamPanorama* panorama);
 
 #ifdef __cplusplus
 }
