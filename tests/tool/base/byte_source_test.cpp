@@ -12,7 +12,7 @@ namespace {
 
 std::string as_text(const std::vector<std::uint8_t>& bytes) { return {bytes.begin(), bytes.end()}; }
 
-TEST(ByteSource, is_read_up_to_the_limit_and_from_there_on) {
+TEST(ByteSource, IsReadUpToTheLimitAndFromThereOn) {
   const test::ScratchFolder folder;
   std::ofstream(folder / "file") << "abcdefg";
   ByteSource source(folder / "file");
@@ -21,7 +21,7 @@ TEST(ByteSource, is_read_up_to_the_limit_and_from_there_on) {
   EXPECT_EQ(as_text(source.read_all(100)), "");
 }
 
-TEST(ByteSource, what_cant_be_read_is_refused_by_its_name) {
+TEST(ByteSource, WhatCantBeReadIsRefusedByItsName) {
   const test::ScratchFolder folder;
   const auto [code, line] = test::failure_of([&] { ByteSource(folder / "none"); });
   EXPECT_EQ(code, ExitCode::input);

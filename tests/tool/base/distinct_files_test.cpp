@@ -28,7 +28,7 @@ class DistinctFiles : public testing::Test {
   test::ScratchFolder folder_;
 };
 
-TEST_F(DistinctFiles, a_file_is_the_same_by_whatever_name) {
+TEST_F(DistinctFiles, AFileIsTheSameByWhateverName) {
   test::write_bytes(folder_ / "a", "a");
   fs::create_directory(folder_ / "sub");
   fs::create_symlink("a", folder_ / "link");
@@ -37,7 +37,7 @@ TEST_F(DistinctFiles, a_file_is_the_same_by_whatever_name) {
   for (const char* name : {"a", "./a", "sub/../a", "link", "link_to_link", "hard"}) expect_clash("a", name);
 }
 
-TEST_F(DistinctFiles, what_is_not_there_yet_is_the_same_by_its_place) {
+TEST_F(DistinctFiles, WhatIsNotThereYetIsTheSameByItsPlace) {
   fs::create_directory(folder_ / "sub");
   fs::create_symlink("new", folder_ / "dangling");
   fs::create_symlink(folder_ / "dangling", folder_ / "dangling_twice");
@@ -46,7 +46,7 @@ TEST_F(DistinctFiles, what_is_not_there_yet_is_the_same_by_its_place) {
   expect_clash("sub/new", "other/new");
 }
 
-TEST_F(DistinctFiles, other_files_devices_and_empty_names_are_let_through) {
+TEST_F(DistinctFiles, OtherFilesDevicesAndEmptyNamesAreLetThrough) {
   test::write_bytes(folder_ / "a", "a");
   test::write_bytes(folder_ / "b", "a");
   check_distinct({{"the input", folder_ / "a"}, {"the input", folder_ / "a"}, {"--camera", ""}},

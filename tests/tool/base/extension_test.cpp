@@ -5,7 +5,7 @@
 namespace biseam::tool {
 namespace {
 
-TEST(Extension, is_told_in_small_letters) {
+TEST(Extension, IsToldInSmallLetters) {
   EXPECT_EQ(extension_of("a/B.JPG"), ".jpg");
   EXPECT_EQ(extension_of("clip.old.Mp4"), ".mp4");
   EXPECT_EQ(extension_of("folder.png/name"), "");

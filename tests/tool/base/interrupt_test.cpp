@@ -7,7 +7,7 @@
 namespace biseam::tool {
 namespace {
 
-TEST(Interrupt, the_first_signal_is_remembered_until_the_next_watch) {
+TEST(Interrupt, TheFirstSignalIsRememberedUntilTheNextWatch) {
   {
     const InterruptWatch watch;
     EXPECT_FALSE(interrupted());
@@ -20,14 +20,14 @@ TEST(Interrupt, the_first_signal_is_remembered_until_the_next_watch) {
   EXPECT_FALSE(is_reading_stopped());
 }
 
-TEST(Interrupt, reading_that_is_given_up_is_no_interrupt) {
+TEST(Interrupt, ReadingThatIsGivenUpIsNoInterrupt) {
   const InterruptWatch watch;
   stop_reading();
   EXPECT_TRUE(is_reading_stopped());
   EXPECT_FALSE(interrupted());
 }
 
-TEST(Interrupt, a_signal_that_was_ignored_stays_so) {
+TEST(Interrupt, ASignalThatWasIgnoredStaysSo) {
   std::signal(SIGINT, SIG_IGN);
   {
     const InterruptWatch watch;

@@ -24,7 +24,7 @@ extern "C" int fsync(int descriptor) {
 namespace biseam::tool {
 namespace {
 
-TEST(ReplacementFile, file_and_folder_are_synced_in_this_order) {
+TEST(ReplacementFile, FileAndFolderAreSyncedInThisOrder) {
   const test::ScratchFolder folder;
   struct stat file = {}, around = {};
   synced.clear();

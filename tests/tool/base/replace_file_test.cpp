@@ -26,7 +26,7 @@ std::string content(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-TEST(ReplacementFile, takes_its_name_when_it_is_whole) {
+TEST(ReplacementFile, TakesItsNameWhenItIsWhole) {
   const test::ScratchFolder folder;
   std::ofstream(folder / "file") << "old";
   ReplacementFile file(folder / "file");
@@ -37,7 +37,7 @@ TEST(ReplacementFile, takes_its_name_when_it_is_whole) {
   EXPECT_EQ(folder.names(), std::vector<std::string>{"file"});
 }
 
-TEST(ReplacementFile, leaves_nothing_when_it_is_given_up) {
+TEST(ReplacementFile, LeavesNothingWhenItIsGivenUp) {
   const test::ScratchFolder folder;
   std::ofstream(folder / "file") << "old";
   { ReplacementFile(folder / "file").write(bytes_of("half")); }
@@ -45,7 +45,7 @@ TEST(ReplacementFile, leaves_nothing_when_it_is_given_up) {
   EXPECT_EQ(folder.names(), std::vector<std::string>{"file"});
 }
 
-TEST(ReplacementFile, a_link_is_followed) {
+TEST(ReplacementFile, ALinkIsFollowed) {
   const test::ScratchFolder folder;
   std::ofstream(folder / "file") << "old";
   std::filesystem::create_symlink("file", folder / "link");
@@ -54,14 +54,14 @@ TEST(ReplacementFile, a_link_is_followed) {
   EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
 }
 
-TEST(ReplacementFile, a_place_that_cant_be_written_is_refused_by_its_name) {
+TEST(ReplacementFile, APlaceThatCantBeWrittenIsRefusedByItsName) {
   const test::ScratchFolder folder;
   const auto [code, line] = test::failure_of([&] { ReplacementFile(folder / "none/file"); });
   EXPECT_EQ(code, ExitCode::output);
   test::expect_one_line_naming(line, folder / "none/file");
 }
 
-TEST(ReplacementFile, a_link_that_leads_to_nothing_yet_is_followed) {
+TEST(ReplacementFile, ALinkThatLeadsToNothingYetIsFollowed) {
   const test::ScratchFolder folder;
   std::filesystem::create_directory(folder / "sub");
   std::filesystem::create_symlink("sub/link", folder / "link");
@@ -73,7 +73,7 @@ TEST(ReplacementFile, a_link_that_leads_to_nothing_yet_is_followed) {
   EXPECT_EQ(content(folder / "sub/file"), "new");
 }
 
-TEST(ReplacementFile, links_that_lead_nowhere_are_refused_and_stay) {
+TEST(ReplacementFile, LinksThatLeadNowhereAreRefusedAndStay) {
   const test::ScratchFolder folder;
   std::filesystem::create_symlink("none/file", folder / "lost");
   std::filesystem::create_symlink("circle", folder / "circle");
@@ -83,7 +83,7 @@ TEST(ReplacementFile, links_that_lead_nowhere_are_refused_and_stay) {
   }
 }
 
-TEST(ReplacementFile, further_names_of_a_file_stay_its_names) {
+TEST(ReplacementFile, FurtherNamesOfAFileStayItsNames) {
   const test::ScratchFolder folder;
   for (const char* text : {"longer than before", "short", ""}) {
     test::write_bytes(folder / "file", "before");
@@ -100,7 +100,7 @@ TEST(ReplacementFile, further_names_of_a_file_stay_its_names) {
 }
 
 // Longer than may be written at once: what is there stays.
-TEST(ReplacementFile, a_file_with_further_names_is_whole_where_there_is_no_room) {
+TEST(ReplacementFile, AFileWithFurtherNamesIsWholeWhereThereIsNoRoom) {
   const test::ScratchFolder folder;
   const std::string much(3u << 20, 'x');
   test::write_bytes(folder / "file", "before");
@@ -120,7 +120,7 @@ TEST(ReplacementFile, a_file_with_further_names_is_whole_where_there_is_no_room)
   EXPECT_EQ(content(folder / "file"), "before");
 }
 
-TEST(ReplacementFile, mode_and_owner_are_kept) {
+TEST(ReplacementFile, ModeAndOwnerAreKept) {
   const test::ScratchFolder folder;
   test::write_bytes(folder / "file", "old");
   const bool may_give_away = ::chown((folder / "file").c_str(), 12345, 54321) == 0;
@@ -136,7 +136,7 @@ TEST(ReplacementFile, mode_and_owner_are_kept) {
   if (!may_give_away) GTEST_SKIP() << "the owner can't be changed by this user";
 }
 
-TEST(ReplacementFile, attributes_and_access_lists_are_kept) {
+TEST(ReplacementFile, AttributesAndAccessListsAreKept) {
   const test::ScratchFolder folder;
   const std::string path = folder / "file", own = folder / "own_list";
   test::write_bytes(path, "old");
@@ -162,7 +162,7 @@ TEST(ReplacementFile, attributes_and_access_lists_are_kept) {
   EXPECT_LT(::getxattr(own.c_str(), kList, value, sizeof value), 0) << "the folder's list was put on a file that had none";
 }
 
-TEST(ReplacementFile, names_as_long_as_they_may_be_work) {
+TEST(ReplacementFile, NamesAsLongAsTheyMayBeWork) {
   const test::ScratchFolder folder;
   std::string umlauts;
   while (umlauts.size() < 254) umlauts += "\xc3\xa4";

@@ -9,7 +9,7 @@
 namespace biseam::tool {
 namespace {
 
-TEST(Lens, without_values_it_is_the_centred_circle_that_fits) {
+TEST(Lens, WithoutValuesItIsTheCentredCircleThatFits) {
   const Lens lens = settle_lens({}, {1200, 960}, 0);
   EXPECT_EQ(lens.centre.x, 599.5);
   EXPECT_EQ(lens.centre.y, 479.5);
@@ -17,14 +17,14 @@ TEST(Lens, without_values_it_is_the_centred_circle_that_fits) {
   EXPECT_DOUBLE_EQ(lens.reach, 97.5);
 }
 
-TEST(Lens, a_circle_off_the_middle_reaches_the_nearest_edge) {
+TEST(Lens, ACircleOffTheMiddleReachesTheNearestEdge) {
   profile::LensSettings settings;
   settings.cx = 399.5;
   settings.fov = 180;
   EXPECT_DOUBLE_EQ(settle_lens(settings, {960, 960}, 0).p, 400 / (std::numbers::pi / 2));
 }
 
-TEST(Lens, the_reach_ends_at_the_circle_or_at_the_nearer_side) {
+TEST(Lens, TheReachEndsAtTheCircleOrAtTheNearerSide) {
   profile::LensSettings settings;
   settings.p = 100;
   settings.fov = 200;
@@ -35,7 +35,7 @@ TEST(Lens, the_reach_ends_at_the_circle_or_at_the_nearer_side) {
   EXPECT_DOUBLE_EQ(settle_lens(settings, {960, 960}, 1).reach, 160.5 / 100 * 180 / std::numbers::pi - 2);
 }
 
-TEST(Lens, the_centre_is_given_as_recorded_and_turned_with_the_mounting) {
+TEST(Lens, TheCentreIsGivenAsRecordedAndTurnedWithTheMounting) {
   profile::LensSettings settings;
   settings.p = 100;
   settings.cx = 10;
@@ -46,7 +46,7 @@ TEST(Lens, the_centre_is_given_as_recorded_and_turned_with_the_mounting) {
   EXPECT_EQ(lens.centre.y, 949);
 }
 
-TEST(Lens, a_centre_outside_the_picture_needs_a_scale) {
+TEST(Lens, ACentreOutsideThePictureNeedsAScale) {
   profile::LensSettings settings;
   settings.cx = -20;
   EXPECT_EQ(test::failure_of([&] { settle_lens(settings, {960, 960}, 1); }).first, ExitCode::settings);

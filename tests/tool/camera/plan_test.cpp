@@ -31,7 +31,7 @@ Plan plan_of(const Lens& lens0, const Lens& lens1, Size size, int width, const p
   return make_plan({lens0, lens1}, {size, size}, blend, width);
 }
 
-TEST(Plan, a_picture_of_the_right_size_stays_as_it_is) {
+TEST(Plan, APictureOfTheRightSizeStaysAsItIs) {
   const Lens lens = lens_at(479.5, 479.5, 281);
   const Plan plan = plan_of(lens, lens, {960, 960}, 1920);
   for (const LensPlan& k : plan.lens) {
@@ -45,14 +45,14 @@ TEST(Plan, a_picture_of_the_right_size_stays_as_it_is) {
   EXPECT_TRUE(Stitcher::create(plan.config));
 }
 
-TEST(Plan, a_wide_picture_of_the_right_height_stays_as_it_is) {
+TEST(Plan, AWidePictureOfTheRightHeightStaysAsItIs) {
   const Lens lens = lens_at(799.5, 479.5, 281);
   const Plan plan = plan_of(lens, lens, {1600, 960}, 1920);
   EXPECT_TRUE(plan.lens[0].as_is);
   EXPECT_EQ(plan.config.in_w, 1600);
 }
 
-TEST(Plan, another_height_is_resampled_to_fill_the_engines) {
+TEST(Plan, AnotherHeightIsResampledToFillTheEngines) {
   const Lens lens = lens_at(1347, 1303, 800);
   const Plan plan = plan_of(lens, lens, {2704, 2624}, 1920);
   EXPECT_FALSE(plan.lens[0].as_is);
@@ -61,7 +61,7 @@ TEST(Plan, another_height_is_resampled_to_fill_the_engines) {
   EXPECT_TRUE(Stitcher::create(plan.config));
 }
 
-TEST(Plan, a_cropped_circle_is_completed_and_told) {
+TEST(Plan, ACroppedCircleIsCompletedAndTold) {
   const Lens lens0 = lens_at(475, 471, 280), lens1 = lens_at(478, 478, 277);
   const Plan plan = plan_of(lens0, lens1, {960, 960}, 1920, feather_of(40));
   EXPECT_NEAR(plan.lens[0].missing, 0.0, 6);
@@ -72,7 +72,7 @@ TEST(Plan, a_cropped_circle_is_completed_and_told) {
   EXPECT_TRUE(Stitcher::create(cropped.config));
 }
 
-TEST(Plan, the_roll_is_in_the_matrix_and_needs_no_resampling) {
+TEST(Plan, TheRollIsInTheMatrixAndNeedsNoResampling) {
   const Lens lens0 = lens_at(479.5, 479.5, 275), lens1 = lens_at(479.5, 479.5, 275, 97.5, {0, 0, 30});
   const Plan plan = plan_of(lens0, lens1, {960, 960}, 1920);
   EXPECT_TRUE(plan.lens[1].as_is);
@@ -85,7 +85,7 @@ TEST(Plan, the_roll_is_in_the_matrix_and_needs_no_resampling) {
   EXPECT_EQ(m[5], 0);
 }
 
-TEST(Plan, yaw_and_pitch_resample_lens_1_only) {
+TEST(Plan, YawAndPitchResampleLens1Only) {
   const Lens lens0 = lens_at(479.5, 479.5, 281), lens1 = lens_at(479.5, 479.5, 281, 97.5, {1, 0, 0});
   const Plan plan = plan_of(lens0, lens1, {960, 960}, 1920);
   EXPECT_TRUE(plan.lens[0].as_is);
@@ -93,7 +93,7 @@ TEST(Plan, yaw_and_pitch_resample_lens_1_only) {
   EXPECT_EQ(plan.lens[1].target.p, 281);
 }
 
-TEST(Plan, the_tables_stay_inside_whatever_the_lenses) {
+TEST(Plan, TheTablesStayInsideWhateverTheLenses) {
   const unsigned seed = 4711;
   SCOPED_TRACE(seed);
   std::mt19937 random(seed);
@@ -113,7 +113,7 @@ TEST(Plan, the_tables_stay_inside_whatever_the_lenses) {
   }
 }
 
-TEST(BlendValues, the_feather_fits_the_overlap) {
+TEST(BlendValues, TheFeatherFitsTheOverlap) {
   const BlendValues values = settle_blend({}, 1920, seeing(97.5));
   EXPECT_EQ(values.feather, 32);
   EXPECT_LE(values.feather * 360.0 / 1920, 7.5);
@@ -121,22 +121,22 @@ TEST(BlendValues, the_feather_fits_the_overlap) {
   EXPECT_EQ(settle_blend({}, 3840, seeing(94)).feather, 32);
 }
 
-TEST(BlendValues, a_wide_overlap_is_not_used_up) { EXPECT_EQ(settle_blend({}, 1920, seeing(140)).feather, 60); }
+TEST(BlendValues, AWideOverlapIsNotUsedUp) { EXPECT_EQ(settle_blend({}, 1920, seeing(140)).feather, 60); }
 
-TEST(BlendValues, the_transition_leaves_room_beside_a_wide_feather) {
+TEST(BlendValues, TheTransitionLeavesRoomBesideAWideFeather) {
   const BlendValues values = settle_blend(feather_of(200), 1920, seeing(140));
   EXPECT_EQ(values.trans_width, 280);
   EXPECT_EQ(settle_blend(feather_of(600), 1920, seeing(140)).trans_width, 0);
 }
 
-TEST(BlendValues, too_little_overlap_is_refused_unless_a_feather_is_given) {
+TEST(BlendValues, TooLittleOverlapIsRefusedUnlessAFeatherIsGiven) {
   for (const double reach : {-5.0, 80.0, 90.0, 90.9}) {
     EXPECT_EQ(test::failure_of([&] { settle_blend({}, 1920, seeing(reach)); }).first, ExitCode::settings) << reach;
     EXPECT_EQ(settle_blend(feather_of(6), 1920, seeing(reach)).feather, 6);
   }
 }
 
-TEST(BlendValues, too_little_overlap_is_told_in_the_cameras_words) {
+TEST(BlendValues, TooLittleOverlapIsToldInTheCamerasWords) {
   const auto told = [](int width, const Lens& lens) { return test::failure_of([&] { settle_blend({}, width, lens); }).second; };
   EXPECT_EQ(
       told(1920, seeing(89, true)),
@@ -150,13 +150,13 @@ TEST(BlendValues, too_little_overlap_is_told_in_the_cameras_words) {
   EXPECT_EQ(settle_blend({}, 240, seeing(97.5)).feather, 4);
 }
 
-TEST(BlendValues, a_feather_without_room_for_a_search_is_cut_straight) {
+TEST(BlendValues, AFeatherWithoutRoomForASearchIsCutStraight) {
   EXPECT_FALSE(settle_blend(feather_of(2), 1920, seeing(97.5)).search);
   EXPECT_TRUE(settle_blend(feather_of(4), 1920, seeing(97.5)).search);
 }
 
 // What is left open never contradicts itself, however little the lenses share.
-TEST(BlendValues, defaults_work_with_every_overlap) {
+TEST(BlendValues, DefaultsWorkWithEveryOverlap) {
   for (const int width : {960, 1920, 3840}) {
     for (const double reach : {90.5, 91.0, 91.5, 92.0, 93.0, 95.0}) {
       const Lens lens = lens_at((width / 2 - 1) / 2.0, (width / 2 - 1) / 2.0, width / 2 / 3.42, reach);
@@ -169,7 +169,7 @@ TEST(BlendValues, defaults_work_with_every_overlap) {
   }
 }
 
-TEST(BlendValues, values_that_are_given_are_taken) {
+TEST(BlendValues, ValuesThatAreGivenAreTaken) {
   profile::BlendSettings settings;
   settings.feather = 20;
   settings.trans_width = 12;
@@ -186,7 +186,7 @@ TEST(BlendValues, values_that_are_given_are_taken) {
   EXPECT_FALSE(values.search);
 }
 
-TEST(BlendValues, defaults_work_at_every_kind_of_width) {
+TEST(BlendValues, DefaultsWorkAtEveryKindOfWidth) {
   for (const int width : {384, 392, 400, 408, 512, 648, 776, 1000, 1024, 1920}) {
     const Lens lens = lens_at((width / 2 - 1) / 2.0, (width / 2 - 1) / 2.0, width / 2 / 3.42);
     const Plan plan = make_plan({lens, lens}, {{width / 2, width / 2}, {width / 2, width / 2}}, {}, width);

@@ -19,13 +19,13 @@ std::string written(const test::ScratchFolder& folder, const std::string& text) 
   return folder / "cam.toml";
 }
 
-TEST(Setup, a_missing_profile_is_an_input_failure) {
+TEST(Setup, AMissingProfileIsAnInputFailure) {
   const test::ScratchFolder folder;
   EXPECT_EQ(refusal(folder / "none.toml").first, ExitCode::input);
   EXPECT_EQ(refusal(folder / ".").first, ExitCode::input);
 }
 
-TEST(Setup, what_is_wrong_with_a_profile_is_a_failure_of_settings) {
+TEST(Setup, WhatIsWrongWithAProfileIsAFailureOfSettings) {
   const test::ScratchFolder folder;
   const std::string name = folder / "cam.toml";
   const std::pair<ExitCode, std::string> unknown{ExitCode::settings, name + ": line 1: unknown key 'widht'"};

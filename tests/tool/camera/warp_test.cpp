@@ -23,7 +23,7 @@ void expect_same_picture(const Nv12& got, const Nv12& expected, int tolerance) {
   EXPECT_LE(worst_difference(got.chroma, expected.chroma), tolerance);
 }
 
-TEST(Warp, onto_itself_changes_nothing) {
+TEST(Warp, OntoItselfChangesNothing) {
   const unsigned seed = 7;
   std::mt19937 random(seed);
   Nv12 picture(40, 30);
@@ -34,7 +34,7 @@ TEST(Warp, onto_itself_changes_nothing) {
   EXPECT_EQ(same.chroma, picture.chroma);
 }
 
-TEST(Warp, a_flat_picture_stays_flat_at_every_scale) {
+TEST(Warp, AFlatPictureStaysFlatAtEveryScale) {
   for (const int value : {0, 1, 127, 255}) {
     Nv12 picture(64, 48);
     std::fill(picture.luma.begin(), picture.luma.end(), std::uint8_t(value));
@@ -47,7 +47,7 @@ TEST(Warp, a_flat_picture_stays_flat_at_every_scale) {
   }
 }
 
-TEST(Warp, the_nearest_edge_pixel_stands_in_outside) {
+TEST(Warp, TheNearestEdgePixelStandsInOutside) {
   Nv12 picture(8, 8);
   for (std::size_t i = 0; i < 64; ++i) picture.luma[i] = std::uint8_t(10 + i / 8);
   const Nv12 out = warp_fisheye(picture, {{4, 4}, 4, 97, {}}, {{8, 40}, {4, 20}, 4});
@@ -57,7 +57,7 @@ TEST(Warp, the_nearest_edge_pixel_stands_in_outside) {
   }
 }
 
-TEST(Warp, centre_and_scale_change_the_picture_as_another_camera_would) {
+TEST(Warp, CentreAndScaleChangeThePictureAsAnotherCameraWould) {
   const FisheyeView from{300, 280, 147.3, 141.9, 88.0};
   for (const auto& [p, tolerance] : {std::pair{40.0, 1}, std::pair{88.0, 1}, std::pair{170.0, 1}}) {
     const FisheyeView to{240, 220, 118.4, 111.2, p};
@@ -74,7 +74,7 @@ TEST(Warp, centre_and_scale_change_the_picture_as_another_camera_would) {
   }
 }
 
-TEST(Warp, yaw_and_pitch_are_taken_out_and_the_roll_stays) {
+TEST(Warp, YawAndPitchAreTakenOutAndTheRollStays) {
   const unsigned seed = 99;
   SCOPED_TRACE(seed);
   std::mt19937 random(seed);

@@ -54,7 +54,7 @@ class Outputs : public testing::Test {
   test::ScratchFolder folder_;
 };
 
-TEST_F(Outputs, no_recording_is_replaced_by_its_panorama) {
+TEST_F(Outputs, NoRecordingIsReplacedByItsPanorama) {
   const std::string pair = folder_ / "pair.png", lens = folder_ / "lens.jpg";
   for (const char* name : {"pair.png", "link.png", "hard.png"}) {
     expect_clash({"stitch", pair, "-o", folder_ / name}, pair, folder_ / name);
@@ -69,7 +69,7 @@ TEST_F(Outputs, no_recording_is_replaced_by_its_panorama) {
   expect_clash({"stitch", pair, "--camera", folder_ / "camera.png", "-o", folder_ / "camera.png"}, "--camera", "-o");
 }
 
-TEST_F(Outputs, no_output_replaces_another) {
+TEST_F(Outputs, NoOutputReplacesAnother) {
   const std::string pair = folder_ / "pair.png", out = folder_ / "out.png";
   expect_clash({"stitch", pair, "-o", out, "--show-seams", out}, "--show-seams " + out, "-o " + out);
   expect_clash({"stitch", pair, "-o", out, "--seam-layer", folder_ / "./out.png"}, "--seam-layer", out);
@@ -79,7 +79,7 @@ TEST_F(Outputs, no_output_replaces_another) {
   expect_clash({"stitch", pair, "-o", out, "--show-seams", folder_ / "dangling.png"}, folder_ / "dangling.png", out);
 }
 
-TEST_F(Outputs, the_other_commands_keep_their_inputs_too) {
+TEST_F(Outputs, TheOtherCommandsKeepTheirInputsToo) {
   const std::string pair = folder_ / "pair.png";
   expect_clash({"contact-sheet", pair, folder_ / "lens.jpg", "-o", folder_ / "lens.jpg"}, "-o", folder_ / "lens.jpg");
   std::filesystem::create_symlink("pair.png", folder_ / "page.html");
@@ -90,7 +90,7 @@ TEST_F(Outputs, the_other_commands_keep_their_inputs_too) {
   expect_clash({"scene", "-o", folder_ / "scene"}, "truth.png", "fisheye1.png");
 }
 
-TEST_F(Outputs, standard_streams_are_files_like_others) {
+TEST_F(Outputs, StandardStreamsAreFilesLikeOthers) {
   const std::string pair = folder_ / "pair.png", before = read_bytes(pair);
   for (const Finished& finished : {tool({"compare", pair, pair}, ">> " + pair), tool({"stitch", pair, "-o", "-"}, ">> " + pair),
                                    tool({"stitch", "-", "-o", pair}, "< " + pair)}) {
@@ -100,7 +100,7 @@ TEST_F(Outputs, standard_streams_are_files_like_others) {
   }
 }
 
-TEST_F(Outputs, what_cant_be_printed_is_an_error) {
+TEST_F(Outputs, WhatCantBePrintedIsAnError) {
   const std::string pair = folder_ / "pair.png";
   for (const std::vector<std::string>& words : {std::vector<std::string>{"compare", pair, pair},
                                                 {"compare", pair, pair, "--json"},
@@ -117,7 +117,7 @@ TEST_F(Outputs, what_cant_be_printed_is_an_error) {
 }
 
 // A file opened in the place of a closed stream would get what is meant for the stream, as here the summary would.
-TEST_F(Outputs, closed_streams_change_no_file) {
+TEST_F(Outputs, ClosedStreamsChangeNoFile) {
   write_bytes(folder_ / "clip.nv12", std::string(std::size_t(2) * 256 * 128 * 3 / 2, '\x80'));
   const std::vector<std::string> words = {"stitch",
                                           folder_ / "clip.nv12",
@@ -141,7 +141,7 @@ TEST_F(Outputs, closed_streams_change_no_file) {
   }
 }
 
-TEST_F(Outputs, closed_streams_cant_be_read_or_written) {
+TEST_F(Outputs, ClosedStreamsCantBeReadOrWritten) {
   EXPECT_EQ(tool({"stitch", folder_ / "pair.png", "-o", "-"}, ">&-").exit_code, 4);
   EXPECT_EQ(tool({"stitch", "-", "-o", folder_ / "out.png"}, "<&-").exit_code, 3);
 }

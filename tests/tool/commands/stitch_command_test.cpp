@@ -74,19 +74,19 @@ void expect_painted_sphere(const std::string& raw) {
   EXPECT_LE(test::worst_difference(got.chroma, truth.chroma), 8);
 }
 
-TEST(StitchCommand, side_by_side_through_pipes_gives_the_sphere_back) {
+TEST(StitchCommand, SideBySideThroughPipesGivesTheSphereBack) {
   const Finished finished = stitch({"-", "--size", "640x320", "-o", "-"}, usual_pair());
   EXPECT_EQ(finished.exit_code, 0) << finished.err;
   expect_painted_sphere(finished.out);
 }
 
-TEST(StitchCommand, what_was_assumed_is_told_on_standard_error) {
+TEST(StitchCommand, WhatWasAssumedIsToldOnStandardError) {
   const Finished finished = stitch({"-", "--size", "640x320", "-o", "-"}, usual_pair());
   EXPECT_NE(finished.err.find("lens 0: "), std::string::npos) << finished.err;
   EXPECT_NE(finished.err.find("195 degrees"), std::string::npos) << finished.err;
 }
 
-TEST(StitchCommand, two_files_are_the_same_as_one_side_by_side) {
+TEST(StitchCommand, TwoFilesAreTheSameAsOneSideBySide) {
   const ScratchFolder folder;
   write_picture(folder / "0.nv12", paint_fisheye(usual_view(), 0));
   write_picture(folder / "1.nv12", paint_fisheye(usual_view(), 1));
@@ -96,7 +96,7 @@ TEST(StitchCommand, two_files_are_the_same_as_one_side_by_side) {
 }
 
 // Everything at once that a camera can have: another size for each lens, centres, scales, mounts, a turn.
-TEST(StitchCommand, a_profile_describes_any_camera) {
+TEST(StitchCommand, AProfileDescribesAnyCamera) {
   const ScratchFolder folder;
   FisheyeView view0{600, 500, 310, 242, 150}, view1{440, 560, 215, 290, 130};
   view0.mount = 90;
@@ -130,7 +130,7 @@ trans_width = 10
   expect_painted_sphere(finished.out);
 }
 
-TEST(StitchCommand, options_replace_the_profiles_values) {
+TEST(StitchCommand, OptionsReplaceTheProfilesValues) {
   const ScratchFolder folder;
   FisheyeView view = usual_view();
   view.mount = 180;
@@ -146,7 +146,7 @@ TEST(StitchCommand, options_replace_the_profiles_values) {
 
 // The recorded picture is the upright one turned clockwise by the mount: at 90 the sky is at the right edge, at 270 at the left
 // one.
-TEST(StitchCommand, a_mount_says_where_the_sky_was_recorded) {
+TEST(StitchCommand, AMountSaysWhereTheSkyWasRecorded) {
   Nv12 sky_right(320, 320), sky_left(320, 320);
   std::fill(sky_right.chroma.begin(), sky_right.chroma.end(), 128);
   std::fill(sky_left.chroma.begin(), sky_left.chroma.end(), 128);
@@ -168,7 +168,7 @@ TEST(StitchCommand, a_mount_says_where_the_sky_was_recorded) {
   EXPECT_NEAR(brightness("270", "90", 80), 50, 1);
 }
 
-TEST(StitchCommand, a_turn_may_begin_with_a_minus) {
+TEST(StitchCommand, ATurnMayBeginWithAMinus) {
   FisheyeView turned = usual_view();
   turned.yaw = -1;
   turned.pitch = 2;
@@ -180,7 +180,7 @@ TEST(StitchCommand, a_turn_may_begin_with_a_minus) {
 }
 
 // The profile holds for the camera's pictures of any size and for panoramas of any width.
-TEST(StitchCommand, a_profile_is_scaled_to_picture_and_width) {
+TEST(StitchCommand, AProfileIsScaledToPictureAndWidth) {
   const ScratchFolder folder;
   write_bytes(folder / "camera.toml",
               "width = 1280\n[picture]\nwidth = 640\nheight = 640\n[lens0]\ncx = 319.5\ncy = 319.5\np = 188.0520\n"
@@ -192,7 +192,7 @@ TEST(StitchCommand, a_profile_is_scaled_to_picture_and_width) {
   expect_painted_sphere(finished.out);
 }
 
-TEST(StitchCommand, a_cropped_circle_is_stitched_and_told) {
+TEST(StitchCommand, ACroppedCircleIsStitchedAndTold) {
   FisheyeView view{320, 280, 159.5, 139.5, 160 / test::radians(97.5)};
   const std::string pair = bytes_of(side_by_side(paint_fisheye(view, 0), paint_fisheye(view, 1)));
   const std::string p = std::to_string(view.p);
@@ -202,7 +202,7 @@ TEST(StitchCommand, a_cropped_circle_is_stitched_and_told) {
   EXPECT_NE(finished.err.find("beyond the picture's edge"), std::string::npos) << finished.err;
 }
 
-TEST(StitchCommand, every_kind_of_file_is_written) {
+TEST(StitchCommand, EveryKindOfFileIsWritten) {
   const ScratchFolder folder;
   const std::string pair = usual_pair();
   for (const char* name : {"a.png", "a.jpg", "a.nv12"}) {
@@ -215,7 +215,7 @@ TEST(StitchCommand, every_kind_of_file_is_written) {
   expect_painted_sphere(read_bytes(folder / "a.nv12"));
 }
 
-TEST(StitchCommand, seam_layer_is_a_png_with_opacity) {
+TEST(StitchCommand, SeamLayerIsAPngWithOpacity) {
   const ScratchFolder folder;
   const Finished finished =
       stitch({"-", "--size", "640x320", "-o", folder / "a.png", "--seam-layer", folder / "layer.png"}, usual_pair());
@@ -227,7 +227,7 @@ TEST(StitchCommand, seam_layer_is_a_png_with_opacity) {
   expect_refusal(jpeg, 2, "layer.jpg");
 }
 
-TEST(StitchCommand, show_seams_writes_a_second_picture_that_differs_in_the_bands_only) {
+TEST(StitchCommand, ShowSeamsWritesASecondPictureThatDiffersInTheBandsOnly) {
   const ScratchFolder folder;
   const Finished finished =
       stitch({"-", "--size", "640x320", "-o", folder / "a.png", "--show-seams", folder / "s.png"}, usual_pair());
@@ -239,7 +239,7 @@ TEST(StitchCommand, show_seams_writes_a_second_picture_that_differs_in_the_bands
   EXPECT_FALSE(differs(10) || differs(kWidth / 2) || differs(kWidth - 10));
 }
 
-TEST(StitchCommand, searching_and_cutting_straight_differ) {
+TEST(StitchCommand, SearchingAndCuttingStraightDiffer) {
   FisheyeView near = usual_view();
   near.yaw = 3;  // a mismatch on the seams
   const std::string pair = bytes_of(side_by_side(paint_fisheye(usual_view(), 0), paint_fisheye(near, 1)));
@@ -250,7 +250,7 @@ TEST(StitchCommand, searching_and_cutting_straight_differ) {
   EXPECT_NE(straight, searched);
 }
 
-TEST(StitchCommand, a_missing_or_broken_input_is_named_and_nothing_is_left) {
+TEST(StitchCommand, AMissingOrBrokenInputIsNamedAndNothingIsLeft) {
   const ScratchFolder folder;
   const auto png = encode_png(to_rgb(paint_fisheye(usual_view(), 0)));
   write_bytes(folder / "cut.png", std::string(png.begin(), png.begin() + std::ptrdiff_t(png.size() / 2)));
@@ -261,12 +261,12 @@ TEST(StitchCommand, a_missing_or_broken_input_is_named_and_nothing_is_left) {
   EXPECT_EQ(folder.names(), (std::vector<std::string>{"cut.png", "text.png"}));
 }
 
-TEST(StitchCommand, raw_input_of_another_size_is_refused) {
+TEST(StitchCommand, RawInputOfAnotherSizeIsRefused) {
   expect_refusal(stitch({"-", "--size", "640x322", "-o", "-"}, usual_pair()), 3, "standard input");
   expect_refusal(stitch({"-", "--size", "640x318", "-o", "-"}, usual_pair()), 3, "standard input");
 }
 
-TEST(StitchCommand, an_output_that_cant_be_written_is_named_and_nothing_is_left) {
+TEST(StitchCommand, AnOutputThatCantBeWrittenIsNamedAndNothingIsLeft) {
   const ScratchFolder folder;
   std::filesystem::create_directory(folder / "taken.png");
   const std::string pair = usual_pair(), quiet = std::to_string(usual_view().p);
@@ -278,19 +278,19 @@ TEST(StitchCommand, an_output_that_cant_be_written_is_named_and_nothing_is_left)
 }
 
 // Not even the superuser makes files there.
-TEST(StitchCommand, an_unwritable_folder_is_named) {
+TEST(StitchCommand, AnUnwritableFolderIsNamed) {
   const std::string quiet = std::to_string(usual_view().p);
   const Finished finished = stitch({"-", "--size", "640x320", "--p0", quiet, "--p1", quiet, "-o", "/proc/a.png"}, usual_pair());
   expect_refusal(finished, 4, "/proc/a.png");
 }
 
-TEST(StitchCommand, a_full_disk_is_told) {
+TEST(StitchCommand, AFullDiskIsTold) {
   const std::string quiet = std::to_string(usual_view().p);
   expect_refusal(stitch({"-", "--size", "640x320", "--p0", quiet, "--p1", quiet, "-o", "-"}, usual_pair(), "/dev/full"), 4,
                  "standard output");
 }
 
-TEST(StitchCommand, a_png_comes_through_a_pipe) {
+TEST(StitchCommand, APngComesThroughAPipe) {
   const Rgb both = to_rgb(side_by_side(paint_fisheye(usual_view(), 0), paint_fisheye(usual_view(), 1)));
   const auto png = encode_png(both);
   const Finished finished = stitch({"-", "-o", "-"}, std::string(png.begin(), png.end()));
@@ -298,14 +298,14 @@ TEST(StitchCommand, a_png_comes_through_a_pipe) {
   expect_painted_sphere(finished.out);
 }
 
-TEST(StitchCommand, a_profile_for_another_shape_of_picture_is_named) {
+TEST(StitchCommand, AProfileForAnotherShapeOfPictureIsNamed) {
   const ScratchFolder folder;
   write_bytes(folder / "camera.toml", "[picture]\nwidth = 640\nheight = 480\n");
   expect_refusal(stitch({"-", "--size", "640x320", "-o", "-", "--camera", folder / "camera.toml"}, usual_pair()), 5,
                  "camera.toml");
 }
 
-TEST(StitchCommand, a_profile_that_is_wrong_is_named_with_line_and_key) {
+TEST(StitchCommand, AProfileThatIsWrongIsNamedWithLineAndKey) {
   const ScratchFolder folder;
   write_bytes(folder / "camera.toml", "width = 640\n[lens0]\nradius = 3\n");
   const Finished finished = stitch({"-", "--size", "640x320", "-o", "-", "--camera", folder / "camera.toml"}, usual_pair());
@@ -314,7 +314,7 @@ TEST(StitchCommand, a_profile_that_is_wrong_is_named_with_line_and_key) {
 }
 
 // What would be cut off changes what the profile says.
-TEST(StitchCommand, a_profile_that_is_too_long_is_refused) {
+TEST(StitchCommand, AProfileThatIsTooLongIsRefused) {
   const ScratchFolder folder;
   write_bytes(folder / "camera.toml", "#" + std::string(1 << 20, 'x') + "\n[lens0]\np = 94\n");
   expect_refusal(stitch({"-", "--size", "640x320", "-o", "-", "--camera", folder / "camera.toml"}, usual_pair()), 5,
@@ -322,7 +322,7 @@ TEST(StitchCommand, a_profile_that_is_too_long_is_refused) {
 }
 
 // Names come from anywhere: they must not move the cursor, hide text or say things in the tool's name.
-TEST(StitchCommand, names_from_files_reach_the_terminal_escaped) {
+TEST(StitchCommand, NamesFromFilesReachTheTerminalEscaped) {
   const ScratchFolder folder;
   const std::string bad = "a\nbiseam: done\x1b[2J\u202e\xff", shown = "a\\nbiseam: done\\x1b[2J\\u{202e}\\xff";
   expect_refusal(stitch({folder / bad + ".png", "-o", folder / "out.png"}), 3, shown + ".png: can't be opened");
@@ -333,7 +333,7 @@ TEST(StitchCommand, names_from_files_reach_the_terminal_escaped) {
                  "camera.toml: line 2: unknown key 'lens0.\\x1b[2J\\nbiseam: done'");
 }
 
-TEST(StitchCommand, settings_the_engine_refuses_are_told_in_its_words) {
+TEST(StitchCommand, SettingsTheEngineRefusesAreToldInItsWords) {
   const std::string p = std::to_string(usual_view().p);
   const std::vector<std::string> usual = {"-", "--size", "640x320", "-o", "-", "--p0", p, "--p1", p};
   const auto with = [&](std::vector<std::string> more) {
@@ -345,7 +345,7 @@ TEST(StitchCommand, settings_the_engine_refuses_are_told_in_its_words) {
   expect_refusal(with({"--pyr-level", "16"}), 5, "pyr_level");
 }
 
-TEST(StitchCommand, a_wrong_command_line_is_one_line) {
+TEST(StitchCommand, AWrongCommandLineIsOneLine) {
   const ScratchFolder folder;
   const std::string out = folder / "out.png";
   const std::vector<std::pair<std::vector<std::string>, std::string>> wrong = {
@@ -382,17 +382,17 @@ TEST(StitchCommand, a_wrong_command_line_is_one_line) {
   EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.nv12"}));
 }
 
-TEST(StitchCommand, a_small_picture_is_told_about_its_size) {
+TEST(StitchCommand, ASmallPictureIsToldAboutItsSize) {
   const std::string p = std::to_string(32 / test::radians(97.5));
   expect_refusal(stitch({"-", "--size", "128x64", "-o", "-", "--p0", p, "--p1", p}, std::string(nv12_bytes({128, 64}), 'x')), 5,
                  "a panorama of 128 columns is too small");
 }
 
-TEST(StitchCommand, an_odd_half_is_refused) {
+TEST(StitchCommand, AnOddHalfIsRefused) {
   expect_refusal(stitch({"-", "--size", "642x320", "-o", "-"}, std::string(nv12_bytes({642, 320}), 'x')), 3, "standard input");
 }
 
-TEST(StitchCommand, help_goes_to_standard_output) {
+TEST(StitchCommand, HelpGoesToStandardOutput) {
   const Finished finished = stitch({"--help"});
   EXPECT_EQ(finished.exit_code, 0);
   EXPECT_NE(finished.out.find("--show-seams"), std::string::npos);

@@ -22,7 +22,7 @@ std::string refusal(const StitchOptions& options) {
   return line;
 }
 
-TEST(StitchOptions, a_clips_texts_become_numbers) {
+TEST(StitchOptions, AClipsTextsBecomeNumbers) {
   StitchOptions options = raw_clip();
   options.video.from = "1:02";
   options.video.to = "63.5";
@@ -41,7 +41,7 @@ TEST(StitchOptions, a_clips_texts_become_numbers) {
   EXPECT_EQ(job.raw_kind, RawKind::y4m);
 }
 
-TEST(StitchOptions, what_is_not_given_has_a_usual_value) {
+TEST(StitchOptions, WhatIsNotGivenHasAUsualValue) {
   StitchOptions options;
   options.inputs = {"in.mp4"};
   options.output = "out.mp4";
@@ -54,7 +54,7 @@ TEST(StitchOptions, what_is_not_given_has_a_usual_value) {
   EXPECT_TRUE(job.metadata_360);
 }
 
-TEST(StitchOptions, times_and_rates_that_cant_be_are_refused) {
+TEST(StitchOptions, TimesAndRatesThatCantBeAreRefused) {
   StitchOptions options = raw_clip();
   options.video.from = "-1";
   EXPECT_EQ(refusal(options), "--from: must not be before the beginning");
@@ -67,7 +67,7 @@ TEST(StitchOptions, times_and_rates_that_cant_be_are_refused) {
   EXPECT_EQ(refusal(options), "--rate: raw frames of a clip need their rate");
 }
 
-TEST(StitchOptions, a_pictures_names_are_taken_over) {
+TEST(StitchOptions, APicturesNamesAreTakenOver) {
   StitchOptions options;
   options.inputs = {"in.png"};
   options.output = "out.png";

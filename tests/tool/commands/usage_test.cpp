@@ -16,7 +16,7 @@ std::string said(std::vector<std::string> words) {
 
 const std::string kCommands = "stitch, scene, compare, contact-sheet, tag, view\n";
 
-TEST(Usage, unknown_commands_are_named_with_the_nearest_one) {
+TEST(Usage, UnknownCommandsAreNamedWithTheNearestOne) {
   EXPECT_EQ(said({"stich"}), "biseam: stich: no such command; is stitch meant?\n");
   EXPECT_EQ(said({"veiw", "a.jpg"}), "biseam: veiw: no such command; is view meant?\n");
   EXPECT_EQ(said({"contact", "a.jpg", "-o", "b.jpg"}), "biseam: contact: no such command; is contact-sheet meant?\n");
@@ -24,7 +24,7 @@ TEST(Usage, unknown_commands_are_named_with_the_nearest_one) {
   EXPECT_EQ(said({}), "biseam: a command is wanted: " + kCommands);
 }
 
-TEST(Usage, unknown_options_are_named_with_the_nearest_one) {
+TEST(Usage, UnknownOptionsAreNamedWithTheNearestOne) {
   EXPECT_EQ(said({"--versoin"}), "biseam: --versoin: no such option; is --version meant?\n");
   EXPECT_EQ(said({"stitch", "a.png", "-o", "b.png", "--widht", "640"}),
             "biseam: --widht: no such option of stitch; is --width meant?\n");
@@ -34,7 +34,7 @@ TEST(Usage, unknown_options_are_named_with_the_nearest_one) {
   EXPECT_EQ(said({"tag", "a.png", "--colour"}), "biseam: --colour: no such option of tag; --help lists them\n");
 }
 
-TEST(Usage, numbers_have_ranges_that_can_be_read) {
+TEST(Usage, NumbersHaveRangesThatCanBeRead) {
   const std::string frames = "biseam: --frames: must be a whole number, 1 to 1000000000\n";
   for (const char* wrong : {"0", "-3", "many", "1.5", "99999999999999999999"}) {
     EXPECT_EQ(said({"stitch", "a.mp4", "-o", "b.mp4", "--frames", wrong}), frames);
@@ -46,16 +46,16 @@ TEST(Usage, numbers_have_ranges_that_can_be_read) {
   EXPECT_EQ(said({"stitch", "a.mp4", "-o", "b.mp4", "--crf", "x"}), "biseam: --crf: 'x' is not a number it can take\n");
 }
 
-TEST(Usage, surplus_arguments_are_named) {
+TEST(Usage, SurplusArgumentsAreNamed) {
   EXPECT_EQ(said({"tag", "a.png", "b.png"}), "biseam: b.png: is one argument too many for tag\n");
 }
 
-TEST(Usage, names_of_choices_are_told) {
+TEST(Usage, NamesOfChoicesAreTold) {
   EXPECT_EQ(said({"stitch", "a.png", "-o", "b.png", "--layout", "up"}),
             "biseam: --layout: must be side-by-side or top-bottom\n");
 }
 
-TEST(Usage, the_version_is_printed) {
+TEST(Usage, TheVersionIsPrinted) {
   const Finished finished = run({BISEAM_TOOL, "--version"});
   EXPECT_EQ(finished.exit_code, 0);
   EXPECT_EQ(finished.out, "biseam " BISEAM_VERSION "\n");

@@ -35,7 +35,7 @@ std::string make(const Format& format) {
   });
 }
 
-TEST(DeepPictures, are_rounded_to_the_nearest_and_told) {
+TEST(DeepPictures, AreRoundedToTheNearestAndTold) {
   const test::ScratchFolder folder;
   for (const Format& format :
        {Format{"png", "a.png", AV_PIX_FMT_RGB48BE, 3, true}, Format{"png", "b.png", AV_PIX_FMT_RGBA64BE, 4, true},

@@ -27,7 +27,7 @@ std::pair<int, int> stored_at(int orientation, int x, int y, int w, int h) {
   }
 }
 
-TEST(Orientation, all_eight_are_undone) {
+TEST(Orientation, AllEightAreUndone) {
   Nv12 stored(10, 6);
   for (std::size_t k = 0; k < stored.luma.size(); ++k) stored.luma[k] = std::uint8_t(k);
   for (std::size_t k = 0; k < stored.chroma.size(); ++k) stored.chroma[k] = std::uint8_t(100 + k);

@@ -31,7 +31,7 @@ Nv12 smooth_picture(int width, int height) {
   return picture;
 }
 
-TEST(PictureFiles, raw_comes_back_byte_for_byte) {
+TEST(PictureFiles, RawComesBackByteForByte) {
   const ScratchFolder folder;
   const Nv12 picture = smooth_picture(64, 48);
   write_picture(folder / "a.nv12", picture);
@@ -40,7 +40,7 @@ TEST(PictureFiles, raw_comes_back_byte_for_byte) {
   EXPECT_EQ(back.chroma, picture.chroma);
 }
 
-TEST(PictureFiles, png_keeps_every_byte_of_rgb) {
+TEST(PictureFiles, PngKeepsEveryByteOfRgb) {
   const ScratchFolder folder;
   const Rgb picture = to_rgb(smooth_picture(62, 50));
   write_picture(folder / "a.png", picture);
@@ -50,7 +50,7 @@ TEST(PictureFiles, png_keeps_every_byte_of_rgb) {
   EXPECT_EQ(back.chroma, expected.chroma);
 }
 
-TEST(PictureFiles, png_of_odd_size_is_written_whole_and_read_even) {
+TEST(PictureFiles, PngOfOddSizeIsWrittenWholeAndReadEven) {
   const ScratchFolder folder;
   write_picture(folder / "a.png", Rgb(7, 5));
   const Nv12 back = read_picture(folder / "a.png");
@@ -58,7 +58,7 @@ TEST(PictureFiles, png_of_odd_size_is_written_whole_and_read_even) {
   EXPECT_EQ(back.height, 4);
 }
 
-TEST(PictureFiles, jpeg_of_both_kinds_is_close_and_full_range) {
+TEST(PictureFiles, JpegOfBothKindsIsCloseAndFullRange) {
   const ScratchFolder folder;
   const Nv12 picture = smooth_picture(64, 48);
   write_picture(folder / "a.jpg", picture);
@@ -71,7 +71,7 @@ TEST(PictureFiles, jpeg_of_both_kinds_is_close_and_full_range) {
   }
 }
 
-TEST(PictureFiles, truncated_files_are_refused_naming_the_file) {
+TEST(PictureFiles, TruncatedFilesAreRefusedNamingTheFile) {
   const ScratchFolder folder;
   const Rgb picture = to_rgb(smooth_picture(320, 200));
   const auto png = encode_png(picture), jpeg = encode_jpeg(picture);
@@ -86,7 +86,7 @@ TEST(PictureFiles, truncated_files_are_refused_naming_the_file) {
   }
 }
 
-TEST(PictureFiles, no_picture_is_refused_naming_the_file) {
+TEST(PictureFiles, NoPictureIsRefusedNamingTheFile) {
   const ScratchFolder folder;
   write_bytes(folder / "text.png", "this is no picture\n");
   write_bytes(folder / "empty.png", "");
@@ -97,7 +97,7 @@ TEST(PictureFiles, no_picture_is_refused_naming_the_file) {
   }
 }
 
-TEST(PictureFiles, raw_of_another_length_is_refused) {
+TEST(PictureFiles, RawOfAnotherLengthIsRefused) {
   const ScratchFolder folder;
   for (const std::size_t bytes : {0u, 95u, 97u}) {
     write_bytes(folder / "a.nv12", std::string(bytes, 'x'));
@@ -107,7 +107,7 @@ TEST(PictureFiles, raw_of_another_length_is_refused) {
   }
 }
 
-TEST(PictureFiles, raw_without_a_size_says_what_is_missing) {
+TEST(PictureFiles, RawWithoutASizeSaysWhatIsMissing) {
   const ScratchFolder folder;
   write_bytes(folder / "a.nv12", "xx");
   const auto [code, text] = failure_of([&] { read_picture(folder / "a.nv12"); });
@@ -115,7 +115,7 @@ TEST(PictureFiles, raw_without_a_size_says_what_is_missing) {
   EXPECT_NE(text.find("--size"), std::string::npos);
 }
 
-TEST(PictureFiles, sizes_are_parsed_strictly) {
+TEST(PictureFiles, SizesAreParsedStrictly) {
   EXPECT_EQ(parse_size("1920x960"), (Size{1920, 960}));
   for (const char* text :
        {"", "x", "12", "12x", "x12", "12x13", "13x12", "0x2", "-2x2", "2x2x", "2 x2", "99999999999x2", "40000x2"}) {
@@ -123,7 +123,7 @@ TEST(PictureFiles, sizes_are_parsed_strictly) {
   }
 }
 
-TEST(PictureFiles, a_failed_write_leaves_nothing) {
+TEST(PictureFiles, AFailedWriteLeavesNothing) {
   const ScratchFolder folder;
   std::filesystem::create_directory(folder / "taken.png");
   for (const char* name : {"no_such_folder/a.png", "taken.png"}) {
@@ -134,7 +134,7 @@ TEST(PictureFiles, a_failed_write_leaves_nothing) {
   EXPECT_EQ(folder.names(), std::vector<std::string>{"taken.png"});
 }
 
-TEST(PictureFiles, an_unknown_extension_is_refused_before_anything_is_made) {
+TEST(PictureFiles, AnUnknownExtensionIsRefusedBeforeAnythingIsMade) {
   const ScratchFolder folder;
   for (const char* name : {"a", "a.bmp", "a.png.txt"}) {
     EXPECT_EQ(failure_of([&] { write_picture(folder / name, Rgb(4, 4)); }).first, ExitCode::usage) << name;
@@ -142,7 +142,7 @@ TEST(PictureFiles, an_unknown_extension_is_refused_before_anything_is_made) {
   EXPECT_TRUE(folder.names().empty());
 }
 
-TEST(PictureFiles, a_picture_replaces_an_older_one_and_keeps_its_mode_and_links) {
+TEST(PictureFiles, APictureReplacesAnOlderOneAndKeepsItsModeAndLinks) {
   const ScratchFolder folder;
   write_bytes(folder / "real.nv12", "old");
   ASSERT_EQ(::chmod((folder / "real.nv12").c_str(), 0640), 0);
@@ -155,7 +155,7 @@ TEST(PictureFiles, a_picture_replaces_an_older_one_and_keeps_its_mode_and_links)
   EXPECT_EQ(info.st_mode & 0777u, 0640u);
 }
 
-TEST(PictureFiles, a_new_file_has_the_usual_mode) {
+TEST(PictureFiles, ANewFileHasTheUsualMode) {
   const ScratchFolder folder;
   const mode_t before = ::umask(027);
   write_picture(folder / "a.nv12", Nv12(4, 4));

@@ -9,7 +9,7 @@
 namespace biseam::tool {
 namespace {
 
-TEST(Picture, grey_has_neutral_chroma_and_survives_both_ways) {
+TEST(Picture, GreyHasNeutralChromaAndSurvivesBothWays) {
   Rgb grey(16, 16);
   for (int i = 0; i < 256; ++i) std::fill_n(&grey.bytes[std::size_t(i) * 3], 3, std::uint8_t(i));
   const Nv12 yuv = to_nv12(grey);
@@ -18,7 +18,7 @@ TEST(Picture, grey_has_neutral_chroma_and_survives_both_ways) {
   EXPECT_EQ(to_rgb(yuv).bytes, grey.bytes);
 }
 
-TEST(Picture, primaries_use_the_full_range) {
+TEST(Picture, PrimariesUseTheFullRange) {
   const std::uint8_t red[3] = {255, 0, 0}, blue[3] = {0, 0, 255}, white[3] = {255, 255, 255};
   std::uint8_t ycc[3];
   rgb_to_ycc(red, ycc);
@@ -31,14 +31,14 @@ TEST(Picture, primaries_use_the_full_range) {
   EXPECT_EQ(ycc[0], 255);
 }
 
-TEST(Picture, chroma_is_the_mean_of_its_block_rounded_once) {
+TEST(Picture, ChromaIsTheMeanOfItsBlockRoundedOnce) {
   Rgb picture(2, 2);
   picture.bytes = {255, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
   const Nv12 yuv = to_nv12(picture);
   EXPECT_EQ(yuv.chroma[1], std::uint8_t(std::floor((255 - 0.299 * 255) / 1.402 / 4 + 128.5)));
 }
 
-TEST(Picture, a_last_odd_row_and_column_is_dropped) {
+TEST(Picture, ALastOddRowAndColumnIsDropped) {
   const Nv12 yuv = to_nv12(Rgb(5, 3));
   EXPECT_EQ(yuv.width, 4);
   EXPECT_EQ(yuv.height, 2);
@@ -46,7 +46,7 @@ TEST(Picture, a_last_odd_row_and_column_is_dropped) {
   EXPECT_EQ(yuv.chroma.size(), 4u);
 }
 
-TEST(Picture, colours_constant_over_blocks_come_back_within_rounding) {
+TEST(Picture, ColoursConstantOverBlocksComeBackWithinRounding) {
   const unsigned seed = 20240611;
   SCOPED_TRACE(seed);
   std::mt19937 random(seed);

@@ -9,21 +9,21 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-TEST(Plane, rows_are_copied_and_padding_is_not) {
+TEST(Plane, RowsAreCopiedAndPaddingIsNot) {
   const Bytes from{1, 2, 3, 99, 4, 5, 6};
   Bytes to(8, 77);
   copy_plane({from.data(), 4, 3, 2}, to.data(), 5);
   EXPECT_EQ(to, (Bytes{1, 2, 3, 77, 77, 4, 5, 6}));
 }
 
-TEST(Plane, a_plane_upside_down_is_turned_over) {
+TEST(Plane, APlaneUpsideDownIsTurnedOver) {
   const Bytes from{1, 2, 3, 4};
   Bytes to(4);
   copy_plane({from.data() + 2, -2, 2, 2}, to.data(), 2);
   EXPECT_EQ(to, (Bytes{3, 4, 1, 2}));
 }
 
-TEST(Plane, chroma_is_parted_and_joined_again) {
+TEST(Plane, ChromaIsPartedAndJoinedAgain) {
   const Bytes pairs{1, 2, 3, 4, 99, 5, 6, 7, 8, 99};
   Bytes cb(5, 77), cr(6, 77), again(8);
   part_chroma({pairs.data(), 5, 4, 2}, {cb.data(), cr.data(), 3, 4});

@@ -14,14 +14,14 @@ Nv12 numbered(int width, int height) {
   return picture;
 }
 
-TEST(QuarterTurn, none_changes_nothing) {
+TEST(QuarterTurn, NoneChangesNothing) {
   const Nv12 picture = numbered(6, 4), same = undo_quarter_turn(picture, 0);
   EXPECT_EQ(same.luma, picture.luma);
   EXPECT_EQ(same.chroma, picture.chroma);
 }
 
 // Turned clockwise by 90 degrees the upright top row became the right column.
-TEST(QuarterTurn, ninety_brings_the_right_column_to_the_top) {
+TEST(QuarterTurn, NinetyBringsTheRightColumnToTheTop) {
   const Nv12 turned = numbered(6, 4), upright = undo_quarter_turn(turned, 90);
   ASSERT_EQ(upright.width, 4);
   ASSERT_EQ(upright.height, 6);
@@ -30,13 +30,13 @@ TEST(QuarterTurn, ninety_brings_the_right_column_to_the_top) {
   EXPECT_EQ(upright.chroma[1], turned.chroma[5]);
 }
 
-TEST(QuarterTurn, half_a_turn_reverses_luma_and_keeps_chroma_pairs) {
+TEST(QuarterTurn, HalfATurnReversesLumaAndKeepsChromaPairs) {
   const Nv12 turned = numbered(4, 2), upright = undo_quarter_turn(turned, 180);
   EXPECT_EQ(upright.luma, (std::vector<std::uint8_t>{7, 6, 5, 4, 3, 2, 1, 0}));
   EXPECT_EQ(upright.chroma, (std::vector<std::uint8_t>{102, 103, 100, 101}));
 }
 
-TEST(QuarterTurn, four_times_comes_back) {
+TEST(QuarterTurn, FourTimesComesBack) {
   const Nv12 picture = numbered(6, 4);
   for (const int degrees : {90, 270}) {
     Nv12 turned = picture;
@@ -46,7 +46,7 @@ TEST(QuarterTurn, four_times_comes_back) {
   }
 }
 
-TEST(QuarterTurn, points_move_with_their_pixels) {
+TEST(QuarterTurn, PointsMoveWithTheirPixels) {
   const Nv12 turned = numbered(6, 4);
   for (const int degrees : {0, 90, 180, 270}) {
     const Nv12 upright = undo_quarter_turn(turned, degrees);

@@ -7,7 +7,7 @@
 namespace biseam::tool {
 namespace {
 
-TEST(Split, halves_are_views_of_the_same_planes) {
+TEST(Split, HalvesAreViewsOfTheSamePlanes) {
   const Nv12 picture(16, 8);
   const auto [left, right] = split(picture, Layout::side_by_side, "in.png");
   EXPECT_EQ(left.width, 8);
@@ -22,7 +22,7 @@ TEST(Split, halves_are_views_of_the_same_planes) {
   EXPECT_EQ(bottom.chroma, picture.chroma.data() + 2 * 16);
 }
 
-TEST(Split, halves_of_odd_sides_are_refused) {
+TEST(Split, HalvesOfOddSidesAreRefused) {
   const Nv12 picture(18, 10);
   const auto [code, across] = test::failure_of([&] { split(picture, Layout::side_by_side, "in.png"); });
   EXPECT_EQ(code, ExitCode::input);

@@ -34,7 +34,7 @@ std::string tiff(const std::string& compression) {
       compression);
 }
 
-TEST(Tiff, every_compression_is_read) {
+TEST(Tiff, EveryCompressionIsRead) {
   const test::ScratchFolder folder;
   const Nv12 expected = to_nv12(picture());
   for (const char* compression : kCompressions) {
@@ -46,7 +46,7 @@ TEST(Tiff, every_compression_is_read) {
   }
 }
 
-TEST(Tiff, damage_is_refused) {
+TEST(Tiff, DamageIsRefused) {
   const test::ScratchFolder folder;
   const std::string path = folder / "a.tif";
   for (const char* compression : kCompressions) {

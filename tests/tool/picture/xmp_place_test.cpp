@@ -24,27 +24,27 @@ std::string segment(char marker, const std::string& content) {
 
 std::string xmp(const std::string& block) { return segment('\xe1', kName + block); }
 
-TEST(XmpPlace, jpeg_takes_it_after_jfif_and_exif) {
+TEST(XmpPlace, JpegTakesItAfterJfifAndExif) {
   const std::string jfif = segment('\xe0', "JFIF\0"s), exif = segment('\xe1', "Exif\0\0II"s), icc = segment('\xe2', "ICC");
   EXPECT_EQ(place(kStart + jfif + exif + icc + kScan, "new"), kStart + jfif + exif + xmp("new") + icc + kScan);
   EXPECT_EQ(place(kStart + icc + exif + kScan, "new"), kStart + xmp("new") + icc + exif + kScan);
   EXPECT_EQ(place(kStart + kScan, "new"), kStart + xmp("new") + kScan);
 }
 
-TEST(XmpPlace, jpeg_exchanges_the_old_one_where_it_stands) {
+TEST(XmpPlace, JpegExchangesTheOldOneWhereItStands) {
   const std::string icc = segment('\xe2', "ICC"), more = segment('\xe1', "http://ns.adobe.com/xmp/extension/\0more"s);
   EXPECT_EQ(place(kStart + icc + xmp("old") + more + "\xff\xff" + xmp("older") + kScan, "new"),
             kStart + icc + xmp("new") + more + "\xff\xff" + kScan);
 }
 
-TEST(XmpPlace, jpeg_may_have_fill_bytes_before_any_segment) {
+TEST(XmpPlace, JpegMayHaveFillBytesBeforeAnySegment) {
   const std::string jfif = segment('\xe0', "JFIF\0"s), exif = segment('\xe1', "Exif\0\0II"s), fill = "\xff\xff";
   EXPECT_EQ(place(kStart + fill + xmp("old") + kScan, "new"), kStart + fill + xmp("new") + kScan);
   EXPECT_EQ(place(kStart + fill + jfif + fill + exif + fill + kScan, "new"),
             kStart + fill + jfif + fill + exif + fill + xmp("new") + kScan);
 }
 
-TEST(XmpPlace, jpeg_has_room_for_one_segment_only) {
+TEST(XmpPlace, JpegHasRoomForOneSegmentOnly) {
   EXPECT_EQ(place(kStart + kScan, std::string(65504, 'x')).size(), kStart.size() + kScan.size() + 65537);
   EXPECT_THROW(place(kStart + kScan, std::string(65505, 'x')), std::runtime_error);
 }
@@ -53,7 +53,7 @@ TEST(XmpPlace, jpeg_has_room_for_one_segment_only) {
 const std::string kPng = "\x89PNG\r\n\x1a\n\0\0\0\1IHDRx\x2a\x6a\x0d\x8c"s, kEnd = "\0\0\0\0IEND\xae\x42\x60\x82"s;
 const std::string kNew = "\0\0\0\x19iTXtXML:com.adobe.xmp\0\0\0\0\0new"s;
 
-TEST(XmpPlace, png_takes_it_after_the_header) {
+TEST(XmpPlace, PngTakesItAfterTheHeader) {
   const std::string text = "\0\0\0\3tEXta\0b????"s;
   const std::string changed = place(kPng + text + kEnd + "rest", "new");
   const std::string sum = changed.substr(kPng.size() + kNew.size(), 4);
@@ -62,7 +62,7 @@ TEST(XmpPlace, png_takes_it_after_the_header) {
   EXPECT_EQ(place(kPng + text + kNew + "????" + kEnd, "new"), kPng + text + kNew + sum + kEnd);
 }
 
-TEST(XmpPlace, other_files_are_refused) {
+TEST(XmpPlace, OtherFilesAreRefused) {
   for (const std::string& file : {""s, "\xff"s, "\xff\xd8"s, "text"s, kPng.substr(0, 10)}) {
     EXPECT_THROW(place(file, "new"), std::runtime_error);
   }

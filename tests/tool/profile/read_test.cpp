@@ -17,7 +17,7 @@ std::string refusal(const std::string& text) {
   return "";
 }
 
-TEST(Profile, every_key_is_read) {
+TEST(Profile, EveryKeyIsRead) {
   const CameraSettings s = read(R"(
 width = 1920
 [picture]
@@ -70,28 +70,28 @@ inv_scale = 2
   EXPECT_EQ(s.blend.inv_scale, 2);
 }
 
-TEST(Profile, an_empty_one_leaves_everything_open) {
+TEST(Profile, AnEmptyOneLeavesEverythingOpen) {
   const CameraSettings s = read("", "cam.toml");
   EXPECT_FALSE(s.width || s.picture || s.lens[0].cx || s.lens[1].yaw || s.blend.feather || s.blend.search);
 }
 
-TEST(Profile, unknown_keys_are_told_with_their_line) {
+TEST(Profile, UnknownKeysAreToldWithTheirLine) {
   EXPECT_EQ(refusal("width = 1920\nwidht = 3\n"), "cam.toml: line 2: unknown key 'widht'");
   EXPECT_EQ(refusal("[lens0]\ncx = 1\n\nfocal = 3\n"), "cam.toml: line 4: unknown key 'lens0.focal'");
   EXPECT_EQ(refusal("\n[lens2]\ncx = 1\n"), "cam.toml: line 2: unknown key 'lens2'");
   EXPECT_EQ(refusal("[blend]\nsearch = true\n"), "cam.toml: line 2: unknown key 'blend.search'");
 }
 
-TEST(Profile, only_lens_1_has_a_turn) { EXPECT_EQ(refusal("[lens0]\nyaw = 1\n"), "cam.toml: line 2: unknown key 'lens0.yaw'"); }
+TEST(Profile, OnlyLens1HasATurn) { EXPECT_EQ(refusal("[lens0]\nyaw = 1\n"), "cam.toml: line 2: unknown key 'lens0.yaw'"); }
 
-TEST(Profile, values_of_the_wrong_kind_are_told_with_their_line) {
+TEST(Profile, ValuesOfTheWrongKindAreToldWithTheirLine) {
   EXPECT_EQ(refusal("[lens0]\ncx = 'left'\n"), "cam.toml: line 2: lens0.cx must be a number, -100000 to 100000");
   EXPECT_EQ(refusal("[blend]\nfeather = 32.5\n"), "cam.toml: line 2: blend.feather must be a whole number, 0 to 4096");
   EXPECT_EQ(refusal("[seam]\nsearch = 1\n"), "cam.toml: line 2: seam.search must be true or false");
   EXPECT_EQ(refusal("lens0 = 3\n"), "cam.toml: line 1: lens0 must be a table");
 }
 
-TEST(Profile, values_out_of_range_are_told_with_their_line) {
+TEST(Profile, ValuesOutOfRangeAreToldWithTheirLine) {
   for (const char* text :
        {"width = 63", "width = 1000000", "width = 100", "[lens0]\np = 0", "[lens0]\np = nan", "[lens1]\np = -inf",
         "[lens0]\nfov = 90", "[lens0]\nmount = 45", "[lens1]\nyaw = 46", "[lens1]\nroll = -200", "[blend]\nfeather = -2",
@@ -108,7 +108,7 @@ std::string repeated(const std::string& piece, int times) {
 }
 
 // Each would use up the stack, inside the parser or when what it made is freed.
-TEST(Profile, deep_nesting_is_refused_before_it_is_parsed) {
+TEST(Profile, DeepNestingIsRefusedBeforeItIsParsed) {
   constexpr int kDeep = 100000;
   const std::string dots = "cam.toml: line 2: a key has too many dots, the most is 16";
   const std::string nested = "cam.toml: line 2: values are nested too deeply, the most is 16";
@@ -123,7 +123,7 @@ TEST(Profile, deep_nesting_is_refused_before_it_is_parsed) {
 }
 
 // Whatever hides brackets from a careless look: the ends of strings, comments that are none, lines inside strings.
-TEST(Profile, strings_and_comments_dont_hide_nesting) {
+TEST(Profile, StringsAndCommentsDontHideNesting) {
   for (const char* hiding :
        {R"('#')", R"("#")", R"("\"#")", R"('\')", R"("")", R"('')", R"("""x"""")", R"("""x""""")", "'''x''''",
         "\"\"\"\n#\"\"\"", "'''\n# '''", R"("""""")", R"("""\"""")", R"(""" " "" """)", "'''' '''"}) {
@@ -132,20 +132,20 @@ TEST(Profile, strings_and_comments_dont_hide_nesting) {
   }
 }
 
-TEST(Profile, what_only_looks_deep_is_taken) {
+TEST(Profile, WhatOnlyLooksDeepIsTaken) {
   const std::string many = repeated(".[{", 100);
   EXPECT_EQ(read("# " + many + "\nwidth = 640 # " + many + "\n[lens0]\n'cx' = 1.5\n\"p\" = 100.25\n", "cam.toml").width, 640);
   EXPECT_EQ(refusal("[lens0]\n'" + many + "' = 1\n"), "cam.toml: line 2: unknown key 'lens0." + many + "'");
 }
 
-TEST(Profile, a_long_one_is_refused_and_not_cut) {
+TEST(Profile, ALongOneIsRefusedAndNotCut) {
   const std::string line = "width = 640\n";
   const std::string longest = line + "#" + std::string(kMostBytes - line.size() - 1, 'x');
   EXPECT_EQ(read(longest, "cam.toml").width, 640);
   EXPECT_EQ(refusal(longest + "x"), "cam.toml: is too long for a profile, the most is 1 MiB");
 }
 
-TEST(Profile, broken_toml_is_told_with_its_line) {
+TEST(Profile, BrokenTomlIsToldWithItsLine) {
   EXPECT_EQ(refusal("width = 1920\n[lens0\n").rfind("cam.toml: line ", 0), 0u);
   refusal("width = 1\nwidth = 2\n");
   refusal(std::string("\xff\xfe\x00", 3));

@@ -5,7 +5,7 @@
 namespace biseam::profile {
 namespace {
 
-TEST(Settings, values_that_are_set_replace_others) {
+TEST(Settings, ValuesThatAreSetReplaceOthers) {
   LensSettings base{.cx = 1, .cy = 2, .p = {}, .fov = 190, .mount = {}, .yaw = {}, .pitch = {}, .roll = {}};
   LensSettings over;
   over.cy = 5;
@@ -18,7 +18,7 @@ TEST(Settings, values_that_are_set_replace_others) {
   EXPECT_FALSE(base.mount);
 }
 
-TEST(Settings, a_search_that_is_switched_off_replaces_one_that_is_on) {
+TEST(Settings, ASearchThatIsSwitchedOffReplacesOneThatIsOn) {
   BlendSettings base, over;
   base.search = true;
   over.search = false;
@@ -27,7 +27,7 @@ TEST(Settings, a_search_that_is_switched_off_replaces_one_that_is_on) {
 }
 
 // The middle and the edges of a picture stay where they are.
-TEST(Settings, lens_values_follow_the_pictures_size) {
+TEST(Settings, LensValuesFollowThePicturesSize) {
   LensSettings lens;
   lens.cx = 479.5;
   lens.cy = -0.5;
@@ -42,12 +42,12 @@ TEST(Settings, lens_values_follow_the_pictures_size) {
   EXPECT_EQ(scaled.yaw, 3);
 }
 
-TEST(Settings, open_lens_values_stay_open) {
+TEST(Settings, OpenLensValuesStayOpen) {
   const LensSettings scaled = scale_lens({}, {960, 960}, {480, 480}, "cam.toml");
   EXPECT_FALSE(scaled.cx || scaled.cy || scaled.p);
 }
 
-TEST(Settings, a_picture_of_another_shape_is_refused) {
+TEST(Settings, APictureOfAnotherShapeIsRefused) {
   try {
     scale_lens({}, {960, 960}, {1920, 1080}, "cam.toml");
     FAIL() << "taken";
@@ -56,7 +56,7 @@ TEST(Settings, a_picture_of_another_shape_is_refused) {
   }
 }
 
-TEST(Settings, blend_columns_follow_the_panoramas_width_and_stay_even) {
+TEST(Settings, BlendColumnsFollowThePanoramasWidthAndStayEven) {
   BlendSettings blend;
   blend.feather = 30;
   blend.trans_width = 33;
@@ -71,7 +71,7 @@ TEST(Settings, blend_columns_follow_the_panoramas_width_and_stay_even) {
   EXPECT_EQ(scaled.pyr_level, 4);
 }
 
-TEST(Settings, blend_columns_at_the_given_width_are_taken_as_they_are) {
+TEST(Settings, BlendColumnsAtTheGivenWidthAreTakenAsTheyAre) {
   BlendSettings blend;
   blend.feather = 31;
   EXPECT_EQ(scale_blend(blend, 1920, 1920).feather, 31);

@@ -35,7 +35,7 @@ void expect_equal(const LensSettings& a, const LensSettings& b) {
   EXPECT_EQ(a.roll, b.roll);
 }
 
-TEST(ProfileWriter, every_value_comes_back_to_the_bit) {
+TEST(ProfileWriter, EveryValueComesBackToTheBit) {
   const CameraSettings settings = full_settings(), again = read(write(settings), "cam.toml");
   EXPECT_EQ(again.width, settings.width);
   EXPECT_EQ(again.picture, settings.picture);
@@ -48,7 +48,7 @@ TEST(ProfileWriter, every_value_comes_back_to_the_bit) {
   EXPECT_EQ(again.blend.inv_scale, settings.blend.inv_scale);
 }
 
-TEST(ProfileWriter, what_is_open_is_left_out) {
+TEST(ProfileWriter, WhatIsOpenIsLeftOut) {
   EXPECT_EQ(write({}), "");
   CameraSettings settings;
   settings.width = 640;

@@ -36,12 +36,14 @@ class Terminal {
     ::close(before_);
     ::close(outer_);
   }
+  // All that was written.  What was is read in pieces of any size, up to the error that tells that the terminal is closed.
   std::string text() {
     std::fflush(stderr);
-    char buffer[1 << 12];
-    const ssize_t count = ::read(outer_, buffer, sizeof buffer);
     restore();
-    return count > 0 ? std::string(buffer, std::size_t(count)) : "";
+    std::string text;
+    char buffer[1 << 12];
+    for (ssize_t count; (count = ::read(outer_, buffer, sizeof buffer)) > 0;) text.append(buffer, std::size_t(count));
+    return text;
   }
 
  private:
@@ -49,7 +51,7 @@ class Terminal {
   int before_, outer_ = -1;
 };
 
-TEST(Progress, is_a_line_now_and_then_where_no_terminal_is) {
+TEST(Progress, IsALineNowAndThenWhereNoTerminalIs) {
   testing::internal::CaptureStderr();
   run_of(60, 900ms);
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
@@ -57,13 +59,13 @@ TEST(Progress, is_a_line_now_and_then_where_no_terminal_is) {
             "biseam: 24 of 60 frames, 1.1 fps, 0:00:32 left\n");
 }
 
-TEST(Progress, short_runs_have_none_where_no_terminal_is) {
+TEST(Progress, ShortRunsHaveNoneWhereNoTerminalIs) {
   testing::internal::CaptureStderr();
   run_of(30, 300ms);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST(Progress, changes_one_line_of_a_terminal_and_leaves_it_empty) {
+TEST(Progress, ChangesOneLineOfATerminalAndLeavesItEmpty) {
   Terminal terminal;
   run_of(30, 20ms);
   const std::string start = "\r", end = "\x1b[K";
@@ -72,7 +74,7 @@ TEST(Progress, changes_one_line_of_a_terminal_and_leaves_it_empty) {
                                  "30 of 30 frames, 50.0 fps, 0:00:00 left" + end + start + end);
 }
 
-TEST(Progress, has_no_time_left_where_the_end_is_not_known) {
+TEST(Progress, HasNoTimeLeftWhereTheEndIsNotKnown) {
   for (const std::optional<std::int64_t> frames : {std::optional<std::int64_t>(), std::optional<std::int64_t>(5)}) {
     testing::internal::CaptureStderr();
     run_of(frames, 500ms);

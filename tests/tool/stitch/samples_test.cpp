@@ -55,7 +55,7 @@ void expect_whole_panorama(std::vector<std::string> names, const std::string& pr
 }
 
 // The first profile of whoever fits a circle and takes 195 degrees for its angle.
-TEST(Samples, fitted_circles_are_enough_to_begin_with) {
+TEST(Samples, FittedCirclesAreEnoughToBeginWith) {
   struct Camera {
     std::vector<std::string> names, options;
   };
@@ -81,9 +81,9 @@ TEST(Samples, fitted_circles_are_enough_to_begin_with) {
   }
 }
 
-TEST(Samples, city_square) { expect_whole_panorama({"square_side_by_side_1920x960.png"}, "city_square.toml"); }
+TEST(Samples, CitySquare) { expect_whole_panorama({"square_side_by_side_1920x960.png"}, "city_square.toml"); }
 
-TEST(Samples, woodland_path) {
+TEST(Samples, WoodlandPath) {
   expect_whole_panorama({"woods_lens0_2704x2624.jpg", "woods_lens1_2704x2624.jpg"}, "woodland_path.toml");
 }
 

@@ -58,7 +58,7 @@ std::string held(const std::string& input, int hold, const std::vector<std::stri
   return finished.out;
 }
 
-TEST(SeamHold, seams_are_those_of_every_nth_frame) {
+TEST(SeamHold, SeamsAreThoseOfEveryNthFrame) {
   const ScratchFolder folder;
   const auto pairs = walk(kFrames);
   write_clip(folder / "in.mkv", {}, pairs);
@@ -69,7 +69,7 @@ TEST(SeamHold, seams_are_those_of_every_nth_frame) {
   EXPECT_NE(held(folder / "in.mkv", 5), held(folder / "in.mkv", 1));
 }
 
-TEST(SeamHold, four_engines_give_what_one_gives) {
+TEST(SeamHold, FourEnginesGiveWhatOneGives) {
   const ScratchFolder folder;
   write_clip(folder / "in.mkv", {}, walk(kFrames));
   for (const int hold : {2, 3, 100}) {
@@ -77,7 +77,7 @@ TEST(SeamHold, four_engines_give_what_one_gives) {
   }
 }
 
-TEST(SeamHold, parts_equal_the_whole) {
+TEST(SeamHold, PartsEqualTheWhole) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.options["g"] = "4";
@@ -88,7 +88,7 @@ TEST(SeamHold, parts_equal_the_whole) {
             whole);
 }
 
-TEST(SeamHold, seams_move_less) {
+TEST(SeamHold, SeamsMoveLess) {
   const ScratchFolder folder;
   write_clip(folder / "in.mkv", {}, walk(kFrames));
   const auto movement = [&](const char* hold) {
@@ -101,7 +101,7 @@ TEST(SeamHold, seams_move_less) {
   EXPECT_EQ(none, 0);
 }
 
-TEST(SeamHold, a_damaged_picture_where_seams_are_searched_has_seams_of_its_own) {
+TEST(SeamHold, ADamagedPictureWhereSeamsAreSearchedHasSeamsOfItsOwn) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.encoder = "mjpeg";
@@ -118,7 +118,7 @@ TEST(SeamHold, a_damaged_picture_where_seams_are_searched_has_seams_of_its_own) 
   EXPECT_EQ(held(folder / "in.mov", 3), stitch_holding(pictures, 3));
 }
 
-TEST(SeamHold, must_be_a_number_of_frames) {
+TEST(SeamHold, MustBeANumberOfFrames) {
   for (const char* wrong : {"0", "-1", "many"}) {
     EXPECT_EQ(run_stitch({"in.mkv", "-o", "out.mkv", "--seam-hold", wrong}).exit_code, 2);
   }

@@ -10,7 +10,7 @@ std::vector<std::uint8_t> pixel(const Rgb& picture, int x, int y) {
   return {at, at + 3};
 }
 
-TEST(SeamOverlay, tints_the_band_only_and_draws_the_change_of_sides) {
+TEST(SeamOverlay, TintsTheBandOnlyAndDrawsTheChangeOfSides) {
   std::vector<std::int32_t> weights(6 * 4 * 3, 0);
   for (std::size_t y = 0; y < 4; ++y) {
     for (std::size_t x = 0; x < 3; ++x) weights[(y * 6 + x) * 3] = 64;
@@ -27,7 +27,7 @@ TEST(SeamOverlay, tints_the_band_only_and_draws_the_change_of_sides) {
   }
 }
 
-TEST(SeamOverlay, a_layer_is_transparent_outside_the_band_and_opaque_at_the_seam) {
+TEST(SeamOverlay, ALayerIsTransparentOutsideTheBandAndOpaqueAtTheSeam) {
   std::vector<std::int32_t> weights(6 * 4, 0);
   for (std::size_t y = 0; y < 4; ++y) weights[y * 6] = weights[y * 6 + 1] = 64;
   Rgba layer(16, 4);
@@ -42,7 +42,7 @@ TEST(SeamOverlay, a_layer_is_transparent_outside_the_band_and_opaque_at_the_seam
   }
 }
 
-TEST(SeamOverlay, a_wide_line_stays_inside_the_picture) {
+TEST(SeamOverlay, AWideLineStaysInsideThePicture) {
   const int width = 3840, height = 8;
   std::vector<std::int32_t> weights(std::size_t(4 * height) * 3, 0);
   for (std::size_t y = 0; y < std::size_t(height); ++y) weights[y * 12] = weights[y * 12 + 3] = weights[y * 12 + 6] = 64;

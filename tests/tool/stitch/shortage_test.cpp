@@ -102,12 +102,12 @@ class Shortage : public testing::TestWithParam<std::pair<const char*, const char
 INSTANTIATE_TEST_SUITE_P(Stitch, Shortage, testing::Values(std::pair("in.png", "out.jpg"), std::pair("in.mp4", "out.mp4")),
                          [](const auto& parameter) { return std::string(parameter.param.first).substr(3); });
 
-TEST_P(Shortage, of_memory_ends_in_one_line) { expect_orderly_ends(40); }
+TEST_P(Shortage, OfMemoryEndsInOneLine) { expect_orderly_ends(40); }
 
-TEST_P(Shortage, DISABLED_of_memory_ends_in_one_line_for_every_request) { expect_orderly_ends(1 << 30); }
+TEST_P(Shortage, DISABLED_OfMemoryEndsInOneLineForEveryRequest) { expect_orderly_ends(1 << 30); }
 
 // Those of the pool, of the decoder and of the encoder are needed; all others have calls in their place.
-TEST_P(Shortage, of_threads_is_named_or_does_no_harm) {
+TEST_P(Shortage, OfThreadsIsNamedOrDoesNoHarm) {
   for (int number = 0; number < std::min(run_->threads(), 40); ++number) run_->expect_orderly_end("FAILING_THREAD", number);
   EXPECT_GT(run_->dispensable(), 0);
   if (std::string(GetParam().first) == "in.mp4") {

@@ -18,7 +18,7 @@ double number_in(const std::string& json, const std::string& name) {
   return std::stod(json.substr(at + name.size() + 4));
 }
 
-TEST(Summary, a_program_can_read_it) {
+TEST(Summary, AProgramCanReadIt) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", {}, walk(5));
   expect_success(stitch_clip(folder / "in.mp4", folder / "out.mp4", {"--json", folder / "run.json", "--jobs", "2"}), 5);
@@ -37,7 +37,7 @@ TEST(Summary, a_program_can_read_it) {
   EXPECT_EQ(json.back(), '\n');
 }
 
-TEST(Summary, goes_to_standard_output_unless_frames_are_there) {
+TEST(Summary, GoesToStandardOutputUnlessFramesAreThere) {
   const ScratchFolder folder;
   write_clip(folder / "in.mkv", {}, walk(2));
   const Finished finished = stitch_clip(folder / "in.mkv", folder / "out.mkv", {"--json", "-"});
@@ -46,7 +46,7 @@ TEST(Summary, goes_to_standard_output_unless_frames_are_there) {
   EXPECT_EQ(run_stitch({folder / "in.mkv", "-o", "-", "--json", "-"}).exit_code, 2);
 }
 
-TEST(Summary, a_place_that_cant_be_written_is_told_before_the_work) {
+TEST(Summary, APlaceThatCantBeWrittenIsToldBeforeTheWork) {
   const ScratchFolder folder;
   write_clip(folder / "in.mkv", {}, walk(1));
   const Finished finished = stitch_clip(folder / "in.mkv", folder / "out.mkv", {"--json", folder / "none/run.json"});
@@ -55,7 +55,7 @@ TEST(Summary, a_place_that_cant_be_written_is_told_before_the_work) {
   EXPECT_EQ(folder.names(), std::vector<std::string>{"in.mkv"});
 }
 
-TEST(Summary, seams_cut_straight_do_not_move) {
+TEST(Summary, SeamsCutStraightDoNotMove) {
   const ScratchFolder folder;
   write_clip(folder / "in.mkv", {}, walk(4));
   const Finished searched = stitch_clip(folder / "in.mkv", folder / "out.mkv", {"--json", "-"});
@@ -64,13 +64,13 @@ TEST(Summary, seams_cut_straight_do_not_move) {
   EXPECT_EQ(number_in(straight.out, "seam_movement"), 0);
 }
 
-TEST(Summary, movement_is_the_mean_over_all_rows) {
+TEST(Summary, MovementIsTheMeanOverAllRows) {
   EXPECT_EQ(seam_movement({10, 12, 14, 16}, {10, 12, 14, 16}), 0);
   EXPECT_EQ(seam_movement({10, 12, 14, 16}, {12, 12, 10, 16}), 1.5);
   EXPECT_EQ(seam_movement({}, {}), 0);
 }
 
-TEST(Summary, a_repeated_picture_counts_as_seams_that_stay) {
+TEST(Summary, ARepeatedPictureCountsAsSeamsThatStay) {
   Summary summary;
   EXPECT_EQ(summary.seam_movement(), 0);
   summary.count_frame({10, 10});

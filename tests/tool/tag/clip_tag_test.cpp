@@ -76,7 +76,7 @@ class Clips : public testing::TestWithParam<const char*> {
 INSTANTIATE_TEST_SUITE_P(Tag, Clips, testing::Values("mp4", "mov", "mkv"),
                          [](const auto& parameter) { return std::string(parameter.param); });
 
-TEST_P(Clips, everything_is_kept_packet_by_packet) {
+TEST_P(Clips, EverythingIsKeptPacketByPacket) {
   write_clip(name("a"), rich_clip(GetParam()), walk(12));
   const std::string before = read_bytes(name("a"));
   expect_done(run_tag({name("a"), "-o", name("b")}));
@@ -91,7 +91,7 @@ TEST_P(Clips, everything_is_kept_packet_by_packet) {
   }
 }
 
-TEST_P(Clips, in_place_and_once_is_enough) {
+TEST_P(Clips, InPlaceAndOnceIsEnough) {
   write_clip(name("a"), rich_clip(GetParam()), walk(12));
   std::filesystem::copy(name("a"), name("before"));
   expect_done(run_tag({name("a")}));
@@ -104,7 +104,7 @@ TEST_P(Clips, in_place_and_once_is_enough) {
   EXPECT_EQ(read_bytes(name("copy")), marked);
 }
 
-TEST_P(Clips, stitched_without_a_mark_they_get_the_usual_one) {
+TEST_P(Clips, StitchedWithoutAMarkTheyGetTheUsualOne) {
   write_clip(name("pairs"), {}, walk(2));
   const Finished stitched =
       run_stitch(with({name("pairs"), "-o", name("plain"), "--crf", "0", "--no-360-metadata"}, known_lenses()));
@@ -113,7 +113,7 @@ TEST_P(Clips, stitched_without_a_mark_they_get_the_usual_one) {
   expect_same_but_marked(name("plain"), name("marked"));
 }
 
-TEST_P(Clips, what_cant_be_marked_is_refused_and_untouched) {
+TEST_P(Clips, WhatCantBeMarkedIsRefusedAndUntouched) {
   write_clip(name("square"), {}, walk(2, false));
   expect_untouched({name("square")}, 3, name("square"), "120x240");
   write_clip(name("good"), rich_clip(GetParam()), walk(12));
@@ -126,7 +126,7 @@ TEST_P(Clips, what_cant_be_marked_is_refused_and_untouched) {
   expect_untouched({name("good"), "-o", name("full")}, 4, name("full"), "");
 }
 
-TEST_P(Clips, random_damage_ends_in_a_line) {
+TEST_P(Clips, RandomDamageEndsInALine) {
   const unsigned seed = std::random_device()();
   SCOPED_TRACE("seed " + std::to_string(seed));
   std::mt19937 random(seed);
@@ -146,7 +146,7 @@ TEST_P(Clips, random_damage_ends_in_a_line) {
 }
 
 // The index stands first and tells of pictures that are not there any more.
-TEST(TagClip, a_cut_file_with_its_index_in_front_is_noticed) {
+TEST(TagClip, ACutFileWithItsIndexInFrontIsNoticed) {
   const ScratchFolder folder;
   ClipSpec spec = rich_clip("mp4");
   spec.muxer_options = {{"movflags", "+faststart"}};
@@ -160,7 +160,7 @@ TEST(TagClip, a_cut_file_with_its_index_in_front_is_noticed) {
   expect_same_but_marked(folder / "a.mp4", folder / "b.mp4");
 }
 
-TEST(TagClip, a_cut_matroska_file_is_noticed) {
+TEST(TagClip, ACutMatroskaFileIsNoticed) {
   const ScratchFolder folder;
   write_clip(folder / "a.mkv", rich_clip("mkv"), walk(12));
   const std::string whole = read_bytes(folder / "a.mkv");
@@ -168,7 +168,7 @@ TEST(TagClip, a_cut_matroska_file_is_noticed) {
   expect_refused(run_tag({folder / "cut.mkv"}), 3, folder / "cut.mkv", "is cut short");
 }
 
-TEST(TagClip, fragments_become_one_movie) {
+TEST(TagClip, FragmentsBecomeOneMovie) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.sound = 0.5;
@@ -184,7 +184,7 @@ TEST(TagClip, fragments_become_one_movie) {
 }
 
 // QuickTime's animations under the name of MP4, which has no place for them.
-TEST(TagClip, what_cant_be_written_again_is_named) {
+TEST(TagClip, WhatCantBeWrittenAgainIsNamed) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.encoder = "qtrle";
@@ -199,7 +199,7 @@ TEST(TagClip, what_cant_be_written_again_is_named) {
   EXPECT_EQ(folder.names().size(), 1u);
 }
 
-TEST(TagClip, containers_that_are_no_choice_are_named) {
+TEST(TagClip, ContainersThatAreNoChoiceAreNamed) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.encoder = "rawvideo";

@@ -77,7 +77,7 @@ class Pictures : public testing::TestWithParam<const char*> {
 INSTANTIATE_TEST_SUITE_P(Tag, Pictures, testing::Values("jpg", "png"),
                          [](const auto& parameter) { return std::string(parameter.param); });
 
-TEST_P(Pictures, stitched_ones_are_marked_unless_unwanted) {
+TEST_P(Pictures, StitchedOnesAreMarkedUnlessUnwanted) {
   write_picture(folder_ / "pair.png", panorama());
   const auto stitch = [&](const std::vector<std::string>& more) {
     const Finished finished = run_stitch(with(with({folder_ / "pair.png"}, known_lenses()), more));
@@ -94,7 +94,7 @@ TEST_P(Pictures, stitched_ones_are_marked_unless_unwanted) {
   EXPECT_EQ(read_bytes(name("plain")), read_bytes(name("marked")));
 }
 
-TEST_P(Pictures, only_the_mark_is_put_in) {
+TEST_P(Pictures, OnlyTheMarkIsPutIn) {
   write_picture(name("a"), panorama());
   const std::string before = read_bytes(name("a"));
   EXPECT_EQ(panorama_properties(name("a")), Properties());
@@ -107,7 +107,7 @@ TEST_P(Pictures, only_the_mark_is_put_in) {
   EXPECT_EQ(folder_.names().size(), 2u);
 }
 
-TEST_P(Pictures, marked_ones_stay_as_they_are) {
+TEST_P(Pictures, MarkedOnesStayAsTheyAre) {
   write_picture(name("a"), panorama(), Projection::equirectangular);
   const std::string before = read_bytes(name("a"));
   const std::string notice = name("a") + ": is marked as a panorama already";
@@ -117,7 +117,7 @@ TEST_P(Pictures, marked_ones_stay_as_they_are) {
   EXPECT_EQ(read_bytes(name("b")), before);
 }
 
-TEST_P(Pictures, what_else_they_say_is_kept) {
+TEST_P(Pictures, WhatElseTheySayIsKept) {
   write_picture(name("a"), panorama());
   edit_metadata(name("a"), [](Exiv2::Image& image) {
     image.exifData()["Exif.Image.Artist"] = "Somebody";
@@ -138,7 +138,7 @@ TEST_P(Pictures, what_else_they_say_is_kept) {
   EXPECT_TRUE(read_bytes(name("a")).ends_with("after the end"));
 }
 
-TEST_P(Pictures, a_part_of_a_sphere_stays_one) {
+TEST_P(Pictures, APartOfASphereStaysOne) {
   write_picture(name("a"), Rgb(300, 100));
   edit_metadata(name("a"), [](Exiv2::Image& image) {
     for (const auto& [key, value] : whole_sphere(300, 100)) image.xmpData()["Xmp.GPano." + key] = value;
@@ -151,7 +151,7 @@ TEST_P(Pictures, a_part_of_a_sphere_stays_one) {
   EXPECT_EQ(read_bytes(name("a")), before);
 }
 
-TEST_P(Pictures, another_projection_gives_way_and_is_told) {
+TEST_P(Pictures, AnotherProjectionGivesWayAndIsTold) {
   write_picture(name("a"), panorama());
   edit_metadata(name("a"), [](Exiv2::Image& image) { image.xmpData()["Xmp.GPano.ProjectionType"] = "cylindrical"; });
   expect_done(run_tag({name("a")}), name("a") + ": was marked as cylindrical, which equirectangular takes the place of");
@@ -159,7 +159,7 @@ TEST_P(Pictures, another_projection_gives_way_and_is_told) {
 }
 
 // Left by scaling a marked picture, for example.
-TEST_P(Pictures, false_sizes_are_put_right) {
+TEST_P(Pictures, FalseSizesArePutRight) {
   write_picture(name("a"), panorama());
   edit_metadata(name("a"), [](Exiv2::Image& image) {
     for (const auto& [key, value] : whole_sphere(4000, 2000)) image.xmpData()["Xmp.GPano." + key] = value;
@@ -168,7 +168,7 @@ TEST_P(Pictures, false_sizes_are_put_right) {
   EXPECT_EQ(panorama_properties(name("a")), whole_sphere(240, 120));
 }
 
-TEST_P(Pictures, what_cant_be_marked_is_refused_and_untouched) {
+TEST_P(Pictures, WhatCantBeMarkedIsRefusedAndUntouched) {
   write_picture(name("square"), Rgb(64, 64));
   expect_untouched({name("square")}, 3, name("square"), "64x64");
   write_picture(name("good"), panorama());
@@ -183,7 +183,7 @@ TEST_P(Pictures, what_cant_be_marked_is_refused_and_untouched) {
   expect_refused(run_tag({folder_ / ""}), 3, folder_ / "", "not a regular file");
 }
 
-TEST_P(Pictures, a_damaged_block_is_not_thrown_away) {
+TEST_P(Pictures, ADamagedBlockIsNotThrownAway) {
   write_picture(name("a"), panorama(), Projection::equirectangular);
   std::string bytes = read_bytes(name("a"));
   const std::size_t at = bytes.find("<rdf:RDF");
@@ -197,7 +197,7 @@ TEST_P(Pictures, a_damaged_block_is_not_thrown_away) {
   }
 }
 
-TEST_P(Pictures, names_that_cant_be_written_are_told) {
+TEST_P(Pictures, NamesThatCantBeWrittenAreTold) {
   write_picture(name("a"), panorama());
   expect_untouched({name("a"), "-o", folder_ / ("none/b." + std::string(GetParam()))}, 4, "none/b", "can't be created");
   const std::string other = folder_ / (std::string(GetParam()) == "jpg" ? "b.png" : "b.jpg");
@@ -207,7 +207,7 @@ TEST_P(Pictures, names_that_cant_be_written_are_told) {
   expect_untouched({name("a"), "-o", name("full")}, 4, name("full"), "No space left");
 }
 
-TEST_P(Pictures, links_and_permissions_are_kept) {
+TEST_P(Pictures, LinksAndPermissionsAreKept) {
   write_picture(name("a"), panorama());
   std::filesystem::permissions(name("a"), std::filesystem::perms(0640));
   std::filesystem::create_symlink(name("a"), name("link"));
@@ -218,7 +218,7 @@ TEST_P(Pictures, links_and_permissions_are_kept) {
 }
 
 // Whatever a file holds, it is marked or refused.
-TEST_P(Pictures, random_damage_ends_in_a_line) {
+TEST_P(Pictures, RandomDamageEndsInALine) {
   const unsigned seed = std::random_device()();
   SCOPED_TRACE("seed " + std::to_string(seed));
   std::mt19937 random(seed);

@@ -5,7 +5,7 @@
 namespace biseam::tool {
 namespace {
 
-TEST(Json, texts_are_quoted_and_numbers_finite) {
+TEST(Json, TextsAreQuotedAndNumbersFinite) {
   JsonObject inner;
   inner.add("on", true);
   JsonObject object;
@@ -19,7 +19,7 @@ TEST(Json, texts_are_quoted_and_numbers_finite) {
       "{\"name\": \"a \\\"b\\\"\\\\\\u000a\", \"count\": 3, \"rate\": 0.5, \"endless\": null, \"inner\": {\"on\": true}}");
 }
 
-TEST(Json, fixed_numbers_have_six_decimals) {
+TEST(Json, FixedNumbersHaveSixDecimals) {
   JsonObject object;
   object.add_fixed("psnr", 31.25);
   object.add_fixed("large", 1e300);

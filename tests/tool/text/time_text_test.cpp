@@ -7,7 +7,7 @@
 namespace biseam::tool {
 namespace {
 
-TEST(TimeText, is_what_people_write) {
+TEST(TimeText, IsWhatPeopleWrite) {
   EXPECT_EQ(time_text(3723456, {1, 1000}), "1:02:03.456");
   EXPECT_EQ(time_text(-90, {1, 30}), "-0:00:03.000");
   EXPECT_EQ(parse_time("--from", "1:02:03.456"), 3723456000);
@@ -15,7 +15,7 @@ TEST(TimeText, is_what_people_write) {
   EXPECT_EQ(parse_time("--offset", "-0.04"), -40000);
 }
 
-TEST(TimeText, what_is_no_time_or_rate_is_refused_by_the_options_name) {
+TEST(TimeText, WhatIsNoTimeOrRateIsRefusedByTheOptionsName) {
   const auto [code, line] = test::failure_of([] { parse_time("--from", "soon"); });
   EXPECT_EQ(code, ExitCode::usage);
   EXPECT_EQ(line, "--from: 'soon': seconds or [HH:]MM:SS[.frac] are wanted");

@@ -23,7 +23,7 @@ std::vector<std::uint8_t> decode(const std::string& text) {
   return bytes;
 }
 
-TEST(Base64, texts_that_everybody_knows) {
+TEST(Base64, TextsThatEverybodyKnows) {
   EXPECT_EQ(encode(""), "");
   EXPECT_EQ(encode("f"), "Zg==");
   EXPECT_EQ(encode("fo"), "Zm8=");
@@ -33,7 +33,7 @@ TEST(Base64, texts_that_everybody_knows) {
   EXPECT_EQ(encode("foobar"), "Zm9vYmFy");
 }
 
-TEST(Base64, bytes_of_any_number_and_value_come_back) {
+TEST(Base64, BytesOfAnyNumberAndValueComeBack) {
   for (std::size_t count = 0; count < 260; ++count) {
     std::vector<std::uint8_t> bytes(count);
     for (std::size_t k = 0; k < count; ++k) bytes[k] = std::uint8_t(k * 167 + count);

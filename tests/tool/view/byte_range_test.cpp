@@ -16,32 +16,32 @@ void expect_part(const std::string& header, std::uint64_t first, std::uint64_t c
   EXPECT_EQ(range.count, count) << header;
 }
 
-TEST(ByteRange, first_and_last) {
+TEST(ByteRange, FirstAndLast) {
   expect_part("bytes=0-0", 0, 1);
   expect_part("bytes=10-19", 10, 10);
   expect_part("bytes=0-999", 0, kBytes);
   expect_part("bytes=999-999", 999, 1);
 }
 
-TEST(ByteRange, without_an_end_it_goes_to_the_last_byte) {
+TEST(ByteRange, WithoutAnEndItGoesToTheLastByte) {
   expect_part("bytes=0-", 0, kBytes);
   expect_part("bytes=999-", 999, 1);
 }
 
-TEST(ByteRange, an_end_past_the_file_is_its_last_byte) {
+TEST(ByteRange, AnEndPastTheFileIsItsLastByte) {
   expect_part("bytes=990-1000", 990, 10);
   expect_part("bytes=990-18446744073709551615", 990, 10);
   expect_part("bytes=990-99999999999999999999999", 990, 10);
 }
 
-TEST(ByteRange, the_last_so_many) {
+TEST(ByteRange, TheLastSoMany) {
   expect_part("bytes=-1", 999, 1);
   expect_part("bytes=-1000", 0, kBytes);
   expect_part("bytes=-1001", 0, kBytes);
   expect_part("bytes=-99999999999999999999999", 0, kBytes);
 }
 
-TEST(ByteRange, nothing_of_the_file) {
+TEST(ByteRange, NothingOfTheFile) {
   for (const char* header : {"bytes=1000-", "bytes=1000-1001", "bytes=-0", "bytes=99999999999999999999999-"}) {
     EXPECT_EQ(parse_range(header, kBytes).kind, RangeKind::outside) << header;
   }
@@ -50,7 +50,7 @@ TEST(ByteRange, nothing_of_the_file) {
   }
 }
 
-TEST(ByteRange, what_is_no_single_range_of_bytes_is_ignored) {
+TEST(ByteRange, WhatIsNoSingleRangeOfBytesIsIgnored) {
   for (const char* header :
        {"", "bytes", "bytes=", "bytes=-", "bytes=5", "bytes=9-8", "bytes=0-1,3-4", "bytes=a-", "bytes=-b", "bytes=0x1-2",
         "bytes= 0-1", "bytes=0 -1", "bytes=+0-1", "bytes=--1", "bytes=1--2", "items=0-1", "Bytes 0-1", "0-1"}) {

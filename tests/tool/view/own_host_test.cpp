@@ -5,13 +5,13 @@
 namespace biseam::tool {
 namespace {
 
-TEST(OwnHost, loopback_names_with_the_port_are) {
+TEST(OwnHost, LoopbackNamesWithThePortAre) {
   for (const char* host : {"127.0.0.1:8080", "localhost:8080", "LocalHost:8080", "[::1]:8080"}) {
     EXPECT_TRUE(is_own_host(host, 8080)) << host;
   }
 }
 
-TEST(OwnHost, the_port_may_be_left_out_only_when_it_is_80) {
+TEST(OwnHost, ThePortMayBeLeftOutOnlyWhenItIs80) {
   for (const char* host : {"127.0.0.1", "localhost", "[::1]"}) {
     EXPECT_TRUE(is_own_host(host, 80)) << host;
     EXPECT_TRUE(is_own_host(std::string(host) + ":80", 80)) << host;
@@ -19,7 +19,7 @@ TEST(OwnHost, the_port_may_be_left_out_only_when_it_is_80) {
   }
 }
 
-TEST(OwnHost, nothing_else_is) {
+TEST(OwnHost, NothingElseIs) {
   for (const char* host : {"",
                            ":8080",
                            "example.org",

@@ -28,7 +28,7 @@ std::string written(const PageFiles& files) {
   return out;
 }
 
-TEST(Page, holds_the_files_as_base64) {
+TEST(Page, HoldsTheFilesAsBase64) {
   const ScratchFolder folder;
   const PanoramaFile seams = make_file(folder / "s.png", "fo");
   const PageFiles files{make_file(folder / "a.jpg", "foo", Media::jpeg), &seams};
@@ -39,7 +39,7 @@ TEST(Page, holds_the_files_as_base64) {
             "<script type=\"text/plain\" data-of=\"seams\">Zm8=</script>\n|blob:");
 }
 
-TEST(Page, a_served_one_names_addresses) {
+TEST(Page, AServedOneNamesAddresses) {
   const ScratchFolder folder;
   const PageFiles files{make_file(folder / "a.webm", "foo", Media::webm), nullptr};
   EXPECT_EQ(serving_page(kTemplate, files),
@@ -47,7 +47,7 @@ TEST(Page, a_served_one_names_addresses) {
             "\"panorama\":{\"type\":\"video/webm\",\"address\":\"panorama.webm\"}}</script>\n|'self'");
 }
 
-TEST(Page, a_large_file_comes_in_pieces_of_whole_bytes) {
+TEST(Page, ALargeFileComesInPiecesOfWholeBytes) {
   const ScratchFolder folder;
   const std::size_t piece = 3 << 20;
   const PageFiles files{make_file(folder / "a.mp4", std::string(piece + 1, 'x'), Media::mp4), nullptr};
@@ -58,7 +58,7 @@ TEST(Page, a_large_file_comes_in_pieces_of_whole_bytes) {
   EXPECT_EQ(page.substr(second, page.find(end, second) - second), "eA==");
 }
 
-TEST(Page, names_are_text_and_nothing_else) {
+TEST(Page, NamesAreTextAndNothingElse) {
   const ScratchFolder folder;
   const PageFiles files{make_file(folder / "<\"&\\\n@@TITLE@@\x01.png", "foo"), nullptr};
   const std::string page = written(files);
@@ -66,7 +66,7 @@ TEST(Page, names_are_text_and_nothing_else) {
   EXPECT_NE(page.find("{\"title\":\"\\u003c\\u0022&\\u005c\\u000a@@TITLE@@\\u0001.png\""), page.npos);
 }
 
-TEST(Page, a_file_that_changed_since_it_was_inspected_is_refused) {
+TEST(Page, AFileThatChangedSinceItWasInspectedIsRefused) {
   const ScratchFolder folder;
   PageFiles files{make_file(folder / "a.png", "foo"), nullptr};
   write_bytes(files.panorama.path, "fo");
@@ -75,7 +75,7 @@ TEST(Page, a_file_that_changed_since_it_was_inspected_is_refused) {
   test::expect_one_line_naming(text, "a.png: changed");
 }
 
-TEST(Page, the_built_in_template_has_every_place_once_more_than_nothing) {
+TEST(Page, TheBuiltInTemplateHasEveryPlaceOnceMoreThanNothing) {
   const std::string_view page = page_template();
   EXPECT_TRUE(page.starts_with("<!doctype html>"));
   for (const char* place : {"@@TITLE@@", "@@SOURCE@@", "@@CONTENT@@"}) EXPECT_NE(page.find(place), page.npos) << place;

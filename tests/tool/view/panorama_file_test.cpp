@@ -21,7 +21,7 @@ void expect_refusal(const std::string& path, const std::string& what) {
   EXPECT_NE(line.find(what), line.npos) << line;
 }
 
-TEST(PanoramaFile, pictures_are_known_by_their_content) {
+TEST(PanoramaFile, PicturesAreKnownByTheirContent) {
   const ScratchFolder folder;
   write_bytes(folder / "a", text(encode_png(Rgb(64, 32))));
   write_bytes(folder / "b", text(encode_jpeg(Nv12(64, 32))));
@@ -36,7 +36,7 @@ TEST(PanoramaFile, pictures_are_known_by_their_content) {
   EXPECT_TRUE(png.notices.empty());
 }
 
-TEST(PanoramaFile, another_shape_than_two_to_one_is_told) {
+TEST(PanoramaFile, AnotherShapeThanTwoToOneIsTold) {
   const ScratchFolder folder;
   write_bytes(folder / "a.png", text(encode_png(Rgb(64, 64))));
   const PanoramaFile file = inspect_panorama(folder / "a.png");
@@ -44,7 +44,7 @@ TEST(PanoramaFile, another_shape_than_two_to_one_is_told) {
   test::expect_one_line_naming(file.notices.front(), "a.png: 64x64 pixels");
 }
 
-TEST(PanoramaFile, what_can_not_be_shown_is_refused) {
+TEST(PanoramaFile, WhatCanNotBeShownIsRefused) {
   const ScratchFolder folder;
   expect_refusal(folder / "missing.png", "can't be opened");
   expect_refusal(folder / ".", "not a regular file");
@@ -79,7 +79,7 @@ void expect_seams_refused(const PanoramaFile& seams, const PanoramaFile& panoram
   EXPECT_NE(line.find(what), line.npos) << line;
 }
 
-TEST(PanoramaFile, seams_fit_the_panorama_they_lie_over) {
+TEST(PanoramaFile, SeamsFitThePanoramaTheyLieOver) {
   const PanoramaFile picture = file_of(Media::jpeg, {64, 32}), video = file_of(Media::mp4, {64, 32});
   check_seams(file_of(Media::png, {64, 32}), picture);
   check_seams(file_of(Media::png, {128, 64}), picture);

@@ -31,7 +31,7 @@ void expect_refusal(const std::vector<std::string>& words, int exit_code, const 
   EXPECT_NE(outcome.message.find(what), outcome.message.npos) << outcome.message;
 }
 
-TEST(ViewCommand, writes_a_page_and_nothing_else) {
+TEST(ViewCommand, WritesAPageAndNothingElse) {
   const ScratchFolder folder;
   const std::string panorama = make_panorama(folder);
   const Outcome outcome = run_tool({"view", panorama, "-o", folder / "a.html"});
@@ -43,7 +43,7 @@ TEST(ViewCommand, writes_a_page_and_nothing_else) {
   EXPECT_TRUE(page.ends_with("</html>\n"));
 }
 
-TEST(ViewCommand, writes_the_same_page_to_standard_output) {
+TEST(ViewCommand, WritesTheSamePageToStandardOutput) {
   const ScratchFolder folder;
   const std::string panorama = make_panorama(folder);
   run_tool({"view", panorama, "-o", folder / "a.html"});
@@ -53,7 +53,7 @@ TEST(ViewCommand, writes_the_same_page_to_standard_output) {
 }
 
 // What follows the end of the picture is shown by no one, but makes the page take a while.
-TEST(ViewCommand, a_signal_leaves_nothing_of_the_page) {
+TEST(ViewCommand, ASignalLeavesNothingOfThePage) {
   for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
     const ScratchFolder folder;
     std::filesystem::resize_file(make_panorama(folder), 300 << 20);
@@ -68,7 +68,7 @@ TEST(ViewCommand, a_signal_leaves_nothing_of_the_page) {
   }
 }
 
-TEST(ViewCommand, command_lines_that_make_no_sense) {
+TEST(ViewCommand, CommandLinesThatMakeNoSense) {
   const ScratchFolder folder;
   const std::string panorama = make_panorama(folder), page = folder / "a.html";
   expect_refusal({"view", "-o", page}, 2, "PANORAMA");
@@ -82,7 +82,7 @@ TEST(ViewCommand, command_lines_that_make_no_sense) {
   EXPECT_EQ(folder.names(), std::vector<std::string>{"panorama.png"});
 }
 
-TEST(ViewCommand, inputs_that_can_not_be_shown) {
+TEST(ViewCommand, InputsThatCanNotBeShown) {
   const ScratchFolder folder;
   const std::string panorama = make_panorama(folder), page = folder / "a.html";
   expect_refusal({"view", folder / "missing.png", "-o", page}, 3, "missing.png");
@@ -92,7 +92,7 @@ TEST(ViewCommand, inputs_that_can_not_be_shown) {
   EXPECT_FALSE(std::filesystem::exists(page));
 }
 
-TEST(ViewCommand, a_page_that_can_not_be_written_leaves_nothing) {
+TEST(ViewCommand, APageThatCanNotBeWrittenLeavesNothing) {
   const ScratchFolder folder;
   const std::string panorama = make_panorama(folder);
   expect_refusal({"view", panorama, "-o", folder / "none/a.html"}, 4, "a.html: can't be created");

@@ -38,7 +38,7 @@ struct VisitorsTest : testing::Test {
   void arrive(const Line& line, Visitors::Clock::duration after = 0s) { visitors.arrive(&line, line.socket(), start + after); }
 };
 
-TEST_F(VisitorsTest, requests_have_a_time_limit) {
+TEST_F(VisitorsTest, RequestsHaveATimeLimit) {
   const Line early, late;
   arrive(early);
   arrive(late, 4s);
@@ -49,7 +49,7 @@ TEST_F(VisitorsTest, requests_have_a_time_limit) {
   EXPECT_FALSE(late.is_ended());
 }
 
-TEST_F(VisitorsTest, answers_have_time_and_the_next_request_has_its_own) {
+TEST_F(VisitorsTest, AnswersHaveTimeAndTheNextRequestHasItsOwn) {
   const Line line;
   arrive(line);
   visitors.ask(&line, start + 1s);
@@ -62,7 +62,7 @@ TEST_F(VisitorsTest, answers_have_time_and_the_next_request_has_its_own) {
   EXPECT_TRUE(line.is_ended());
 }
 
-TEST_F(VisitorsTest, the_one_that_has_waited_longest_goes_when_there_are_too_many) {
+TEST_F(VisitorsTest, TheOneThatHasWaitedLongestGoesWhenThereAreTooMany) {
   std::list<Line> lines(Visitors::kMost);
   for (const Line& line : lines) arrive(line, 1s);
   const Line &first = lines.front(), &last = lines.back(), more, still_more;
@@ -78,7 +78,7 @@ TEST_F(VisitorsTest, the_one_that_has_waited_longest_goes_when_there_are_too_man
   EXPECT_EQ(ended, 2);
 }
 
-TEST_F(VisitorsTest, answers_go_when_nobody_else_can) {
+TEST_F(VisitorsTest, AnswersGoWhenNobodyElseCan) {
   std::list<Line> lines(Visitors::kMost);
   for (const Line& line : lines) {
     arrive(line);
@@ -90,7 +90,7 @@ TEST_F(VisitorsTest, answers_go_when_nobody_else_can) {
   EXPECT_FALSE(more.is_ended() || lines.front().is_ended());
 }
 
-TEST_F(VisitorsTest, who_left_is_not_touched_any_more) {
+TEST_F(VisitorsTest, WhoLeftIsNotTouchedAnyMore) {
   const Line line;
   arrive(line);
   visitors.leave(&line);

@@ -52,7 +52,7 @@ void overwrite_packet(const std::string& path, std::size_t number) {
   write_bytes(path, bytes);
 }
 
-TEST(Faults, a_damaged_packet_is_counted_and_bridged_by_the_picture_before) {
+TEST(Faults, ADamagedPacketIsCountedAndBridgedByThePictureBefore) {
   const ScratchFolder folder;
   write_clip(folder / "in.mov", single_pictures(), walk(6));
   const ClipProbe whole(folder / "in.mov");
@@ -69,7 +69,7 @@ TEST(Faults, a_damaged_packet_is_counted_and_bridged_by_the_picture_before) {
   EXPECT_EQ(out.picture_times, whole.picture_times);
 }
 
-TEST(Faults, strict_stops_at_damage_and_leaves_nothing) {
+TEST(Faults, StrictStopsAtDamageAndLeavesNothing) {
   const ScratchFolder folder;
   write_clip(folder / "in.mov", single_pictures(), walk(6));
   overwrite_packet(folder / "in.mov", 3);
@@ -78,7 +78,7 @@ TEST(Faults, strict_stops_at_damage_and_leaves_nothing) {
   EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.mov"}));
 }
 
-TEST(Faults, pictures_damaged_at_the_beginning_are_left_out) {
+TEST(Faults, PicturesDamagedAtTheBeginningAreLeftOut) {
   const ScratchFolder folder;
   write_clip(folder / "in.mov", single_pictures(), walk(6));
   const ClipProbe whole(folder / "in.mov");
@@ -91,7 +91,7 @@ TEST(Faults, pictures_damaged_at_the_beginning_are_left_out) {
 }
 
 // Whatever a decoder makes of flipped bytes, every picture has its time and the tool an orderly end.
-TEST(Faults, flipped_bytes_never_change_the_times) {
+TEST(Faults, FlippedBytesNeverChangeTheTimes) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", related_pictures(), walk(kFrames));
   const ClipProbe whole(folder / "in.mp4");
@@ -117,7 +117,7 @@ TEST(Faults, flipped_bytes_never_change_the_times) {
   EXPECT_GT(reports, 0);
 }
 
-TEST(Faults, a_lost_key_picture_freezes_until_the_next_one) {
+TEST(Faults, ALostKeyPictureFreezesUntilTheNextOne) {
   const ScratchFolder folder;
   ClipSpec spec = related_pictures();
   spec.options["bf"] = "0";
@@ -130,7 +130,7 @@ TEST(Faults, a_lost_key_picture_freezes_until_the_next_one) {
   EXPECT_EQ(ClipProbe(folder / "out.mp4").picture_times, whole.picture_times);
 }
 
-TEST(Faults, a_truncated_file_is_stitched_as_far_as_it_goes_and_told) {
+TEST(Faults, ATruncatedFileIsStitchedAsFarAsItGoesAndTold) {
   for (const std::string extension : {"mkv", "mp4"}) {
     SCOPED_TRACE(extension);
     const ScratchFolder folder;
@@ -152,7 +152,7 @@ TEST(Faults, a_truncated_file_is_stitched_as_far_as_it_goes_and_told) {
   }
 }
 
-TEST(Faults, files_that_are_no_clips_are_named) {
+TEST(Faults, FilesThatAreNoClipsAreNamed) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", related_pictures(), walk(4));
   const std::string all = read_bytes(folder / "in.mp4");
@@ -168,7 +168,7 @@ TEST(Faults, files_that_are_no_clips_are_named) {
   }
 }
 
-TEST(Faults, clips_of_one_column_or_row_are_named) {
+TEST(Faults, ClipsOfOneColumnOrRowAreNamed) {
   const ScratchFolder folder;
   for (const auto& [width, height] : {std::pair(1, 120), std::pair(240, 1), std::pair(1, 1)}) {
     const std::string luma(std::size_t(width) * std::size_t(height), 'x');
@@ -183,7 +183,7 @@ TEST(Faults, clips_of_one_column_or_row_are_named) {
   }
 }
 
-TEST(Faults, an_unreadable_file_is_named) {
+TEST(Faults, AnUnreadableFileIsNamed) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", related_pictures(), walk(2));
   std::filesystem::permissions(folder / "in.mp4", std::filesystem::perms::none);
@@ -195,12 +195,12 @@ TEST(Faults, an_unreadable_file_is_named) {
 }
 
 // A page of a process' memory that does not exist reads as an error.
-TEST(Faults, a_read_error_is_told_with_its_reason) {
+TEST(Faults, AReadErrorIsToldWithItsReason) {
   const ScratchFolder folder;
   expect_refusal(stitch_clip("/proc/self/mem", folder / "out.mp4"), 3, "/proc/self/mem: can't be read");
 }
 
-TEST(Faults, a_size_that_changes_is_told_with_its_time) {
+TEST(Faults, ASizeThatChangesIsToldWithItsTime) {
   const ScratchFolder folder;
   ClipSpec spec = single_pictures();
   write_clip(folder / "a.mkv", spec, walk(3));
@@ -220,7 +220,7 @@ TEST(Faults, a_size_that_changes_is_told_with_its_time) {
   EXPECT_FALSE(std::filesystem::exists(folder / "out.mkv"));
 }
 
-TEST(Faults, targets_that_cant_be_written_are_named) {
+TEST(Faults, TargetsThatCantBeWrittenAreNamed) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", related_pictures(), walk(2));
   std::filesystem::create_directory(folder / "taken.mp4");
@@ -232,7 +232,7 @@ TEST(Faults, targets_that_cant_be_written_are_named) {
   EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.mp4", "taken.mp4"}));
 }
 
-TEST(Faults, a_full_disk_leaves_nothing) {
+TEST(Faults, AFullDiskLeavesNothing) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", related_pictures(), walk(kFrames));
   const std::string disk = folder / "disk";
@@ -246,7 +246,7 @@ TEST(Faults, a_full_disk_leaves_nothing) {
   umount(disk.c_str());
 }
 
-TEST(Faults, a_file_that_may_not_grow_leaves_nothing) {
+TEST(Faults, AFileThatMayNotGrowLeavesNothing) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", related_pictures(), walk(kFrames));
   for (const std::string name : {"out.mp4", "out.mov", "out.mkv", "out.y4m"}) {
@@ -258,7 +258,7 @@ TEST(Faults, a_file_that_may_not_grow_leaves_nothing) {
   }
 }
 
-TEST(Faults, a_full_device_is_told) {
+TEST(Faults, AFullDeviceIsTold) {
   const ScratchFolder folder;
   write_clip(folder / "in.mkv", {}, walk(2));
   const Finished finished = run(with({BISEAM_TOOL, "stitch", folder / "in.mkv", "-o", "-"}, known_lenses()), "", "/dev/full");
@@ -273,7 +273,7 @@ std::vector<std::string> frames_from_pipe(const std::string& output) {
               known_lenses());
 }
 
-TEST(Faults, an_input_that_vanishes_is_told_and_leaves_nothing) {
+TEST(Faults, AnInputThatVanishesIsToldAndLeavesNothing) {
   const ScratchFolder folder;
   Started started(frames_from_pipe(folder / "out.mp4"), Started::Input::breakable);
   for (int k = 0; k < 30; ++k) started.send(endless_frames());
@@ -285,7 +285,7 @@ TEST(Faults, an_input_that_vanishes_is_told_and_leaves_nothing) {
   EXPECT_TRUE(folder.names().empty());
 }
 
-TEST(Faults, an_interrupt_finishes_what_is_in_flight) {
+TEST(Faults, AnInterruptFinishesWhatIsInFlight) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     const ScratchFolder folder;
     Started started(frames_from_pipe(folder / "out.mp4"));
@@ -300,7 +300,7 @@ TEST(Faults, an_interrupt_finishes_what_is_in_flight) {
 }
 
 // Both are there when the tool goes on.
-TEST(Faults, a_second_interrupt_ends_it_at_once_and_leaves_nothing) {
+TEST(Faults, ASecondInterruptEndsItAtOnceAndLeavesNothing) {
   const ScratchFolder folder;
   Started started(frames_from_pipe(folder / "out.mp4"));
   for (int k = 0; k < 30; ++k) started.send(endless_frames());
@@ -311,7 +311,7 @@ TEST(Faults, a_second_interrupt_ends_it_at_once_and_leaves_nothing) {
   EXPECT_TRUE(folder.names().empty());
 }
 
-TEST(Faults, an_interrupt_before_the_first_picture_leaves_nothing) {
+TEST(Faults, AnInterruptBeforeTheFirstPictureLeavesNothing) {
   const ScratchFolder folder;
   Started started(frames_from_pipe(folder / "out.mp4"));
   started.send(endless_frames().substr(0, 100));
@@ -322,7 +322,7 @@ TEST(Faults, an_interrupt_before_the_first_picture_leaves_nothing) {
   EXPECT_TRUE(folder.names().empty());
 }
 
-TEST(Faults, an_interrupt_that_the_caller_ignores_is_ignored) {
+TEST(Faults, AnInterruptThatTheCallerIgnoresIsIgnored) {
   const ScratchFolder folder;
   const auto before = std::signal(SIGINT, SIG_IGN);
   Started started(frames_from_pipe(folder / "out.mp4"));
@@ -337,7 +337,7 @@ TEST(Faults, an_interrupt_that_the_caller_ignores_is_ignored) {
   EXPECT_EQ(ClipProbe(folder / "out.mp4").pictures.size(), 31u);
 }
 
-TEST(Faults, a_killed_run_leaves_nothing_under_the_final_name) {
+TEST(Faults, AKilledRunLeavesNothingUnderTheFinalName) {
   const ScratchFolder folder;
   write_bytes(folder / "out.mp4", "what was there before");
   Started started(frames_from_pipe(folder / "out.mp4"));
@@ -348,7 +348,7 @@ TEST(Faults, a_killed_run_leaves_nothing_under_the_final_name) {
   EXPECT_EQ(read_bytes(folder / "out.mp4"), "what was there before");
 }
 
-TEST(Faults, encoders_and_settings_that_do_not_exist_are_named) {
+TEST(Faults, EncodersAndSettingsThatDoNotExistAreNamed) {
   const ScratchFolder folder;
   write_clip(folder / "in.mkv", {}, walk(1));
   const std::vector<std::tuple<std::vector<std::string>, int, std::string>> wrong = {
@@ -370,7 +370,7 @@ TEST(Faults, encoders_and_settings_that_do_not_exist_are_named) {
   EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.mkv"}));
 }
 
-TEST(Faults, video_options_are_no_picture_options) {
+TEST(Faults, VideoOptionsAreNoPictureOptions) {
   const ScratchFolder folder;
   write_clip(folder / "in.mkv", {}, walk(1));
   expect_refusal(run_stitch({folder / "in.mkv", "-o", folder / "out.png", "--crf", "3"}), 2, "--crf: only for video");

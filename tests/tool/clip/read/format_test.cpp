@@ -79,7 +79,7 @@ INSTANTIATE_TEST_SUITE_P(ToNv12, Formats,
                          [](const auto& parameter) { return std::string(av_get_pix_fmt_name(parameter.param)); });
 
 // Every result is within one of the exact mean, rounded up or down by the dither.
-TEST_P(Formats, samples_keep_their_values) {
+TEST_P(Formats, SamplesKeepTheirValues) {
   ASSERT_TRUE(plan_format(GetParam()).usable);
   constexpr int kWidth = 20, kHeight = 12;
   const int depth = format().comp[0].depth;
@@ -122,7 +122,7 @@ INSTANTIATE_TEST_SUITE_P(ToNv12, DeepFormats,
                                          AV_PIX_FMT_YUV420P16LE),
                          [](const auto& parameter) { return std::string(av_get_pix_fmt_name(parameter.param)); });
 
-TEST_P(DeepFormats, a_dither_keeps_the_mean) {
+TEST_P(DeepFormats, ADitherKeepsTheMean) {
   const int depth = av_pix_fmt_desc_get(GetParam())->comp[0].depth;
   constexpr int kSide = 64;
   for (int k = 0; k < 1 << std::min(depth - 8, 4); ++k) {
@@ -144,7 +144,7 @@ TEST_P(DeepFormats, a_dither_keeps_the_mean) {
   }
 }
 
-TEST(ToNv12, extremes_stay_inside) {
+TEST(ToNv12, ExtremesStayInside) {
   for (const AVPixelFormat format : {AV_PIX_FMT_YUV420P10LE, AV_PIX_FMT_YUV444P16LE}) {
     const int depth = av_pix_fmt_desc_get(format)->comp[0].depth;
     const Libav<AVFrame> frame = make_frame(format, 16, 16);
@@ -158,7 +158,7 @@ TEST(ToNv12, extremes_stay_inside) {
   }
 }
 
-TEST(ToNv12, gray_has_no_colour) {
+TEST(ToNv12, GrayHasNoColour) {
   const Libav<AVFrame> frame = make_frame(AV_PIX_FMT_GRAY8, 8, 8);
   fill(*frame, [](int) { return 77u; });
   Nv12 memory;
@@ -167,7 +167,7 @@ TEST(ToNv12, gray_has_no_colour) {
   EXPECT_EQ(view.chroma[9], 128);
 }
 
-TEST(ToNv12, an_odd_row_and_column_are_left_out) {
+TEST(ToNv12, AnOddRowAndColumnAreLeftOut) {
   const Libav<AVFrame> frame = make_frame(AV_PIX_FMT_YUV420P, 9, 7);
   Nv12 memory;
   const Nv12View view = nv12_of(*frame, memory);
@@ -192,7 +192,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& parameter) { return std::string(parameter.param.name); });
 
 // The middle of a flat colour must come out as it went in, and the loss be told.
-TEST_P(LossySources, are_stitched_with_a_notice) {
+TEST_P(LossySources, AreStitchedWithANotice) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.encoder = GetParam().encoder;
@@ -216,7 +216,7 @@ TEST_P(LossySources, are_stitched_with_a_notice) {
   EXPECT_EQ(out.range, AVCOL_RANGE_MPEG);
 }
 
-TEST(Clip, rgb_pictures_become_full_range_and_are_tagged_so) {
+TEST(Clip, RgbPicturesBecomeFullRangeAndAreTaggedSo) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.encoder = "png";

@@ -9,7 +9,7 @@ using Times = std::vector<std::int64_t>;
 
 FrameTimes with_hidden_pictures() { return FrameTimes(false); }
 
-TEST(FrameTimes, pictures_in_order_leave_nothing_missing) {
+TEST(FrameTimes, PicturesInOrderLeaveNothingMissing) {
   FrameTimes times;
   for (const int time : {0, 30, 10, 20}) times.expect(time);
   times.complain();
@@ -17,14 +17,14 @@ TEST(FrameTimes, pictures_in_order_leave_nothing_missing) {
   EXPECT_EQ(times.ended(), Times());
 }
 
-TEST(FrameTimes, where_pictures_may_be_hidden_one_without_is_nothing_special) {
+TEST(FrameTimes, WherePicturesMayBeHiddenOneWithoutIsNothingSpecial) {
   FrameTimes times = with_hidden_pictures();
   for (const int time : {0, 10, 20}) times.expect(time);
   EXPECT_EQ(times.arrived(0).missing, Times());
   EXPECT_EQ(times.arrived(20).missing, Times());
 }
 
-TEST(FrameTimes, after_a_complaint_it_is_missing) {
+TEST(FrameTimes, AfterAComplaintItIsMissing) {
   FrameTimes times = with_hidden_pictures();
   for (const int time : {0, 10, 20, 30}) times.expect(time);
   EXPECT_EQ(times.arrived(0).missing, Times());
@@ -32,7 +32,7 @@ TEST(FrameTimes, after_a_complaint_it_is_missing) {
   EXPECT_EQ(times.arrived(30).missing, (Times{10, 20}));
 }
 
-TEST(FrameTimes, one_complaint_may_come_before_pictures_of_earlier_times) {
+TEST(FrameTimes, OneComplaintMayComeBeforePicturesOfEarlierTimes) {
   FrameTimes times = with_hidden_pictures();
   for (const int time : {0, 40, 20, 10, 30, 50}) times.expect(time);
   EXPECT_EQ(times.arrived(0).missing, Times());
@@ -44,13 +44,13 @@ TEST(FrameTimes, one_complaint_may_come_before_pictures_of_earlier_times) {
   EXPECT_EQ(times.arrived(70).missing, Times());
 }
 
-TEST(FrameTimes, elsewhere_every_packet_has_a_picture) {
+TEST(FrameTimes, ElsewhereEveryPacketHasAPicture) {
   FrameTimes times;
   for (const int time : {0, 10, 20}) times.expect(time);
   EXPECT_EQ(times.arrived(20).missing, (Times{0, 10}));
 }
 
-TEST(FrameTimes, a_picture_that_was_missed_is_not_expected_any_more) {
+TEST(FrameTimes, APictureThatWasMissedIsNotExpectedAnyMore) {
   FrameTimes times;
   for (const int time : {0, 10, 20}) times.expect(time);
   EXPECT_TRUE(times.arrived(0).expected);
@@ -58,7 +58,7 @@ TEST(FrameTimes, a_picture_that_was_missed_is_not_expected_any_more) {
   EXPECT_FALSE(times.arrived(10).expected);
 }
 
-TEST(FrameTimes, what_is_missing_at_the_end) {
+TEST(FrameTimes, WhatIsMissingAtTheEnd) {
   FrameTimes times;
   for (const int time : {0, 10, 20}) times.expect(time);
   EXPECT_EQ(times.arrived(0).missing, Times());
@@ -66,7 +66,7 @@ TEST(FrameTimes, what_is_missing_at_the_end) {
   EXPECT_EQ(times.ended(), (Times{10, 20}));
 }
 
-TEST(FrameTimes, two_packets_of_one_time_are_one_picture) {
+TEST(FrameTimes, TwoPacketsOfOneTimeAreOnePicture) {
   FrameTimes times;
   for (const int time : {0, 10, 10, 20}) times.expect(time);
   times.complain();

@@ -51,7 +51,7 @@ Nv12 picture_of(const std::string& raw) {
   return picture;
 }
 
-TEST(Pairs, two_clips_are_the_same_as_one) {
+TEST(Pairs, TwoClipsAreTheSameAsOne) {
   const ScratchFolder folder;
   write_clip(folder / "0.mp4", {}, lens_walk(0, 5));
   write_clip(folder / "1.mp4", {}, lens_walk(1, 5));
@@ -59,14 +59,14 @@ TEST(Pairs, two_clips_are_the_same_as_one) {
   EXPECT_EQ(raw_bytes(ClipProbe(folder / "out.mp4").pictures), expected_walk(5));
 }
 
-TEST(Pairs, lenses_one_above_the_other) {
+TEST(Pairs, LensesOneAboveTheOther) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", {}, walk(3, false));
   expect_success(stitch_clip(folder / "in.mp4", folder / "out.mp4", {"--layout", "top-bottom"}), 3);
   EXPECT_EQ(raw_bytes(ClipProbe(folder / "out.mp4").pictures), expected_walk(3));
 }
 
-TEST(Pairs, pictures_may_be_one_above_the_other_too) {
+TEST(Pairs, PicturesMayBeOneAboveTheOtherToo) {
   const Nv12 across = walk(1, true)[0], down = walk(1, false)[0];
   const Finished finished =
       run_stitch(with({"-", "--size", "120x240", "--layout", "top-bottom", "-o", "-"}, known_lenses()), raw_bytes(down));
@@ -74,7 +74,7 @@ TEST(Pairs, pictures_may_be_one_above_the_other_too) {
   EXPECT_EQ(finished.out, stitch_singly({across}, known_lenses()));
 }
 
-TEST(Pairs, partners_are_found_by_time_not_by_number) {
+TEST(Pairs, PartnersAreFoundByTimeNotByNumber) {
   const ScratchFolder folder;
   ClipSpec late;
   late.times = {1024, 1536, 2048, 2560};  // the first pictures of the second clip are missing
@@ -88,7 +88,7 @@ TEST(Pairs, partners_are_found_by_time_not_by_number) {
   EXPECT_EQ(milliseconds(out.only(AVMEDIA_TYPE_VIDEO).times()), (std::vector<std::int64_t>{80, 120, 160, 200}));
 }
 
-TEST(Pairs, an_offset_shifts_the_second_clip) {
+TEST(Pairs, AnOffsetShiftsTheSecondClip) {
   const ScratchFolder folder;
   ClipSpec late;
   late.times = {5120, 5632, 6144, 6656};
@@ -99,7 +99,7 @@ TEST(Pairs, an_offset_shifts_the_second_clip) {
   EXPECT_EQ(raw_bytes(ClipProbe(folder / "out.mp4").pictures), expected_walk(4));
 }
 
-TEST(Pairs, a_gap_in_the_second_clip_is_held_over) {
+TEST(Pairs, AGapInTheSecondClipIsHeldOver) {
   const ScratchFolder folder;
   ClipSpec gap;
   gap.times = {0, 512, 2560, 3072};
@@ -114,7 +114,7 @@ TEST(Pairs, a_gap_in_the_second_clip_is_held_over) {
   EXPECT_EQ(raw_bytes(out.pictures[6]), expected_walk(1, 6));
 }
 
-TEST(Pairs, clips_of_different_length_end_with_the_shorter_one) {
+TEST(Pairs, ClipsOfDifferentLengthEndWithTheShorterOne) {
   const ScratchFolder folder;
   write_clip(folder / "0.mp4", {}, lens_walk(0, 6));
   write_clip(folder / "1.mp4", {}, lens_walk(1, 3));
@@ -130,7 +130,7 @@ TEST(Pairs, clips_of_different_length_end_with_the_shorter_one) {
 }
 
 // As with pictures: another size is another scale of the lens.
-TEST(Pairs, clips_of_different_size_are_stitched_like_such_pictures) {
+TEST(Pairs, ClipsOfDifferentSizeAreStitchedLikeSuchPictures) {
   const ScratchFolder folder;
   FisheyeView view = walk_view();
   view.width = view.height = 160;
@@ -149,7 +149,7 @@ TEST(Pairs, clips_of_different_size_are_stitched_like_such_pictures) {
   EXPECT_EQ(read_bytes(folder / "out.png"), read_bytes(folder / "expected.png"));
 }
 
-TEST(Pairs, colours_that_mean_different_things_are_refused) {
+TEST(Pairs, ColoursThatMeanDifferentThingsAreRefused) {
   const ScratchFolder folder;
   ClipSpec full, limited;
   full.colour.range = AVCOL_RANGE_JPEG;
@@ -161,7 +161,7 @@ TEST(Pairs, colours_that_mean_different_things_are_refused) {
   EXPECT_NE(finished.err.find("1.mp4: its colours"), std::string::npos) << finished.err;
 }
 
-TEST(Pairs, sounds_of_both_clips_are_kept) {
+TEST(Pairs, SoundsOfBothClipsAreKept) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.sound = 0.3;

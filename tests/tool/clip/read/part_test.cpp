@@ -36,7 +36,7 @@ class Parts : public testing::TestWithParam<const char*> {
 INSTANTIATE_TEST_SUITE_P(Clip, Parts, testing::Values("mp4", "mkv"),
                          [](const auto& parameter) { return std::string(parameter.param); });
 
-TEST_P(Parts, one_after_the_other_they_equal_the_whole) {
+TEST_P(Parts, OneAfterTheOtherTheyEqualTheWhole) {
   write_long_clip(name("in"));
   const ClipProbe whole = part("whole", {}), a = part("a", {"--to", "0.3"}), b = part("b", {"--from", "0.3", "--to", "0.62"}),
                   c = part("c", {"--from", "0.62"});
@@ -51,7 +51,7 @@ TEST_P(Parts, one_after_the_other_they_equal_the_whole) {
   }
 }
 
-TEST_P(Parts, a_number_of_frames_ends_everything) {
+TEST_P(Parts, ANumberOfFramesEndsEverything) {
   write_long_clip(name("in"));
   const ClipProbe whole = part("whole", {}), a = part("a", {"--frames", "10"});
   ASSERT_EQ(a.pictures.size(), 10u);
@@ -63,7 +63,7 @@ TEST_P(Parts, a_number_of_frames_ends_everything) {
   EXPECT_EQ(a.only(AVMEDIA_TYPE_AUDIO).bytes() + b.only(AVMEDIA_TYPE_AUDIO).bytes(), whole.only(AVMEDIA_TYPE_AUDIO).bytes());
 }
 
-TEST_P(Parts, chapters_are_cut_to_the_part) {
+TEST_P(Parts, ChaptersAreCutToThePart) {
   write_long_clip(name("in"));
   const ClipProbe b = part("b", {"--from", "0.2", "--to", "0.6"});
   EXPECT_EQ(b.chapters, (std::vector<ChapterFacts>{{0, 100, "One"}, {100, 400, "Two"}}));
@@ -72,7 +72,7 @@ TEST_P(Parts, chapters_are_cut_to_the_part) {
   EXPECT_EQ(c.chapters[0].title, "Two");
 }
 
-TEST(Part, a_far_one_is_reached_without_decoding_everything) {
+TEST(Part, AFarOneIsReachedWithoutDecodingEverything) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.options["g"] = "4";
@@ -85,7 +85,7 @@ TEST(Part, a_far_one_is_reached_without_decoding_everything) {
             stitch_singly({pairs[33], pairs[34], pairs[35]}, known_lenses()));
 }
 
-TEST(Part, of_a_stream_that_cant_be_sought) {
+TEST(Part, OfAStreamThatCantBeSought) {
   const ScratchFolder folder;
   const auto pairs = walk(6);
   write_clip(folder / "in.mkv", {}, pairs);
@@ -95,7 +95,7 @@ TEST(Part, of_a_stream_that_cant_be_sought) {
   EXPECT_EQ(finished.out, stitch_singly({pairs[2], pairs[3]}, known_lenses()));
 }
 
-TEST(Part, of_raw_frames_and_streams_without_an_index) {
+TEST(Part, OfRawFramesAndStreamsWithoutAnIndex) {
   const ScratchFolder folder;
   const auto pairs = walk(60);
   write_bytes(folder / "in.nv12", raw_bytes(pairs));
@@ -113,7 +113,7 @@ TEST(Part, of_raw_frames_and_streams_without_an_index) {
   EXPECT_EQ(finished.out, stitch_singly({y4m.pictures[55], y4m.pictures[56]}, {"--no-search"}));
 }
 
-TEST(Part, of_two_clips) {
+TEST(Part, OfTwoClips) {
   const ScratchFolder folder;
   std::vector<Nv12> lens[2];
   for (int k = 0; k < 2; ++k) {
@@ -126,7 +126,7 @@ TEST(Part, of_two_clips) {
   EXPECT_EQ(finished.out, stitch_singly({walk(8)[5], walk(8)[6], walk(8)[7]}, known_lenses()));
 }
 
-TEST(Part, beyond_the_end_is_refused) {
+TEST(Part, BeyondTheEndIsRefused) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", {}, walk(2));
   const Finished finished = stitch_clip(folder / "in.mp4", folder / "out.mp4", {"--from", "5"});
@@ -135,7 +135,7 @@ TEST(Part, beyond_the_end_is_refused) {
   EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.mp4"}));
 }
 
-TEST(Part, a_wrong_range_is_a_wrong_command_line) {
+TEST(Part, AWrongRangeIsAWrongCommandLine) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", {}, walk(1));
   for (const auto& [range, option] :

@@ -32,14 +32,14 @@ class Containers : public testing::TestWithParam<const char*> {
 INSTANTIATE_TEST_SUITE_P(Clip, Containers, testing::Values("mp4", "mov", "mkv"),
                          [](const auto& parameter) { return std::string(parameter.param); });
 
-TEST_P(Containers, pictures_are_those_of_single_stitches) {
+TEST_P(Containers, PicturesAreThoseOfSingleStitches) {
   const auto pairs = walk(6);
   write_clip(name("in"), {}, pairs);
   expect_success(stitch_clip(name("in"), name("out")), 6);
   EXPECT_EQ(raw_bytes(ClipProbe(name("out")).pictures), stitch_singly(pairs, known_lenses()));
 }
 
-TEST_P(Containers, odd_times_are_kept) {
+TEST_P(Containers, OddTimesAreKept) {
   ClipSpec spec;
   spec.base = {1, 90000};
   spec.times = {0, 3003, 6006, 20000, 20090, 50000, 90000, 90450};
@@ -55,7 +55,7 @@ TEST_P(Containers, odd_times_are_kept) {
   }
 }
 
-TEST_P(Containers, a_clip_that_begins_late_stays_late) {
+TEST_P(Containers, AClipThatBeginsLateStaysLate) {
   ClipSpec spec;
   spec.sound = 1;
   spec.times = {12800, 13312, 13824, 14336};
@@ -66,7 +66,7 @@ TEST_P(Containers, a_clip_that_begins_late_stays_late) {
   EXPECT_EQ(out.only(AVMEDIA_TYPE_AUDIO).times(), in.only(AVMEDIA_TYPE_AUDIO).times());
 }
 
-TEST_P(Containers, sound_and_subtitles_are_copied_packet_by_packet) {
+TEST_P(Containers, SoundAndSubtitlesAreCopiedPacketByPacket) {
   write_clip(name("in"), rich_clip(), walk(12));
   expect_success(stitch_clip(name("in"), name("out")), 12);
   const ClipProbe in(name("in")), out(name("out"));
@@ -86,7 +86,7 @@ std::map<std::string, std::string> without_writer(std::map<std::string, std::str
   return metadata;
 }
 
-TEST_P(Containers, metadata_languages_and_chapters_are_kept) {
+TEST_P(Containers, MetadataLanguagesAndChaptersAreKept) {
   write_clip(name("in"), rich_clip(), walk(12));
   expect_success(stitch_clip(name("in"), name("out")), 12);
   ClipProbe in(name("in")), out(name("out"));
@@ -100,7 +100,7 @@ TEST_P(Containers, metadata_languages_and_chapters_are_kept) {
   }
 }
 
-TEST_P(Containers, keys_of_any_name_are_kept) {
+TEST_P(Containers, KeysOfAnyNameAreKept) {
   ClipSpec spec;
   spec.metadata = {{"title", "A walk"}, {"my camera's name", "Two Eyes"}};
   if (std::string(GetParam()) != "mkv") spec.muxer_options = {{"movflags", "+use_metadata_tags"}};
@@ -110,7 +110,7 @@ TEST_P(Containers, keys_of_any_name_are_kept) {
   EXPECT_EQ(without_writer(out.metadata), without_writer(in.metadata));
 }
 
-TEST_P(Containers, players_are_told_that_it_is_a_sphere_unless_unwanted) {
+TEST_P(Containers, PlayersAreToldThatItIsASphereUnlessUnwanted) {
   write_clip(name("in"), {}, walk(2));
   expect_success(stitch_clip(name("in"), name("out")), 2);
   EXPECT_FALSE(ClipProbe(name("in")).spherical);
@@ -120,7 +120,7 @@ TEST_P(Containers, players_are_told_that_it_is_a_sphere_unless_unwanted) {
 }
 
 // MJPEG says by its pictures' format that they have full range, the panorama by a tag.
-TEST(Clip, full_range_of_jpeg_formats_is_kept) {
+TEST(Clip, FullRangeOfJpegFormatsIsKept) {
   for (const std::string extension : {"mov", "mkv"}) {
     SCOPED_TRACE(extension);
     const ScratchFolder folder;
@@ -157,7 +157,7 @@ INSTANTIATE_TEST_SUITE_P(
         Tags{"none", {}}),
     [](const auto& parameter) { return std::string(parameter.param.name); });
 
-TEST_P(ColourTags, pass_through_and_samples_stay) {
+TEST_P(ColourTags, PassThroughAndSamplesStay) {
   for (const std::string extension : {"mp4", "mov", "mkv"}) {
     SCOPED_TRACE(extension);
     const ScratchFolder folder;
@@ -178,7 +178,7 @@ TEST_P(ColourTags, pass_through_and_samples_stay) {
   }
 }
 
-TEST(Clip, motion_data_and_a_cover_are_copied) {
+TEST(Clip, MotionDataAndACoverAreCopied) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.motion_packets = 5;
@@ -193,7 +193,7 @@ TEST(Clip, motion_data_and_a_cover_are_copied) {
   EXPECT_EQ(out.streams[2].bytes(), in.streams[2].bytes());
 }
 
-TEST(Clip, attachments_are_copied) {
+TEST(Clip, AttachmentsAreCopied) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.attachment = "not really a font";
@@ -209,7 +209,7 @@ TEST(Clip, attachments_are_copied) {
 }
 
 // Its track is made anew by what writes QuickTime files, and the others keep it as metadata.
-TEST(Clip, time_code_is_kept) {
+TEST(Clip, TimeCodeIsKept) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.picture_metadata = {{"timecode", "01:02:03:04"}};
@@ -225,7 +225,7 @@ TEST(Clip, time_code_is_kept) {
   EXPECT_EQ(ClipProbe(folder / "out.mkv").streams[0].metadata["TIMECODE"], "01:02:03:04");
 }
 
-TEST(Clip, a_stream_that_cant_be_held_is_named) {
+TEST(Clip, AStreamThatCantBeHeldIsNamed) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.motion_packets = 2;
@@ -241,7 +241,7 @@ TEST(Clip, a_stream_that_cant_be_held_is_named) {
   EXPECT_EQ(ClipProbe(folder / "out.mkv").streams.size(), 1u);
 }
 
-TEST(Clip, four_engines_give_what_one_gives) {
+TEST(Clip, FourEnginesGiveWhatOneGives) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", rich_clip(), walk(20));
   expect_success(stitch_clip(folder / "in.mp4", folder / "one.mp4", {"--jobs", "1"}), 20);
@@ -250,7 +250,7 @@ TEST(Clip, four_engines_give_what_one_gives) {
 }
 
 // Matroska's numbers of streams and files could be random.
-TEST(Clip, the_same_bytes_from_run_to_run) {
+TEST(Clip, TheSameBytesFromRunToRun) {
   for (const std::string extension : {"mp4", "mov", "mkv"}) {
     SCOPED_TRACE(extension);
     const ScratchFolder folder;
@@ -263,7 +263,7 @@ TEST(Clip, the_same_bytes_from_run_to_run) {
 }
 
 // By turns half a frame's time and one and a half: never far from what the mean rate says.
-TEST(Clip, times_that_raw_frames_cant_hold_are_told) {
+TEST(Clip, TimesThatRawFramesCantHoldAreTold) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.times = {0, 256, 1024, 1280, 2048, 2304};
@@ -274,7 +274,7 @@ TEST(Clip, times_that_raw_frames_cant_hold_are_told) {
 }
 
 // Encoders write it only beside a matrix.
-TEST(Clip, a_range_without_other_tags_is_kept) {
+TEST(Clip, ARangeWithoutOtherTagsIsKept) {
   for (const std::string extension : {"mp4", "mov", "mkv"}) {
     SCOPED_TRACE(extension);
     const ScratchFolder folder;
@@ -290,7 +290,7 @@ TEST(Clip, a_range_without_other_tags_is_kept) {
   }
 }
 
-TEST(Clip, hevc_has_the_tag_that_all_players_know_and_any_number_of_frames) {
+TEST(Clip, HevcHasTheTagThatAllPlayersKnowAndAnyNumberOfFrames) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", {}, walk(3));
   for (const std::string name : {"out.mp4", "out.mov", "out.mkv"}) {
@@ -307,7 +307,7 @@ TEST(Clip, hevc_has_the_tag_that_all_players_know_and_any_number_of_frames) {
   }
 }
 
-TEST(Clip, a_cover_is_kept_beside_a_time_code_and_told_where_it_cant_be) {
+TEST(Clip, ACoverIsKeptBesideATimeCodeAndToldWhereItCantBe) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.cover = true;
@@ -329,7 +329,7 @@ TEST(Clip, a_cover_is_kept_beside_a_time_code_and_told_where_it_cant_be) {
   EXPECT_NE(refused.err.find("out.mov: a cover picture (--drop-streams"), std::string::npos) << refused.err;
 }
 
-TEST(Clip, another_encoder_and_its_settings) {
+TEST(Clip, AnotherEncoderAndItsSettings) {
   const ScratchFolder folder;
   const auto pairs = walk(3);
   write_clip(folder / "in.mkv", {}, pairs);

@@ -26,7 +26,7 @@ std::string y4m(const std::vector<Nv12>& pictures, const std::string& header = "
 
 std::string size_of_walk() { return "240x120"; }
 
-TEST(Stream, y4m_through_a_pipe_is_the_same_as_from_a_file) {
+TEST(Stream, Y4mThroughAPipeIsTheSameAsFromAFile) {
   const ScratchFolder folder;
   const auto pairs = walk(5);
   write_bytes(folder / "in.y4m", y4m(pairs));
@@ -38,14 +38,14 @@ TEST(Stream, y4m_through_a_pipe_is_the_same_as_from_a_file) {
   EXPECT_EQ(pipe.out.substr(0, pipe.out.find('\n')), "YUV4MPEG2 W240 H120 F25:1 Ip A1:1 C420jpeg");
 }
 
-TEST(Stream, y4m_pictures_are_those_of_single_stitches) {
+TEST(Stream, Y4mPicturesAreThoseOfSingleStitches) {
   const auto pairs = walk(4);
   const Finished raw = run_stitch(with({"-", "-o", "-"}, known_lenses()), y4m(pairs));
   expect_success(raw, 4);
   EXPECT_EQ(raw.out, stitch_singly(pairs, known_lenses()));
 }
 
-TEST(Stream, raw_frames_go_in_and_out) {
+TEST(Stream, RawFramesGoInAndOut) {
   const ScratchFolder folder;
   const auto pairs = walk(4);
   const std::string expected = stitch_singly(pairs, known_lenses());
@@ -62,7 +62,7 @@ TEST(Stream, raw_frames_go_in_and_out) {
   EXPECT_EQ(probe.only(AVMEDIA_TYPE_VIDEO).times(), (std::vector<std::int64_t>{0, 40000, 80000, 120000}));
 }
 
-TEST(Stream, y4m_tells_range_and_siting) {
+TEST(Stream, Y4mTellsRangeAndSiting) {
   const ScratchFolder folder;
   for (const auto& [header, range, siting] : {std::tuple("C420mpeg2 XCOLORRANGE=LIMITED", AVCOL_RANGE_MPEG, AVCHROMA_LOC_LEFT),
                                               std::tuple("C420paldv XCOLORRANGE=FULL", AVCOL_RANGE_JPEG, AVCHROMA_LOC_TOPLEFT),
@@ -79,7 +79,7 @@ TEST(Stream, y4m_tells_range_and_siting) {
   }
 }
 
-TEST(Stream, other_streams_are_named_before_raw_frames_are_written) {
+TEST(Stream, OtherStreamsAreNamedBeforeRawFramesAreWritten) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.sound = 0.2;
@@ -93,7 +93,7 @@ TEST(Stream, other_streams_are_named_before_raw_frames_are_written) {
   EXPECT_EQ(dropped.out, stitch_singly(walk(3), known_lenses()));
 }
 
-TEST(Stream, times_that_y4m_cant_hold_are_told) {
+TEST(Stream, TimesThatY4mCantHoldAreTold) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.times = {0, 512, 4096, 4608};
@@ -103,7 +103,7 @@ TEST(Stream, times_that_y4m_cant_hold_are_told) {
   EXPECT_NE(finished.err.find("times of 3 frames"), std::string::npos) << finished.err;
 }
 
-TEST(Stream, a_raw_clip_that_ends_inside_a_frame_is_told) {
+TEST(Stream, ARawClipThatEndsInsideAFrameIsTold) {
   const auto pairs = walk(3);
   const std::vector<std::string> clip = with({"-", "-o", "-", "--size", size_of_walk(), "--rate", "25"}, known_lenses());
   const std::string all = raw_bytes(pairs);
@@ -117,14 +117,14 @@ TEST(Stream, a_raw_clip_that_ends_inside_a_frame_is_told) {
   EXPECT_NE(strict.err.find("standard input"), std::string::npos) << strict.err;
 }
 
-TEST(Stream, a_raw_clip_needs_its_rate) {
+TEST(Stream, ARawClipNeedsItsRate) {
   const ScratchFolder folder;
   const Finished finished = run_stitch({"-", "--size", size_of_walk(), "-o", folder / "out.mp4"}, raw_bytes(walk(1)));
   EXPECT_EQ(finished.exit_code, 2);
   EXPECT_NE(finished.err.find("--rate"), std::string::npos) << finished.err;
 }
 
-TEST(Stream, a_clip_may_come_through_a_pipe) {
+TEST(Stream, AClipMayComeThroughAPipe) {
   const ScratchFolder folder;
   write_clip(folder / "in.mkv", {}, walk(4));
   const Finished finished = run_stitch(with({"-", "-o", "-"}, known_lenses()), read_bytes(folder / "in.mkv"));
@@ -132,7 +132,7 @@ TEST(Stream, a_clip_may_come_through_a_pipe) {
   EXPECT_EQ(finished.out, stitch_singly(walk(4), known_lenses()));
 }
 
-TEST(Stream, the_first_picture_of_a_clip_becomes_a_picture) {
+TEST(Stream, TheFirstPictureOfAClipBecomesAPicture) {
   const ScratchFolder folder;
   write_clip(folder / "in.mkv", {}, walk(2));
   const Finished finished = run_stitch(with({folder / "in.mkv", "-o", folder / "out.png"}, known_lenses()));
