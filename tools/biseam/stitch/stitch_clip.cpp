@@ -4,11 +4,13 @@
 
 #include "base/failure.hpp"
 #include "base/interrupt.hpp"
+#include "base/memory.hpp"
 #include "base/replace_file.hpp"
 #include "camera/setup.hpp"
 #include "clip/write/clip_writer.hpp"
 #include "clip/write/raw_writer.hpp"
 #include "stitch/clip_source.hpp"
+#include "stitch/job_memory.hpp"
 #include "stitch/progress.hpp"
 #include "stitch/stitch_pool.hpp"
 #include "stitch/summary.hpp"
@@ -72,6 +74,18 @@ void report(const RunReport& run, ReplacementFile* json_file) {
   json_file->commit();
 }
 
+// With as many frames at once as there is memory for.
+ClipJob within_memory(ClipJob job, const StitchConfig& config) {
+  const std::uint64_t bytes = available_memory();
+  const int fitting = jobs_that_fit(job.jobs, config, bytes);
+  if (fitting < job.jobs) {
+    notice("--jobs: the " + std::to_string(bytes >> 20) + " MiB of memory there are have room for " + std::to_string(fitting) +
+           " at once, not " + std::to_string(job.jobs));
+  }
+  job.jobs = fitting;
+  return job;
+}
+
 }  // namespace
 
 int stitch_clip(const ClipJob& job, std::unique_ptr<Container> first) {
@@ -85,16 +99,17 @@ int stitch_clip(const ClipJob& job, std::unique_ptr<Container> first) {
   const std::string output_kind = sink->settings_text();
   std::unique_ptr<ReplacementFile> json_file;  // early, so that a wrong name costs no time
   if (!job.json.empty()) json_file = std::make_unique<ReplacementFile>(job.json);
+  const ClipJob bounded = within_memory(job, config);
   Summary summary;
   double seconds = 0;
   {
-    StitchPool pool(setup, layout, job.jobs, job.seam_hold, [&source] { return source.next(); });
+    StitchPool pool(setup, layout, bounded.jobs, job.seam_hold, [&source] { return source.next(); });
     Progress progress(expected_frames(source.part(), job.part));
     stitch_all(pool, *sink, progress, summary);
     sink->finish();
     seconds = progress.seconds();
   }
-  report({summary, seconds, source.clips(), job, output_kind, config, interrupted()}, json_file.get());
+  report({summary, seconds, source.clips(), bounded, output_kind, config, interrupted()}, json_file.get());
   return int(interrupted() ? ExitCode::interrupted : ExitCode::done);
 }
 

@@ -1,0 +1,64 @@
+#include "base/memory.hpp"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "stitch/job_memory.hpp"
+#include "tool/support/scratch_folder.hpp"
+
+namespace biseam::tool {
+namespace {
+
+class Memory : public testing::Test {
+ protected:
+  void tell(const std::string& path, const std::string& text) {
+    std::filesystem::create_directories((root_.path() / path).parent_path());
+    test::write_bytes(root_ / path, text);
+  }
+  std::uint64_t available() const { return available_memory(root_.path().string()); }
+  test::ScratchFolder root_;
+};
+
+TEST_F(Memory, is_any_where_nothing_is_told) { EXPECT_EQ(available(), std::numeric_limits<std::uint64_t>::max()); }
+
+TEST_F(Memory, is_what_the_system_has) {
+  tell("proc/meminfo", "MemTotal:  9000 kB\nMemFree:  100 kB\nMemAvailable:  2000 kB\n");
+  EXPECT_EQ(available(), 2000u * 1024);
+}
+
+TEST_F(Memory, is_what_the_tightest_group_leaves) {
+  tell("proc/meminfo", "MemAvailable:  2000 kB\n");
+  tell("proc/self/cgroup", "0::/a/b\n");
+  tell("sys/fs/cgroup/a/b/memory.max", "max\n");
+  tell("sys/fs/cgroup/a/b/memory.current", "100\n");
+  tell("sys/fs/cgroup/a/memory.max", "1000\n");
+  tell("sys/fs/cgroup/a/memory.current", "300\n");
+  EXPECT_EQ(available(), 700u);
+  tell("sys/fs/cgroup/a/b/memory.max", "150\n");
+  EXPECT_EQ(available(), 50u);
+  tell("sys/fs/cgroup/a/b/memory.current", "200\n");
+  EXPECT_EQ(available(), 0u);
+}
+
+TEST_F(Memory, of_the_older_kind_of_groups_counts) {
+  tell("proc/self/cgroup", "5:cpu:/x\n4:memory:/\n");
+  tell("sys/fs/cgroup/memory/memory.limit_in_bytes", "900\n");
+  tell("sys/fs/cgroup/memory/memory.usage_in_bytes", "200\n");
+  EXPECT_EQ(available(), 700u);
+}
+
+TEST_F(Memory, bounds_the_jobs_and_leaves_one) {
+  StitchConfig config = {};
+  config.out_w[0] = 3840;
+  config.out_h[0] = config.in_h = config.in_w = 1920;
+  const std::uint64_t one = job_bytes(config);
+  EXPECT_GT(one, 100u << 20);
+  EXPECT_LT(one, 300u << 20);
+  EXPECT_EQ(jobs_that_fit(64, config, 100 * one), 64);
+  EXPECT_EQ(jobs_that_fit(64, config, 10 * one), 10);
+  EXPECT_EQ(jobs_that_fit(64, config, 0), 1);
+}
+
+}  // namespace
+}  // namespace biseam::tool
