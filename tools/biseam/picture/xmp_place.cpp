@@ -100,6 +100,8 @@ std::string xmp_chunk(const std::string& block) {
 
 // After the header.
 Bytes place_in_png(const Bytes& file, const std::string& block) {
+  // The header comes first in every PNG file; behind another chunk the block might not be found again.
+  if (!stands_at(file, kPngStart.size() + 4, "IHDR")) throw std::runtime_error("there is no header");
   std::vector<Part> old;
   std::size_t usual = 0;
   for (std::size_t at = kPngStart.size(); at + kPngFrame <= file.size();) {

@@ -108,7 +108,7 @@ bool is_language(std::string_view text) {
 void set_language(Bytes& movie, const Box& track, std::string_view language) {
   const std::optional<Box> media = inside(movie, track, "mdia");
   const std::optional<Box> header = media ? inside(movie, *media, "mdhd") : std::nullopt;
-  if (!header || !is_language(language)) return;
+  if (!header || header->at + kHeader >= header->end() || !is_language(language)) return;
   const bool wide = movie[header->at + kHeader] == 1;  // version
   const std::size_t at = header->at + kHeader + (wide ? 32 : 20);
   if (at + 2 > header->end() || (movie[at] << 8 | movie[at + 1]) != kNoLanguage) return;
