@@ -67,4 +67,11 @@ struct ClipProbe {
   void take_pictures(AVCodecContext& decoder);
 };
 
+// The container's own name for what wrote it.
+inline std::map<std::string, std::string> without_writer(std::map<std::string, std::string> metadata) {
+  metadata.erase("encoder");
+  metadata.erase("ENCODER");
+  return metadata;
+}
+
 }  // namespace biseam::test

@@ -79,13 +79,6 @@ TEST_P(Containers, SoundAndSubtitlesAreCopiedPacketByPacket) {
   }
 }
 
-// The container's own name for what wrote it.
-std::map<std::string, std::string> without_writer(std::map<std::string, std::string> metadata) {
-  metadata.erase("encoder");
-  metadata.erase("ENCODER");
-  return metadata;
-}
-
 TEST_P(Containers, MetadataLanguagesAndChaptersAreKept) {
   write_clip(name("in"), rich_clip(), walk(12));
   expect_success(stitch_clip(name("in"), name("out")), 12);

@@ -22,9 +22,9 @@ Bytes movie_of(const Bytes& media_header) { return box("moov", box("trak", box("
 const std::array kGerman{TrackAddition{.spherical = false, .language = "deu"}};
 
 TEST(MovBoxes, ATrackWithoutALanguageGetsOne) {
-  // Version and flags, two times, time scale, duration; "und", the language that stands for none; quality.
+  // Version and flags, two times, time scale, duration; all bits of the language, which stand for none; quality.
   Bytes content(24);
-  content[20] = 0x55, content[21] = 0xc4;
+  content[20] = 0x7f, content[21] = 0xff;
   Bytes movie = movie_of(box("mdhd", content));
   ASSERT_TRUE(add_to_tracks(movie, kGerman));
   content[20] = 0x10, content[21] = 0xb5;  // 4, 5, 21 of five bits each
