@@ -16,9 +16,9 @@ class DistinctFiles : public testing::Test {
  protected:
   void expect_clash(const std::string& first, const std::string& second) const {
     const NamedFile input{"the input", folder_ / first}, output{"-o", folder_ / second}, other{"--json", folder_ / first};
-    for (const auto& [inputs, outputs] : {std::pair{std::vector{input}, std::vector{output}},
-                                          std::pair{std::vector<NamedFile>(), std::vector{output, other}}}) {
-      const auto [code, text] = test::failure_of([&] { check_distinct(inputs, outputs); });
+    for (const auto& files : {std::pair{std::vector{input}, std::vector{output}},
+                              std::pair{std::vector<NamedFile>(), std::vector{output, other}}}) {
+      const auto [code, text] = test::failure_of([&] { check_distinct(files.first, files.second); });
       EXPECT_EQ(code, ExitCode::usage);
       test::expect_one_line_naming(text, input.path);
       test::expect_one_line_naming(text, output.path);
