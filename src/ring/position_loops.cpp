@@ -31,7 +31,8 @@ BISEAM_LOOP std::int32_t held(std::int32_t value, std::int32_t limit) noexcept {
 // The nearest value to another one, modulo 2^(32 - wrapped_bits).
 BISEAM_LOOP std::int32_t unwrapped(std::int32_t value, std::int32_t other, int wrapped_bits) noexcept {
   const std::uint32_t apart = (static_cast<std::uint32_t>(value) - static_cast<std::uint32_t>(other)) << wrapped_bits;
-  return other + (static_cast<std::int32_t>(apart) >> wrapped_bits);
+  const std::int32_t rise = static_cast<std::int32_t>(apart) >> wrapped_bits;
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(other) + static_cast<std::uint32_t>(rise));
 }
 
 // Through nodes of equal distance.  Differences wrap around where nodes mean nothing.
@@ -42,7 +43,7 @@ BISEAM_LOOP Cubic cubic_through(const NodeWindow& w, const std::int32_t (&nodes)
   const auto s = [](std::uint32_t value) { return static_cast<std::int32_t>(value); };
   const std::int32_t third = s(n(after) - n(before) + 3 * (n(first) - n(second)));
   const std::int32_t bend = s(n(before) - n(first) + (n(second) - n(first)));
-  const std::int32_t d = held(third / 6, 1 << 22), c = held((bend + 1) >> 1, 1 << 22);
+  const std::int32_t d = held(third / 6, 1 << 22), c = held((bend >> 1) + (bend & 1), 1 << 22);
   const std::int32_t b = held(s(n(second) - n(first) - n(c) - n(d)), 1 << 24);
   const std::int32_t one = 1 << w.bits, half = one >> 1;
   return {first, b * one + half, c * one + half, d};
@@ -74,7 +75,9 @@ BISEAM_LOOP int stretches(const SampleRun& run, int bits) noexcept {
 }
 
 BISEAM_LOOP std::int32_t node_value(const NodeWindow& w, int column, int row) noexcept {
-  return (w.nodes[row * w.stride + column] - w.offset + w.halvings) >> w.halvings;
+  const std::uint32_t node = static_cast<std::uint32_t>(w.nodes[row * w.stride + column]);
+  return static_cast<std::int32_t>(node - static_cast<std::uint32_t>(w.offset) + static_cast<std::uint32_t>(w.halvings)) >>
+         w.halvings;
 }
 
 // Vectors of a fixed length, as compilers make none of short loops whose length they don't know.

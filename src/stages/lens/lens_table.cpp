@@ -30,6 +30,7 @@ RowRange rows_of_part(const LutBuilderArgs& args) {
 }
 
 void build_strip(const LutBuilderArgs& args) {
+  if (args.width < 1) return;
   const LensRecord& lens = *args.lens;
   const float scale = lens_scale(lens);
   const auto [first, end] = rows_of_part(args);
