@@ -87,11 +87,12 @@ TEST(GetMemSize, GarbageWraps) {
           config.out_luma_stride[0] = config.out_chroma_stride[0] = w;
           config.feather = f;
           config.trans_width = t;
-          using Wide = __int128;
-          const Wide q = w / 4, q3 = Wide{3} * w / 4, b = t + Wide{2} * f, p = 2 * (Wide{t} + f);
-          const Wide total = h * (2 * Wide{w}) + 56 * b * h + 28 * p * h +
-                             8 * Wide{h} * ((w - (q3 - f)) + (2 * Wide{f} - q + q3) + (f + q)) + 4096;
-          const int64_t wrapped = static_cast<int64_t>(static_cast<uint64_t>(total));
+          // Lengths fit 64 bits; what is made of them counts modulo 2^64.
+          const auto u = [](int64_t length) { return static_cast<uint64_t>(length); };
+          const int64_t q = w / 4, q3 = int64_t{3} * w / 4, b = t + int64_t{2} * f, p = 2 * (int64_t{t} + f);
+          const int64_t columns = (w - (q3 - f)) + (int64_t{2} * f - q + q3) + (f + q);
+          const uint64_t total = u(h) * (2 * u(w)) + 56 * u(b) * u(h) + 28 * u(p) * u(h) + 8 * u(h) * u(columns) + 4096;
+          const int64_t wrapped = static_cast<int64_t>(total);
           const uint64_t size = static_cast<uint64_t>(wrapped / 128 * 128) + 128;
           EngineMemInfo info{};
           QOR_GetMemSize_BI(&config, &info);
