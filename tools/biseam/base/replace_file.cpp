@@ -112,10 +112,9 @@ ReplacementFile::ReplacementFile(const std::string& path)
   if (exists && ::access(path.c_str(), W_OK) != 0) refuse("can't be written");
   target_ = final_target(path);
   std::string beside = name_beside(target_);
-  descriptor_ = ::mkostemp(beside.data(), O_CLOEXEC);
+  descriptor_ = remains_.create(beside);
   if (descriptor_ < 0) refuse("can't be created");
   unfinished_ = beside;
-  remains_.name(beside);
 }
 
 ReplacementFile::~ReplacementFile() {

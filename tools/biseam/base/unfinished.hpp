@@ -13,7 +13,9 @@ class UnfinishedFile {
   UnfinishedFile& operator=(const UnfinishedFile&) = delete;
   ~UnfinishedFile() { forget(); }
 
-  void name(const std::string& path);  // once
+  // Makes the file and knows it from its first moment, once.  pattern: for mkostemp(), which puts the name into it.  Gives the
+  // descriptor, or -1 with the reason in errno.
+  int create(std::string& pattern);
   void forget();
 
  private:
