@@ -30,7 +30,7 @@ LOOPS = (
     ("bands to RGB", "yuv420_rows_to_rgb_scalar", "yuv420_rows_to_rgb_neon", 3),
     ("RGB to luma", "rgb_row_to_luma_scalar", "rgb_row_to_luma_neon", 1),
     ("reduction down", "sum_rows_loop::scalar", "sum_rows_loop::neon", 6),
-    ("reduction across", "reduce_pixels_scalar", "reduce_byte_pixels_neon", 3),
+    ("reduction across", "reduce_byte_pixels_scalar", "reduce_byte_pixels_neon", 3),
     ("expansion across", "expand_pixels_scalar", "expand_byte_pixels_neon", 6),
 )
 
