@@ -1,21 +1,13 @@
-#include <algorithm>
 #include <charconv>
 #include <memory>
-#include <optional>
 #include <string>
 
-#include "base/distinct_files.hpp"
 #include "base/failure.hpp"
-#include "base/replace_file.hpp"
 #include "commands/commands.hpp"
-#include "view/page.hpp"
-#include "view/panorama_file.hpp"
-#include "view/serve.hpp"
+#include "view/show_panorama.hpp"
 
 namespace biseam::tool {
 namespace {
-
-constexpr std::uint64_t kMostBytes = std::uint64_t(512) << 20;  // browsers open larger pages slowly or not at all
 
 struct ViewOptions {
   std::string panorama, output, seams, port;
@@ -49,39 +41,11 @@ void check_options(ViewOptions& options, bool serving) {
   }
 }
 
-void check_bytes(const PageFiles& files) {
-  const std::uint64_t bytes = files.panorama.bytes + (files.seams ? files.seams->bytes : 0);
-  if (bytes <= kMostBytes) return;
-  throw Failure(ExitCode::input, files.panorama.path + ": " + std::to_string(bytes >> 20) + " MiB are too many for one page (" +
-                                     std::to_string(kMostBytes >> 20) + " MiB); --serve shows files of any size");
-}
-
-PanoramaFile inspect(const std::string& path) {
-  PanoramaFile file = inspect_panorama(path);
-  for (const std::string& line : file.notices) notice(line);
-  return file;
-}
-
-void write(const std::string& path, const PageFiles& files) {
-  check_bytes(files);
-  ReplacementFile page(path);
-  write_page(page_template(), files, [&](std::span<const std::uint8_t> bytes) { page.write(bytes); });
-  page.commit();
-}
-
 void view(ViewOptions& options, bool serving) {
   check_options(options, serving);
-  check_distinct({{"the input", options.panorama}, {"--show-seams", options.seams}}, {{"-o", options.output}});
-  const std::string_view page = page_template();
-  const int port = options.port.empty() ? 0 : parse_port(options.port);
-  PageFiles files{inspect(options.panorama), nullptr};
-  std::optional<PanoramaFile> seams;
-  if (!options.seams.empty()) {
-    seams = inspect_panorama(options.seams);
-    check_seams(*seams, files.panorama);
-    files.seams = &*seams;
-  }
-  serving ? serve(serving_page(page, files), files, port) : write(options.output, files);
+  ViewJob job{options.panorama, options.seams, options.output, {}};
+  if (serving) job.port = options.port.empty() ? 0 : parse_port(options.port);
+  show_panorama(job);
 }
 
 }  // namespace
