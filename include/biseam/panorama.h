@@ -128,7 +128,8 @@ typedef struct BiseamPanoramaOptions {
 /* What is new with every frame. */
 typedef struct BiseamFrame {
   uint32_t size;
-  BiseamTurn turn; /* where the panorama's middle looks */
+  BiseamTurn turn;    /* where the panorama's middle looks */
+  const double* seam; /* the seam to take, as biseam_panorama_seam gives it; NULL: as the options say */
 } BiseamFrame;
 
 typedef struct BiseamPanorama BiseamPanorama;
@@ -153,6 +154,17 @@ BISEAM_API BiseamPanorama* biseam_panorama_open(const BiseamCamera* camera, cons
  * The panorama is written whole or, after an error, not at all.  Asks nothing of the heap. */
 BISEAM_API int32_t biseam_panorama_stitch(BiseamPanorama* panorama, const BiseamPicture fisheyes[2],
                                           const BiseamPicture* picture, const BiseamFrame* frame, BiseamError* error);
+
+/* The ring of directions in which the lenses are joined, and the seam in it.  A seam has so many samples: sample i lies at the
+ * angle 360 i / length degrees round the lenses' axis, from the world's right (longitude 90 degrees of a view that is not
+ * turned) by way of what is below, and its value is the angle, in degrees, from the plane between the lenses towards lens 1. */
+BISEAM_API int32_t biseam_panorama_seam_length(const BiseamPanorama* panorama);
+
+/* Degrees by which the ring goes beyond the plane between the lenses, on either side. */
+BISEAM_API double biseam_panorama_ring(const BiseamPanorama* panorama);
+
+/* The seam of the last frame, which gives the same seam when it is handed to another frame; all 0 before the first one. */
+BISEAM_API void biseam_panorama_seam(const BiseamPanorama* panorama, double* seam);
 
 /* Bytes that the handle holds. */
 BISEAM_API size_t biseam_panorama_memory(const BiseamPanorama* panorama);

@@ -55,6 +55,11 @@ class Panorama {
     return error;
   }
 
+  // See biseam_panorama_seam; seam: seam_length() values.
+  std::int32_t seam_length() const { return biseam_panorama_seam_length(handle_); }
+  double ring() const { return biseam_panorama_ring(handle_); }
+  void seam(double* seam) const { biseam_panorama_seam(handle_, seam); }
+
   std::size_t memory() const { return biseam_panorama_memory(handle_); }
   BiseamPanorama* get() const { return handle_; }
 

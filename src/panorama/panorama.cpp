@@ -66,7 +66,16 @@ int32_t check_turn(BiseamError* error, const char* field, double degrees) {
   return report(error, kInvalidOptions, "turn.%s is %g: must be from %g to %g degrees", field, degrees, -kMost, kMost);
 }
 
-int32_t check_frame(const BiseamFrame* given, BiseamFrame& frame, BiseamError* error) {
+int32_t check_seam(BiseamError* error, const double* seam, int length) {
+  constexpr double kMost = 90;
+  for (int i = 0; seam != nullptr && i < length; ++i) {
+    if (seam[i] >= -kMost && seam[i] <= kMost) continue;
+    return report(error, kInvalidOptions, "seam[%d] is %g: must be from %g to %g degrees", i, seam[i], -kMost, kMost);
+  }
+  return BISEAM_OK;
+}
+
+int32_t check_frame(const BiseamFrame* given, int seam_length, BiseamFrame& frame, BiseamError* error) {
   frame = biseam_frame_defaults();
   if (given == nullptr) return BISEAM_OK;
   if (!read_record(given, biseam_frame_defaults(), sizeof(BiseamFrame), frame)) {
@@ -75,7 +84,8 @@ int32_t check_frame(const BiseamFrame* given, BiseamFrame& frame, BiseamError* e
   }
   if (const int32_t code = check_turn(error, "yaw", frame.turn.yaw)) return code;
   if (const int32_t code = check_turn(error, "pitch", frame.turn.pitch)) return code;
-  return check_turn(error, "roll", frame.turn.roll);
+  if (const int32_t code = check_turn(error, "roll", frame.turn.roll)) return code;
+  return check_seam(error, frame.seam, seam_length);
 }
 
 int processors() {
@@ -115,7 +125,7 @@ BiseamPicture biseam_picture_defaults(void) {
           .strides = {}};
 }
 
-BiseamFrame biseam_frame_defaults(void) { return {.size = sizeof(BiseamFrame), .turn = {0, 0, 0}}; }
+BiseamFrame biseam_frame_defaults(void) { return {.size = sizeof(BiseamFrame), .turn = {0, 0, 0}, .seam = nullptr}; }
 
 BiseamCamera biseam_camera_of(int32_t width, int32_t height, double fov) {
   const biseam::Lens lens = biseam::usual_lens(width, height, fov);
@@ -192,10 +202,16 @@ int32_t biseam_panorama_stitch(BiseamPanorama* panorama, const BiseamPicture fis
     return code;
   }
   BiseamFrame checked;
-  if (const int32_t code = check_frame(frame, checked, error)) return code;
-  biseam::ring::stitch(*panorama->engine, planes, to, turn_of(checked.turn));
+  if (const int32_t code = check_frame(frame, biseam::ring::seam_length(*panorama->engine), checked, error)) return code;
+  biseam::ring::stitch(*panorama->engine, planes, to, turn_of(checked.turn), checked.seam);
   return report(error, BISEAM_OK, "%s", "");
 }
+
+int32_t biseam_panorama_seam_length(const BiseamPanorama* panorama) { return biseam::ring::seam_length(*panorama->engine); }
+
+double biseam_panorama_ring(const BiseamPanorama* panorama) { return biseam::ring::ring_degrees(*panorama->engine); }
+
+void biseam_panorama_seam(const BiseamPanorama* panorama, double* seam) { biseam::ring::read_seam(*panorama->engine, seam); }
 
 size_t biseam_panorama_memory(const BiseamPanorama* panorama) {
   return sizeof(BiseamPanorama) + biseam::ring::engine_bytes(*panorama->engine);

@@ -36,7 +36,9 @@ class Engine {
   Engine(const Engine&) = delete;
   Engine& operator=(const Engine&) = delete;
   bool take_memory() noexcept;
-  void stitch(const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const Turn& turn) noexcept;
+  void stitch(const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const Turn& turn, const double* seam) noexcept;
+  const RingShape& ring() const noexcept { return ring_; }
+  void read_seam(double* seam) const noexcept;
   size_t bytes() const noexcept { return sizeof(Engine) + block_bytes_; }
 
  private:
@@ -44,6 +46,7 @@ class Engine {
   void look(const Turn& turn) noexcept;
   void describe_planes(const PicturePlanes fisheyes[2], const PicturePlanes& panorama) noexcept;
   void describe_strips(const PicturePlanes fisheyes[2]) noexcept;
+  void take_seam(const double* seam) noexcept;
   void run_strips_and_lens_blocks() noexcept;
 
   static void run_strip_part(void* engine, int part, int thread) noexcept;
@@ -253,10 +256,30 @@ void Engine::run_strips_and_lens_blocks() noexcept {
   pool_.run(run_strip_part, this, strip_parts(strip_plan_, StripStep::blend));
 }
 
-void Engine::stitch(const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const Turn& turn) noexcept {
+// Paths of strips count in strip samples from the strip's first one, Q16.
+void Engine::take_seam(const double* seam) noexcept {
+  const StripShape shape = ring_.strip;
+  const double least = strip_plan_.edge(), most = shape.width - 1 - strip_plan_.edge();
+  for (int t = 0; t < shape.length; ++t) {
+    const double place = seam[t] * shape.length / 360 + 0.5 * (shape.width - 1);
+    strip_views_.path[t] = static_cast<int32_t>(std::clamp(place, least, most) * 65536 + 0.5);
+  }
+  strips_.seam.mode = SeamMode::given;
+}
+
+void Engine::read_seam(double* seam) const noexcept {
+  const StripShape shape = ring_.strip;
+  for (int t = 0; t < shape.length; ++t) {
+    seam[t] = planned_ ? (strip_views_.path[t] / 65536.0 - 0.5 * (shape.width - 1)) * 360 / shape.length : 0;
+  }
+}
+
+void Engine::stitch(const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const Turn& turn,
+                    const double* seam) noexcept {
   describe_planes(fisheyes, panorama);
   if (!looked_ || !same(turn, turn_)) look(turn);
   describe_strips(fisheyes);
+  if (seam != nullptr) take_seam(seam);
   run_strips_and_lens_blocks();
   pool_.run(run_ring_block, this, block_count_ - lens_blocks_);
 }
@@ -276,9 +299,19 @@ void close_engine(Engine* engine) noexcept {
   std::free(engine);
 }
 
-void stitch(Engine& engine, const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const Turn& turn) noexcept {
-  engine.stitch(fisheyes, panorama, turn);
+void stitch(Engine& engine, const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const Turn& turn,
+            const double* seam) noexcept {
+  engine.stitch(fisheyes, panorama, turn, seam);
 }
+
+double ring_degrees(const Engine& engine) noexcept {
+  const StripShape shape = engine.ring().strip;
+  return 0.5 * (shape.width - 1) * 360 / shape.length;
+}
+
+int seam_length(const Engine& engine) noexcept { return engine.ring().strip.length; }
+
+void read_seam(const Engine& engine, double* seam) noexcept { engine.read_seam(seam); }
 
 size_t engine_bytes(const Engine& engine) noexcept { return engine.bytes(); }
 

@@ -32,8 +32,17 @@ class Engine;
 Engine* open_engine(const EngineConfig& config) noexcept;
 void close_engine(Engine* engine) noexcept;
 
-// turn: where the panorama's middle looks.  Asks nothing of the heap.
-void stitch(Engine& engine, const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const Turn& turn) noexcept;
+// turn: where the panorama's middle looks.  seam: the path to take, as read_seam gives it, or null; what is too near to the
+// ring's edges is moved away from them.  Asks nothing of the heap.
+void stitch(Engine& engine, const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const Turn& turn,
+            const double* seam) noexcept;
+
+// Degrees of the ring beyond the plane between the lenses, on either side.
+double ring_degrees(const Engine& engine) noexcept;
+
+// The last frame's seam: degrees from the plane between the lenses, seam_length values; zeros before the first frame.
+int seam_length(const Engine& engine) noexcept;
+void read_seam(const Engine& engine, double* seam) noexcept;
 
 // What the engine holds beyond the pictures, in bytes.
 size_t engine_bytes(const Engine& engine) noexcept;

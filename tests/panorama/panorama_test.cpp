@@ -282,6 +282,83 @@ TEST_F(PanoramaFrames, EveryRuleOfAFrameBrokenAloneIsNamed) {
   for (const Rule<Call>& rule : rules) expect_refused(rule, BISEAM_INVALID_OPTIONS);
 }
 
+TEST_F(PanoramaFrames, EverySampleOfASeamMustBeAnAngle) {
+  const std::size_t length = std::size_t(biseam_panorama_seam_length(handle_.back()->panorama));
+  for (const double wrong : {kNaN, kInf, -kInf, 90.1, -91.0}) {
+    for (const std::size_t at : {std::size_t(0), length - 1}) {
+      std::vector<double> seam(length, 0.0);
+      seam[at] = wrong;
+      char text[80];
+      std::snprintf(text, sizeof text, "seam[%zu] is %g: must be from -90 to 90 degrees", at, wrong);
+      expect_refused({text, [&](Call& c) { c.frame.seam = seam.data(); }}, BISEAM_INVALID_OPTIONS);
+    }
+  }
+}
+
+class PanoramaSeams : public PanoramaFrames {
+ protected:
+  std::vector<double> seam() {
+    std::vector<double> seam(std::size_t(biseam_panorama_seam_length(panorama())), kNaN);
+    biseam_panorama_seam(panorama(), seam.data());
+    return seam;
+  }
+  OwnPicture stitched(const double* seam) {
+    OwnPicture to = door_.panorama();
+    Call call = call_for(to);
+    call.frame.seam = seam;
+    EXPECT_EQ(biseam_panorama_stitch(panorama(), call.fisheyes, &call.panorama, &call.frame, nullptr), BISEAM_OK);
+    return to;
+  }
+  void show_others() { lenses_ = {door_.fisheye(1), door_.fisheye(0)}; }
+  BiseamPanorama* panorama() { return handle_.back()->panorama; }
+};
+
+TEST_F(PanoramaSeams, AreInTheMiddleBeforeTheFirstFrameAndInTheRingAfterIt) {
+  EXPECT_EQ(seam(), std::vector<double>(seam().size(), 0.0));
+  stitched(nullptr);
+  const double ring = biseam_panorama_ring(panorama());
+  EXPECT_GT(ring, 8);  // the lenses share 10 degrees, and a sample of the ring is less than 2
+  EXPECT_LE(ring, 10);
+  bool moved = false;
+  for (const double angle : seam()) {
+    EXPECT_LT(std::abs(angle), ring);
+    moved = moved || angle != 0;
+  }
+  EXPECT_TRUE(moved);
+}
+
+TEST_F(PanoramaSeams, GivenToAFrameAreItsOwn) {
+  const OwnPicture searched = stitched(nullptr);
+  const std::vector<double> first = seam();
+  EXPECT_EQ(stitched(first.data()).bytes(), searched.bytes());
+  EXPECT_EQ(seam(), first);
+  show_others();
+  const OwnPicture others = stitched(nullptr);
+  ASSERT_NE(seam(), first);
+  const OwnPicture held = stitched(first.data());
+  EXPECT_EQ(seam(), first);
+  EXPECT_NE(held.bytes(), others.bytes());
+  EXPECT_EQ(stitched(nullptr).bytes(), others.bytes());  // and nothing of it is left
+}
+
+TEST_F(PanoramaSeams, KeepClearOfTheRingsEdges) {
+  const std::vector<double> far(seam().size(), 90.0), near(seam().size(), -90.0);
+  stitched(far.data());
+  const double most = seam().front();
+  EXPECT_LT(most, biseam_panorama_ring(panorama()));
+  EXPECT_EQ(seam(), std::vector<double>(far.size(), most));
+  stitched(near.data());
+  EXPECT_EQ(seam(), std::vector<double>(far.size(), -most));
+}
+
+TEST_F(PanoramaSeams, OfTheMiddleAreGivenBackAsZero) {
+  door_.options.seam = BISEAM_SEAM_MIDDLE;
+  open();
+  const OwnPicture straight = stitched(nullptr);
+  EXPECT_EQ(seam(), std::vector<double>(seam().size(), 0.0));
+  EXPECT_EQ(stitched(seam().data()).bytes(), straight.bytes());
+}
+
 class PanoramaFramesOfWords : public PanoramaFrames {
  protected:
   PanoramaFramesOfWords() : PanoramaFrames(BISEAM_P010) {}
@@ -342,6 +419,9 @@ TEST(Panorama, HasAnOwnerInCpp) {
   panorama = std::move(moved);
   ASSERT_FALSE(panorama.stitch(fisheyes, again.record()));
   EXPECT_EQ(to.bytes(), again.bytes());
+  std::vector<double> seam(std::size_t(panorama.seam_length()), 99.0);
+  panorama.seam(seam.data());
+  for (const double angle : seam) EXPECT_LT(std::abs(angle), panorama.ring());
   BiseamFrame frame = frame_defaults();
   frame.turn.yaw = kNaN;
   const PanoramaError error = panorama.stitch(fisheyes, again.record(), frame);

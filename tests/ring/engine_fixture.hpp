@@ -70,7 +70,7 @@ class OwnEngine {
   OwnPicture stitch(Fisheyes& fisheyes, const Turn& turn = {}, RowLayout layout = {}, int siting = BISEAM_SITING_LEFT) {
     OwnPicture panorama(config_.format, config_.width, config_.height, layout, siting);
     const ring::PicturePlanes from[2] = {planes_of(fisheyes.lens[0]), planes_of(fisheyes.lens[1])};
-    ring::stitch(*engine_, from, planes_of(panorama), turn);
+    ring::stitch(*engine_, from, planes_of(panorama), turn, nullptr);
     EXPECT_TRUE(panorama.surroundings_untouched());
     return panorama;
   }

@@ -84,7 +84,7 @@ void find_path(const StripFrame& frame) {
     fill_cost(frame);
     find_seam(shape, views.cost, frame.plan->edge(), views.search, views.rows);
     for (int t = 0; t < shape.length; ++t) views.path[t] = int32_t{views.rows[t]} << 16;
-  } else {
+  } else if (frame.seam.mode == SeamMode::middle) {
     for (int t = 0; t < shape.length; ++t) views.path[t] = (shape.width - 1) << 15;
   }
   views.path[shape.length] = views.path[0];

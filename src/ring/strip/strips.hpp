@@ -8,7 +8,11 @@
 
 namespace biseam::ring {
 
-enum class SeamMode { search, middle };
+enum class SeamMode {
+  search,
+  middle,
+  given,  // by what is in the views' path already
+};
 
 struct SeamSettings {
   SeamMode mode;
