@@ -29,7 +29,7 @@ extern "C" {
 typedef enum BiseamErrorCode {
   BISEAM_OK = 0,
   BISEAM_INVALID_CAMERA,  /* a field of BiseamCamera breaks a rule, or the lenses don't overlap all round */
-  BISEAM_INVALID_OPTIONS, /* a field of BiseamPanoramaOptions or BiseamFrame breaks a rule */
+  BISEAM_INVALID_OPTIONS, /* a field of BiseamPanoramaOptions or BiseamFrame breaks a rule, or a handle is NULL */
   BISEAM_INVALID_PICTURE, /* a picture has not the size or format that the handle was opened for, or lacks a plane */
   BISEAM_NO_MEMORY
 } BiseamErrorCode;
@@ -88,7 +88,9 @@ typedef struct BiseamTurn {
 } BiseamTurn;
 
 /* One lens.  A ray at the angle a from the optical axis, in radians, falls p (a + k1 a^3 + k2 a^5 + k3 a^7) pixels from the
- * centre. */
+ * centre, and light of strength 1 is recorded there as gain (1 + v1 a^2 + v2 a^4).  That is a factor of the codes above black
+ * of red, green and blue as the picture holds them, after the transfer curve: g times the light is about g^(1 / 2.2) times the
+ * code.  The panorama shows what lenses without falloff and with gains of 1 would have recorded. */
 typedef struct BiseamLens {
   int32_t width, height; /* of the recorded picture, pixels */
   int32_t mount;         /* degrees by which the recorded picture is turned clockwise: 0, 90, 180, 270 */
@@ -97,12 +99,15 @@ typedef struct BiseamLens {
   double k[3];           /* k1, k2, k3 */
   double fov;            /* degrees across the image circle: what lies beyond fov / 2 is not looked at */
   BiseamTurn turn;       /* by how much it really points away from its ideal axis, in its own frame */
+  double vignette[2];    /* v1, v2 */
+  double gain[3];        /* of red, green and blue; 0.25 to 4, also with the vignette, up to fov / 2 */
 } BiseamLens;
 
 /* A camera: lens 1 looks at the panorama's middle, lens 0 the other way. */
 typedef struct BiseamCamera {
   uint32_t size;
   BiseamLens lens[2];
+  double baseline; /* metres from lens 0 to lens 1 along the axis; what is far away doesn't depend on it */
 } BiseamCamera;
 
 typedef enum BiseamQuality {
@@ -116,6 +121,13 @@ typedef enum BiseamSeam {
   BISEAM_SEAM_MIDDLE      /* half way between the lenses */
 } BiseamSeam;
 
+/* Which code is black, for the light of the lenses; the panorama's range is that of the pictures. */
+typedef enum BiseamRange {
+  BISEAM_RANGE_USUAL = 0, /* full for BISEAM_GRAY and three planes of anything, limited for all others */
+  BISEAM_RANGE_LIMITED,   /* 16 of 255 */
+  BISEAM_RANGE_FULL       /* 0 */
+} BiseamRange;
+
 typedef struct BiseamPanoramaOptions {
   uint32_t size;
   int32_t width, height; /* of the panorama, pixels: even, 64 x 32 to 16384 x 8192 */
@@ -123,6 +135,7 @@ typedef struct BiseamPanoramaOptions {
   int32_t quality;       /* BiseamQuality */
   int32_t seam;          /* BiseamSeam */
   int32_t threads;       /* that share a frame, the caller's own included: 1 to 64; 0: one for each processor */
+  int32_t range;         /* BiseamRange */
 } BiseamPanoramaOptions;
 
 /* What is new with every frame. */
@@ -141,7 +154,7 @@ BISEAM_API BiseamPicture biseam_picture_defaults(void);
 BISEAM_API BiseamFrame biseam_frame_defaults(void);
 
 /* A camera of which nothing is known but the size of its pictures and the angle of view of its lenses, degrees: image circles
- * that just fit into the pictures' middle, equidistant lenses exactly back to back. */
+ * that just fit into the pictures' middle, equidistant lenses exactly back to back, light that needs no correction. */
 BISEAM_API BiseamCamera biseam_camera_of(int32_t width, int32_t height, double fov);
 
 /* Opens an engine: checks the camera and the options, takes all memory that frames will need and starts the threads.  NULL:
@@ -157,7 +170,8 @@ BISEAM_API int32_t biseam_panorama_stitch(BiseamPanorama* panorama, const Biseam
 
 /* The ring of directions in which the lenses are joined, and the seam in it.  A seam has so many samples: sample i lies at the
  * angle 360 i / length degrees round the lenses' axis, from the world's right (longitude 90 degrees of a view that is not
- * turned) by way of what is below, and its value is the angle, in degrees, from the plane between the lenses towards lens 1. */
+ * turned) by way of what is below, and its value is the angle, in degrees, from the plane between the lenses towards lens 1.
+ * NULL has neither: 0, and no sample is written. */
 BISEAM_API int32_t biseam_panorama_seam_length(const BiseamPanorama* panorama);
 
 /* Degrees by which the ring goes beyond the plane between the lenses, on either side. */
@@ -166,7 +180,7 @@ BISEAM_API double biseam_panorama_ring(const BiseamPanorama* panorama);
 /* The seam of the last frame, which gives the same seam when it is handed to another frame; all 0 before the first one. */
 BISEAM_API void biseam_panorama_seam(const BiseamPanorama* panorama, double* seam);
 
-/* Bytes that the handle holds. */
+/* Bytes that the handle holds; NULL holds none. */
 BISEAM_API size_t biseam_panorama_memory(const BiseamPanorama* panorama);
 
 /* NULL is allowed. */

@@ -42,8 +42,8 @@ inline double radius_slope(const Lens& lens, double angle) noexcept {
 double angle_of_radius(const Lens& lens, double wanted, double last) noexcept;
 
 // What the lens records of light of strength 1 that comes in at an angle (radians): gain (1 + v1 a^2 + v2 a^4).  It
-// multiplies code values above black as they are recorded, that is after the camera's transfer curve; a sample is put right by
-// dividing by it.  channel: 0 red, 1 green, 2 blue.
+// multiplies code values above black as they are recorded, that is after the camera's transfer curve: a power law turns a
+// factor of light into a factor of codes.  A sample is put right by dividing by it.  channel: 0 red, 1 green, 2 blue.
 inline double recorded_light(const Lens& lens, int channel, double angle) noexcept {
   const double u = angle * angle;
   return lens.gain[channel] * (1 + u * (lens.vignette[0] + u * lens.vignette[1]));

@@ -1,5 +1,6 @@
 #include "camera/rules.hpp"
 
+#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 
@@ -12,7 +13,7 @@ namespace {
 constexpr int kLargestSide = 16384;
 constexpr double kFarthestCentre = 100000, kLeastScale = 1, kLargestScale = 16384;
 constexpr double kLargestCoefficient = 10, kLeastFov = 120, kLargestFov = 300, kLargestTurn = 45, kLargestBaseline = 10;
-constexpr double kLeastLight = 0.05, kLargestLight = 20;
+constexpr double kLeastLight = 0.25, kLargestLight = 4;
 constexpr double kLargestRadius = 16384;  // pixels
 constexpr int kAngleSteps = 512;          // at which the radius and the light are tried
 
@@ -72,11 +73,14 @@ CameraError check_curves(const Lens& lens, int index) noexcept {
       return error("lens[%d].k is (%g, %g, %g): the radius must increase up to fov / 2 = %g degrees, it does not at %.1f",
                    index, lens.k[0], lens.k[1], lens.k[2], lens.fov / 2, angle / kDegree);
     }
-    const double light = recorded_light(lens, 1, angle) / lens.gain[1];
-    if (!(light >= kLeastLight && light <= kLargestLight)) {
+    for (int channel = 0; channel < 3; ++channel) {
+      const double light = recorded_light(lens, channel, angle);
+      if (light >= kLeastLight && light <= kLargestLight) continue;
       return error(
-          "lens[%d].vignette is (%g, %g): the light must stay between %g and %g up to fov / 2, it is %.3g at %.1f degrees",
-          index, lens.vignette[0], lens.vignette[1], kLeastLight, kLargestLight, light, angle / kDegree);
+          "lens[%d].vignette is (%g, %g): the light must stay between %g and %g up to fov / 2, with gain[%d] it is %.3g at "
+          "%.1f "
+          "degrees",
+          index, lens.vignette[0], lens.vignette[1], kLeastLight, kLargestLight, channel, light, angle / kDegree);
     }
   }
   if (radius(lens, last) <= kLargestRadius) return {};
@@ -96,8 +100,9 @@ CameraError check_camera(const Camera& camera) noexcept {
   }
   const double seen = overlap(camera) / kDegree;
   if (seen >= kLeastOverlap) return {};
-  return error("overlap is %.1f degrees: each lens must see %g or more beyond the plane between them, all round", seen,
-               kLeastOverlap);
+  // Rounded down: what is too little doesn't read as if it were enough.
+  return error("overlap is %.2f degrees: each lens must see %g or more beyond the plane between them, all round",
+               std::floor(seen * 100) / 100, kLeastOverlap);
 }
 
 }  // namespace biseam

@@ -36,7 +36,9 @@ biseam::Lens lens_of(const BiseamLens& lens) {
           .k = {lens.k[0], lens.k[1], lens.k[2]},
           .fov = lens.fov,
           .mount = lens.mount,
-          .turn = turn_of(lens.turn)};
+          .turn = turn_of(lens.turn),
+          .vignette = {lens.vignette[0], lens.vignette[1]},
+          .gain = {lens.gain[0], lens.gain[1], lens.gain[2]}};
 }
 
 int32_t check_side(BiseamError* error, const char* field, int32_t value, int32_t least, int32_t most) {
@@ -56,7 +58,8 @@ int32_t check_options(const BiseamPanoramaOptions& options, BiseamError* error) 
   if (const int32_t code = check_range(error, "quality", options.quality, BISEAM_QUALITY_FAST, BISEAM_QUALITY_BEST))
     return code;
   if (const int32_t code = check_range(error, "seam", options.seam, BISEAM_SEAM_SEARCH, BISEAM_SEAM_MIDDLE)) return code;
-  return check_range(error, "threads", options.threads, 0, biseam::ring::kMostThreads);
+  if (const int32_t code = check_range(error, "threads", options.threads, 0, biseam::ring::kMostThreads)) return code;
+  return check_range(error, "range", options.range, BISEAM_RANGE_USUAL, BISEAM_RANGE_FULL);
 }
 
 // A view may be turned any number of times; NaN and infinity are none.
@@ -112,7 +115,8 @@ BiseamPanoramaOptions biseam_panorama_defaults(void) {
           .format = BISEAM_NV12,
           .quality = BISEAM_QUALITY_GOOD,
           .seam = BISEAM_SEAM_SEARCH,
-          .threads = 0};
+          .threads = 0,
+          .range = BISEAM_RANGE_USUAL};
 }
 
 BiseamPicture biseam_picture_defaults(void) {
@@ -137,8 +141,10 @@ BiseamCamera biseam_camera_of(int32_t width, int32_t height, double fov) {
                             .p = lens.p,
                             .k = {0, 0, 0},
                             .fov = fov,
-                            .turn = {0, 0, 0}};
-  return {.size = sizeof(BiseamCamera), .lens = {usual, usual}};
+                            .turn = {0, 0, 0},
+                            .vignette = {0, 0},
+                            .gain = {1, 1, 1}};
+  return {.size = sizeof(BiseamCamera), .lens = {usual, usual}, .baseline = 0};
 }
 
 BiseamPanorama* biseam_panorama_open(const BiseamCamera* camera, const BiseamPanoramaOptions* options, BiseamError* error) {
@@ -162,7 +168,7 @@ BiseamPanorama* biseam_panorama_open(const BiseamCamera* camera, const BiseamPan
     }
     return nullptr;
   }
-  const biseam::Camera checked{.lens = {lens_of(given.lens[0]), lens_of(given.lens[1])}};
+  const biseam::Camera checked{.lens = {lens_of(given.lens[0]), lens_of(given.lens[1])}, .baseline = given.baseline};
   if (const biseam::CameraError wrong = biseam::check_camera(checked)) {
     report(error, BISEAM_INVALID_CAMERA, "%s", wrong.text);
     return nullptr;
@@ -183,6 +189,7 @@ BiseamPanorama* biseam_panorama_open(const BiseamCamera* camera, const BiseamPan
 
 int32_t biseam_panorama_stitch(BiseamPanorama* panorama, const BiseamPicture fisheyes[2], const BiseamPicture* picture,
                                const BiseamFrame* frame, BiseamError* error) {
+  if (panorama == nullptr) return report(error, kInvalidOptions, "panorama is NULL: must be what biseam_panorama_open gave");
   const BiseamPanoramaOptions& options = panorama->options;
   biseam::ring::PicturePlanes planes[2], to;
   constexpr const char* kNames[] = {"fisheyes[0]", "fisheyes[1]"};
@@ -207,14 +214,20 @@ int32_t biseam_panorama_stitch(BiseamPanorama* panorama, const BiseamPicture fis
   return report(error, BISEAM_OK, "%s", "");
 }
 
-int32_t biseam_panorama_seam_length(const BiseamPanorama* panorama) { return biseam::ring::seam_length(*panorama->engine); }
+int32_t biseam_panorama_seam_length(const BiseamPanorama* panorama) {
+  return panorama == nullptr ? 0 : biseam::ring::seam_length(*panorama->engine);
+}
 
-double biseam_panorama_ring(const BiseamPanorama* panorama) { return biseam::ring::ring_degrees(*panorama->engine); }
+double biseam_panorama_ring(const BiseamPanorama* panorama) {
+  return panorama == nullptr ? 0 : biseam::ring::ring_degrees(*panorama->engine);
+}
 
-void biseam_panorama_seam(const BiseamPanorama* panorama, double* seam) { biseam::ring::read_seam(*panorama->engine, seam); }
+void biseam_panorama_seam(const BiseamPanorama* panorama, double* seam) {
+  if (panorama != nullptr) biseam::ring::read_seam(*panorama->engine, seam);
+}
 
 size_t biseam_panorama_memory(const BiseamPanorama* panorama) {
-  return sizeof(BiseamPanorama) + biseam::ring::engine_bytes(*panorama->engine);
+  return panorama == nullptr ? 0 : sizeof(BiseamPanorama) + biseam::ring::engine_bytes(*panorama->engine);
 }
 
 void biseam_panorama_close(BiseamPanorama* panorama) {

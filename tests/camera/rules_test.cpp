@@ -49,9 +49,9 @@ TEST(CheckCamera, EachFieldOfEachLensAlone) {
       {"turn.roll", [](Lens& l) -> double& { return l.turn.roll; }, -45.5, 45.5},
       {"vignette[0]", [](Lens& l) -> double& { return l.vignette[0]; }, -10.1, 10.1},
       {"vignette[1]", [](Lens& l) -> double& { return l.vignette[1]; }, -10.1, 10.1},
-      {"gain[0]", [](Lens& l) -> double& { return l.gain[0]; }, 0.04, 20.5},
-      {"gain[1]", [](Lens& l) -> double& { return l.gain[1]; }, 0.04, 20.5},
-      {"gain[2]", [](Lens& l) -> double& { return l.gain[2]; }, 0.04, 20.5},
+      {"gain[0]", [](Lens& l) -> double& { return l.gain[0]; }, 0.24, 4.1},
+      {"gain[1]", [](Lens& l) -> double& { return l.gain[1]; }, 0.24, 4.1},
+      {"gain[2]", [](Lens& l) -> double& { return l.gain[2]; }, 0.24, 4.1},
   };
   for (const NamedField& field : fields) {
     for (int k = 0; k < 2; ++k) {
@@ -97,7 +97,13 @@ TEST(CheckCamera, TheRadiusMustFitTheIntegers) {
 TEST(CheckCamera, TheLightMustNotGoOut) {
   Camera camera = city_square();
   camera.lens[1].vignette[0] = -0.3;
-  expect_error(camera, "lens[1].vignette is (-0.3, 0): the light must stay between");
+  expect_error(camera,
+               "lens[1].vignette is (-0.3, 0): the light must stay between 0.25 and 4 up to fov / 2, with gain[0] it is");
+  camera.lens[1].vignette[0] = -0.1;
+  EXPECT_EQ("", text_of(camera));
+  camera.lens[1].gain[2] = 0.3;  // 0.68 of it is left at the rim
+  expect_error(camera,
+               "lens[1].vignette is (-0.1, 0): the light must stay between 0.25 and 4 up to fov / 2, with gain[2] it is");
 }
 
 TEST(CheckCamera, TheBaselineIsALength) {
@@ -111,7 +117,7 @@ TEST(CheckCamera, TheBaselineIsALength) {
 TEST(CheckCamera, TheLensesMustOverlap) {
   Camera camera = city_square();
   camera.lens[0].fov = 181;
-  expect_error(camera, "overlap is 0.5 degrees: each lens must see 1 or more");
+  expect_error(camera, "overlap is 0.49 degrees: each lens must see 1 or more");
   camera = city_square();
   camera.lens[1].turn.pitch = 10;
   expect_error(camera, "overlap is -");

@@ -71,6 +71,13 @@ TEST(PanoramaCamera, EveryRuleBrokenAloneIsNamed) {
       {"mount is 45: must be 0, 90, 180 or 270", [](BiseamLens& l) { l.mount = 45; }},
       {"mount is 360: must be 0, 90, 180 or 270", [](BiseamLens& l) { l.mount = 360; }},
       {"p is 16000: the radius at fov / 2 must be 16384 or less, it is 27925.3", [](BiseamLens& l) { l.p = 16000; }},
+      {"vignette[0] is nan: must be between -10 and 10", [](BiseamLens& l) { l.vignette[0] = kNaN; }},
+      {"vignette[1] is -11: must be between -10 and 10", [](BiseamLens& l) { l.vignette[1] = -11; }},
+      {"vignette is (-0.3, 0): the light must stay between 0.25 and 4 up to fov / 2, with gain[0] it is 0.249 at 90.6 degrees",
+       [](BiseamLens& l) { l.vignette[0] = -0.3; }},
+      {"gain[0] is 0: must be between 0.25 and 4", [](BiseamLens& l) { l.gain[0] = 0; }},
+      {"gain[1] is 4.5: must be between 0.25 and 4", [](BiseamLens& l) { l.gain[1] = 4.5; }},
+      {"gain[2] is inf: must be between 0.25 and 4", [](BiseamLens& l) { l.gain[2] = kInf; }},
   };
   for (int k = 0; k < 2; ++k) {
     for (const Rule<BiseamLens>& rule : rules) {
@@ -84,13 +91,21 @@ TEST(PanoramaCamera, EveryRuleBrokenAloneIsNamed) {
 TEST(PanoramaCamera, LensesMustOverlapAllRound) {
   BiseamCamera camera = Door().camera;
   camera.lens[0].fov = camera.lens[1].fov = 181;
-  expect_refused(camera, "overlap is 0.5 degrees: each lens must see 1 or more beyond the plane between them, all round");
+  expect_refused(camera, "overlap is 0.49 degrees: each lens must see 1 or more beyond the plane between them, all round");
+  camera.lens[0].fov = camera.lens[1].fov = 181.998;  // which rounding to the nearest would call 1
+  expect_refused(camera, "overlap is 0.99 degrees: each lens must see 1 or more beyond the plane between them, all round");
   camera = Door().camera;
   camera.lens[1].cx += 8;  // the circle is cut off by the picture's right edge
   BiseamError error = unwritten();
   const Door door;
   EXPECT_EQ(biseam_panorama_open(&camera, &door.options, &error), nullptr);
   EXPECT_EQ(std::string(error.text).find("overlap is "), 0u) << error.text;
+}
+
+TEST(PanoramaCamera, TheBaselineIsALength) {
+  BiseamCamera camera = Door().camera;
+  camera.baseline = -0.5;
+  expect_refused(camera, "baseline is -0.5: must be between 0 and 10");
 }
 
 TEST(PanoramaCamera, MustHaveItsSize) {
@@ -127,6 +142,8 @@ TEST(PanoramaOptions, EveryRuleBrokenAloneIsNamed) {
       {"seam is 2: must be from 0 to 1", [](Options& o) { o.seam = 2; }},
       {"threads is -1: must be from 0 to 64", [](Options& o) { o.threads = -1; }},
       {"threads is 65: must be from 0 to 64", [](Options& o) { o.threads = 65; }},
+      {"range is -1: must be from 0 to 2", [](Options& o) { o.range = -1; }},
+      {"range is 3: must be from 0 to 2", [](Options& o) { o.range = 3; }},
   };
   for (const Rule<Options>& rule : rules) {
     Door door;
@@ -380,7 +397,17 @@ TEST_F(PanoramaFramesOfWords, LieAtEvenAddresses) {
 
 TEST(Panorama, ClosingNothingAndErrorsWithoutAPlaceAreAllowed) {
   biseam_panorama_close(nullptr);
+  EXPECT_EQ(biseam_panorama_memory(nullptr), 0u);
+  EXPECT_EQ(biseam_panorama_seam_length(nullptr), 0);
+  EXPECT_EQ(biseam_panorama_ring(nullptr), 0);
+  double seam = 0.5;
+  biseam_panorama_seam(nullptr, &seam);
+  EXPECT_EQ(seam, 0.5);
   Door door;
+  BiseamError refused = unwritten();
+  const BiseamPicture none[] = {picture_defaults(), picture_defaults()};
+  EXPECT_EQ(biseam_panorama_stitch(nullptr, none, &none[0], nullptr, &refused), BISEAM_INVALID_OPTIONS);
+  expect_error(refused, BISEAM_INVALID_OPTIONS, "panorama is NULL: must be what biseam_panorama_open gave");
   const Handle opened(biseam_panorama_open(&door.camera, &door.options, nullptr));
   EXPECT_NE(opened.panorama, nullptr);
   door.options.threads = -1;
@@ -396,11 +423,15 @@ TEST(Panorama, DefaultsAreWhatTheHeaderSays) {
   EXPECT_EQ(options.quality, BISEAM_QUALITY_GOOD);
   EXPECT_EQ(options.seam, BISEAM_SEAM_SEARCH);
   EXPECT_EQ(options.threads, 0);
+  EXPECT_EQ(options.range, BISEAM_RANGE_USUAL);
   const BiseamCamera camera = camera_of(1920, 1080, 195);
+  EXPECT_EQ(camera.baseline, 0);
   for (const BiseamLens& lens : camera.lens) {
     EXPECT_EQ(lens.cx, 959.5);
     EXPECT_EQ(lens.cy, 539.5);
     EXPECT_NEAR(lens.p, 540 / (195.0 / 360 * M_PI), 1e-9);
+    for (const double v : lens.vignette) EXPECT_EQ(v, 0);
+    for (const double gain : lens.gain) EXPECT_EQ(gain, 1);
   }
 }
 
