@@ -118,59 +118,6 @@ TEST(GetMemSize, GarbageIsRefusedByCreate) {
   }
 }
 
-// ---- QOR_AllocBuffer_bi ------------------------------------------------------------------------------------------------
-
-MemoryCursor cursor_over(uint8_t* base, int size) { return {base, base + size - 1, base}; }
-
-TEST(AllocBuffer, FirstRequestForTheWholeSizeIsRefused) {
-  alignas(128) uint8_t block[512];
-  MemoryCursor cursor = cursor_over(block, 512);
-  EXPECT_EQ(nullptr, QOR_AllocBuffer_bi(&cursor, 512));
-  EXPECT_EQ(block, cursor.current);
-  EXPECT_EQ(block, QOR_AllocBuffer_bi(&cursor, 511));
-  EXPECT_EQ(block + 512, cursor.current);
-}
-
-TEST(AllocBuffer, LaterPiecesStartOn128ByteAddresses) {
-  alignas(128) uint8_t block[2048];
-  for (const int shift : {0, 1, 16, 127}) {
-    for (const int bytes : {0, 1, 100, 127, 128, 129, 300}) {
-      MemoryCursor cursor = cursor_over(block + shift, 1024);
-      EXPECT_EQ(block + shift, QOR_AllocBuffer_bi(&cursor, bytes));
-      const int next = (shift + bytes + 127) / 128 * 128;
-      EXPECT_EQ(block + next, cursor.current);
-      EXPECT_EQ(block + next, QOR_AllocBuffer_bi(&cursor, 1));
-      EXPECT_EQ(block + shift, cursor.base);
-      EXPECT_EQ(block + shift + 1023, cursor.last);
-    }
-  }
-}
-
-TEST(AllocBuffer, RefusalChangesNothing) {
-  alignas(128) uint8_t block[512];
-  MemoryCursor cursor = cursor_over(block, 512);
-  ASSERT_EQ(block, QOR_AllocBuffer_bi(&cursor, 200));
-  EXPECT_EQ(nullptr, QOR_AllocBuffer_bi(&cursor, 256));  // 255 are left
-  EXPECT_EQ(block + 256, cursor.current);
-  EXPECT_EQ(block + 256, QOR_AllocBuffer_bi(&cursor, 255));
-}
-
-// The cursor may end past the block: what is left is then negative, and even an empty piece is refused.
-TEST(AllocBuffer, PastTheEndNothingIsLeft) {
-  alignas(128) uint8_t block[512];
-  MemoryCursor cursor = cursor_over(block, 300);
-  EXPECT_EQ(block, QOR_AllocBuffer_bi(&cursor, 299));
-  EXPECT_EQ(block + 384, cursor.current);
-  EXPECT_EQ(nullptr, QOR_AllocBuffer_bi(&cursor, 0));
-}
-
-TEST(AllocBuffer, LargestRequestIsRefused) {
-  alignas(128) uint8_t block[512];
-  MemoryCursor cursor = cursor_over(block, 512);
-  EXPECT_EQ(nullptr, QOR_AllocBuffer_bi(&cursor, INT32_MAX));
-  EXPECT_EQ(block, cursor.current);
-}
-
 // ---- qor_mem_alloc -----------------------------------------------------------------------------------------------------
 
 struct Carved {
