@@ -80,6 +80,7 @@ AVPixelFormat working_format(AVPixelFormat format) {
   if (engine_format(format)) return without_range(format);
   const AVPixFmtDescriptor* known = av_pix_fmt_desc_get(format);
   if (!known || (known->flags & AV_PIX_FMT_FLAG_HWACCEL) != 0) return AV_PIX_FMT_NONE;
+  if (format == AV_PIX_FMT_UYYVYY411) return AV_PIX_FMT_NONE;  // no part of libav reads its samples
   const int depth = depth_of(*known);
   return family_of(*known).depths[depth <= 8 ? 0 : depth <= 10 ? 1 : 2];
 }
