@@ -49,9 +49,9 @@ typedef enum BiseamFormat {
   BISEAM_I420,     /* three planes: luma, Cb and Cr of half width and height */
   BISEAM_I422,
   BISEAM_I444,
-  BISEAM_GRAY, /* luma alone */
-  BISEAM_GBR,  /* three full planes of anything; the first one, green, is taken for the brightness */
-  BISEAM_P010, /* as NV12, 10 bits in the upper bits of 16 */
+  BISEAM_GRAY8, /* luma alone */
+  BISEAM_GBR,   /* three full planes of anything; the first one, green, is taken for the brightness */
+  BISEAM_P010,  /* as NV12, 10 bits in the upper bits of 16 */
   BISEAM_P012,
   BISEAM_P210,    /* as NV16 */
   BISEAM_I420P10, /* as I420, 10 bits in the lower bits of 16 */
@@ -123,7 +123,7 @@ typedef enum BiseamSeam {
 
 /* Which code is black, for the light of the lenses; the panorama's range is that of the pictures. */
 typedef enum BiseamRange {
-  BISEAM_RANGE_USUAL = 0, /* full for BISEAM_GRAY and three planes of anything, limited for all others */
+  BISEAM_RANGE_USUAL = 0, /* full for BISEAM_GRAY8 and three planes of anything, limited for all others */
   BISEAM_RANGE_LIMITED,   /* 16 of 255 */
   BISEAM_RANGE_FULL       /* 0 */
 } BiseamRange;

@@ -19,7 +19,7 @@ constexpr Entry kEntries[] = {
     {BISEAM_NV12, Layout::pairs, 1, 1, 8, 0},      {BISEAM_NV21, Layout::pairs_swapped, 1, 1, 8, 0},
     {BISEAM_NV16, Layout::pairs, 1, 0, 8, 0},      {BISEAM_NV24, Layout::pairs, 0, 0, 8, 0},
     {BISEAM_I420, Layout::planar, 1, 1, 8, 0},     {BISEAM_I422, Layout::planar, 1, 0, 8, 0},
-    {BISEAM_I444, Layout::planar, 0, 0, 8, 0},     {BISEAM_GRAY, Layout::gray, 0, 0, 8, 0},
+    {BISEAM_I444, Layout::planar, 0, 0, 8, 0},     {BISEAM_GRAY8, Layout::gray, 0, 0, 8, 0},
     {BISEAM_GBR, Layout::planar, 0, 0, 8, 0},      {BISEAM_P010, Layout::pairs, 1, 1, 10, 6},
     {BISEAM_P012, Layout::pairs, 1, 1, 12, 4},     {BISEAM_P210, Layout::pairs, 1, 0, 10, 6},
     {BISEAM_I420P10, Layout::planar, 1, 1, 10, 0}, {BISEAM_I422P10, Layout::planar, 1, 0, 10, 0},

@@ -1,5 +1,6 @@
 /* Record layouts and calling conventions as a C program sees them through biseam.h alone. */
 #include "biseam/biseam.h"
+#include "biseam/panorama.h"
 
 #include <stddef.h>
 

@@ -28,7 +28,7 @@ TEST_P(EveryFormat, ShowsEveryFullChannelAsItsBrightnessAlone) {
   Fisheyes fisheyes(config, [&](int k, int c, int x, int y) { return sample(k, c, x, y) << shift(); });
   const OwnPicture panorama = stitch_once(config, fisheyes, kTurn);
   EngineConfig alone = config;
-  alone.format = format.bits == 8 ? BISEAM_GRAY : format.bits == 10 ? BISEAM_GBRP10 : BISEAM_GBRP12;
+  alone.format = format.bits == 8 ? BISEAM_GRAY8 : format.bits == 10 ? BISEAM_GBRP10 : BISEAM_GBRP12;
   for (int c = 0; c < (format.subsampled() ? 1 : format.channels()); ++c) {
     Fisheyes gray(alone, [&](int k, int, int x, int y) { return sample(k, c, x, y) << shift(); });
     EXPECT_EQ(panorama.channel(c), stitch_once(alone, gray, kTurn).channel(0)) << "channel " << c;

@@ -44,7 +44,7 @@ INSTANTIATE_TEST_SUITE_P(All, Formats, testing::ValuesIn(kTestFormats), format_n
 TEST(Formats, OthersAreNone) {
   PictureFormat described;
   for (const int code : {-1, 0, 21, 1 << 30}) EXPECT_FALSE(describe_format(code, BISEAM_SITING_LEFT, described)) << code;
-  for (const int siting : {-1, 3}) EXPECT_FALSE(describe_format(BISEAM_GRAY, siting, described)) << siting;
+  for (const int siting : {-1, 3}) EXPECT_FALSE(describe_format(BISEAM_GRAY8, siting, described)) << siting;
 }
 
 TEST(Formats, PlanesOfOddSizesHaveALastRowAndColumn) {

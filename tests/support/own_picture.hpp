@@ -36,7 +36,7 @@ inline constexpr TestFormat kTestFormats[] = {
     {BISEAM_NV12, "nv12", TestFormat::pairs, 2, 2, 8, 0},         {BISEAM_NV21, "nv21", TestFormat::swapped_pairs, 2, 2, 8, 0},
     {BISEAM_NV16, "nv16", TestFormat::pairs, 2, 1, 8, 0},         {BISEAM_NV24, "nv24", TestFormat::pairs, 1, 1, 8, 0},
     {BISEAM_I420, "i420", TestFormat::planar, 2, 2, 8, 0},        {BISEAM_I422, "i422", TestFormat::planar, 2, 1, 8, 0},
-    {BISEAM_I444, "i444", TestFormat::planar, 1, 1, 8, 0},        {BISEAM_GRAY, "gray", TestFormat::gray, 1, 1, 8, 0},
+    {BISEAM_I444, "i444", TestFormat::planar, 1, 1, 8, 0},        {BISEAM_GRAY8, "gray", TestFormat::gray, 1, 1, 8, 0},
     {BISEAM_GBR, "gbr", TestFormat::planar, 1, 1, 8, 0},          {BISEAM_P010, "p010", TestFormat::pairs, 2, 2, 10, 6},
     {BISEAM_P012, "p012", TestFormat::pairs, 2, 2, 12, 4},        {BISEAM_P210, "p210", TestFormat::pairs, 2, 1, 10, 6},
     {BISEAM_I420P10, "i420p10", TestFormat::planar, 2, 2, 10, 0}, {BISEAM_I422P10, "i422p10", TestFormat::planar, 2, 1, 10, 0},

@@ -20,7 +20,7 @@ struct Known {
 constexpr Known kKnown[] = {
     {AV_PIX_FMT_NV12, BISEAM_NV12},         {AV_PIX_FMT_NV21, BISEAM_NV21},         {AV_PIX_FMT_NV16, BISEAM_NV16},
     {AV_PIX_FMT_NV24, BISEAM_NV24},         {AV_PIX_FMT_YUV420P, BISEAM_I420},      {AV_PIX_FMT_YUV422P, BISEAM_I422},
-    {AV_PIX_FMT_YUV444P, BISEAM_I444},      {AV_PIX_FMT_GRAY8, BISEAM_GRAY},        {AV_PIX_FMT_GBRP, BISEAM_GBR},
+    {AV_PIX_FMT_YUV444P, BISEAM_I444},      {AV_PIX_FMT_GRAY8, BISEAM_GRAY8},       {AV_PIX_FMT_GBRP, BISEAM_GBR},
     {AV_PIX_FMT_P010, BISEAM_P010},         {AV_PIX_FMT_P210, BISEAM_P210},         {AV_PIX_FMT_YUV420P10, BISEAM_I420P10},
     {AV_PIX_FMT_YUV422P10, BISEAM_I422P10}, {AV_PIX_FMT_YUV444P10, BISEAM_I444P10}, {AV_PIX_FMT_GBRP10, BISEAM_GBRP10},
     {AV_PIX_FMT_YUV420P12, BISEAM_I420P12}, {AV_PIX_FMT_YUV422P12, BISEAM_I422P12}, {AV_PIX_FMT_YUV444P12, BISEAM_I444P12},
@@ -80,7 +80,6 @@ AVPixelFormat working_format(AVPixelFormat format) {
   if (engine_format(format)) return without_range(format);
   const AVPixFmtDescriptor* known = av_pix_fmt_desc_get(format);
   if (!known || (known->flags & AV_PIX_FMT_FLAG_HWACCEL) != 0) return AV_PIX_FMT_NONE;
-  if (format == AV_PIX_FMT_UYYVYY411) return AV_PIX_FMT_NONE;  // no part of libav reads its samples
   const int depth = depth_of(*known);
   return family_of(*known).depths[depth <= 8 ? 0 : depth <= 10 ? 1 : 2];
 }
