@@ -43,6 +43,22 @@ class Section {
     to = int(*value);
   }
 
+  template <std::size_t Count>
+  void read(const char* key, std::optional<std::array<double, Count>>& to, Limits limits) {
+    const toml::node* node = find(key);
+    if (!node) return;
+    const std::string kind = "a list of " + std::to_string(Count) + " numbers";
+    const toml::array* const list = node->as_array();
+    if (!list || list->size() != Count) refuse_range(key, *node, kind.c_str(), limits);
+    to.emplace();
+    for (std::size_t k = 0; k < Count; ++k) {
+      const toml::node& number = *list->get(k);
+      const std::optional<double> value = number.is_number() ? number.value<double>() : std::nullopt;
+      if (!value || !limits.hold(*value)) refuse_range(key, *node, kind.c_str(), limits);
+      (*to)[k] = *value;
+    }
+  }
+
   void read(const char* key, std::optional<bool>& to) {
     const toml::node* node = find(key);
     if (!node) return;
@@ -87,18 +103,19 @@ class Section {
   std::set<std::string> known_;
 };
 
-void read_lens(Section section, bool with_turn, LensSettings& lens) {
+void read_lens(Section section, LensSettings& lens) {
   section.read("cx", lens.cx, kCentreLimits);
   section.read("cy", lens.cy, kCentreLimits);
   section.read("p", lens.p, kScaleLimits);
+  section.read("k", lens.k, kCoefficientLimits);
   section.read("fov", lens.fov, kFovLimits);
   section.read("mount", lens.mount, {0, 270});
   if (lens.mount && !is_quarter_turn(*lens.mount)) section.refuse("mount", "must be 0, 90, 180 or 270");
-  if (with_turn) {
-    section.read("yaw", lens.yaw, kTurnLimits);
-    section.read("pitch", lens.pitch, kTurnLimits);
-    section.read("roll", lens.roll, kTurnLimits);
-  }
+  section.read("yaw", lens.yaw, kTurnLimits);
+  section.read("pitch", lens.pitch, kTurnLimits);
+  section.read("roll", lens.roll, kTurnLimits);
+  section.read("vignette", lens.vignette, kCoefficientLimits);
+  section.read("gain", lens.gain, kGainLimits);
   section.refuse_unknown();
 }
 
@@ -133,8 +150,9 @@ CameraSettings read(const std::string& text, const std::string& name) try {
   top.read("width", settings.width, kWidthLimits);
   if (settings.width && !is_panorama_width(*settings.width)) top.refuse("width", "must be a multiple of 8");
   read_picture_size(top.section("picture"), top, settings.picture);
-  read_lens(top.section("lens0"), false, settings.lens[0]);
-  read_lens(top.section("lens1"), true, settings.lens[1]);
+  top.read("baseline", settings.baseline, kBaselineLimits);
+  read_lens(top.section("lens0"), settings.lens[0]);
+  read_lens(top.section("lens1"), settings.lens[1]);
   read_blend(top.section("blend"), top.section("seam"), settings.blend);
   top.refuse_unknown();
   return settings;

@@ -27,11 +27,14 @@ void replace_settings(LensSettings& base, const LensSettings& over) {
   replace(base.cx, over.cx);
   replace(base.cy, over.cy);
   replace(base.p, over.p);
+  replace(base.k, over.k);
   replace(base.fov, over.fov);
   replace(base.mount, over.mount);
   replace(base.yaw, over.yaw);
   replace(base.pitch, over.pitch);
   replace(base.roll, over.roll);
+  replace(base.vignette, over.vignette);
+  replace(base.gain, over.gain);
 }
 
 void replace_settings(BlendSettings& base, const BlendSettings& over) {

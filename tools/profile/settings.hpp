@@ -1,6 +1,7 @@
 // What a camera profile or the command line may say about the two lenses and the blend.  Everything may be left open.
 #pragma once
 
+#include <array>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -21,10 +22,14 @@ struct Size {
 // Pixels of the picture as recorded, before its mounting is undone; an integer is the centre of a pixel.
 struct LensSettings {
   std::optional<double> cx, cy;            // where the optical axis meets the picture
-  std::optional<double> p;                 // pixels per radian
+  std::optional<double> p;                 // pixels per radian, at the axis
+  std::optional<std::array<double, 3>> k;  // a ray at the angle a falls p (a + k1 a^3 + k2 a^5 + k3 a^7) from the centre
   std::optional<double> fov;               // degrees across the image circle
   std::optional<int> mount;                // degrees the picture is turned clockwise: 0, 90 (sky at the right), 180, 270
-  std::optional<double> yaw, pitch, roll;  // degrees, lens 1 only: right, up, clockwise seen along the axis
+  std::optional<double> yaw, pitch, roll;  // degrees: right, up, clockwise seen along the axis
+  // Light that comes in at the angle a is recorded times gain (1 + v1 a^2 + v2 a^4), in code values.
+  std::optional<std::array<double, 2>> vignette;  // v1, v2
+  std::optional<std::array<double, 3>> gain;      // of red, green and blue
 };
 
 // Widths in panorama columns.
@@ -36,8 +41,9 @@ struct BlendSettings {
 };
 
 struct CameraSettings {
-  std::optional<int> width;     // of the panorama; the blend's columns are counted at this width
-  std::optional<Size> picture;  // recorded picture of one lens for which the lens values hold
+  std::optional<int> width;        // of the panorama; the blend's columns are counted at this width
+  std::optional<Size> picture;     // recorded picture of one lens for which the lens values hold
+  std::optional<double> baseline;  // metres from lens 0 to lens 1, along their axis
   LensSettings lens[2];
   BlendSettings blend;
 };
@@ -48,7 +54,10 @@ struct Limits {
 };
 
 inline constexpr Limits kCentreLimits{-100000, 100000};
-inline constexpr Limits kScaleLimits{1, 100000};
+inline constexpr Limits kScaleLimits{1, 16384};
+inline constexpr Limits kCoefficientLimits{-10, 10};  // of k and vignette
+inline constexpr Limits kGainLimits{0.25, 4};
+inline constexpr Limits kBaselineLimits{0, 10};
 inline constexpr Limits kFovLimits{120, 300};
 inline constexpr Limits kTurnLimits{-45, 45};
 inline constexpr Limits kWidthLimits{64, 16384};

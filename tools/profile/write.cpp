@@ -15,6 +15,13 @@ std::string text(Number number) {
   return {digits, std::to_chars(digits, digits + sizeof digits, number).ptr};
 }
 
+template <std::size_t Count>
+std::string text(const std::array<double, Count>& numbers) {
+  std::string all;
+  for (const double number : numbers) all += (all.empty() ? "[" : ", ") + text(number);
+  return all + "]";
+}
+
 template <class T>
 std::string line(const char* key, const std::optional<T>& value) {
   return value ? std::string(key) + " = " + text(*value) + "\n" : "";
@@ -25,8 +32,9 @@ std::string table(const std::string& name, const std::string& lines) {
 }
 
 std::string lens_lines(const LensSettings& lens) {
-  return line("cx", lens.cx) + line("cy", lens.cy) + line("p", lens.p) + line("fov", lens.fov) + line("mount", lens.mount) +
-         line("yaw", lens.yaw) + line("pitch", lens.pitch) + line("roll", lens.roll);
+  return line("cx", lens.cx) + line("cy", lens.cy) + line("p", lens.p) + line("k", lens.k) + line("fov", lens.fov) +
+         line("mount", lens.mount) + line("yaw", lens.yaw) + line("pitch", lens.pitch) + line("roll", lens.roll) +
+         line("vignette", lens.vignette) + line("gain", lens.gain);
 }
 
 std::string commented(const std::string& comment) {
@@ -44,7 +52,7 @@ std::string write(const CameraSettings& settings, const std::string& comment) {
   if (settings.picture) {
     picture = "width = " + text(settings.picture->width) + "\nheight = " + text(settings.picture->height) + "\n";
   }
-  return commented(comment) + line("width", settings.width) + table("picture", picture) +
+  return commented(comment) + line("width", settings.width) + line("baseline", settings.baseline) + table("picture", picture) +
          table("lens0", lens_lines(settings.lens[0])) + table("lens1", lens_lines(settings.lens[1])) +
          table("blend",
                line("feather", blend.feather) + line("trans_width", blend.trans_width) + line("pyr_level", blend.pyr_level)) +

@@ -20,6 +20,7 @@ std::string refusal(const std::string& text) {
 TEST(Profile, EveryKeyIsRead) {
   const CameraSettings s = read(R"(
 width = 1920
+baseline = 0.03
 [picture]
 width = 960
 height = 964
@@ -27,8 +28,14 @@ height = 964
 cx = 475
 cy = 471.5
 p = 280
+k = [0.01, -2, 3e-3]
 fov = 205
 mount = 90
+yaw = 0.25
+pitch = -0.5
+roll = 0.75
+vignette = [-0.05, 0.01]
+gain = [1.1, 1, 0.9]
 [lens1]
 cx = 478
 cy = 478
@@ -53,8 +60,14 @@ inv_scale = 2
   EXPECT_EQ(s.lens[0].cx, 475);
   EXPECT_EQ(s.lens[0].cy, 471.5);
   EXPECT_EQ(s.lens[0].p, 280);
+  EXPECT_EQ(s.lens[0].k, (std::array{0.01, -2.0, 0.003}));
   EXPECT_EQ(s.lens[0].fov, 205);
   EXPECT_EQ(s.lens[0].mount, 90);
+  EXPECT_EQ(s.lens[0].yaw, 0.25);
+  EXPECT_EQ(s.lens[0].pitch, -0.5);
+  EXPECT_EQ(s.lens[0].roll, 0.75);
+  EXPECT_EQ(s.lens[0].vignette, (std::array{-0.05, 0.01}));
+  EXPECT_EQ(s.lens[0].gain, (std::array{1.1, 1.0, 0.9}));
   EXPECT_EQ(s.lens[1].cx, 478);
   EXPECT_EQ(s.lens[1].p, 277.25);
   EXPECT_EQ(s.lens[1].fov, 204);
@@ -62,6 +75,7 @@ inv_scale = 2
   EXPECT_EQ(s.lens[1].yaw, -0.6);
   EXPECT_EQ(s.lens[1].pitch, -1.8);
   EXPECT_EQ(s.lens[1].roll, 0.4);
+  EXPECT_EQ(s.baseline, 0.03);
   EXPECT_EQ(s.blend.feather, 32);
   EXPECT_EQ(s.blend.trans_width, 16);
   EXPECT_EQ(s.blend.pyr_level, 4);
@@ -82,7 +96,16 @@ TEST(Profile, UnknownKeysAreToldWithTheirLine) {
   EXPECT_EQ(refusal("[blend]\nsearch = true\n"), "cam.toml: line 2: unknown key 'blend.search'");
 }
 
-TEST(Profile, OnlyLens1HasATurn) { EXPECT_EQ(refusal("[lens0]\nyaw = 1\n"), "cam.toml: line 2: unknown key 'lens0.yaw'"); }
+TEST(Profile, ListsHaveAllTheirNumbers) {
+  const std::string k = "cam.toml: line 2: lens0.k must be a list of 3 numbers, -10 to 10";
+  for (const char* wrong : {"0.1", "[]", "[1, 2]", "[1, 2, 3, 4]", "[1, 2, 11]", "[1, nan, 3]", "[1, 'x', 3]", "[1, [2], 3]"}) {
+    EXPECT_EQ(refusal(std::string("[lens0]\nk = ") + wrong), k);
+  }
+  EXPECT_EQ(refusal("[lens1]\nvignette = [1, 2, 3]"),
+            "cam.toml: line 2: lens1.vignette must be a list of 2 numbers, -10 to 10");
+  EXPECT_EQ(refusal("[lens1]\ngain = [1, 0, 1]"), "cam.toml: line 2: lens1.gain must be a list of 3 numbers, 0.25 to 4");
+  EXPECT_EQ(refusal("baseline = -0.1"), "cam.toml: line 1: baseline must be a number, 0 to 10");
+}
 
 TEST(Profile, ValuesOfTheWrongKindAreToldWithTheirLine) {
   EXPECT_EQ(refusal("[lens0]\ncx = 'left'\n"), "cam.toml: line 2: lens0.cx must be a number, -100000 to 100000");
@@ -92,10 +115,10 @@ TEST(Profile, ValuesOfTheWrongKindAreToldWithTheirLine) {
 }
 
 TEST(Profile, ValuesOutOfRangeAreToldWithTheirLine) {
-  for (const char* text :
-       {"width = 63", "width = 1000000", "width = 100", "[lens0]\np = 0", "[lens0]\np = nan", "[lens1]\np = -inf",
-        "[lens0]\nfov = 90", "[lens0]\nmount = 45", "[lens1]\nyaw = 46", "[lens1]\nroll = -200", "[blend]\nfeather = -2",
-        "[blend]\npyr_level = 0", "[seam]\ninv_scale = 0.5", "[picture]\nwidth = 4", "[blend]\nfeather = 99999999999"}) {
+  for (const char* text : {"width = 63", "width = 1000000", "width = 100", "[lens0]\np = 0", "[lens0]\np = nan",
+                           "[lens1]\np = -inf", "[lens0]\nfov = 90", "[lens0]\nmount = 45", "[lens1]\nyaw = 46",
+                           "[lens0]\npitch = -46", "[lens1]\nroll = -200", "[blend]\nfeather = -2", "[blend]\npyr_level = 0",
+                           "[seam]\ninv_scale = 0.5", "[picture]\nwidth = 4", "[blend]\nfeather = 99999999999"}) {
     const std::string line = refusal(text);
     EXPECT_EQ(line.rfind("cam.toml: line ", 0), 0u) << line;
   }

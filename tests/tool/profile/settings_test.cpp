@@ -6,8 +6,15 @@ namespace biseam::profile {
 namespace {
 
 TEST(Settings, ValuesThatAreSetReplaceOthers) {
-  LensSettings base{.cx = 1, .cy = 2, .p = {}, .fov = 190, .mount = {}, .yaw = {}, .pitch = {}, .roll = {}};
+  LensSettings base;
+  base.cx = 1;
+  base.cy = 2;
+  base.k = {1, 2, 3};
+  base.fov = 190;
+  base.gain = {1, 2, 1};
   LensSettings over;
+  over.k = {0, 0, 1};
+  over.vignette = {4, 5};
   over.cy = 5;
   over.p = 7;
   replace_settings(base, over);
@@ -15,6 +22,9 @@ TEST(Settings, ValuesThatAreSetReplaceOthers) {
   EXPECT_EQ(base.cy, 5);
   EXPECT_EQ(base.p, 7);
   EXPECT_EQ(base.fov, 190);
+  EXPECT_EQ(base.k, (std::array{0.0, 0.0, 1.0}));
+  EXPECT_EQ(base.vignette, (std::array{4.0, 5.0}));
+  EXPECT_EQ(base.gain, (std::array{1.0, 2.0, 1.0}));
   EXPECT_FALSE(base.mount);
 }
 
