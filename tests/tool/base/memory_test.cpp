@@ -4,7 +4,7 @@
 
 #include <limits>
 
-#include "stitch/job_memory.hpp"
+#include "stitch/frames_in_memory.hpp"
 #include "tool/support/scratch_folder.hpp"
 
 namespace biseam::tool {
@@ -48,16 +48,12 @@ TEST_F(Memory, of_the_older_kind_of_groups_counts) {
   EXPECT_EQ(available(), 700u);
 }
 
-TEST_F(Memory, bounds_the_jobs_and_leaves_one) {
-  StitchConfig config = {};
-  config.out_w[0] = 3840;
-  config.out_h[0] = config.in_h = config.in_w = 1920;
-  const std::uint64_t one = job_bytes(config);
-  EXPECT_GT(one, 100u << 20);
-  EXPECT_LT(one, 300u << 20);
-  EXPECT_EQ(jobs_that_fit(64, config, 100 * one), 64);
-  EXPECT_EQ(jobs_that_fit(64, config, 10 * one), 10);
-  EXPECT_EQ(jobs_that_fit(64, config, 0), 1);
+TEST_F(Memory, bounds_the_frames_that_wait_and_leaves_one) {
+  constexpr std::uint64_t kFrame = 25u << 20;
+  EXPECT_EQ(frames_that_may_wait(kFrame, std::numeric_limits<std::uint64_t>::max()), 3u);
+  EXPECT_EQ(frames_that_may_wait(kFrame, 5 * kFrame), 2u);
+  EXPECT_EQ(frames_that_may_wait(kFrame, kFrame), 1u);
+  EXPECT_EQ(frames_that_may_wait(kFrame, 0), 1u);
 }
 
 }  // namespace

@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <numbers>
 
+#include "biseam/stitcher.hpp"
 #include "picture/encode.hpp"
 #include "picture/read_picture.hpp"
 #include "picture/write_picture.hpp"
+#include "setup/exact_config.hpp"
 #include "tool/support/process.hpp"
 #include "tool/support/scratch_folder.hpp"
 #include "tool/support/sphere.hpp"
@@ -57,6 +60,9 @@ Nv12 side_by_side(const Nv12& left, const Nv12& right) {
 // A pair of 320 x 320 whose circles of 195 degrees just fit.
 FisheyeView usual_view() { return {320, 320, 159.5, 159.5, 160 / test::radians(97.5)}; }
 
+// The largest at which the exact engine finds all it reads within pictures of 320 x 320.
+double fitting_scale() { return 93; }
+
 std::string usual_pair() { return bytes_of(side_by_side(paint_fisheye(usual_view(), 0), paint_fisheye(usual_view(), 1))); }
 
 Nv12 panorama_from(const std::string& raw) {
@@ -65,19 +71,119 @@ Nv12 panorama_from(const std::string& raw) {
   return read_picture(folder / "p.nv12", Size{kWidth, kWidth / 2});
 }
 
-void expect_painted_sphere(const std::string& raw) {
+// Roots of mean squares and the worst single sample, in code values.
+void expect_close(const std::string& raw, const Nv12& truth, double mean, int worst) {
   ASSERT_EQ(raw.size(), nv12_bytes({kWidth, kWidth / 2}));
-  const Nv12 got = panorama_from(raw), truth = paint_panorama(kWidth);
-  EXPECT_LE(test::difference(got.luma, truth.luma), 1.2);
-  EXPECT_LE(test::difference(got.chroma, truth.chroma), 1.2);
-  EXPECT_LE(test::worst_difference(got.luma, truth.luma), 8);
-  EXPECT_LE(test::worst_difference(got.chroma, truth.chroma), 8);
+  const Nv12 got = panorama_from(raw);
+  EXPECT_LE(test::difference(got.luma, truth.luma), mean);
+  EXPECT_LE(test::difference(got.chroma, truth.chroma), mean);
+  EXPECT_LE(test::worst_difference(got.luma, truth.luma), worst);
+  EXPECT_LE(test::worst_difference(got.chroma, truth.chroma), worst);
 }
+
+// Rounding the fisheyes and the panorama alone makes 0.41.
+void expect_painted_sphere(const std::string& raw) { expect_close(raw, paint_panorama(kWidth), 0.5, 3); }
 
 TEST(StitchCommand, SideBySideThroughPipesGivesTheSphereBack) {
   const Finished finished = stitch({"-", "--size", "640x320", "-o", "-"}, usual_pair());
   EXPECT_EQ(finished.exit_code, 0) << finished.err;
   expect_painted_sphere(finished.out);
+}
+
+// A view that keeps the exact engine's tables inside its picture.
+FisheyeView fitting_view() { return {320, 320, 159.5, 159.5, fitting_scale()}; }
+
+std::string fitting_pair() {
+  return bytes_of(side_by_side(paint_fisheye(fitting_view(), 0), paint_fisheye(fitting_view(), 1)));
+}
+
+std::vector<std::string> fitting_options(std::vector<std::string> more) {
+  const std::string p = std::to_string(fitting_scale());
+  std::vector<std::string> all = {"-", "--size", "640x320", "-o", "-", "--p0", p, "--p1", p};
+  all.insert(all.end(), more.begin(), more.end());
+  return all;
+}
+
+// Its columns and rows look one end of a pixel on, and it rounds more often.
+TEST(StitchCommand, TheExactEngineGivesTheSphereToo) {
+  const Finished finished = stitch(fitting_options({"--engine", "exact"}), fitting_pair());
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  expect_close(finished.out, paint_panorama(kWidth, 1), 1.2, 8);
+}
+
+// A host of the library that fills in the same configuration gets the same bytes.
+TEST(StitchCommand, TheExactEnginesBytesAreTheLibrarys) {
+  tool::Setup setup;
+  setup.camera = biseam_camera_of(320, 320, 195);
+  for (BiseamLens& lens : setup.camera.lens) lens.p = std::stod(std::to_string(fitting_scale()));
+  setup.width = kWidth;
+  Result<Stitcher> stitcher = Stitcher::create(exact_config(setup, BISEAM_NV12));
+  ASSERT_TRUE(stitcher) << stitcher.error().text();
+  const Nv12 lens[2] = {paint_fisheye(fitting_view(), 0), paint_fisheye(fitting_view(), 1)};
+  Nv12 panorama(kWidth, kWidth / 2);
+  ASSERT_FALSE(
+      stitcher->process({lens[0].luma, lens[0].chroma}, {lens[1].luma, lens[1].chroma}, {panorama.luma, panorama.chroma}));
+  EXPECT_TRUE(stitch(fitting_options({"--engine", "exact"}), fitting_pair()).out == bytes_of(panorama));
+}
+
+TEST(StitchCommand, WhatDoesNotFitTheExactEngineIsOneLine) {
+  const auto refused = [](const std::vector<std::string>& more) { return stitch(fitting_options(more), fitting_pair()); };
+  expect_refusal(refused({"--engine", "exact", "--width", "1280"}), 5, "--engine exact: pictures are as high as the panorama");
+  expect_refusal(refused({"--engine", "exact", "--turn1", "1,0,0"}), 5, "--engine exact: lens 1 is turned");
+  expect_refusal(refused({"--engine", "exact", "--mount0", "180"}), 5, "--engine exact: the picture of lens 0 is not upright");
+  // Its own words for circles that leave the picture.
+  const std::string p = std::to_string(usual_view().p * 1.1);
+  expect_refusal(
+      stitch({"-", "--size", "640x320", "-o", "-", "--p0", p, "--p1", p, "--engine", "exact", "--feather", "8"}, usual_pair()),
+      5, "picture");
+}
+
+// Turning the panorama turns what it shows, not what it is made of.
+TEST(StitchCommand, ALookTurnsThePanorama) {
+  const auto seen = [](const char* look) {
+    const Finished finished = stitch(fitting_options({"--look", look}), fitting_pair());
+    EXPECT_EQ(finished.exit_code, 0) << finished.err;
+    return finished.out;
+  };
+  const auto turned = [](double yaw, double pitch, double roll) {
+    return test::paint_picture(kWidth, kWidth / 2, [=](double x, double y) {
+      const double longitude = (x + 0.5) * 2 * std::numbers::pi / kWidth - std::numbers::pi;
+      const double latitude = -std::numbers::pi / 2 + (y + 0.5) * 2 * std::numbers::pi / kWidth;
+      const test::Vector d = {std::sin(longitude) * std::cos(latitude), std::sin(latitude),
+                              std::cos(longitude) * std::cos(latitude)};
+      const test::Vector v = test::rotate(d, yaw, pitch, roll);
+      return test::Vector{-v[0], v[1], -v[2]};  // the middle is lens 1's, paint counts from lens 0
+    });
+  };
+  EXPECT_TRUE(seen("0,0,0") == seen("360,0,0"));
+  expect_close(seen("0,0,0"), turned(0, 0, 0), 0.5, 3);
+  expect_close(seen("37,0,0"), turned(37, 0, 0), 0.5, 3);
+  expect_close(seen("-100,50,20"), turned(-100, 50, 20), 0.5, 3);
+  expect_close(seen("0,90,-15.5"), turned(0, 90, -15.5), 0.5, 3);
+}
+
+TEST(StitchCommand, QualitiesDiffer) {
+  const auto made = [](const char* quality) { return stitch(fitting_options({"--quality", quality}), fitting_pair()).out; };
+  const std::string good = made("good");
+  EXPECT_TRUE(stitch(fitting_options({}), fitting_pair()).out == good);
+  for (const char* other : {"fast", "best"}) {
+    EXPECT_FALSE(made(other) == good);
+    expect_close(made(other), paint_panorama(kWidth), 0.6, 3);
+  }
+}
+
+TEST(StitchCommand, TheLayoutIsToldByTheShape) {
+  const Nv12 left = paint_fisheye(fitting_view(), 0), right = paint_fisheye(fitting_view(), 1);
+  const auto raw = [](const Nv12& picture) { return bytes_of(picture); };
+  const std::string luma = raw(left).substr(0, left.luma.size()) + raw(right).substr(0, right.luma.size());
+  const std::string stacked = luma + raw(left).substr(left.luma.size()) + raw(right).substr(right.luma.size());
+  const std::string p = std::to_string(fitting_scale());
+  const std::vector<std::string> upright = {"-", "--size", "320x640", "-o", "-", "--p0", p, "--p1", p};
+  const std::string expected = stitch(fitting_options({}), fitting_pair()).out;
+  EXPECT_TRUE(stitch(upright, stacked).out == expected);
+  std::vector<std::string> wrong = upright;
+  wrong.insert(wrong.end(), {"--layout", "side-by-side"});
+  EXPECT_EQ(stitch(wrong, stacked).exit_code, 5);
 }
 
 TEST(StitchCommand, WhatWasAssumedIsToldOnStandardError) {
@@ -192,14 +298,13 @@ TEST(StitchCommand, AProfileIsScaledToPictureAndWidth) {
   expect_painted_sphere(finished.out);
 }
 
-TEST(StitchCommand, ACroppedCircleIsStitchedAndTold) {
+// A circle that the picture cuts off before the plane between the lenses leaves directions that no lens sees.
+TEST(StitchCommand, LensesThatDontOverlapAllRoundAreRefused) {
   FisheyeView view{320, 280, 159.5, 139.5, 160 / test::radians(97.5)};
   const std::string pair = bytes_of(side_by_side(paint_fisheye(view, 0), paint_fisheye(view, 1)));
   const std::string p = std::to_string(view.p);
   const Finished finished = stitch({"-", "--size", "640x280", "-o", "-", "--width", "640", "--p0", p, "--p1", p}, pair);
-  EXPECT_EQ(finished.exit_code, 0) << finished.err;
-  EXPECT_EQ(finished.out.size(), nv12_bytes({kWidth, kWidth / 2}));
-  EXPECT_NE(finished.err.find("beyond the picture's edge"), std::string::npos) << finished.err;
+  expect_refusal(finished, 5, "overlap is -4.69 degrees: each lens must see 1 or more beyond the plane between them");
 }
 
 TEST(StitchCommand, EveryKindOfFileIsWritten) {
@@ -334,8 +439,8 @@ TEST(StitchCommand, NamesFromFilesReachTheTerminalEscaped) {
 }
 
 TEST(StitchCommand, SettingsTheEngineRefusesAreToldInItsWords) {
-  const std::string p = std::to_string(usual_view().p);
-  const std::vector<std::string> usual = {"-", "--size", "640x320", "-o", "-", "--p0", p, "--p1", p};
+  const std::string p = std::to_string(fitting_scale());
+  const std::vector<std::string> usual = {"-", "--size", "640x320", "-o", "-", "--p0", p, "--p1", p, "--engine", "exact"};
   const auto with = [&](std::vector<std::string> more) {
     more.insert(more.begin(), usual.begin(), usual.end());
     return stitch(more, usual_pair());
@@ -369,6 +474,15 @@ TEST(StitchCommand, AWrongCommandLineIsOneLine) {
       {{"a.png", "-o", out, "--turn1", "1,2,x"}, "--turn1"},
       {{"a.png", "-o", out, "--turn1", "1,2,90"}, "--turn1"},
       {{"a.png", "-o", out, "--feather", "-4"}, "--feather"},
+      {{"a.png", "-o", out, "--layout", "round"}, "--layout"},
+      {{"a.png", "-o", out, "--engine", "steam"}, "--engine"},
+      {{"a.png", "-o", out, "--quality", "bad"}, "--quality: must be fast, good or best"},
+      {{"a.png", "-o", out, "--look", "1,2"}, "--look"},
+      {{"a.png", "-o", out, "--feather", "8"}, "--feather: only for --engine exact"},
+      {{"a.png", "-o", out, "--pyr-level", "3"}, "--pyr-level: only for --engine exact"},
+      {{"a.png", "-o", out, "--engine", "exact", "--quality", "best"}, "--quality: not for --engine exact"},
+      {{"a.png", "-o", out, "--engine", "exact", "--look", "1,2,3"}, "--look: not for --engine exact"},
+      {{"a.mp4", "-o", folder / "out.mp4", "--engine", "exact", "--jobs", "2"}, "--jobs: not for --engine exact"},
       {{"a.png", "-o", out, "--inv-scale", "0"}, "--inv-scale"},
       {{"a.nv12", "-o", out}, "a.nv12"},
       {{"-", "-", "-o", out}, "standard input"},
@@ -382,10 +496,12 @@ TEST(StitchCommand, AWrongCommandLineIsOneLine) {
   EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.nv12"}));
 }
 
-TEST(StitchCommand, ASmallPictureIsToldAboutItsSize) {
-  const std::string p = std::to_string(32 / test::radians(97.5));
-  expect_refusal(stitch({"-", "--size", "128x64", "-o", "-", "--p0", p, "--p1", p}, std::string(nv12_bytes({128, 64}), 'x')), 5,
-                 "a panorama of 128 columns is too small");
+TEST(StitchCommand, SmallPicturesAreStitchedToo) {
+  const FisheyeView view{64, 64, 31.5, 31.5, 32 / test::radians(97.5)};
+  const std::string pair = bytes_of(side_by_side(paint_fisheye(view, 0), paint_fisheye(view, 1)));
+  const Finished finished = stitch({"-", "--size", "128x64", "-o", "-"}, pair);
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  EXPECT_EQ(finished.out.size(), nv12_bytes({128, 64}));
 }
 
 TEST(StitchCommand, AnOddHalfIsRefused) {

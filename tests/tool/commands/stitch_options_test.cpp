@@ -36,7 +36,7 @@ TEST(StitchOptions, AClipsTextsBecomeNumbers) {
   EXPECT_EQ(job.part.from, 62000000);
   EXPECT_EQ(job.part.to, 63500000);
   EXPECT_EQ(job.offset, -500000);
-  EXPECT_EQ(job.jobs, 3);
+  EXPECT_EQ(job.source.engine.threads, 3);
   EXPECT_EQ(job.encoder.crf, 20);
   EXPECT_EQ(job.raw_kind, RawKind::y4m);
 }
@@ -47,7 +47,10 @@ TEST(StitchOptions, WhatIsNotGivenHasAUsualValue) {
   options.output = "out.mp4";
   const ClipJob job = clip_job(options);
   EXPECT_FALSE(job.source.raw_size || job.part.from || job.part.to || job.part.frames || job.encoder.crf);
-  EXPECT_EQ(job.jobs, usual_jobs());
+  EXPECT_EQ(job.source.layout, Layout::automatic);
+  EXPECT_EQ(job.source.engine.kind, EngineKind::ring);
+  EXPECT_EQ(job.source.engine.quality, BISEAM_QUALITY_GOOD);
+  EXPECT_EQ(job.source.engine.threads, 0);
   EXPECT_EQ(job.seam_hold, 1);
   EXPECT_EQ(job.offset, 0);
   EXPECT_EQ(job.encoder.name, "libx264");
@@ -65,6 +68,31 @@ TEST(StitchOptions, TimesAndRatesThatCantBeAreRefused) {
   options = raw_clip();
   options.video.rate = "";
   EXPECT_EQ(refusal(options), "--rate: raw frames of a clip need their rate");
+}
+
+TEST(StitchOptions, ALookIsThreeAngles) {
+  StitchOptions options = raw_clip();
+  options.look = "-90,12.5,360";
+  check_stitch_options(options);
+  const BiseamTurn look = clip_job(options).source.engine.look;
+  EXPECT_EQ(look.yaw, -90);
+  EXPECT_EQ(look.pitch, 12.5);
+  EXPECT_EQ(look.roll, 360);
+  for (const char* wrong : {"1,2", "1,2,3,4", "1,2,361", "1,2,nan", "a,b,c", "1;2;3"}) {
+    options.look = wrong;
+    EXPECT_EQ(test::failure_of([&] { check_stitch_options(options); }).second,
+              "--look: '" + options.look + "': 3 numbers of -360 to 360 with commas between are wanted");
+  }
+}
+
+TEST(StitchOptions, WhatTheOtherEngineKnowsIsRefused) {
+  StitchOptions options = raw_clip();
+  options.given_exact = "--feather";
+  EXPECT_EQ(test::failure_of([&] { check_stitch_options(options); }).second, "--feather: only for --engine exact");
+  options.engine.kind = EngineKind::exact;
+  check_stitch_options(options);
+  options.given_ring = "--look";
+  EXPECT_EQ(test::failure_of([&] { check_stitch_options(options); }).second, "--look: not for --engine exact");
 }
 
 TEST(StitchOptions, APicturesNamesAreTakenOver) {

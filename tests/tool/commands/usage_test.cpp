@@ -52,7 +52,7 @@ TEST(Usage, SurplusArgumentsAreNamed) {
 
 TEST(Usage, NamesOfChoicesAreTold) {
   EXPECT_EQ(said({"stitch", "a.png", "-o", "b.png", "--layout", "up"}),
-            "biseam: --layout: must be side-by-side or top-bottom\n");
+            "biseam: --layout: must be auto, side-by-side or top-bottom\n");
 }
 
 TEST(Usage, TheVersionIsPrinted) {

@@ -95,8 +95,7 @@ class MetadataOf : public testing::TestWithParam<const char*> {
   }
 
   static Finished stitch(std::vector<std::string> arguments, const std::string& input = "") {
-    arguments.insert(arguments.begin(),
-                     {BISEAM_TOOL, "stitch", "--width", std::to_string(kWidth), "--feather", "4", "--no-search"});
+    arguments.insert(arguments.begin(), {BISEAM_TOOL, "stitch", "--width", std::to_string(kWidth), "--no-search"});
     const Finished finished = test::run(std::move(arguments), input);
     EXPECT_EQ(finished.exit_code, 0) << finished.err;
     return finished;

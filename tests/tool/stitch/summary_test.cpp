@@ -1,7 +1,7 @@
 // What a run tells about itself.
 #include <gtest/gtest.h>
 
-#include "stitch/seam_path.hpp"
+#include "stitch/seams.hpp"
 #include "stitch/summary.hpp"
 #include "tool/support/clip_maker.hpp"
 #include "tool/support/run_clip.hpp"

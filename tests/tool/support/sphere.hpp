@@ -76,10 +76,11 @@ inline tool::Nv12 paint_fisheye(const FisheyeView& view, int index) {
   return picture;
 }
 
-inline tool::Nv12 paint_panorama(int width) {
+// shift: from a pixel's index to where it looks; half a pixel is its middle.
+inline tool::Nv12 paint_panorama(int width, double shift = 0.5) {
   return paint_picture(width, width / 2, [&](double x, double y) {
-    const double longitude = (x + 1) * 2 * std::numbers::pi / width;
-    const double latitude = -std::numbers::pi / 2 + (y + 1) * 2 * std::numbers::pi / width;
+    const double longitude = (x + shift) * 2 * std::numbers::pi / width;
+    const double latitude = -std::numbers::pi / 2 + (y + shift) * 2 * std::numbers::pi / width;
     return Vector{std::sin(longitude) * std::cos(latitude), std::sin(latitude), std::cos(longitude) * std::cos(latitude)};
   });
 }

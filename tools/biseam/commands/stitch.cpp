@@ -61,12 +61,24 @@ int stitch(StitchOptions& options) {
   return int(ExitCode::done);
 }
 
-// The number of the layout in place of its name, as the option parser reads enumerations.
-std::string name_layout(std::string& text) {
-  if (text != "side-by-side" && text != "top-bottom") return "must be side-by-side or top-bottom";
-  text = std::to_string(int(text == "side-by-side" ? Layout::side_by_side : Layout::top_bottom));
-  return "";
+// The number of a name in place of it, as the option parser reads enumerations.
+CLI::Validator one_of(std::vector<std::string> names) {
+  const auto number = [names = std::move(names)](std::string& text) -> std::string {
+    const auto found = std::find(names.begin(), names.end(), text);
+    if (found == names.end()) {
+      std::string rule = "must be " + names.front();
+      for (std::size_t k = 1; k < names.size(); ++k) rule += (k + 1 < names.size() ? ", " : " or ") + names[k];
+      return rule;
+    }
+    text = std::to_string(found - names.begin());
+    return "";
+  };
+  return CLI::Validator(number, "");
 }
+
+// What only one of the engines knows, whatever the group it is listed in.
+constexpr const char* kRingOptions[] = {"--quality", "--look", "--jobs"};
+constexpr const char* kExactGroup = "Seams and blend of the exact engine (in columns of the panorama)";
 
 void add_camera_options(CLI::App& command, StitchOptions& options) {
   profile::CameraSettings& settings = options.settings;
@@ -84,22 +96,38 @@ void add_camera_options(CLI::App& command, StitchOptions& options) {
   add("--turn1", options.turn, "YAW,PITCH,ROLL", "of lens 1 against lens 0, degrees: right, up, clockwise");
 }
 
-void add_blend_options(CLI::App& command, profile::BlendSettings& blend) {
-  const char* const group = "Seams and blend (in columns of the panorama)";
-  const auto add = [&](const char* name, auto& value, const char* type, const char* text) {
-    command.add_option(name, value, text)->type_name(type)->group(group);
-  };
+void add_engine_options(CLI::App& command, StitchOptions& options) {
+  const char* const group = "Engine";
+  command
+      .add_option("--engine", options.engine.kind,
+                  "the sharpest picture of any camera (ring), or what hosts of the C interface get")
+      ->type_name("ring|exact")
+      ->group(group)
+      ->transform(one_of({"ring", "exact"}));
+  command.add_option("--quality", options.engine.quality, "bilinear, 4 x 4 or 6 x 6 samples (good)")
+      ->type_name("fast|good|best")
+      ->group(group)
+      ->transform(one_of({"fast", "good", "best"}));
+  command.add_option("--look", options.look, "where the panorama's middle looks, degrees: right, up, clockwise (0,0,0)")
+      ->type_name("YAW,PITCH,ROLL")
+      ->group(group);
   const auto add_switch = [&](const char* name, bool value, const char* text) {
     command
         .add_flag_callback(
-            name, [&blend, value] { blend.search = value; }, text)
+            name, [&options, value] { options.settings.blend.search = value; }, text)
         ->group(group);
+  };
+  add_switch("--search", true, "search a seam where both lenses see (default)");
+  add_switch("--no-search", false, "cut straight instead");
+}
+
+void add_exact_options(CLI::App& command, profile::BlendSettings& blend) {
+  const auto add = [&](const char* name, auto& value, const char* type, const char* text) {
+    command.add_option(name, value, text)->type_name(type)->group(kExactGroup);
   };
   add("--feather", blend.feather, "COLUMNS", "overlap on each side of a seam (by the overlap there is)");
   add("--trans-width", blend.trans_width, "COLUMNS", "transition of the blend (2 x feather)");
   add("--pyr-level", blend.pyr_level, "LEVELS", "levels of the blend (by its width)");
-  add_switch("--search", true, "search a seam through each overlap (default)");
-  add_switch("--no-search", false, "cut straight instead");
   add("--findpath-width", blend.findpath_width, "COLUMNS", "strip that is searched (2 x feather)");
   add("--inv-scale", blend.inv_scale, "FACTOR", "by which the search shrinks its pictures (by the width)");
 }
@@ -117,24 +145,32 @@ void add_video_options(CLI::App& command, VideoOptions& video) {
   add("--format", video.format, "y4m|nv12", "of frames on standard output (nv12)")->check(CLI::IsMember({"y4m", "nv12"}));
   add("--rate", video.rate, "FPS", "of raw NV12 input, which then is a clip");
   add("--offset", video.offset, "SECONDS", "added to the times of the second clip");
-  add("--jobs", video.jobs, "N", "frames stitched at once (half the processors, at most 4); holds 2N + 1 frames in memory")
-      ->check(in_range(1, 64));
+  add("--jobs", video.jobs, "N", "threads that stitch (one for each processor)")->check(in_range(1, 64));
   add("--from", video.from, "TIME", "first moment stitched, seconds or [HH:]MM:SS[.frac]; times of the result count from it");
   add("--to", video.to, "TIME", "first moment not stitched any more");
   add("--frames", video.frames, "N", "at most so many frames")->check(in_range(1, kMostFrames));
-  add("--seam-hold", video.seam_hold, "N", "search the seams in every N-th frame of the clip and keep them between (1)")
+  add("--seam-hold", video.seam_hold, "N", "search the seam in every N-th frame of the clip and keep it between (1)")
       ->check(in_range(1, 1000000));
   add("--json", video.json, "FILE", "write a summary of the run as one JSON object; - is standard output");
   command.add_flag("--drop-streams", video.drop_streams, "leave out streams that the output can't hold")->group(kVideoGroup);
   command.add_flag("--strict", video.strict, "stop at damage in place of repeating the previous frame")->group(kVideoGroup);
 }
 
-// One of the options that only clips have.
-std::string given_video_option(const CLI::App& command) {
+// One of the options that are given and of a kind; empty when there is none.
+template <class IsOfKind>
+std::string given_option(const CLI::App& command, IsOfKind is_of_kind) {
   for (const CLI::Option* option : command.get_options()) {
-    if (option->get_group() == kVideoGroup && option->count() > 0) return option->get_name();
+    if (option->count() > 0 && is_of_kind(*option)) return option->get_name();
   }
   return "";
+}
+
+void note_given(const CLI::App& command, StitchOptions& options) {
+  options.video.given = given_option(command, [](const CLI::Option& o) { return o.get_group() == kVideoGroup; });
+  options.given_exact = given_option(command, [](const CLI::Option& o) { return o.get_group() == kExactGroup; });
+  options.given_ring = given_option(command, [](const CLI::Option& o) {
+    return std::find(std::begin(kRingOptions), std::end(kRingOptions), o.get_name()) != std::end(kRingOptions);
+  });
 }
 
 }  // namespace
@@ -154,21 +190,22 @@ void add_stitch_command(CLI::App& app, int& exit_code) {
   add("-o,--output", options->output, "FILE",
       "picture: .png, .jpg; clip: .mp4, .mov, .mkv, .y4m; raw frames: .nv12, or - for standard output")
       ->required();
-  add("--layout", options->layout, "side-by-side|top-bottom", "of one input with both circles (side-by-side)")
-      ->transform(CLI::Validator(name_layout, ""));
+  add("--layout", options->layout, "auto|side-by-side|top-bottom", "of one input with both circles (by its shape)")
+      ->transform(one_of({"auto", "side-by-side", "top-bottom"}));
   add("--size", options->size, "WIDTHxHEIGHT", "of raw NV12 input");
   add("--camera", options->camera, "FILE", "profile of the camera (TOML)");
   add("--width", options->settings.width, "COLUMNS",
       "of the panorama, a multiple of 8 (the profile's, or twice a picture's height)");
-  add("--show-seams", options->show_seams, "FILE", "also write the picture with bands and seams painted over it");
-  add("--seam-layer", options->seam_layer, "FILE", "also write bands and seams alone, on transparent ground (.png)");
+  add("--show-seams", options->show_seams, "FILE", "also write the picture with the joined zone and its seams painted over it");
+  add("--seam-layer", options->seam_layer, "FILE", "also write that zone and the seams alone, on transparent ground (.png)");
   command->add_flag("!--no-360-metadata", options->metadata_360,
                     "don't mark the result (and the picture of --show-seams) as a spherical panorama");
   add_camera_options(*command, *options);
-  add_blend_options(*command, options->settings.blend);
+  add_engine_options(*command, *options);
+  add_exact_options(*command, options->settings.blend);
   add_video_options(*command, options->video);
   command->callback([options, command, &exit_code] {
-    options->video.given = given_video_option(*command);
+    note_given(*command, *options);
     exit_code = stitch(*options);
   });
 }

@@ -12,15 +12,17 @@ namespace {
 
 using namespace profile;
 
+constexpr Limits kLookLimits{-360, 360};
+
 [[noreturn]] void refuse_value(const std::string& option, const std::string& rule) {
   throw Failure(ExitCode::usage, option + ": " + rule);
 }
 
 std::string range_text(Limits limits) { return std::to_string(int(limits.low)) + " to " + std::to_string(int(limits.high)); }
 
-// "1.5,-2" into the given places.
-void parse_numbers(const std::string& option, const std::string& text, std::vector<std::optional<double>*> places,
-                   Limits limits) {
+// "1.5,-2" into the given places, which hold numbers, or may.
+template <class Place>
+void parse_numbers(const std::string& option, const std::string& text, std::vector<Place*> places, Limits limits) {
   const char *at = text.data(), *const end = at + text.size();
   for (std::size_t k = 0; k < places.size(); ++k) {
     double value = 0;
@@ -44,14 +46,22 @@ void check_limits(const char* option, const std::optional<T>& value, Limits limi
 
 void check_lens(LensSettings& lens, const std::string& centre, char digit) {
   const std::string index(1, digit);
-  if (!centre.empty()) parse_numbers("--centre" + index, centre, {&lens.cx, &lens.cy}, kCentreLimits);
+  if (!centre.empty()) parse_numbers<std::optional<double>>("--centre" + index, centre, {&lens.cx, &lens.cy}, kCentreLimits);
   check_limits(("--p" + index).c_str(), lens.p, kScaleLimits);
   check_limits("--fov", lens.fov, kFovLimits);
   if (lens.mount && !is_quarter_turn(*lens.mount)) refuse_value("--mount" + index, "must be 0, 90, 180 or 270");
 }
 
+void check_engine(StitchOptions& options) {
+  const bool is_exact = options.engine.kind == EngineKind::exact;
+  const std::string& misplaced = is_exact ? options.given_ring : options.given_exact;
+  if (!misplaced.empty()) refuse_value(misplaced, is_exact ? "not for --engine exact" : "only for --engine exact");
+  BiseamTurn& look = options.engine.look;
+  if (!options.look.empty()) parse_numbers<double>("--look", options.look, {&look.yaw, &look.pitch, &look.roll}, kLookLimits);
+}
+
 StitchSource source_of(const StitchOptions& options) {
-  StitchSource source{options.inputs, options.layout, std::nullopt, options.camera, options.settings};
+  StitchSource source{options.inputs, options.layout, std::nullopt, options.camera, options.settings, options.engine};
   if (!options.size.empty()) source.raw_size = parse_size(options.size);
   return source;
 }
@@ -78,7 +88,10 @@ void check_stitch_options(StitchOptions& options) {
   settings.lens[1].fov = settings.lens[0].fov;
   for (int k = 0; k < 2; ++k) check_lens(settings.lens[k], options.centre[k], char('0' + k));
   LensSettings& lens1 = settings.lens[1];
-  if (!options.turn.empty()) parse_numbers("--turn1", options.turn, {&lens1.yaw, &lens1.pitch, &lens1.roll}, kTurnLimits);
+  if (!options.turn.empty()) {
+    parse_numbers<std::optional<double>>("--turn1", options.turn, {&lens1.yaw, &lens1.pitch, &lens1.roll}, kTurnLimits);
+  }
+  check_engine(options);
   if (settings.width && !is_panorama_width(*settings.width)) refuse_value("--width", "must be a multiple of 8, 64 to 16384");
   check_limits("--feather", settings.blend.feather, kColumnLimits);
   check_limits("--trans-width", settings.blend.trans_width, kColumnLimits);
@@ -109,7 +122,7 @@ ClipJob clip_job(const StitchOptions& options) {
   }
   if (!video.offset.empty()) job.offset = parse_time("--offset", video.offset);
   job.strict = video.strict;
-  job.jobs = video.jobs.value_or(job.jobs);
+  job.source.engine.threads = video.jobs.value_or(0);
   job.seam_hold = video.seam_hold;
   job.output = options.output;
   job.json = video.json;

@@ -26,8 +26,10 @@ struct VideoOptions {
 struct StitchOptions {
   std::vector<std::string> inputs;
   std::string output, size, camera, show_seams, seam_layer;
-  std::string centre[2], turn;
-  Layout layout = Layout::side_by_side;
+  std::string centre[2], turn, look;
+  Layout layout = Layout::automatic;
+  EngineOptions engine;
+  std::string given_ring, given_exact;  // one of the options that only the one engine has, with its dashes; empty: none
   bool metadata_360 = true;
   profile::CameraSettings settings;
   VideoOptions video;

@@ -1,29 +1,44 @@
 #include "picture/split.hpp"
 
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
+
 #include "base/failure.hpp"
+#include "media/pixel_format.hpp"
 
 namespace biseam::tool {
+namespace {
 
-std::pair<Nv12View, Nv12View> split(const Nv12View& picture, Layout layout, const std::string& name) {
-  const bool across = layout == Layout::side_by_side;
+// Bytes from the beginning of a row to the sample of a column that chroma shares.
+std::ptrdiff_t bytes_to(const AVPixFmtDescriptor& format, int plane, int column) {
+  for (int k = 0; k < format.nb_components; ++k) {
+    const bool is_chroma = k == 1 || k == 2;
+    if (format.comp[k].plane == plane) return (column >> (is_chroma ? format.log2_chroma_w : 0)) * format.comp[k].step;
+  }
+  return 0;
+}
+
+}  // namespace
+
+void split(const AVFrame& picture, Layout layout, const std::string& name, BiseamPicture (&halves)[2]) {
+  const bool across = layout == Layout::automatic ? picture.width >= picture.height : layout == Layout::side_by_side;
   const int side = across ? picture.width : picture.height;
   if (side % 4 != 0) {
     throw Failure(ExitCode::input, name + ": two circles " +
                                        (across ? "side by side need a width" : "one above the other need a height") +
                                        " divisible by 4, it is " + std::to_string(side));
   }
-  std::pair<Nv12View, Nv12View> halves{picture, picture};
-  Nv12View& second = halves.second;
-  if (across) {
-    halves.first.width = second.width = side / 2;
-    second.luma += side / 2;
-    second.chroma += side / 2;
-  } else {
-    halves.first.height = second.height = side / 2;
-    second.luma += side / 2 * picture.luma_stride;
-    second.chroma += side / 4 * picture.chroma_stride;
+  const AVPixFmtDescriptor& format = *av_pix_fmt_desc_get(AVPixelFormat(picture.format));
+  const int half = side / 2;
+  halves[0] = engine_picture(picture);
+  (across ? halves[0].width : halves[0].height) = half;
+  halves[1] = halves[0];
+  for (int plane = 0; plane < av_pix_fmt_count_planes(AVPixelFormat(picture.format)); ++plane) {
+    const int rows = half >> (plane > 0 ? format.log2_chroma_h : 0);
+    const std::ptrdiff_t bytes = across ? bytes_to(format, plane, half) : rows * halves[0].strides[plane];
+    halves[1].planes[plane] = static_cast<std::uint8_t*>(halves[1].planes[plane]) + bytes;
   }
-  return halves;
 }
 
 }  // namespace biseam::tool

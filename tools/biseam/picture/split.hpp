@@ -1,16 +1,21 @@
 #pragma once
 
 #include <string>
-#include <utility>
 
-#include "picture/picture.hpp"
+#include "biseam/panorama.h"
+#include "media/libav.hpp"
 
 namespace biseam::tool {
 
 // Where the two circles of one picture lie, lens 0 first.
-enum class Layout { side_by_side, top_bottom };
+enum class Layout {
+  automatic,  // side by side, but in pictures that are higher than wide one above the other
+  side_by_side,
+  top_bottom
+};
 
-// The two halves, views of the same planes.  Throws Failure (input) naming the file unless both halves have even sides.
-std::pair<Nv12View, Nv12View> split(const Nv12View& picture, Layout layout, const std::string& name);
+// The two halves, views of the same planes.  Throws Failure (input) naming the file unless both have whole chroma samples, and
+// even sides.
+void split(const AVFrame& picture, Layout layout, const std::string& name, BiseamPicture (&halves)[2]);
 
 }  // namespace biseam::tool

@@ -1,29 +1,29 @@
 // What a run of `biseam stitch` is to do, settled.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "base/size.hpp"
-#include "base/thread_count.hpp"
 #include "clip/read/part_reader.hpp"
 #include "clip/write/encoder.hpp"
 #include "clip/write/raw_writer.hpp"
 #include "picture/split.hpp"
 #include "profile/settings.hpp"
+#include "stitch/engine.hpp"
 
 namespace biseam::tool {
 
-// What is stitched, and by which camera.
+// What is stitched, by which camera and which engine.
 struct StitchSource {
   std::vector<std::string> files;  // one with both circles, or one for each lens; "-" is standard input
-  Layout layout = Layout::side_by_side;
+  Layout layout = Layout::automatic;
   std::optional<Size> raw_size;      // given: NV12 without a head
   std::string profile;               // path, or empty
   profile::CameraSettings settings;  // in place of the profile's values
+  EngineOptions engine;
 };
 
 struct PictureJob {
@@ -32,16 +32,13 @@ struct PictureJob {
   bool metadata_360 = true;
 };
 
-// Frames keep half the processors busy; each holds memory of its own.
-inline int usual_jobs() { return std::clamp(usual_threads() / 2, 1, 4); }
-
 struct ClipJob {
   StitchSource source;
   AVRational raw_rate{0, 1};  // frames per second of raw input
   std::int64_t offset = 0;    // microseconds, added to the times of the second clip
   PartRange part;
   bool strict = false;  // damage ends the run
-  int jobs = usual_jobs(), seam_hold = 1;
+  int seam_hold = 1;
   std::string output, json;  // json: empty where no summary is wanted
   EncoderSettings encoder;
   RawKind raw_kind = RawKind::nv12;  // where the output is no container

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "biseam/stitcher.hpp"
 #include "picture/picture.hpp"
+#include "stitch/seams.hpp"
 
 namespace biseam::tool {
 
-// Tints an overlap band and draws the line where the weights change sides.
-void draw_band(const BandView& band, Rgb& panorama);
+// Tints where the lenses are joined and draws the seams.  The picture has the map's size.
+void draw_seams(const SeamMap& map, Rgb& panorama);
 
 // The same on a picture that can be laid over a panorama.
-void draw_band(const BandView& band, Rgba& layer);
+void draw_seams(const SeamMap& map, Rgba& layer);
 
 }  // namespace biseam::tool

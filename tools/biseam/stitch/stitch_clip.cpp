@@ -6,30 +6,19 @@
 #include "base/interrupt.hpp"
 #include "base/memory.hpp"
 #include "base/replace_file.hpp"
-#include "camera/setup.hpp"
 #include "clip/write/clip_writer.hpp"
 #include "clip/write/raw_writer.hpp"
+#include "stitch/clip_run.hpp"
 #include "stitch/clip_source.hpp"
-#include "stitch/job_memory.hpp"
+#include "stitch/frames_in_memory.hpp"
 #include "stitch/progress.hpp"
-#include "stitch/stitch_pool.hpp"
 #include "stitch/summary.hpp"
 
 namespace biseam::tool {
 namespace {
 
-Setup clip_setup(const StitchSource& source, const FramePair& pair, const PairLayout& layout) {
-  Nv12 memory[2];
-  const auto views = lens_views(pair, layout, memory);
-  Setup setup = make_setup(source.profile, source.settings,
-                           {{views.first.width, views.first.height}, {views.second.width, views.second.height}});
-  adopt_strides(views, setup);
-  return setup;
-}
-
-ClipFacts facts_of(const ClipReader& clip, const FramePair& pair, const StitchConfig& config) {
-  const AVStream& stream = clip.stream();
-  return {{config.out_w[0], config.out_h[0]}, stream.time_base, clip.rate(), colour_of(*pair.picture[0], stream)};
+ClipFacts facts_of(const ClipReader& clip, const Colour& colour, Size size) {
+  return {size, clip.stream().time_base, clip.rate(), colour};
 }
 
 std::unique_ptr<FrameSink> open_sink(const ClipJob& job, const ClipFacts& facts, const PartReader& part) {
@@ -53,17 +42,26 @@ std::optional<std::int64_t> expected_frames(const PartReader& part, const PartRa
   return std::min(frames, range.frames.value_or(frames));
 }
 
-void stitch_all(StitchPool& pool, FrameSink& sink, Progress& progress, Summary& summary) {
-  Libav<AVFrame> panorama;
-  while (std::optional<StitchedFrame> frame = pool.next()) {
-    for (CopiedPacket& copied : frame->pair.packets) sink.copy(copied.clip, *copied.packet);
-    if (!frame->is_picture) continue;
-    if (frame->panorama) panorama = std::move(frame->panorama);
-    sink.write(*panorama, frame->pair.time, frame->pair.duration);
-    summary.count_frame(frame->seams);
-    progress.count(summary.frames());
+// Where a clip's panoramas go, and what is told of them.
+class PanoramaWriter {
+ public:
+  PanoramaWriter(FrameSink& sink, Progress& progress, Summary& summary) : sink_(sink), progress_(progress), summary_(summary) {}
+
+  void write(StitchedFrame frame) {
+    for (CopiedPacket& copied : frame.pair.packets) sink_.copy(copied.clip, *copied.packet);
+    if (!frame.is_picture) return;
+    if (frame.panorama) panorama_ = std::move(frame.panorama);
+    sink_.write(*panorama_, frame.pair.time, frame.pair.duration);
+    summary_.count_frame(frame.seams);
+    progress_.count(summary_.frames());
   }
-}
+
+ private:
+  FrameSink& sink_;
+  Progress& progress_;
+  Summary& summary_;
+  Libav<AVFrame> panorama_;  // the last one
+};
 
 void report(const RunReport& run, ReplacementFile* json_file) {
   tell_damage(run.clips);
@@ -74,42 +72,32 @@ void report(const RunReport& run, ReplacementFile* json_file) {
   json_file->commit();
 }
 
-// With as many frames at once as there is memory for.
-ClipJob within_memory(ClipJob job, const StitchConfig& config) {
-  const std::uint64_t bytes = available_memory();
-  const int fitting = jobs_that_fit(job.jobs, config, bytes);
-  if (fitting < job.jobs) {
-    notice("--jobs: the " + std::to_string(bytes >> 20) + " MiB of memory there are have room for " + std::to_string(fitting) +
-           " at once, not " + std::to_string(job.jobs));
-  }
-  job.jobs = fitting;
-  return job;
-}
-
 }  // namespace
 
 int stitch_clip(const ClipJob& job, std::unique_ptr<Container> first) {
   const InterruptWatch watch;
   ClipSource source(open_clips(job, std::move(first)), job);
   const FramePair& pair = source.first_picture();
-  const PairLayout layout{job.source.layout, source.clips().clip(0).container().name()};
-  const Setup setup = clip_setup(job.source, pair, layout);
-  const StitchConfig& config = setup.plan.config;
-  const std::unique_ptr<FrameSink> sink = open_sink(job, facts_of(source.clips().clip(0), pair, config), source.part());
+  const ClipReader& clip = source.clips().clip(0);
+  const Colour colour = colour_of(*pair.picture[0], clip.stream());
+  ClipStitcher stitcher(job, pair, clip.container().name(), colour);
+  const std::unique_ptr<FrameSink> sink = open_sink(job, facts_of(clip, colour, stitcher.size()), source.part());
   const std::string output_kind = sink->settings_text();
   std::unique_ptr<ReplacementFile> json_file;  // early, so that a wrong name costs no time
   if (!job.json.empty()) json_file = std::make_unique<ReplacementFile>(job.json);
-  const ClipJob bounded = within_memory(job, config);
   Summary summary;
   double seconds = 0;
   {
-    StitchPool pool(setup, layout, bounded.jobs, job.seam_hold, [&source] { return source.next(); });
     Progress progress(expected_frames(source.part(), job.part));
-    stitch_all(pool, *sink, progress, summary);
+    PanoramaWriter writer(*sink, progress, summary);
+    run_clip({[&source] { return source.next(); }, [&stitcher](FramePair read) { return stitcher.stitch(std::move(read)); },
+              [&writer](StitchedFrame frame) { writer.write(std::move(frame)); },
+              frames_that_may_wait(stitcher.frame_bytes(), available_memory())});
     sink->finish();
     seconds = progress.seconds();
   }
-  report({summary, seconds, source.clips(), bounded, output_kind, config, interrupted()}, json_file.get());
+  report({summary, seconds, source.clips(), job, output_kind, stitcher.size(), stitcher.searches(), interrupted()},
+         json_file.get());
   return int(interrupted() ? ExitCode::interrupted : ExitCode::done);
 }
 

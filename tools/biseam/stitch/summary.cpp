@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "base/failure.hpp"
+#include "base/thread_count.hpp"
 #include "text/json.hpp"
 
 namespace biseam::tool {
@@ -24,23 +25,36 @@ void tell_clip_damage(const ClipReader& clip) {
   if (damage.cut_short) notice(name + ": is cut short");
 }
 
-JsonObject settings_json(const ClipJob& job, const std::string& output_kind, const StitchConfig& config) {
+const char* layout_text(Layout layout) {
+  return layout == Layout::automatic ? "auto" : layout == Layout::side_by_side ? "side-by-side" : "top-bottom";
+}
+
+const char* quality_text(BiseamQuality quality) {
+  return quality == BISEAM_QUALITY_FAST ? "fast" : quality == BISEAM_QUALITY_GOOD ? "good" : "best";
+}
+
+void add_engine(const EngineOptions& engine, JsonObject& settings) {
+  settings.add("engine", engine.kind == EngineKind::exact ? "exact" : "ring");
+  if (engine.kind == EngineKind::exact) return;
+  settings.add("quality", quality_text(engine.quality));
+  settings.add("jobs", engine.threads == 0 ? processors() : engine.threads);
+  settings.add("look_yaw", engine.look.yaw);
+  settings.add("look_pitch", engine.look.pitch);
+  settings.add("look_roll", engine.look.roll);
+}
+
+JsonObject settings_json(const RunReport& run) {
   JsonObject settings;
-  const std::vector<std::string>& files = job.source.files;
-  settings.add("input", files.front());
-  if (files.size() == 2) settings.add("second_input", files.back());
-  settings.add("output", job.output);
-  settings.add("output_kind", output_kind);
-  settings.add("layout", job.source.layout == Layout::side_by_side ? "side-by-side" : "top-bottom");
-  settings.add("size", size_text({config.out_w[0], config.out_h[0]}));
-  settings.add("jobs", job.jobs);
-  settings.add("search", config.findpath_enable != 0);
-  settings.add("seam_hold", job.seam_hold);
-  settings.add("feather", config.feather);
-  settings.add("trans_width", config.trans_width);
-  settings.add("pyr_level", config.pyr_level);
-  settings.add("findpath_width", config.findpath_width);
-  settings.add("inv_scale", double(config.inv_scale));
+  const StitchSource& source = run.job.source;
+  settings.add("input", source.files.front());
+  if (source.files.size() == 2) settings.add("second_input", source.files.back());
+  settings.add("output", run.job.output);
+  settings.add("output_kind", run.output_kind);
+  settings.add("layout", layout_text(source.layout));
+  settings.add("size", size_text(run.size));
+  add_engine(source.engine, settings);
+  settings.add("search", run.searches);
+  settings.add("seam_hold", run.job.seam_hold);
   return settings;
 }
 
@@ -99,7 +113,7 @@ std::string summary_json(const RunReport& run) {
   json.add("seconds", run.seconds);
   json.add("fps", rate(run.summary, run.seconds));
   json.add("seam_movement", run.summary.seam_movement());
-  json.add("settings", settings_json(run.job, run.output_kind, run.config));
+  json.add("settings", settings_json(run));
   return json.text() + "\n";
 }
 

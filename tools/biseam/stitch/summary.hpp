@@ -6,7 +6,7 @@
 
 #include "clip/read/pair_reader.hpp"
 #include "stitch/job.hpp"
-#include "stitch/seam_path.hpp"
+#include "stitch/seams.hpp"
 
 namespace biseam::tool {
 
@@ -16,7 +16,7 @@ class Summary {
   void count_frame(const SeamPath& path);
 
   std::int64_t frames() const { return frames_; }
-  // Columns a frame: the mean over the rows of both seams and all frames but the first, 0 with less than two.  In a repeated
+  // Columns a frame: the mean along the seams and over all frames but the first, 0 with less than two.  In a repeated
   // frame the seams stay.
   double seam_movement() const;
 
@@ -33,7 +33,8 @@ struct RunReport {
   const PairReader& clips;
   const ClipJob& job;
   const std::string& output_kind;
-  const StitchConfig& config;
+  Size size;      // of the panorama
+  bool searches;  // for seams
   bool interrupted;
 };
 

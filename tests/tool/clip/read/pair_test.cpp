@@ -139,8 +139,7 @@ TEST(Pairs, ClipsOfDifferentSizeAreStitchedLikeSuchPictures) {
   const Nv12 first = paint_fisheye(walk_view(), 0), second = paint_fisheye(view, 1);
   write_jpeg_like(folder / "0.mov", first);
   write_jpeg_like(folder / "1.mov", second);
-  const std::vector<std::string> scales = {"--p0", std::to_string(walk_view().p), "--p1", std::to_string(view.p), "--feather",
-                                           "4"};
+  const std::vector<std::string> scales = {"--p0", std::to_string(walk_view().p), "--p1", std::to_string(view.p)};
   expect_success(run_stitch(with({folder / "0.mov", folder / "1.mov", "-o", folder / "out.nv12"}, scales)), 1);
   const Finished pictures =
       run_stitch(with({folder / "0.mov", folder / "1.mov", "-o", folder / "out.png", "--no-360-metadata"}, scales));

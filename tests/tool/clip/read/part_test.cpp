@@ -1,6 +1,7 @@
 // Parts of clips, and parts against the whole.
 #include <gtest/gtest.h>
 
+#include "tool/support/by_library.hpp"
 #include "tool/support/clip_maker.hpp"
 #include "tool/support/clip_probe.hpp"
 #include "tool/support/run_clip.hpp"
@@ -108,9 +109,10 @@ TEST(Part, OfRawFramesAndStreamsWithoutAnIndex) {
           .exit_code,
       0);
   const ClipProbe y4m(folder / "in.y4m");
-  const Finished finished = run_stitch({folder / "in.y4m", "-o", "-", "--from", "2.2", "--frames", "2", "--no-search"});
+  const Finished finished =
+      run_stitch(with({folder / "in.y4m", "-o", "-", "--from", "2.2", "--frames", "2", "--no-search"}, known_lenses()));
   EXPECT_EQ(finished.exit_code, 0) << finished.err;
-  EXPECT_EQ(finished.out, stitch_singly({y4m.pictures[55], y4m.pictures[56]}, {"--no-search"}));
+  EXPECT_EQ(finished.out, stitch_by_library({y4m.pictures[55], y4m.pictures[56]}, {.siting = y4m.siting, .search = false}));
 }
 
 TEST(Part, OfTwoClips) {

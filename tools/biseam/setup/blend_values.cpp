@@ -1,4 +1,4 @@
-#include "camera/blend_values.hpp"
+#include "setup/blend_values.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -21,33 +21,32 @@ double least_reach(int width) { return 90 + kLeastFeather * 360 / (width * kUsed
 // A panorama this wide has columns enough for any overlap that deserves the name.
 constexpr int kAmpleWidth = 960;
 
-std::string overlap_trouble(int width, const Lens& lens) {
+std::string overlap_trouble(int width, const LensReach& lens) {
   char line[320];
   const double needed = least_reach(width);
-  if (lens.reach >= least_reach(kAmpleWidth)) {
-    const int least_width = int(std::ceil(kLeastFeather / shared_columns(1, lens.reach) / 8)) * 8;
+  if (lens.degrees >= least_reach(kAmpleWidth)) {
+    const int least_width = int(std::ceil(kLeastFeather / shared_columns(1, lens.degrees) / 8)) * 8;
     std::snprintf(
         line, sizeof line,
         "a panorama of %d columns is too small: the lenses share %.1f of them beyond each seam, and a blend needs %d; "
         "give --width %d or more, or larger pictures",
-        width, shared_columns(width, lens.reach), kLeastFeather, least_width);
+        width, shared_columns(width, lens.degrees), kLeastFeather, least_width);
   } else if (lens.is_cut) {
-    const double yaw = std::abs(lens.turn.yaw), most = lens.p * (lens.reach + yaw) / (needed + yaw);
     std::snprintf(line, sizeof line,
                   "lens %d: its picture ends %.1f degrees off the axis, and a blend needs %.1f: the circle is cut by the "
                   "picture's edge, or p (%g) is too large; below %.1f it would do",
-                  lens.index, lens.reach, needed, lens.p, most);
+                  lens.index, lens.degrees, needed, lens.p, lens.p * lens.degrees / needed);
   } else {
     std::snprintf(line, sizeof line,
                   "lens %d: its circle ends %.1f degrees off the axis, and a blend needs %.1f: fov is too small", lens.index,
-                  lens.reach, needed);
+                  lens.degrees, needed);
   }
   return line;
 }
 
 // A wider overlap than 1/32 of the panorama helps no seam.
-int open_feather(int width, const Lens& worse) {
-  const int feather = std::min(int(std::floor(shared_columns(width, worse.reach))), width / 32) / 4 * 4;
+int open_feather(int width, const LensReach& worse) {
+  const int feather = std::min(int(std::floor(shared_columns(width, worse.degrees))), width / 32) / 4 * 4;
   if (feather < kLeastFeather) throw Failure(ExitCode::settings, overlap_trouble(width, worse));
   return feather;
 }
@@ -76,7 +75,7 @@ bool open_search(int findpath_width) {
 
 }  // namespace
 
-BlendValues settle_blend(const profile::BlendSettings& settings, int width, const Lens& worse) {
+BlendValues settle_blend(const profile::BlendSettings& settings, int width, const LensReach& worse) {
   BlendValues values;
   values.feather = settings.feather ? *settings.feather : open_feather(width, worse);
   values.trans_width = settings.trans_width.value_or(open_transition(width, values.feather));

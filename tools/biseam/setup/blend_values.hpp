@@ -1,6 +1,5 @@
 #pragma once
 
-#include "camera/lens.hpp"
 #include "profile/settings.hpp"
 
 namespace biseam::tool {
@@ -13,9 +12,17 @@ struct BlendValues {
   double inv_scale;
 };
 
-// worse: the lens that sees less far along the horizon.  What is left open goes with what is given: the search shrinks its
+// How far from its axis a lens sees along the horizon, on the shorter side.
+struct LensReach {
+  int index;
+  double degrees;
+  bool is_cut;  // by the picture's edge, not by the circle's
+  double p;     // pixels per radian
+};
+
+// The exact engine's.  worse: the lens that sees less far.  What is left open goes with what is given: the search shrinks its
 // pictures by no more than its strip allows, and is left out, with a notice, where the feather leaves it no strip.  Throws
 // Failure (settings) when the feather is left open and the lenses overlap by too little for one.
-BlendValues settle_blend(const profile::BlendSettings& settings, int width, const Lens& worse);
+BlendValues settle_blend(const profile::BlendSettings& settings, int width, const LensReach& worse);
 
 }  // namespace biseam::tool

@@ -1,0 +1,64 @@
+// The panoramas of a clip, one after the other.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "clip/read/clip_facts.hpp"
+#include "clip/read/pair_reader.hpp"
+#include "clip/write/panorama_pool.hpp"
+#include "picture/split.hpp"
+#include "stitch/engine.hpp"
+#include "stitch/job.hpp"
+
+namespace biseam::tool {
+
+struct StitchedFrame {
+  FramePair pair;           // without its pictures
+  Libav<AVFrame> panorama;  // none: the last one again, or only packets
+  SeamPath seams;           // of the panorama
+  bool is_picture = false;
+};
+
+// What the engine reads of a pair: views of its frames, or of memory where those are not NV12.
+class LensPictures {
+ public:
+  LensPictures(const FramePair& pair, Layout layout, const std::string& name, AVChromaLocation siting);
+
+  const BiseamPicture (&get() const)[2] { return pictures_; }
+
+ private:
+  Nv12 memory_[2];
+  Libav<AVFrame> frames_[2];
+  BiseamPicture pictures_[2];
+};
+
+class ClipStitcher {
+ public:
+  // first: a pair to look at; name: of the clip, for messages; colour: of its pictures.  Throws Failure.
+  ClipStitcher(const ClipJob& job, const FramePair& first, const std::string& name, const Colour& colour);
+
+  Size size() const { return {setup_.width, setup_.width / 2}; }  // of the panoramas
+  std::uint64_t frame_bytes() const { return frame_bytes_; }      // of a pair and its panorama
+
+  bool searches() const { return setup_.blend.search.value_or(true); }
+
+  StitchedFrame stitch(FramePair pair);
+
+ private:
+  bool needs_stitching(const FramePair& pair, bool searches);
+
+  const Layout layout_;
+  const std::string name_;
+  const AVChromaLocation siting_;
+  const int group_size_;  // pictures that share the seams found in the first of them
+  Setup setup_;
+  std::unique_ptr<Engine> engine_;
+  std::optional<PanoramaPool> panoramas_;
+  std::uint64_t frame_bytes_ = 0;
+  std::optional<std::int64_t> group_;       // of the last picture
+  std::shared_ptr<const AVFrame> last_[2];  // pictures
+};
+
+}  // namespace biseam::tool

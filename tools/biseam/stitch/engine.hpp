@@ -1,0 +1,46 @@
+// What makes panoramas, behind one face: the ring engine for any camera, or the exact engine for pictures that fit it.
+#pragma once
+
+#include <memory>
+
+#include "biseam/panorama.h"
+#include "biseam/stitcher.hpp"
+#include "setup/setup.hpp"
+#include "stitch/seams.hpp"
+
+namespace biseam::tool {
+
+enum class EngineKind { ring, exact };
+
+struct EngineOptions {
+  EngineKind kind = EngineKind::ring;
+  BiseamQuality quality = BISEAM_QUALITY_GOOD;  // the ring engine's, as look is
+  BiseamTurn look{0, 0, 0};                     // where the panorama's middle looks
+  int threads = 0;                              // that share a frame; 0: one for each processor
+};
+
+// What an engine has to know of the fisheye pictures' samples.
+struct SampleKind {
+  BiseamFormat format;
+  BiseamRange range;
+};
+
+class Engine {
+ public:
+  virtual ~Engine() = default;
+
+  // Of the panoramas; that of the fisheye pictures where the engine can.
+  virtual BiseamFormat format() const = 0;
+
+  // fisheyes: of the setup's sizes and the format the engine was opened for.  panorama: of the setup's width.  Throws Failure.
+  virtual void stitch(const BiseamPicture (&fisheyes)[2], const BiseamPicture& panorama, Seams seams) = 0;
+
+  // Of the last frame.
+  virtual SeamPath seam_path() const = 0;
+  virtual SeamMap seam_map() const = 0;
+};
+
+// Throws Failure: settings when the engine refuses the camera, system when memory is missing.
+std::unique_ptr<Engine> open_engine(const Setup& setup, const EngineOptions& options, SampleKind samples);
+
+}  // namespace biseam::tool
