@@ -25,13 +25,13 @@ double arctangent_error(double y, double x) {
   return double(std::fabs(arctangent(y, x) - expected) / std::fmax(1.0L, std::fabs(expected)));
 }
 
-TEST(SineCosine, IsRightDensely) {
+TEST(SineCosineAccuracy, IsRightDensely) {
   double worst = 0;
   for (int i = -400000; i <= 400000; ++i) worst = std::fmax(worst, sine_error(i * 2.5e-5));
   EXPECT_LT(worst, kBound);
 }
 
-TEST(SineCosine, IsRightAtRandomAndFarOut) {
+TEST(SineCosineAccuracy, IsRightAtRandomAndFarOut) {
   RandomSource random;
   double worst = 0;
   for (int i = 0; i < 200000; ++i) {
@@ -41,7 +41,7 @@ TEST(SineCosine, IsRightAtRandomAndFarOut) {
   EXPECT_LT(worst, kBound);
 }
 
-TEST(SineCosine, IsRightWhereTheQuadrantChanges) {
+TEST(SineCosineAccuracy, IsRightWhereTheQuadrantChanges) {
   double worst = 0;
   for (int quarter = -4000; quarter <= 4000; ++quarter) {
     const double middle = double(quarter * (kPiLong / 4));
@@ -54,7 +54,7 @@ TEST(SineCosine, IsRightWhereTheQuadrantChanges) {
   EXPECT_EQ(1.0, sine_cosine(0).cosine);
 }
 
-TEST(Arctangent, IsRightDenselyAllRound) {
+TEST(ArctangentAccuracy, IsRightDenselyAllRound) {
   double worst = 0;
   for (int i = 0; i < 800000; ++i) {
     const double angle = i * (2 * kPi / 800000), size = std::pow(10.0, i % 5 - 2);
@@ -63,7 +63,7 @@ TEST(Arctangent, IsRightDenselyAllRound) {
   EXPECT_LT(worst, kBound);
 }
 
-TEST(Arctangent, IsRightAtRandom) {
+TEST(ArctangentAccuracy, IsRightAtRandom) {
   RandomSource random;
   double worst = 0;
   for (int i = 0; i < 200000; ++i) {

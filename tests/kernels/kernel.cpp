@@ -37,11 +37,13 @@ std::string compare(const KernelCall& expected, const KernelCall& actual) {
   return {};
 }
 
+// The scalar version stays inside its buffers, which is all that can be said of it here.
 std::string find_difference_at(const Kernel& kernel, Isa isa, const KernelCall::Settings& settings) {
-  KernelCall expected(settings), actual(settings);
-  kernel.call(expected, Isa::scalar);
+  KernelCall actual(settings);
   kernel.call(actual, isa);
-  const std::string difference = compare(expected, actual);
+  KernelCall expected(settings);
+  if (isa != Isa::scalar) kernel.call(expected, Isa::scalar);
+  const std::string difference = compare(isa == Isa::scalar ? actual : expected, actual);
   return difference.empty() ? "" : kernel.name + " " + name_of(isa) + ": " + difference + " (" + describe(settings) + ")";
 }
 
@@ -78,17 +80,23 @@ std::vector<int> usual_sizes() {
   return sizes;
 }
 
+// Every placement at every size, each with another content than at the size before, so that four sizes in a row see them all.
 std::string find_difference(const Kernel& kernel, Isa isa, uint32_t seed) {
+  constexpr struct {
+    Placement placement;
+    std::size_t shift;
+  } kPlaces[] = {{Placement::at_start, 0},
+                 {Placement::at_end, 0},
+                 {Placement::amid_poison, 0},
+                 {Placement::amid_poison, 1},
+                 {Placement::amid_poison, 3}};
+  unsigned turn = seed;
   for (const int size : kernel.sizes) {
-    for (const Content content : {Content::random, Content::lowest, Content::highest, Content::ends}) {
-      for (const Placement placement : {Placement::at_start, Placement::at_end}) {
-        const std::string found = find_difference_at(kernel, isa, {size, content, placement, 0, ++seed});
-        if (!found.empty()) return found;
-      }
-      for (const std::size_t shift : {std::size_t{0}, std::size_t{1}, std::size_t{3}}) {
-        const std::string found = find_difference_at(kernel, isa, {size, content, Placement::amid_poison, shift, ++seed});
-        if (!found.empty()) return found;
-      }
+    unsigned content = ++turn;
+    for (const auto& [placement, shift] : kPlaces) {
+      const KernelCall::Settings settings{size, static_cast<Content>(content++ % 4), placement, shift, ++seed};
+      const std::string found = find_difference_at(kernel, isa, settings);
+      if (!found.empty()) return found;
     }
   }
   return {};

@@ -126,14 +126,14 @@ void expect_exact(const Camera& camera, int width, int height, int more_turns = 
   EXPECT_LE(worst.b, bound);
 }
 
-TEST(Positions, AreExactAtTheUsualSizes) {
+TEST(PositionsAccuracy, AreExactAtTheUsualSizes) {
   for (const int width : {1920, 3840, 7680}) {
     expect_exact(scaled_camera(city_square(), width / 2), width, width / 2, 6);
     expect_exact(scaled_camera(bent_pair(), width / 2), width, width / 2, 6);
   }
 }
 
-TEST(Positions, AreExactAtTheLimits) {
+TEST(PositionsAccuracy, AreExactAtTheLimits) {
   for (const int side : {400, 3840, 8000}) {
     for (const auto& [width, height] :
          {std::pair{64, 32}, {66, 34}, {130, 64}, {640, 320}, {1922, 962}, {500, 4000}, {16384, 8192}}) {
@@ -142,7 +142,7 @@ TEST(Positions, AreExactAtTheLimits) {
   }
 }
 
-TEST(Positions, AreExactForWideLenses) {
+TEST(PositionsAccuracy, AreExactForWideLenses) {
   Camera camera;
   camera.lens[0] = camera.lens[1] = usual_lens(3000, 3000, 280);
   camera.lens[0].turn = {30, 20, 10};

@@ -94,7 +94,7 @@ Errors measure(const Scene& scene, const Plane& plane, Quality quality) {
   return {10 * std::log10(255 * 255 / (squares / (count * rows))), sum / (count * rows)};
 }
 
-TEST(Sharpness, OfAnAnalyticScene) {
+TEST(SharpnessAccuracy, OfAnAnalyticScene) {
   const Scene scene(2.9);
   const Plane plane(400, scene);
   constexpr double least[] = {46.0, 55.5, 56.2};
@@ -144,7 +144,7 @@ Left reduce(const Plane& plane, Quality quality, int widening, double scale) {
   return {std::sqrt(beyond / beyond_count) / plate_size, std::sqrt(within / within_count) / plate_size};
 }
 
-TEST(Sharpness, ReductionsShowNoMoire) {
+TEST(SharpnessAccuracy, ReductionsShowNoMoire) {
   const Plane plane(kPlate, plate);
   for (const Quality quality : {Quality::fast, Quality::good, Quality::best}) {
     for (const double scale : {1.84, 2.0, 2.9, 4.0}) {
