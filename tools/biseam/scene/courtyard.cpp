@@ -44,7 +44,7 @@ class Builder {
   void build_objects();
 
  private:
-  // The first shape is what touches the floor, when on_floor.
+  // The first shape is what darkens the floor under and around it, when on_floor.
   void stand(const std::vector<Shape>& shapes, bool on_floor = true) {
     if (on_floor) yard_.footprints.push_back(bounds_of(shapes.front()));
     yard_.shapes.insert(yard_.shapes.end(), shapes.begin(), shapes.end());

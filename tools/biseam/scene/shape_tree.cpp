@@ -51,7 +51,7 @@ bool ShapeTree::walk(const Beam& beam, const double& farthest, const Visit& visi
     for (int i = node.first; i < node.first + node.count; ++i) {
       if (visit(shapes_[i])) return true;
     }
-    if (node.count > 0) continue;
+    if (!node.axis) continue;
     const bool upwards = beam.direction.*node.axis > 0;
     waiting[count++] = upwards ? node.first : index + 1;
     waiting[count++] = upwards ? index + 1 : node.first;

@@ -20,8 +20,8 @@ class ShapeTree {
  private:
   struct Node {
     Bounds bounds;
-    int first, count;              // shapes of a leaf; count 0: an inner node whose children are the next node and node `first`
-    double Vec3::*axis = nullptr;  // along which the first child lies lower than the second
+    int first, count;              // shapes of a leaf; of an inner node, whose first child is the next node: its second, 0
+    double Vec3::*axis = nullptr;  // of an inner node: along which the first child lies lower than the second
   };
 
   int grow(int first, int count);

@@ -24,10 +24,10 @@ struct Span {
 
   // Keeps the side where dot(normal, p) <= offset.
   void cut(const Beam& beam, Vec3 normal, double offset) {
-    const double speed = dot(normal, beam.direction);
-    const double at = (offset - dot(normal, beam.origin)) * inverse_of(speed);
-    if (speed < 0 && at > enter) enter = at, normal_in = normal;
-    if (speed >= 0 && at < leave) leave = at, normal_out = normal;
+    const double inverse = inverse_of(dot(normal, beam.direction));  // its sign goes with at, also along the plane
+    const double at = (offset - dot(normal, beam.origin)) * inverse;
+    if (inverse < 0 && at > enter) enter = at, normal_in = normal;
+    if (inverse > 0 && at < leave) leave = at, normal_out = normal;
   }
 };
 
@@ -73,10 +73,11 @@ static bool meet_cylinder(const Shape& shape, const Beam& beam, double least, Hi
   const double a = beam.direction.x * beam.direction.x + beam.direction.z * beam.direction.z - widening * widening;
   const double half_b = ox * beam.direction.x + oz * beam.direction.z - radius * widening;
   const double rest = half_b * half_b - a * (ox * ox + oz * oz - radius * radius);
-  if (rest < 0 || a <= 0) return false;
-  const double at = (-half_b - std::sqrt(rest)) / a;
+  if (rest < 0) return false;
+  // Where the ray comes in, be it flatter than the mantle (a > 0) or steeper (a < 0); the form that also holds for a = 0.
+  const double at = (ox * ox + oz * oz - radius * radius) / (std::sqrt(rest) - half_b);
   const double y = beam.origin.y + at * beam.direction.y;
-  if (y < top || y > foot) return false;
+  if (!(y >= top && y <= foot)) return false;
   const double x = ox + at * beam.direction.x, z = oz + at * beam.direction.z;
   return nearer(at, least, normalised({x, -growth * std::hypot(x, z), z}), shape, hit);
 }

@@ -32,7 +32,8 @@ struct Shape {
   Finish finish;
 };
 
-// Meets of less than `least` metres are passed over.  True when hit became nearer.
+// Meets of less than `least` metres are passed over, and so are ellipsoids and cylinders seen from within.  True when hit
+// became nearer.
 bool meet(const Shape& shape, const Beam& beam, double least, Hit& hit);
 
 // The box around a shape.
