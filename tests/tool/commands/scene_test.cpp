@@ -1,0 +1,52 @@
+#include <gtest/gtest.h>
+
+#include "compare/metrics.hpp"
+#include "picture/read_picture.hpp"
+#include "tool/support/command_line.hpp"
+#include "tool/support/scratch_folder.hpp"
+
+namespace biseam::tool {
+namespace {
+
+using test::run_tool;
+using test::ScratchFolder;
+
+TEST(SceneCommand, WritesWhatStitchBringsBackToTheTruth) {
+  const ScratchFolder folder;
+  ASSERT_EQ(run_tool({"scene", "-o", folder / "s", "--width", "512", "--fisheye-size", "288"}).message, "");
+  const test::Outcome stitched =
+      run_tool({"stitch", folder / "s/side_by_side.png", "--camera", folder / "s/camera.toml", "-o", folder / "p.png"});
+  ASSERT_EQ(stitched.message, "");
+  const Nv12 truth = read_picture(folder / "s/truth.png"), panorama = read_picture(folder / "p.png");
+  ASSERT_EQ(panorama.width, 512);
+  ASSERT_EQ(panorama.height, 256);
+  const Quality quality = measure({{512, 256}, truth.luma, panorama.luma}, all_columns(512));
+  EXPECT_GT(quality.weighted_psnr, 22);
+  EXPECT_GT(quality.ssim, 0.8);
+}
+
+TEST(SceneCommand, ExposureDifferenceBrightensLens0AndDarkensLens1) {
+  const ScratchFolder folder;
+  const auto mean = [&](const std::string& file) {
+    const Nv12 picture = read_picture(folder / file);
+    double sum = 0;
+    for (const std::uint8_t code : picture.luma) sum += code;
+    return sum / double(picture.luma.size());
+  };
+  run_tool({"scene", "-o", folder / "a", "--width", "64", "--fisheye-size", "64"});
+  run_tool({"scene", "-o", folder / "b", "--width", "64", "--fisheye-size", "64", "--exposure-difference", "0.5"});
+  EXPECT_GT(mean("b/fisheye0.png"), mean("a/fisheye0.png") + 3);
+  EXPECT_LT(mean("b/fisheye1.png"), mean("a/fisheye1.png") - 3);
+  EXPECT_EQ(mean("b/truth.png"), mean("a/truth.png"));
+}
+
+TEST(SceneCommand, RefusesWhatStitchCouldNotUse) {
+  const ScratchFolder folder;
+  EXPECT_EQ(run_tool({"scene", "-o", folder / "s", "--width", "500"}).exit_code, 2);
+  EXPECT_EQ(run_tool({"scene", "-o", folder / "s", "--fisheye-size", "301"}).exit_code, 2);
+  EXPECT_EQ(run_tool({"scene", "-o", folder / "s", "--fov", "170"}).exit_code, 2);
+  EXPECT_TRUE(folder.names().empty());
+}
+
+}  // namespace
+}  // namespace biseam::tool
