@@ -7,6 +7,7 @@ extern "C" {
 }
 
 #include <cmath>
+#include <cstring>
 #include <stdexcept>
 
 #include "picture/encode.hpp"
@@ -36,7 +37,12 @@ class Writer {
     check(avformat_alloc_output_context2(&muxer_, nullptr, nullptr, path.c_str()), path);
     muxer_->strict_std_compliance = FF_COMPLIANCE_UNOFFICIAL;
     muxer_->avoid_negative_ts = AVFMT_AVOID_NEG_TS_DISABLED;  // sound may begin a little before the pictures
-    add_video(size);
+    video_ = open_video(size);
+    video_stream_ = add_video(*video_);
+    if (!spec.second.empty()) {
+      second_ = open_video({spec.second[0].width, spec.second[0].height});
+      second_stream_ = add_video(*second_);
+    }
     if (spec.sound > 0) add_sound();
     if (!spec.subtitles.empty()) add_subtitles();
     if (spec.motion_packets > 0) motion_ = add_stream(AVMEDIA_TYPE_DATA, AV_CODEC_ID_BIN_DATA, MKTAG('g', 'p', 'm', 'd'));
@@ -59,21 +65,29 @@ class Writer {
     write_cover();
     int sound = 0, subtitle = 0, motion = 0;
     for (int index = 0; index < frames; ++index) {
-      const Libav<AVFrame> frame(av_frame_alloc());
-      frame->width = video_->width;
-      frame->height = video_->height;
-      frame->format = video_->pix_fmt;
-      check(av_frame_get_buffer(frame.get(), 0), "frame");
-      paint(index, *frame);
-      frame->pts = time(index);
-      const double now = double(frame->pts) * av_q2d(spec_.base);
-      encode(*video_, frame.get(), video_stream_);
+      const auto encode_painted = [&](AVCodecContext& video, AVStream* stream, const Painter& painter) {
+        const Libav<AVFrame> frame(av_frame_alloc());
+        frame->width = video.width;
+        frame->height = video.height;
+        frame->format = video.pix_fmt;
+        check(av_frame_get_buffer(frame.get(), 0), "frame");
+        painter(index, *frame);
+        frame->pts = time(index);
+        encode(video, frame.get(), stream);
+      };
+      encode_painted(*video_, video_stream_, paint);
+      const bool has_second = std::size_t(index) < spec_.second.size();
+      if (has_second) {
+        encode_painted(*second_, second_stream_, [&](int, AVFrame& to) { fill_frame(spec_.second[std::size_t(index)], to); });
+      }
+      const double now = double(time(index)) * av_q2d(spec_.base);
       while (sound_ && sound * 1024.0 / 48000 < std::min(now + 0.04, spec_.sound)) write_sound(sound++);
       while (std::size_t(subtitle) < spec_.subtitles.size() && subtitle * 0.2 <= now) write_subtitle(subtitle++);
       while (motion < spec_.motion_packets && motion * 0.1 <= now) write_motion(motion++);
     }
     while (sound_ && sound * 1024.0 / 48000 < spec_.sound) write_sound(sound++);
     encode(*video_, nullptr, video_stream_);
+    if (second_) encode(*second_, nullptr, second_stream_);
     if (sound_) encode(*sound_, nullptr, sound_stream_);
     check(av_write_trailer(muxer_), "trailer");
   }
@@ -102,13 +116,14 @@ class Writer {
     return stream;
   }
 
-  void add_video(tool::Size size) {
-    video_ = open(avcodec_find_encoder_by_name(spec_.encoder.c_str()), spec_.options, [&](AVCodecContext& video) {
+  Libav<AVCodecContext> open_video(tool::Size size) {
+    return open(avcodec_find_encoder_by_name(spec_.encoder.c_str()), spec_.options, [&](AVCodecContext& video) {
       video.width = size.width;
       video.height = size.height;
       video.pix_fmt = spec_.format;
       video.time_base = spec_.base;
       video.framerate = {25, 1};
+      video.sample_aspect_ratio = spec_.pixel;
       video.strict_std_compliance = FF_COMPLIANCE_UNOFFICIAL;
       video.color_range = spec_.colour.range;
       video.colorspace = spec_.colour.matrix;
@@ -116,8 +131,16 @@ class Writer {
       video.color_trc = spec_.colour.transfer;
       video.chroma_sample_location = spec_.colour.siting;
     });
-    video_stream_ = add_encoded(*video_, spec_.picture_metadata);
-    video_stream_->avg_frame_rate = {25, 1};
+  }
+
+  AVStream* add_video(const AVCodecContext& video) {
+    AVStream* stream = add_encoded(video, spec_.picture_metadata);
+    stream->avg_frame_rate = {25, 1};
+    stream->sample_aspect_ratio = spec_.pixel;
+    if (spec_.display.empty()) return stream;
+    std::uint8_t* data = av_stream_new_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, 9 * sizeof(std::int32_t));
+    std::memcpy(data, spec_.display.data(), 9 * sizeof(std::int32_t));
+    return stream;
   }
 
   void add_sound() {
@@ -182,7 +205,7 @@ class Writer {
     check(avcodec_send_frame(&context, frame), "encoder");
     const Libav<AVPacket> packet(av_packet_alloc());
     while (avcodec_receive_packet(&context, packet.get()) >= 0) {
-      if (packet->duration == 0 && &context == video_.get()) packet->duration = 512;
+      if (packet->duration == 0 && (&context == video_.get() || &context == second_.get())) packet->duration = 512;
       packet->stream_index = stream->index;
       av_packet_rescale_ts(packet.get(), context.time_base, stream->time_base);
       check(av_interleaved_write_frame(muxer_, packet.get()), "packet");
@@ -233,8 +256,9 @@ class Writer {
 
   const ClipSpec& spec_;
   AVFormatContext* muxer_ = nullptr;
-  Libav<AVCodecContext> video_, sound_;
-  AVStream *video_stream_ = nullptr, *sound_stream_ = nullptr, *subtitles_ = nullptr, *motion_ = nullptr, *cover_ = nullptr;
+  Libav<AVCodecContext> video_, second_, sound_;
+  AVStream *video_stream_ = nullptr, *second_stream_ = nullptr, *sound_stream_ = nullptr, *subtitles_ = nullptr,
+           *motion_ = nullptr, *cover_ = nullptr;
 };
 
 }  // namespace

@@ -23,6 +23,9 @@ struct ClipSpec {
   AVPixelFormat format = AV_PIX_FMT_YUV420P;
   tool::Colour colour;
   AVRational base{1, 12800};
+  AVRational pixel{0, 1};              // width and height of one
+  std::vector<std::int32_t> display;   // matrix of nine numbers, row by row
+  std::vector<tool::Nv12> second;      // pictures of a further video stream, encoded and timed as the first
   std::vector<std::int64_t> times;     // of the pictures; none: one every 512
   double sound = 0;                    // seconds of a rising tone, AAC
   std::vector<std::string> subtitles;  // one every 200 ms: mov_text or subrip, as the container likes

@@ -100,6 +100,8 @@ void ClipProbe::read_streams(AVFormatContext& format) {
     transfer = told.color_trc;
     siting = told.chroma_location;
     spherical = is_spherical(stream);
+    pixel = stream.sample_aspect_ratio;
+    has_display_matrix = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr) != nullptr;
   }
 }
 

@@ -60,6 +60,8 @@ struct ClipProbe {
   AVColorTransferCharacteristic transfer = AVCOL_TRC_UNSPECIFIED;
   AVChromaLocation siting = AVCHROMA_LOC_UNSPECIFIED;
   bool spherical = false;  // and equirectangular
+  AVRational pixel{0, 1};  // width and height of one
+  bool has_display_matrix = false;
 
  private:
   void read_streams(AVFormatContext& format);

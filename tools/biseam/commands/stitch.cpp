@@ -192,6 +192,8 @@ void add_stitch_command(CLI::App& app, int& exit_code) {
       ->required();
   add("--layout", options->layout, "auto|side-by-side|top-bottom", "of one input with both circles (by its shape)")
       ->transform(one_of({"auto", "side-by-side", "top-bottom"}));
+  add("--streams", options->streams, "A,B",
+      "video streams of one input that hold a lens each, lens 0's first, counted from 0 among all its streams");
   add("--size", options->size, "WIDTHxHEIGHT", "of raw NV12 input");
   add("--camera", options->camera, "FILE", "profile of the camera (TOML)");
   add("--width", options->settings.width, "COLUMNS",

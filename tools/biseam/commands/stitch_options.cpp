@@ -60,8 +60,32 @@ void check_engine(StitchOptions& options) {
   if (!options.look.empty()) parse_numbers<double>("--look", options.look, {&look.yaw, &look.pitch, &look.roll}, kLookLimits);
 }
 
+// "0,2"
+LensStreams parse_streams(const std::string& text) {
+  LensStreams streams{};
+  const char* const end = text.data() + text.size();
+  const auto [comma, first_error] = std::from_chars(text.data(), end, streams[0]);
+  if (first_error == std::errc() && comma != end && *comma == ',') {
+    const auto [after, error] = std::from_chars(comma + 1, end, streams[1]);
+    const bool differ = streams[0] >= 0 && streams[1] >= 0 && streams[0] != streams[1];
+    if (error == std::errc() && after == end && differ) return streams;
+  }
+  refuse_value("--streams", "'" + text + "': the numbers of two streams with a comma between are wanted, from 0");
+}
+
+StreamChoice streams_of(const StitchOptions& options) {
+  StreamChoice choice{std::nullopt, options.layout == Layout::automatic};
+  if (options.streams.empty()) return choice;
+  if (options.layout != Layout::automatic) refuse_value("--streams", "with --layout one stream holds both circles");
+  if (options.inputs.size() == 2) refuse_value("--streams", "only for one input");
+  if (!options.size.empty()) refuse_value("--streams", "raw frames are one stream");
+  choice.wanted = parse_streams(options.streams);
+  return choice;
+}
+
 StitchSource source_of(const StitchOptions& options) {
-  StitchSource source{options.inputs, options.layout, std::nullopt, options.camera, options.settings, options.engine};
+  StitchSource source{options.inputs, options.layout,   streams_of(options), std::nullopt,
+                      options.camera, options.settings, options.engine};
   if (!options.size.empty()) source.raw_size = parse_size(options.size);
   return source;
 }

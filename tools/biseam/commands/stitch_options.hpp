@@ -26,7 +26,7 @@ struct VideoOptions {
 struct StitchOptions {
   std::vector<std::string> inputs;
   std::string output, size, camera, show_seams, seam_layer;
-  std::string centre[2], turn, look;
+  std::string centre[2], turn, look, streams;
   Layout layout = Layout::automatic;
   EngineOptions engine;
   std::string given_ring, given_exact;  // one of the options that only the one engine has, with its dashes; empty: none

@@ -64,6 +64,10 @@ Nv12 copy_planes(const AVFrame& frame) {
 DecodedPicture decode_picture(Container& source) {
   const int stream = av_find_best_stream(source.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
   if (stream < 0) refuse(source, "is not a picture");
+  return decode_picture(source, stream);
+}
+
+DecodedPicture decode_picture(Container& source, int stream) {
   const bool is_tiff = source->streams[stream]->codecpar->codec_id == AV_CODEC_ID_TIFF;
   const Libav<AVFrame> frame = is_tiff ? decode_tiff(source, stream) : first_frame(source, stream);
   if (frame->width < 2 || frame->height < 2) refuse(source, "is smaller than 2 x 2 pixels");

@@ -42,16 +42,18 @@ Metadata metadata_of(const Container& opened) {
   }
 }
 
-}  // namespace
-
-PictureFile read_picture_file(Container& opened) {
-  DecodedPicture decoded = decode_picture(opened);
+PictureFile finish(const Container& opened, DecodedPicture decoded) {
   if (decoded.bits > 8) {
     notice(opened.name() + ": its samples of " + std::to_string(decoded.bits) + " bits are rounded to 8");
   }
   Metadata metadata = metadata_of(opened);
   return {upright(std::move(decoded.samples), metadata.orientation()), std::move(metadata)};
 }
+
+}  // namespace
+
+PictureFile read_picture_file(Container& opened) { return finish(opened, decode_picture(opened)); }
+PictureFile read_picture_file(Container& opened, int stream) { return finish(opened, decode_picture(opened, stream)); }
 
 PictureFile read_picture_file(const std::string& path, std::optional<Size> raw_size) {
   if (raw_size) {

@@ -18,6 +18,7 @@ struct PictureFile {
 // What is lost, bits of a sample or metadata that are damaged, is told by a notice.  Throws Failure naming the file.
 PictureFile read_picture_file(const std::string& path, std::optional<Size> raw_size = std::nullopt);
 PictureFile read_picture_file(Container& opened);
+PictureFile read_picture_file(Container& opened, int stream);
 
 // The picture alone.
 Nv12 read_picture(const std::string& path, std::optional<Size> raw_size = std::nullopt);

@@ -13,12 +13,11 @@ extern "C" {
 namespace biseam::tool {
 namespace {
 
-std::unique_ptr<ClipReader> open_clip(const std::string& path, const ClipJob& job, std::unique_ptr<Container> opened) {
+std::unique_ptr<Container> open_file(const std::string& path, const ClipJob& job) {
   std::optional<RawVideo> raw;
   if (job.source.raw_size) raw = RawVideo{*job.source.raw_size, job.raw_rate};
   if (!raw) refuse_raw_name(path);
-  if (!opened) opened = std::make_unique<Container>(path, raw);
-  return std::make_unique<ClipReader>(std::move(opened), job.strict);
+  return std::make_unique<Container>(path, raw);
 }
 
 void check_formats(const PairReader& clips, const FramePair& pair) {
@@ -52,8 +51,17 @@ void check_colours(const PairReader& clips, const FramePair& pair) {
 
 PairReader open_clips(const ClipJob& job, std::unique_ptr<Container> opened) {
   const std::vector<std::string>& files = job.source.files;
-  std::unique_ptr<ClipReader> first = open_clip(files.front(), job, std::move(opened)), second;
-  if (files.size() == 2) second = open_clip(files.back(), job, nullptr);
+  if (!opened) opened = open_file(files.front(), job);
+  std::unique_ptr<ClipReader> first, second;
+  std::optional<LensStreams> lenses;
+  if (files.size() == 1) lenses = choose_lens_streams(*opened, job.source.streams);
+  if (lenses) {
+    first = std::make_unique<ClipReader>(std::move(opened), job.strict, *lenses, 0);
+    second = std::make_unique<ClipReader>(open_file(files.front(), job), job.strict, *lenses, 1);
+  } else {
+    first = std::make_unique<ClipReader>(std::move(opened), job.strict);
+    if (files.size() == 2) second = std::make_unique<ClipReader>(open_file(files.back(), job), job.strict);
+  }
   return PairReader(std::move(first), std::move(second), job.offset);
 }
 

@@ -10,6 +10,7 @@
 #include "clip/read/part_reader.hpp"
 #include "clip/write/encoder.hpp"
 #include "clip/write/raw_writer.hpp"
+#include "media/lens_streams.hpp"
 #include "picture/split.hpp"
 #include "profile/settings.hpp"
 #include "stitch/engine.hpp"
@@ -20,6 +21,7 @@ namespace biseam::tool {
 struct StitchSource {
   std::vector<std::string> files;  // one with both circles, or one for each lens; "-" is standard input
   Layout layout = Layout::automatic;
+  StreamChoice streams;              // of one file
   std::optional<Size> raw_size;      // given: NV12 without a head
   std::string profile;               // path, or empty
   profile::CameraSettings settings;  // in place of the profile's values

@@ -29,9 +29,23 @@ struct Recorded {
   Metadata metadata;      // lens 0's
 };
 
+// The first pictures of two streams of a clip.
+void read_streams(const std::string& path, Container& opened, const LensStreams& streams, Recorded& recorded) {
+  Container again(path);
+  recorded.pictures[0] = read_picture_file(opened, streams[0]).picture;
+  recorded.pictures[1] = read_picture_file(again, streams[1]).picture;
+  for (int k = 0; k < 2; ++k) recorded.lens[k] = engine_picture(*frame_over(recorded.pictures[k], recorded.siting));
+}
+
 void read_pair(const StitchSource& source, std::unique_ptr<Container> opened, Recorded& recorded) {
   const std::string& first = source.files.front();
   recorded.siting = source.raw_size ? AVCHROMA_LOC_LEFT : AVCHROMA_LOC_CENTER;  // raw frames are those of clips
+  if (source.files.size() == 1 && !source.raw_size) {
+    refuse_raw_name(first);
+    if (!opened) opened = std::make_unique<Container>(first);
+    const std::optional<LensStreams> streams = choose_lens_streams(*opened, source.streams);
+    if (streams) return read_streams(first, *opened, *streams, recorded);
+  }
   PictureFile file = opened ? read_picture_file(*opened) : read_picture_file(first, source.raw_size);
   recorded.pictures[0] = std::move(file.picture);
   recorded.metadata = std::move(file.metadata);

@@ -23,14 +23,28 @@ bool has_picture_in_every_packet(const AVCodecParameters& video) {
 
 ClipReader::ClipReader(std::unique_ptr<Container> container, bool strict)
     : container_(std::move(container)), strict_(strict), packet_(av_packet_alloc()) {
-  if (!packet_) throw std::bad_alloc();
   const int index = av_find_best_stream(container_->get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
   if (index < 0) container_->refuse("has no video");
+  open(index);
+}
+
+ClipReader::ClipReader(std::unique_ptr<Container> container, bool strict, const LensStreams& lenses, int lens)
+    : container_(std::move(container)), strict_(strict), lenses_(lenses), packet_(av_packet_alloc()) {
+  open(lenses[std::size_t(lens)]);
+}
+
+void ClipReader::open(int index) {
+  if (!packet_) throw std::bad_alloc();
   stream_ = (*container_)->streams[index];
   times_ = FrameTimes(has_picture_in_every_packet(*stream_->codecpar));
   const std::string kind = avcodec_get_name(stream_->codecpar->codec_id);
   const std::string subject = "stream " + std::to_string(stream_->index) + " (video, " + kind + ")";
   decoder_ = open_decoder(*container_, *stream_, {subject, 0, 0});
+}
+
+bool ClipReader::gives(int stream) const {
+  if (stream == stream_->index) return false;
+  return !lenses_ || (stream_->index == lenses_->front() && stream != lenses_->back());
 }
 
 void ClipReader::start_at(std::int64_t time) {
@@ -106,6 +120,7 @@ void ClipReader::feed() {
   if (is_reading_stopped() && (packet_->flags & AV_PKT_FLAG_CORRUPT) != 0) return av_packet_unref(packet_.get());
   note_end(*packet_);
   if (packet_->stream_index != stream_->index) {
+    if (!gives(packet_->stream_index)) return av_packet_unref(packet_.get());
     packets_.emplace_back(av_packet_clone(packet_.get()));
     av_packet_unref(packet_.get());
     if (!packets_.back()) throw std::bad_alloc();

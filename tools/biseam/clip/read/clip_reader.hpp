@@ -11,6 +11,7 @@
 #include "clip/read/clip_frame.hpp"
 #include "clip/read/frame_times.hpp"
 #include "media/container.hpp"
+#include "media/lens_streams.hpp"
 #include "picture/picture.hpp"
 
 namespace biseam::tool {
@@ -30,6 +31,9 @@ class ClipReader {
   // strict: damage is a Failure.  Throws Failure (input) when there is no video, or nothing to decode it with.
   ClipReader(std::unique_ptr<Container> container, bool strict);
 
+  // One lens of a file that has a stream for each.  The other streams' packets come with lens 0.
+  ClipReader(std::unique_ptr<Container> container, bool strict, const LensStreams& lenses, int lens);
+
   // Starts over with a picture at the time or before it, in microseconds; damage before the time isn't counted.  For files that
   // can be read at any place, before the first next(); others start at their beginning anyway.
   void start_at(std::int64_t time);
@@ -37,6 +41,9 @@ class ClipReader {
   // None at the end, and after an interrupt once the decoder is empty.  A damaged picture is replaced by the one before it.
   // Throws Failure (input) when the size changes.
   std::optional<ClipFrame> next();
+
+  // Whether take_packets() gives the packets of a stream, by its index.
+  bool gives(int stream) const;
 
   // Of the other streams, those read since the last call.
   Packets take_packets() { return std::exchange(packets_, {}); }
@@ -49,6 +56,7 @@ class ClipReader {
   std::string time_text(std::int64_t time) const;
 
  private:
+  void open(int index);
   bool seek(std::int64_t time);
   void forget();
   void feed();
@@ -65,6 +73,7 @@ class ClipReader {
   std::unique_ptr<Container> container_;
   bool strict_;
   AVStream* stream_ = nullptr;
+  std::optional<LensStreams> lenses_;  // where the file has a stream for each
   Libav<AVCodecContext> decoder_;
   Libav<AVPacket> packet_;
   FrameTimes times_;

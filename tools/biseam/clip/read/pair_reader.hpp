@@ -32,7 +32,7 @@ struct PairingReport {
   bool second_goes_on = false;
 };
 
-// One clip with both circles, or two with one each.
+// One clip with both circles, or two with one each, which may be streams of one file.
 class PairReader {
  public:
   // offset: microseconds to be added to the times of the second clip, which may be missing.

@@ -27,9 +27,9 @@ void ClipWriter::add_streams(const PairReader& clips) {
     copied_[k].resize(format.nb_streams);
     for (unsigned index = 0; index < format.nb_streams; ++index) {
       const AVStream& stream = *format.streams[index];
-      const bool is_picture = &stream == &clips.clip(k).stream();
-      if (is_picture && k == 0) add_picture(stream);
-      if (!is_picture && !is_carried_by_metadata(format, stream)) add_copied(k, clips, stream, k == 0 ? 0 : clips.offset());
+      if (&stream == &clips.clip(k).stream() && k == 0) add_picture(stream);
+      const bool is_given = clips.clip(k).gives(int(index)) && !is_carried_by_metadata(format, stream);
+      if (is_given) add_copied(k, clips, stream, k == 0 ? 0 : clips.offset());
     }
   }
 }

@@ -40,7 +40,7 @@ void refuse_streams(const std::string& name, const PairReader& clips, bool drop_
     const AVFormatContext& format = *clips.clip(k).container().get();
     for (unsigned index = 0; index < format.nb_streams; ++index) {
       const AVStream& stream = *format.streams[index];
-      if (&stream == &clips.clip(k).stream()) continue;
+      if (!clips.clip(k).gives(int(index))) continue;
       const std::string clip = clips.clips() == 1 ? "" : clips.clip(k).container().name();
       const std::string line = stream_text(stream, clip) + " can't be held by raw frames";
       if (!drop_streams) refuse(name, line);
