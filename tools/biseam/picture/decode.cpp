@@ -6,6 +6,7 @@ extern "C" {
 
 #include "base/failure.hpp"
 #include "media/decoder.hpp"
+#include "media/upright.hpp"
 #include "picture/convert_rgb.hpp"
 #include "picture/decode_tiff.hpp"
 #include "picture/plane.hpp"
@@ -69,7 +70,11 @@ DecodedPicture decode_picture(Container& source) {
 
 DecodedPicture decode_picture(Container& source, int stream) {
   const bool is_tiff = source->streams[stream]->codecpar->codec_id == AV_CODEC_ID_TIFF;
-  const Libav<AVFrame> frame = is_tiff ? decode_tiff(source, stream) : first_frame(source, stream);
+  Libav<AVFrame> frame = is_tiff ? decode_tiff(source, stream) : first_frame(source, stream);
+  if (!source.is_picture()) {
+    const std::unique_ptr<Upright> upright = make_upright(source, *source->streams[stream], *frame);
+    if (upright) frame = upright->apply(*frame);
+  }
   if (frame->width < 2 || frame->height < 2) refuse(source, "is smaller than 2 x 2 pixels");
   const int bits = av_pix_fmt_desc_get(AVPixelFormat(frame->format))->comp[0].depth;
   if (is_jpeg_like(*frame)) return {copy_planes(*frame), bits};

@@ -160,9 +160,15 @@ void ClipReader::accept(Libav<AVFrame> frame) {
     return repeat(time);
   }
   const std::int64_t duration = frame->pkt_duration > 0 ? frame->pkt_duration : usual_duration();
-  last_ = {std::shared_ptr<const AVFrame>(frame.release(), LibavDelete()), time, duration};
+  last_ = {shown(std::move(frame)), time, duration};
   last_time_ = time;
   ready_.push_back(last_);
+}
+
+std::shared_ptr<const AVFrame> ClipReader::shown(Libav<AVFrame> frame) {
+  if (!std::exchange(is_upright_made_, true)) upright_ = make_upright(*container_, *stream_, *frame);
+  if (upright_) frame = upright_->apply(*frame);
+  return {frame.release(), LibavDelete()};
 }
 
 void ClipReader::repeat(std::int64_t time) {

@@ -12,6 +12,7 @@
 #include "clip/read/frame_times.hpp"
 #include "media/container.hpp"
 #include "media/lens_streams.hpp"
+#include "media/upright.hpp"
 #include "picture/picture.hpp"
 
 namespace biseam::tool {
@@ -62,6 +63,7 @@ class ClipReader {
   void feed();
   void send(const AVPacket* packet);
   void accept(Libav<AVFrame> frame);
+  std::shared_ptr<const AVFrame> shown(Libav<AVFrame> frame);
   void repeat(std::int64_t time);
   void end();
   void count_damage(const std::string& what);
@@ -81,7 +83,9 @@ class ClipReader {
   std::deque<ClipFrame> ready_;
   Packets packets_;
   ClipFrame last_;
-  Size size_;
+  Size size_;  // as recorded
+  std::unique_ptr<Upright> upright_;
+  bool is_upright_made_ = false;
   ClipDamage damage_;
   std::int64_t packets_read_ = 0, last_time_ = AV_NOPTS_VALUE, last_end_ = 0;  // last_end_: microseconds
   std::int64_t wanted_from_ = AV_NOPTS_VALUE;
