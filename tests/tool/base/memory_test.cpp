@@ -20,14 +20,14 @@ class Memory : public testing::Test {
   test::ScratchFolder root_;
 };
 
-TEST_F(Memory, is_any_where_nothing_is_told) { EXPECT_EQ(available(), std::numeric_limits<std::uint64_t>::max()); }
+TEST_F(Memory, IsAnyWhereNothingIsTold) { EXPECT_EQ(available(), std::numeric_limits<std::uint64_t>::max()); }
 
-TEST_F(Memory, is_what_the_system_has) {
+TEST_F(Memory, IsWhatTheSystemHas) {
   tell("proc/meminfo", "MemTotal:  9000 kB\nMemFree:  100 kB\nMemAvailable:  2000 kB\n");
   EXPECT_EQ(available(), 2000u * 1024);
 }
 
-TEST_F(Memory, is_what_the_tightest_group_leaves) {
+TEST_F(Memory, IsWhatTheTightestGroupLeaves) {
   tell("proc/meminfo", "MemAvailable:  2000 kB\n");
   tell("proc/self/cgroup", "0::/a/b\n");
   tell("sys/fs/cgroup/a/b/memory.max", "max\n");
@@ -41,14 +41,14 @@ TEST_F(Memory, is_what_the_tightest_group_leaves) {
   EXPECT_EQ(available(), 0u);
 }
 
-TEST_F(Memory, of_the_older_kind_of_groups_counts) {
+TEST_F(Memory, OfTheOlderKindOfGroupsCounts) {
   tell("proc/self/cgroup", "5:cpu:/x\n4:memory:/\n");
   tell("sys/fs/cgroup/memory/memory.limit_in_bytes", "900\n");
   tell("sys/fs/cgroup/memory/memory.usage_in_bytes", "200\n");
   EXPECT_EQ(available(), 700u);
 }
 
-TEST_F(Memory, bounds_the_frames_that_wait_and_leaves_one) {
+TEST_F(Memory, BoundsTheFramesThatWaitAndLeavesOne) {
   constexpr std::uint64_t kFrame = 25u << 20;
   EXPECT_EQ(frames_that_may_wait(kFrame, std::numeric_limits<std::uint64_t>::max()), 3u);
   EXPECT_EQ(frames_that_may_wait(kFrame, 5 * kFrame), 2u);

@@ -6,7 +6,6 @@
 
 #include "picture/read_picture.hpp"
 #include "picture/write_picture.hpp"
-#include "sheet/shrink.hpp"
 #include "tool/support/command_line.hpp"
 #include "tool/support/scratch_folder.hpp"
 
@@ -17,26 +16,6 @@ Rgb plain(int width, int height, std::uint8_t code) {
   Rgb picture(width, height);
   picture.bytes.assign(picture.bytes.size(), code);
   return picture;
-}
-
-TEST(Shrink, TakesTheMeanOfWhatAPixelCovers) {
-  Rgb picture(4, 2);
-  const std::uint8_t luma[8] = {0, 10, 100, 100, 20, 30, 102, 102};
-  for (std::size_t i = 0; i < 24; ++i) picture.bytes[i] = luma[i / 3];
-  const Rgb small = shrunk(picture, {2, 1});
-  EXPECT_EQ(small.bytes, (std::vector<std::uint8_t>{15, 15, 15, 101, 101, 101}));
-}
-
-TEST(Shrink, SharesPixelsThatLieAcrossTwo) {
-  Rgb picture(3, 1);
-  picture.bytes = {0, 0, 0, 90, 90, 90, 30, 30, 30};
-  EXPECT_EQ(shrunk(picture, {2, 1}).bytes, (std::vector<std::uint8_t>{30, 30, 30, 50, 50, 50}));
-}
-
-TEST(Shrink, LeavesAPictureOfTheSizeAsItIs) {
-  Rgb picture(3, 2);
-  for (std::size_t i = 0; i < 18; ++i) picture.bytes[i] = std::uint8_t(13 * i);
-  EXPECT_EQ(shrunk(picture, {3, 2}).bytes, picture.bytes);
 }
 
 TEST(ContactSheet, OfOnePictureWithoutCaptionIsThePicture) {
