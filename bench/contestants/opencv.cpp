@@ -205,9 +205,9 @@ Figures run_stages(Stitcher& stitcher) {
 
 int run(int argc, char** argv) {
   const Server server;
-  cv::setNumThreads(kPeerThreads);
   cv::ocl::setUseOpenCL(false);
   const Setup setup = read_setup(argc, argv);
+  cv::setNumThreads(setup.threads);
   Nv12 fisheye[2] = {read_fisheye(setup, 0), read_fisheye(setup, 1)};
   Nv12 panorama(setup.width, setup.size());
   StitchConfig config = make_config(setup);

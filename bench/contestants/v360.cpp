@@ -1,4 +1,4 @@
-// FFmpeg's filter v360, linear interpolation: the remap alone, no seam is searched and nothing is blended.
+// FFmpeg's filter v360: the remap alone, no seam is searched and nothing is blended.
 //
 // Counted: the filter graph from the frame handed in to the frame taken out.  Not counted: making planar frames of the
 // pictures, as the filter takes no interleaved chroma; the first frame, which builds its tables.
@@ -55,12 +55,14 @@ AVFrame* make_input(const Setup& setup) {
 class Graph {
  public:
   explicit Graph(const Setup& setup) : input_(make_input(setup)), output_(av_frame_alloc()) {
-    graph_->nb_threads = kPeerThreads;
+    graph_->nb_threads = setup.threads;
     char size[128], options[128];
     std::snprintf(size, sizeof size, "video_size=%dx%d:pix_fmt=%d:time_base=1/25", input_->width, input_->height,
                   AV_PIX_FMT_YUV420P);
-    std::snprintf(options, sizeof options, "dfisheye:e:ih_fov=%g:iv_fov=%g:interp=linear:w=%d:h=%d", kFieldOfView, kFieldOfView,
-                  setup.width, setup.size());
+    // To the filter, the circle ends at the middles of the outermost pixels.
+    const double fov = kFieldOfView * (setup.size() - 1) / setup.size();
+    std::snprintf(options, sizeof options, "dfisheye:e:ih_fov=%.17g:iv_fov=%.17g:interp=%s:w=%d:h=%d", fov, fov,
+                  setup.interp.c_str(), setup.width, setup.size());
     AVFilterContext* filter = nullptr;
     check(avfilter_graph_create_filter(&source_, avfilter_get_by_name("buffer"), "in", size, nullptr, graph_), "the source");
     check(avfilter_graph_create_filter(&filter, avfilter_get_by_name("v360"), "v360", options, nullptr, graph_), "the filter");

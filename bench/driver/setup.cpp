@@ -25,6 +25,11 @@ Setup read_setup(int argc, char** argv) {
   const std::map<std::string, std::function<void(const char*)>> options = {
       {"--pictures", into(s.pictures)},
       {"--isa", into(s.isa)},
+      {"--camera", into(s.camera)},
+      {"--quality", into(s.quality)},
+      {"--format", into(s.format)},
+      {"--interp", into(s.interp)},
+      {"--threads", into(s.threads)},
       {"--width", into(s.width)},
       {"--feather", into(s.feather)},
       {"--trans-width", into(s.trans_width)},

@@ -10,7 +10,12 @@ namespace biseam::bench {
 struct Setup {
   std::string pictures;  // folder of fisheye0_SIZE.nv12 and fisheye1_SIZE.nv12
   std::string isa = "best";
-  int width = 3840;  // of the panorama, twice that of a picture
+  std::string camera = "virtual";  // or "real", for the ring engine
+  std::string quality = "good";    // of the ring engine: fast, good, best
+  std::string format = "nv12";     // likewise: nv12, p010
+  std::string interp = "linear";   // of v360
+  int threads = 2;                 // of the ring engine and v360
+  int width = 3840;                // of the panorama, twice that of a picture
   int feather = 32, trans_width = 64, findpath_width = 64, pyr_level = 5;
   float inv_scale = 4;
 
@@ -18,7 +23,6 @@ struct Setup {
 };
 
 inline constexpr double kFieldOfView = 195;  // degrees
-inline constexpr int kPeerThreads = 2;
 
 // From --NAME VALUE pairs; says what is wrong and ends the program otherwise.
 Setup read_setup(int argc, char** argv);

@@ -7,6 +7,16 @@ CONTESTANTS = {
     "v360": "FFmpeg v360 (remap only)",
     "opencv": "OpenCV remap, graph cut, 5-band blend",
 }
+RING_CONTESTANTS = {
+    "ring_good": "biseam",
+    "ring_fast": "biseam, fast",
+    "ring_best": "biseam, best",
+    "ring_p010": "biseam, 10 bits",
+    "exact": "biseam, exact engine",
+    "v360": "FFmpeg v360, linear",
+    "v360_spline16": "FFmpeg v360, spline16",
+    "opencv": "OpenCV, bilinear, 5-band blend",
+}
 STAGES = ("remap", "conversion", "search", "blend", "composition")
 
 

@@ -10,5 +10,10 @@ def read_luma(file, width):
 
 def psnr(a, b):
     """Of two luma planes, in dB; None when they are the same."""
-    error = numpy.mean((a.astype(numpy.float64) - b) ** 2)
+    return psnr_of(a.astype(numpy.float64) - b)
+
+
+def psnr_of(errors):
+    """Of errors in code values."""
+    error = numpy.mean(errors**2)
     return None if error == 0 else 10 * float(numpy.log10(255**2 / error))

@@ -5,6 +5,7 @@ import pathlib
 import sys
 import time
 
+import analytic
 import clip
 import machine
 import plot
@@ -30,6 +31,10 @@ def read_arguments():
 
 
 def sections(suite, sizes, curve, tool, quick):
+    yield "analytic", lambda: {camera: {str(width): analytic.measure(suite, width, camera) for width in sizes}
+                               for camera in ("virtual", "real")}
+    yield "ring", lambda: {str(width): suite.ring(width) for width in sizes}
+    yield "ring_curve", lambda: suite.ring_curve(curve)
     yield "contest", lambda: {str(width): suite.contest(width) for width in sizes}
     yield "stages", lambda: {str(width): suite.stages(width) for width in sizes}
     yield "curve", lambda: {"constant": suite.curve(curve, scaled=False), "scaled": suite.curve(curve, scaled=True)}

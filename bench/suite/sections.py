@@ -15,8 +15,9 @@ class Suite:
     def __init__(self, build, out, rounds, against=None):
         self.programs, self.build, self.out, self.rounds, self.against = build / "bench", build, out, rounds, against
 
-    def start(self, name, command="frame", width=SIZES[0], **options):
-        return Contestant(self.programs / f"bench_{name}", command, pictures=self.out / "pictures", width=width, **options)
+    def start(self, name, command="frame", width=SIZES[0], pictures=None, **options):
+        return Contestant(self.programs / f"bench_{name}", command, pictures=pictures or self.out / "pictures", width=width,
+                          **options)
 
     def turns(self, contestants, rounds=None, repeats=3):
         try:
@@ -52,6 +53,27 @@ class Suite:
             file.unlink()
         ours = pictures.pop("biseam")
         return {name: quality.psnr(ours, picture) for name, picture in pictures.items()}
+
+    def ring(self, width):
+        """Whole frames of the ring engine by a real camera, of the exact one, and of v360, by one thread and by two."""
+        result = {}
+        for threads in (2, 1):
+            def ring(**options):
+                return self.start("ring", width=width, camera="real", threads=threads, **options)
+            contestants = {"ring_good": ring(), "ring_fast": ring(quality="fast"), "ring_best": ring(quality="best"),
+                           "ring_p010": ring(format="p010"), "v360": self.start("v360", width=width, threads=threads),
+                           "v360_spline16": self.start("v360", width=width, threads=threads, interp="spline16")}
+            if threads == 2:
+                contestants["exact"] = self.start("biseam", width=width)
+            first = {name: contestant.ask("start") for name, contestant in contestants.items() if name.startswith("ring")}
+            result[str(threads)] = {"first": first, "frames": self.turns(contestants)}
+        return result
+
+    def ring_curve(self, widths):
+        """Frames of the ring engine at many sizes, each from pictures of half the panorama's width."""
+        contestants = {str(width): self.start("ring", width=width, camera="real") for width in widths}
+        memory = {width: contestant.ask("start")["memory_mib"] for width, contestant in contestants.items()}
+        return {"frames": self.turns(contestants, repeats=2), "memory_mib": memory}
 
     def stages(self, width):
         return self.turns({"biseam": self.start("biseam", "stages", width),
