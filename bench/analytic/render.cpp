@@ -1,7 +1,7 @@
 // Draws the scene that is known exactly: fisheye0_SIZE.nv12 and fisheye1_SIZE.nv12, rounded to 8 bits, and truth_WIDTH.f32, the
 // panorama's luma, Cb and Cr as floats that are not rounded.  Chroma lies in the middle of its four luma samples.
 //
-//   --pictures FOLDER --width WIDTH --camera virtual|real
+//   --pictures FOLDER --width WIDTH --camera virtual|PROFILE
 #include <algorithm>
 #include <cmath>
 #include <cstdio>

@@ -1,31 +1,43 @@
 #include "driver/camera.hpp"
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
 #include <iterator>
+#include <string>
+
+#include "profile/read.hpp"
 
 namespace biseam::bench {
 
 namespace {
 
-constexpr int kMeasuredSize = 960;
+profile::CameraSettings read_profile(const std::string& name) {
+  std::ifstream file(name, std::ios::binary);
+  if (!file) {
+    std::fprintf(stderr, "can't read %s\n", name.c_str());
+    std::exit(1);
+  }
+  return profile::read({std::istreambuf_iterator<char>(file), {}}, name);
+}
 
-Camera real_camera() {
+// As far as the profile in bench/ goes.
+Camera camera_of_profile(const std::string& name) {
+  const profile::CameraSettings settings = read_profile(name);
   Camera camera;
-  Lens &a = camera.lens[0], &b = camera.lens[1];
-  a.width = a.height = kMeasuredSize;
-  a.fov = 206;
-  b = a;
-  a.cx = 475;
-  a.cy = 471;
-  a.p = 281.5;
-  a.k[0] = -0.004;
-  a.k[1] = 0.001;
-  b.cx = 476;
-  b.cy = 479.8;
-  b.p = 278.5;
-  b.k[0] = -0.006;
-  b.k[1] = 0.0012;
-  b.turn = {-0.1, 1.48, -0.43};
+  for (int i = 0; i < 2; ++i) {
+    const profile::LensSettings& from = settings.lens[i];
+    Lens& lens = camera.lens[i];
+    lens.width = settings.picture.value().width;
+    lens.height = settings.picture.value().height;
+    lens.cx = from.cx.value();
+    lens.cy = from.cy.value();
+    lens.p = from.p.value();
+    std::copy_n(from.k.value().begin(), 3, lens.k);
+    lens.fov = from.fov.value();
+    lens.turn = {from.yaw.value_or(0), from.pitch.value_or(0), from.roll.value_or(0)};
+  }
   return camera;
 }
 
@@ -34,8 +46,8 @@ Camera real_camera() {
 Camera make_camera(const Setup& setup) {
   const int size = setup.size();
   Camera camera;
-  if (setup.camera == "real") {
-    camera = real_camera();
+  if (setup.camera != "virtual") {
+    camera = camera_of_profile(setup.camera);
     for (Lens& lens : camera.lens) lens = scaled(lens, size, size);
   } else {
     for (Lens& lens : camera.lens) lens = usual_lens(size, size, kFieldOfView);

@@ -6,8 +6,7 @@
 
 namespace biseam::bench {
 
-// The virtual camera, or a real one: a pair in which both lenses are off the middle and cut off by the pictures' edges, of
-// different scale, with distortion, lens 1 turned.
+// For the setup's pictures; ends the program when there is no such profile.
 Camera make_camera(const Setup& setup);
 
 BiseamCamera make_record(const Camera& camera);

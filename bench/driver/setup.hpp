@@ -10,7 +10,7 @@ namespace biseam::bench {
 struct Setup {
   std::string pictures;  // folder of fisheye0_SIZE.nv12 and fisheye1_SIZE.nv12
   std::string isa = "best";
-  std::string camera = "virtual";  // or "real", for the ring engine
+  std::string camera = "virtual";  // or a profile, for the ring engine
   std::string quality = "good";    // of the ring engine: fast, good, best
   std::string format = "nv12";     // likewise: nv12, p010
   std::string interp = "linear";   // of v360

@@ -4,7 +4,9 @@ import subprocess
 import numpy
 
 import quality
+from pictures import REAL_CAMERA
 
+CAMERAS = {"virtual": "virtual", "real": REAL_CAMERA}
 NEAR = 8  # degrees on both sides of the plane between the lenses
 RING = {"ring_fast": {"quality": "fast"}, "ring_good": {"quality": "good"}, "ring_best": {"quality": "best"}}
 
@@ -14,7 +16,7 @@ def draw(program, folder, width, camera):
     folder.mkdir(parents=True, exist_ok=True)
     truth = folder / f"truth_{width}.f32"
     if not truth.exists():
-        subprocess.run([program, "--pictures", folder, "--width", str(width), "--camera", camera], check=True)
+        subprocess.run([program, "--pictures", folder, "--width", str(width), "--camera", CAMERAS[camera]], check=True)
     return truth
 
 
@@ -36,7 +38,7 @@ def figures(truth, panorama, width):
 
 def contestants(camera):
     """Name to (program, options).  Only the ring engine can be told everything about a real camera."""
-    ring = {name: ("ring", {**options, "camera": camera}) for name, options in RING.items()}
+    ring = {name: ("ring", {**options, "camera": CAMERAS[camera]}) for name, options in RING.items()}
     if camera == "real":
         return ring
     return {**ring, "v360": ("v360", {}), "v360_spline16": ("v360", {"interp": "spline16"}), "opencv": ("opencv", {}),

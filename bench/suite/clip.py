@@ -7,7 +7,7 @@ import numpy
 
 import quality
 from contestant import pin, summary
-from pictures import SCENE
+from pictures import REAL_CAMERA, SCENE
 
 SPEED = ["-c:v", "libx264", "-preset", "ultrafast", "-crf", "23"]  # what FFmpeg's encoder takes; ours below says the same
 RENDERED = 8  # pictures, shown there and back
@@ -33,13 +33,17 @@ def make_clip(tool, folder, width, turns):
 
 
 def commands(tool, clip, width, folder):
-    """Name to (command, the file it writes): the same size, encoder, preset and constant rate factor, sound copied."""
-    camera = clip.parent / f"scene_{width}" / "camera.toml"
-    ours, theirs = folder / "clip_biseam.mp4", folder / "clip_v360.mp4"
+    """Name to (command, the file it writes), ours by the scene's own camera and by a real one's profile: the same size, encoder, preset and constant rate factor, sound copied."""
+    scene = clip.parent / f"scene_{width}" / "camera.toml"
     v360 = f"v360=dfisheye:e:ih_fov={FIELD_OF_VIEW}:iv_fov={FIELD_OF_VIEW}:w={width}:h={width // 2}"
+
+    def ours(camera, file):
+        return [tool, "stitch", clip, "--camera", camera, "--width", str(width), "--preset", "ultrafast", "--crf", "23", "-o",
+                file], file
+    theirs = folder / "clip_v360.mp4"
     return {
-        "biseam": ([tool, "stitch", clip, "--camera", camera, "--width", str(width), "--preset", "ultrafast", "--crf", "23", "-o",
-                    ours], ours),
+        "scene": ours(scene, folder / "clip_scene.mp4"),
+        "biseam": ours(REAL_CAMERA, folder / "clip_biseam.mp4"),
         "v360": (["ffmpeg", "-v", "error", "-nostdin", "-y", "-i", clip, "-vf", v360, *SPEED, "-c:a", "copy", theirs], theirs),
     }
 
@@ -65,7 +69,7 @@ def read_luma(clip, width):
 
 
 def measure(tool, folder, width, turns, rounds):
-    """Both in turn; in each turn the other one comes first."""
+    """All in turn, there and back."""
     clip = make_clip(tool, folder / "pictures", width, turns)
     contestants = commands(tool, clip, width, folder)
     figures = {name: {} for name in contestants}
@@ -77,10 +81,11 @@ def measure(tool, folder, width, turns, rounds):
                 if number >= 0:  # the first turn finds cold caches
                     figures[name].setdefault(figure, []).append(value)
     luma = {name: read_luma(file, width) for name, (_, file) in contestants.items()}
-    if luma["biseam"].shape != luma["v360"].shape:
+    if len({picture.shape for picture in luma.values()}) != 1:
         raise SystemExit(f"clips of different length: {[picture.shape for picture in luma.values()]}")
     for _, file in contestants.values():
         file.unlink()
-    return {"width": width, "frames": 2 * RENDERED * turns, "rounds": rounds, "psnr": quality.psnr(luma["biseam"], luma["v360"]),
+    return {"width": width, "frames": 2 * RENDERED * turns, "rounds": rounds, "psnr": quality.psnr(luma["scene"], luma["v360"]),
             "runs": {name: {figure: summary(values) for figure, values in taken.items()} for name, taken in figures.items()},
-            "wall_ratio": summary([ours / theirs for ours, theirs in zip(figures["biseam"]["wall_s"], figures["v360"]["wall_s"])])}
+            "ratio": {clock: summary([ours / theirs for ours, theirs in zip(figures["biseam"][clock], figures["v360"][clock])])
+                      for clock in ("wall_s", "cpu_s")}}

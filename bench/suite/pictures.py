@@ -1,9 +1,11 @@
 """The pictures of the contest: rendered by our own tool, then NV12 at every size that is asked for."""
+import pathlib
 import subprocess
 
 import matplotlib.image
 import numpy
 
+REAL_CAMERA = pathlib.Path(__file__).parent.parent / "real_camera.toml"
 SCENE = ["--baseline", "0.03", "--exposure-difference", "0.05", "--noise", "2"]
 
 

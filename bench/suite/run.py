@@ -16,8 +16,8 @@ from sections import CURVE, SIZES, Suite
 
 ROUNDS = 21
 QUICK_SIZES = (1920, 960)
-CLIP = {"width": 3840, "turns": 5, "rounds": 7}
-QUICK_CLIP = {"width": 640, "turns": 1, "rounds": 1}
+CLIPS = ({"width": 3840, "turns": 5, "rounds": 7}, {"width": 1920, "turns": 10, "rounds": 7})
+QUICK_CLIPS = ({"width": 640, "turns": 1, "rounds": 1},)
 
 
 def read_arguments():
@@ -32,7 +32,7 @@ def read_arguments():
 
 def sections(suite, sizes, curve, tool, quick):
     yield "analytic", lambda: {camera: {str(width): analytic.measure(suite, width, camera) for width in sizes}
-                               for camera in ("virtual", "real")}
+                               for camera in analytic.CAMERAS}
     yield "ring", lambda: {str(width): suite.ring(width) for width in sizes}
     yield "ring_curve", lambda: suite.ring_curve(curve)
     yield "contest", lambda: {str(width): suite.contest(width) for width in sizes}
@@ -41,7 +41,7 @@ def sections(suite, sizes, curve, tool, quick):
     yield "search", lambda: suite.search(sizes[0])
     yield "tables", lambda: suite.tables(sizes[0])
     yield "memory", lambda: suite.memory(sizes[0])
-    yield "clip", lambda: clip.measure(tool, suite.out, **(QUICK_CLIP if quick else CLIP))
+    yield "clips", lambda: [clip.measure(tool, suite.out, **size) for size in (QUICK_CLIPS if quick else CLIPS)]
     yield "instructions", lambda: suite.instructions(sizes[-1])
     if not quick:
         yield "kernels", suite.kernels
@@ -51,13 +51,21 @@ def refuse_other_pictures(contest, clips):
     """A contestant that shows something else has not done the work that is measured."""
     strange = [f"{name} at {width}: {likeness:.1f} dB" for width, sizes in contest.items()
                for name, likeness in sizes["psnr"].items() if likeness is not None and likeness < quality.PLAUSIBLE]
-    if clips["psnr"] < quality.PLAUSIBLE:
-        strange.append(f"v360's clip: {clips['psnr']:.1f} dB")
+    strange += [f"v360's clip at {clip['width']}: {clip['psnr']:.1f} dB" for clip in clips if clip["psnr"] < quality.PLAUSIBLE]
     if strange:
         sys.exit("not the same panorama: " + ", ".join(strange))
     for width, sizes in contest.items():
         if sizes["psnr"]["scalar"] is not None:
             sys.exit(f"other bytes from scalar kernels at {width}")
+
+
+def refuse_blur(analytic_sizes):
+    """What is known exactly is sharp at every size, on every machine."""
+    for width, contestants in analytic_sizes.items():
+        for name, (luma, chroma) in {"ring_fast": (46, 0), "ring_good": (55.5, 56), "ring_best": (56.2, 56)}.items():
+            got = contestants[name]
+            if min(got["luma"], got["near"]) < luma or got["chroma"] < chroma or abs(got["bias"]) > 0.02:
+                sys.exit(f"{name} at {width} is not sharp enough: {got}")
 
 
 def main():
@@ -72,7 +80,8 @@ def main():
         start = time.monotonic()
         results[name] = section()
         print(f"{name:13} {time.monotonic() - start:5.1f} s", flush=True)
-    refuse_other_pictures(results["contest"], results["clip"])
+    refuse_blur(results["analytic"]["virtual"])
+    refuse_other_pictures(results["contest"], results["clips"])
     if arguments.arm:
         results["arm"] = json.loads(arguments.arm.read_text())
     (arguments.out / "bench.json").write_text(json.dumps(results, indent=1, allow_nan=False) + "\n")

@@ -4,6 +4,7 @@ import subprocess
 
 import quality
 from contestant import Contestant, take_turns
+from pictures import REAL_CAMERA
 
 SIZES = (3840, 1920)  # of the panorama's width; the first is what the README shows
 CURVE = (1920, 2880, 3840, 5760, 7680)
@@ -59,7 +60,7 @@ class Suite:
         result = {}
         for threads in (2, 1):
             def ring(**options):
-                return self.start("ring", width=width, camera="real", threads=threads, **options)
+                return self.start("ring", width=width, camera=REAL_CAMERA, threads=threads, **options)
             contestants = {"ring_good": ring(), "ring_fast": ring(quality="fast"), "ring_best": ring(quality="best"),
                            "ring_p010": ring(format="p010"), "v360": self.start("v360", width=width, threads=threads),
                            "v360_spline16": self.start("v360", width=width, threads=threads, interp="spline16")}
@@ -71,7 +72,7 @@ class Suite:
 
     def ring_curve(self, widths):
         """Frames of the ring engine at many sizes, each from pictures of half the panorama's width."""
-        contestants = {str(width): self.start("ring", width=width, camera="real") for width in widths}
+        contestants = {str(width): self.start("ring", width=width, camera=REAL_CAMERA) for width in widths}
         memory = {width: contestant.ask("start")["memory_mib"] for width, contestant in contestants.items()}
         return {"frames": self.turns(contestants, repeats=2), "memory_mib": memory}
 
