@@ -66,7 +66,8 @@ void copy_chapters(const AVFormatContext& from, const ClipSpan& span, AVFormatCo
     const auto in_base = [&](std::int64_t time) { return av_rescale_q(time, kMicroseconds, old.time_base); };
     const std::int64_t first = span.shift == 0 ? old.start : std::max(old.start, in_base(span.begin));
     const std::int64_t last = span.end == INT64_MAX ? old.end : std::min(old.end, in_base(span.end));
-    if (first >= last && old.start != old.end) continue;
+    const bool is_mark = old.start == old.end;  // which has no length to be cut
+    if (is_mark ? first > last : first >= last) continue;
     auto* chapter = static_cast<AVChapter*>(av_mallocz(sizeof(AVChapter)));
     if (!chapter) throw std::bad_alloc();
     to.chapters[to.nb_chapters++] = chapter;
