@@ -21,8 +21,10 @@ TEST(SceneCommand, WritesWhatStitchBringsBackToTheTruth) {
   ASSERT_EQ(panorama.width, 512);
   ASSERT_EQ(panorama.height, 256);
   const Quality quality = measure({{512, 256}, truth.luma, panorama.luma}, all_columns(512));
-  EXPECT_GT(quality.weighted_psnr, 22);
-  EXPECT_GT(quality.ssim, 0.8);
+  // Pictures four times as large give 34.0 dB: the rest is how the place is rendered, with 16 samples a pixel at most.  A
+  // panorama that lies half a pixel aside gives 26.
+  EXPECT_GT(quality.weighted_psnr, 33);
+  EXPECT_GT(quality.ssim, 0.955);
 }
 
 TEST(SceneCommand, ExposureDifferenceBrightensLens0AndDarkensLens1) {

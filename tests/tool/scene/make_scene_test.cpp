@@ -91,7 +91,7 @@ TEST(SceneClips, StitchedComeNearTheTruthInEveryFrame) {
     return measure({{512, 256}, truth[a].luma, panoramas[b].luma}, all_columns(512)).weighted_psnr;
   };
   for (std::size_t k = 0; k < 3; ++k) {
-    EXPECT_GT(quality(k, k), 22);
+    EXPECT_GT(quality(k, k), 33);
     EXPECT_GT(quality(k, k), quality(k, (k + 1) % 3)) << "a frame of another time";
   }
 }

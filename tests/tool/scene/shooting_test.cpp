@@ -50,8 +50,8 @@ TEST(Shooting, ShowsWhatIsRenderedAndDeveloped) {
   EXPECT_EQ(all[0].bytes, develop(render(place, view_of(PanoramaView{128, 64})), {}));
   for (const int index : {0, 1}) {
     const Fisheye lens = Fisheye::fitting(index, 64, rig.field_of_view);
-    EXPECT_EQ(shooting.lens(index).index, index);
-    EXPECT_EQ(shooting.lens(index).pixels_per_radian, lens.pixels_per_radian);
+    EXPECT_EQ(shooting.lens(index).lens().p, lens.lens().p);
+    EXPECT_EQ(shooting.lens(index).pupil(0.05).z, index == 0 ? 0.025 : -0.025);
     const std::vector<std::uint8_t> quiet = develop(render(place, view_of(lens, 0.05)), {index == 0 ? 0.25 : -0.25, 0, 0});
     const tool::Rgb& taken = all[std::size_t(1 + index)];
     double sum = 0, squares = 0, count = 0;

@@ -1,8 +1,8 @@
 #include <memory>
 #include <string>
 
-#include "base/angle.hpp"
 #include "base/failure.hpp"
+#include "camera/trigonometry.hpp"
 #include "commands/commands.hpp"
 #include "commands/number_range.hpp"
 #include "profile/settings.hpp"

@@ -1,8 +1,10 @@
-// The virtual camera: two equidistant fisheyes back to back, and the panorama as seen from the middle between them.
+// The virtual camera: lenses as the library draws them, back to back, and the panorama as seen from the middle between them.
+// The place's z is where lens 0 looks; in the library's world lens 1 looks that way.
 //
-// Coordinates in a picture are pixel indices: an integer is the centre of a pixel, and the middle of n pixels is (n - 1) / 2.
+// Coordinates in a picture are pixel indices: an integer is the middle of a pixel, and the middle of n pixels is (n - 1) / 2.
 #pragma once
 
+#include "camera/projector.hpp"
 #include "scene/vector.hpp"
 
 namespace biseam::scene {
@@ -21,27 +23,33 @@ Vec3 direction_of(double longitude, double latitude);
 struct PanoramaView {
   int width, height;
 
-  // Column x lies at longitude (x + 1) * 2 pi / width, row y at latitude -pi/2 + (y + 1) * pi / height.
   Vec3 direction(Position at) const;
-  Position project(Vec3 direction) const;  // 0 <= u + 1 < width
+  Position project(Vec3 direction) const;  // -0.5 <= u <= width - 0.5
 };
 
-struct Fisheye {
-  int index;  // 0 looks along longitude 0, 1 along longitude pi
-  int size;   // pixels, width and height
-  double pixels_per_radian;
-  double field_of_view;  // full angle, radians
-  Position centre;
+class Fisheye {
+ public:
+  // index 0 looks along z, 1 the other way.
+  Fisheye(int index, const Lens& lens);
 
-  // The image circle of field_of_view just fits into size x size pixels.
+  // The image circle of field_of_view, radians, just fits into size x size pixels.
   static Fisheye fitting(int index, int size, double field_of_view);
 
+  const Lens& lens() const { return lens_; }
+
+  // Whether a position lies in the image circle.
   bool sees(Position at) const;
-  Vec3 direction(Position at) const;
-  Position project(Vec3 direction) const;
+
+  Vec3 direction(Position at) const;       // of a position in the image circle
+  Position project(Vec3 direction) const;  // within the angle of view and a little beyond
 
   // The entrance pupil when the two pupils are baseline metres apart along the common axis.
   Vec3 pupil(double baseline) const;
+
+ private:
+  int index_;
+  Lens lens_;
+  Projector projector_;
 };
 
 }  // namespace biseam::scene

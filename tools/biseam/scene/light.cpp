@@ -3,13 +3,11 @@
 #include <algorithm>
 #include <numbers>
 
-#include "base/angle.hpp"
+#include "camera/trigonometry.hpp"
 #include "scene/camera.hpp"
 #include "scene/noise.hpp"
 
 namespace biseam::scene {
-
-using tool::kDegree;
 
 Vec3 towards_sun() {
   static const Vec3 direction = direction_of(52 * kDegree, -33 * kDegree);

@@ -29,7 +29,7 @@ View view_of(const PanoramaView& panorama) {
 }
 
 View view_of(const Fisheye& lens, double baseline) {
-  return {lens.size, lens.size, 1 / lens.pixels_per_radian, [lens, pupil = lens.pupil(baseline)](Position at) {
+  return {lens.lens().width, lens.lens().height, 1 / lens.lens().p, [lens, pupil = lens.pupil(baseline)](Position at) {
             return lens.sees(at) ? std::optional(Ray{pupil, lens.direction(at)}) : std::nullopt;
           }};
 }

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <cstdio>
 
-#include "base/angle.hpp"
 #include "base/failure.hpp"
+#include "camera/trigonometry.hpp"
 #include "setup/blend_values.hpp"
 
 namespace biseam::tool {

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "base/angle.hpp"
 #include "base/failure.hpp"
 #include "camera/lens.hpp"
+#include "camera/trigonometry.hpp"
 
 namespace biseam::tool {
 namespace {
