@@ -21,7 +21,7 @@ for block in "$work"/*.{toml,c,cpp}; do
     *) cp "$block" "$work/$name" && programs=$((programs + 1)) ;;
   esac
 done
-[ "$programs" -eq 3 ]
+[ "$programs" -eq 4 ]
 
 # `make test` is the first step of .ci/run.
 cat "$work"/*.sh | grep -v '^make test$' >"$work/commands"
@@ -32,7 +32,7 @@ cmake --install build/release --prefix "$work/installed"
 PKG_CONFIG_PATH=$(dirname "$(find "$work/installed" -name biseam.pc)")
 export PKG_CONFIG_PATH
 sed -nE 's/^    (flags=|cc |c\+\+ )/\1/p' README.md >"$work/compile"
-[ "$(wc -l <"$work/compile")" -eq 3 ]
+[ "$(wc -l <"$work/compile")" -eq 4 ]
 cd "$work"
 unset LD_LIBRARY_PATH
 bash -euxo pipefail "$work/compile"
