@@ -168,6 +168,20 @@ TEST(TagClip, ACutMatroskaFileIsNoticed) {
   expect_refused(run_tag({folder / "cut.mkv"}), 3, folder / "cut.mkv", "is cut short");
 }
 
+// The list of its pictures can't be read: a copy would hold none.
+TEST(TagClip, AClipWithoutPicturesStaysAsItIs) {
+  const ScratchFolder folder;
+  const std::string clip = folder / "in.mp4";
+  write_clip(clip, {}, walk(2));
+  std::string bytes = read_bytes(clip);
+  const std::size_t sizes = bytes.find("stsz");
+  ASSERT_NE(sizes, bytes.npos);
+  bytes.replace(sizes, 4, "free");
+  write_bytes(clip, bytes);
+  expect_refused(run_tag({clip}), 3, clip, "has no picture");
+  EXPECT_EQ(read_bytes(clip), bytes);
+}
+
 TEST(TagClip, FragmentsBecomeOneMovie) {
   const ScratchFolder folder;
   ClipSpec spec;

@@ -50,15 +50,18 @@ CopiedStreams add_streams(const TagJob& job, Container& source, const AVStream& 
 }
 
 // False when interrupted.
-bool copy_packets(Container& source, ClipMuxer& muxer, CopiedStreams& streams) {
+bool copy_packets(Container& source, const AVStream& video, ClipMuxer& muxer, CopiedStreams& streams) {
+  bool has_picture = false;
   const Libav<AVPacket> packet(av_packet_alloc());
   if (!packet) throw std::bad_alloc();
   for (;;) {
     const Container::Read read = source.read(*packet);
     if (interrupted()) return false;
+    if (read == Container::Read::end && !has_picture) source.refuse("has no picture");  // a copy would lack the stream
     if (read == Container::Read::end) return true;
     if (read == Container::Read::damage || (packet->flags & AV_PKT_FLAG_CORRUPT) != 0) source.refuse("is damaged");
     if (std::size_t(packet->stream_index) >= streams.size()) source.refuse("has a stream that its head doesn't tell of");
+    has_picture = has_picture || packet->stream_index == video.index;
     muxer.copy(streams[std::size_t(packet->stream_index)], *packet);
     av_packet_unref(packet.get());
   }
@@ -76,7 +79,7 @@ void tag_clip(const TagJob& job, Container& source, const AVOutputFormat& format
   ClipMuxer muxer(job.to, format);
   CopiedStreams streams = add_streams(job, source, video, muxer);
   muxer.begin(*source.get());
-  if (!copy_packets(source, muxer, streams)) return;
+  if (!copy_packets(source, video, muxer, streams)) return;
   if (!muxer.end()) throw Failure(ExitCode::output, job.to + ": could not be marked as a spherical panorama");
   if (!interrupted()) muxer.commit();
 }
