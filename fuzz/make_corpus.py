@@ -2,6 +2,8 @@
 """Writes the corpora of the targets that take made bytes, into fuzz/corpus.  What a target found is added to its folder by hand."""
 import pathlib
 import struct
+import subprocess
+import tempfile
 
 FOLDER = pathlib.Path(__file__).parent / "corpus"
 
@@ -137,5 +139,53 @@ def ranges():
         save("ranges", f"{number:02}", struct.pack("<Q", size) + text.encode())
 
 
-for write in (configurations, raw_files, profiles, values, ranges):
+# What ffmpeg makes of a test picture of 32 x 16 pixels, the same every time.
+def encoded(name, *options, frames=1):
+    with tempfile.TemporaryDirectory() as folder:
+        path = pathlib.Path(folder) / name
+        subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=size=32x16:rate=25", "-frames:v", str(frames),
+                        "-threads", "1", "-fflags", "+bitexact", "-flags", "+bitexact", *options, path], check=True)
+        return path.read_bytes()
+
+
+def box(name, *content):
+    return struct.pack(">I", 8 + sum(map(len, content))) + name.encode() + b"".join(content)
+
+
+def exif(orientation):
+    return struct.pack("<2sHIHHHIHHI", b"II", 42, 8, 1, 0x0112, 3, 1, orientation, 0, 0)
+
+
+def media():
+    png, jpeg = encoded("a.png"), encoded("a.jpg", "-q:v", "9")
+    turned = jpeg[:2] + b"\xff\xe1" + struct.pack(">H", 34) + b"Exif\0\0" + exif(6) + jpeg[2:]
+    stills = {"png": png, "png-deep": encoded("a.png", "-pix_fmt", "rgb48be"), "png-gray": encoded("a.png", "-pix_fmt", "gray"),
+              "jpeg": jpeg, "jpeg-turned": turned, "jpeg-fill": jpeg[:2] + b"\xff" + jpeg[2:], "jpeg-cut": jpeg[:300],
+              "png-cut": png[:100], "png-twice": png + png, "empty": b""}
+    for name, content in stills.items():
+        save("pictures", name, content)
+        save("marks", name, content)
+        save("tag", name, content)
+    for kind in ("tif", "bmp", "webp", "gif"):
+        save("pictures", kind, encoded(f"a.{kind}"))
+    h264 = ("-c:v", "libx264", "-preset", "ultrafast", "-x264-params", "sei=0", "-qp", "40")
+    films = {"mp4": encoded("a.mp4", *h264, frames=3), "mov": encoded("a.mov", *h264, frames=3),
+             "mkv": encoded("a.mkv", *h264, frames=3), "mpeg4": encoded("a.mp4", "-c:v", "mpeg4", frames=3),
+             "y4m": encoded("a.y4m", "-pix_fmt", "yuv420p", frames=2), "fields": encoded("a.ts", "-c:v", "mpeg2video", frames=3),
+             "avi": encoded("a.avi", "-c:v", "mjpeg", frames=3), "wide": encoded("a.mp4", *h264, "-aspect", "4:1", frames=2)}
+    for name, content in films.items():
+        save("clips", name, content)
+        save("clips", name + "-sought", content + b"\x03")
+        save("tag", name, content)
+    save("tag", "mp4-cut", films["mp4"][:-200])
+    save("clips", "mp4-cut", films["mp4"][:-200])
+    mov = films["mov"]
+    movie = mov[mov.index(b"moov") - 4:]
+    for name, content in {"empty": b"", "movie": movie, "file": mov, "short": movie[:200], "spherical": movie[:-1] + b"\xff",
+                          "no-track": box("moov"), "size-0": bytes(4) + b"moov", "in-front": box("moov") + box("mdat"),
+                          "long": struct.pack(">I", 1) + b"mdat" + struct.pack(">Q", 16) + box("moov", box("trak"))}.items():
+        save("boxes", name, content + b"\x05" if name == "no-track" else content)
+
+
+for write in (configurations, raw_files, profiles, values, ranges, media):
     write()
