@@ -236,6 +236,45 @@ trans_width = 10
   expect_painted_sphere(finished.out);
 }
 
+TEST(StitchCommand, AProfileTurnsBothLensesAndBendsTheirRadius) {
+  const ScratchFolder folder;
+  FisheyeView view0{400, 400, 201, 198, 105}, view1{400, 400, 197, 200, 107};
+  view0.k1 = 0.02;
+  view0.k2 = -0.01;
+  view0.k3 = 0.001;
+  view0.yaw = 2;
+  view0.pitch = -1;
+  view0.roll = 3;
+  view1.k1 = -0.015;
+  view1.pitch = 1.5;
+  write_picture(folder / "0.png", paint_fisheye(view0, 0));
+  write_picture(folder / "1.png", paint_fisheye(view1, 1));
+  write_bytes(folder / "camera.toml", R"(
+width = 640
+lens0 = {cx = 201, cy = 198, p = 105, k = [0.02, -0.01, 0.001], yaw = 2, pitch = -1, roll = 3}
+lens1 = {cx = 197, cy = 200, p = 107, k = [-0.015, 0, 0], pitch = 1.5}
+)");
+  const Finished finished = stitch({folder / "0.png", folder / "1.png", "--camera", folder / "camera.toml", "-o", "-"});
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  expect_painted_sphere(finished.out);
+}
+
+// Profiles from before these keys mean what they meant.
+TEST(StitchCommand, WhatAProfileLeavesOutChangesNothing) {
+  const ScratchFolder folder;
+  const std::string lens = "p = 93\n", turn = "yaw = 0.5\n";
+  write_bytes(folder / "old.toml", "[lens0]\n" + lens + "[lens1]\n" + lens + turn);
+  const std::string open = "k = [0, 0, 0]\nvignette = [0, 0]\ngain = [1, 1, 1]\n";
+  write_bytes(folder / "new.toml", "baseline = 0.0\n[lens0]\n" + lens + open + "yaw = 0\npitch = 0\nroll = 0\n[lens1]\n" +
+                                       lens + open + turn + "pitch = 0\nroll = 0\n");
+  const auto made = [&](const char* profile) {
+    return stitch({"-", "--size", "640x320", "-o", "-", "--camera", folder / profile}, fitting_pair());
+  };
+  const Finished old = made("old.toml");
+  EXPECT_EQ(old.exit_code, 0) << old.err;
+  EXPECT_TRUE(made("new.toml").out == old.out);
+}
+
 TEST(StitchCommand, OptionsReplaceTheProfilesValues) {
   const ScratchFolder folder;
   FisheyeView view = usual_view();

@@ -17,6 +17,7 @@ struct FisheyeView {
   int mount = 0;                        // degrees clockwise, about the centre of the lens
   double yaw = 0, pitch = 0, roll = 0;  // degrees
   double fov = 360;                     // black beyond
+  double k1 = 0, k2 = 0, k3 = 0;        // of the radius
 };
 
 inline double radians(double degrees) { return degrees * std::numbers::pi / 180; }
@@ -34,12 +35,24 @@ inline Vector rotate(const Vector& d, double yaw, double pitch, double roll) {
   return {cy * x + sy * w, v, -sy * x + cy * w};
 }
 
+// Of a ray whose radius, in units of the view's p, is known.
+inline double angle_of(const FisheyeView& view, double radius) {
+  double low = 0, high = std::numbers::pi;
+  for (int k = 0; k < 60; ++k) {
+    const double a = (low + high) / 2, u = a * a;
+    (a * (1 + u * (view.k1 + u * (view.k2 + u * view.k3))) < radius ? low : high) = a;
+  }
+  return low;
+}
+
 // index 1 looks the other way.
 inline Vector fisheye_direction(const FisheyeView& view, int index, double u, double v) {
   const double c = std::cos(radians(view.mount)), s = std::sin(radians(view.mount));
   const double a = (u - view.cx) / view.p, b = (v - view.cy) / view.p;
-  const double x = c * a + s * b, y = -s * a + c * b, angle = std::hypot(x, y);
-  const double k = angle < 1e-12 ? 1 : std::sin(angle) / angle;
+  const double x = c * a + s * b, y = -s * a + c * b, radius = std::hypot(x, y);
+  const bool is_straight = view.k1 == 0 && view.k2 == 0 && view.k3 == 0;
+  const double angle = is_straight ? radius : angle_of(view, radius);
+  const double k = radius < 1e-12 ? 1 : std::sin(angle) / radius;
   const Vector d = rotate({x * k, y * k, std::cos(angle)}, view.yaw, view.pitch, view.roll);
   return index == 0 ? d : Vector{-d[0], d[1], -d[2]};
 }
