@@ -9,6 +9,7 @@ build=(
   libavcodec-dev libavformat-dev libavutil-dev libswscale-dev # the tool's pictures and videos
   libexiv2-dev                                              # what its pictures say about themselves
   libcli11-dev libtomlplusplus-dev                          # its command line and profiles
+  libopencv-core-dev libopencv-imgproc-dev                  # its calibration
   libmicrohttpd-dev ca-certificates                         # its viewer, served and bundled
 )
 # Node and npm, which bundle the viewer, are often there from elsewhere and then clash with Debian's.

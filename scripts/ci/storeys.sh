@@ -56,8 +56,9 @@ in_order() {  # room...: lowest first, each sees all before it
 status=0
 check src src "base:" "stages: base" "camera: base" "frame: stages base" "ring: camera base" \
   "panorama: ring frame camera stages base" || status=1
-mapfile -t rooms < <(in_order tools profile)
+mapfile -t rooms < <(in_order profile camera calibrate)
 check tools/profile tools "${rooms[@]}" || status=1
+check tools/calibrate tools "${rooms[@]}" || status=1
 # camera: the library's projection, which has no other headers beside it.
 mapfile -t rooms < <(in_order tools/biseam profile base camera text media picture clip/read clip/write setup stitch tag scene sheet \
   compare view commands)

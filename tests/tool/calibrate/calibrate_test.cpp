@@ -1,0 +1,123 @@
+#include "calibrate/calibrate.hpp"
+
+#include <gtest/gtest.h>
+
+#include "calibrate/estimate.hpp"
+#include "profile/write.hpp"
+#include "tool/calibrate/world.hpp"
+
+namespace biseam::calibrate {
+namespace {
+
+constexpr int kSide = 640;
+
+// Root mean square over the ring of the difference between both lenses' directions, in pixels of a 3840 panorama.
+double seam_error(const Camera& truth, const Camera& found) {
+  double sum = 0;
+  constexpr int kPlaces = 128;
+  const Projector true_lens[2] = {Projector(truth, 0), Projector(truth, 1)};
+  const Projector found_lens[2] = {Projector(found, 0), Projector(found, 1)};
+  for (int i = 0; i < kPlaces; ++i) {
+    Vec3 d[2];
+    for (int k = 0; k < 2; ++k) {
+      const ImagePoint at = true_lens[k].project(ring_direction(i * 2 * kPi / kPlaces, 0));
+      d[k] = found_lens[k].unproject(at.x, at.y);
+    }
+    const double x = d[0].x - d[1].x, y = d[0].y - d[1].y, z = d[0].z - d[1].z;
+    sum += (x * x + y * y + z * z) / kPlaces;
+  }
+  return std::sqrt(sum) * kPixelsPerRadian;
+}
+
+Camera with_mounts(Camera camera, int first, int second) {
+  camera.lens[0].mount = first;
+  camera.lens[1].mount = second;
+  return camera;
+}
+
+TEST(Calibrate, OnePairOfFarThings) {
+  const Camera camera = some_camera(kSide);
+  const Estimate found = estimate({photograph(camera)}, in_turn);
+  EXPECT_LT(seam_error(camera, found.camera), 1);
+  EXPECT_GT(found.kept, 0.8);
+}
+
+TEST(Calibrate, NearGroundDoesNotTurnLensOne) {
+  Camera camera = some_camera(kSide);
+  camera.baseline = 0.03;
+  EXPECT_LT(seam_error(camera, estimate({photograph(camera, 1.5)}, in_turn).camera), 1.5);
+}
+
+TEST(Calibrate, MountsAreFound) {
+  const int mounts[][2] = {{90, 270}, {90, 90}, {180, 180}, {270, 90}};
+  for (const auto& mount : mounts) {
+    const Camera camera = with_mounts(some_camera(kSide), mount[0], mount[1]);
+    const Estimate found = estimate({photograph(camera)}, in_turn);
+    EXPECT_EQ(found.camera.lens[0].mount, mount[0]);
+    EXPECT_EQ(found.camera.lens[1].mount, mount[1]);
+    EXPECT_LT(seam_error(camera, found.camera), 1);
+  }
+}
+
+std::vector<LumaPair> views(const std::vector<Pair>& pairs) {
+  std::vector<LumaPair> lumas;
+  for (const Pair& pair : pairs) {
+    LumaPair luma;
+    for (int k = 0; k < 2; ++k) {
+      luma.lens[k] = {pair.lens[k].data, pair.lens[k].cols, pair.lens[k].rows, std::ptrdiff_t(pair.lens[k].step)};
+    }
+    lumas.push_back(luma);
+  }
+  return lumas;
+}
+
+TEST(Calibrate, SameFindingHoweverTheWorkIsShared) {
+  const std::vector<Pair> pairs = {photograph(some_camera(kSide)), photograph(some_camera(kSide), 3)};
+  const Finding first = calibrate(views(pairs), in_turn), second = calibrate(views(pairs), backwards);
+  EXPECT_EQ(profile::write(first.settings), profile::write(second.settings));
+  EXPECT_EQ(first.summary, second.summary);
+}
+
+void expect_refused(const std::vector<Pair>& pairs) {
+  try {
+    calibrate(views(pairs), in_turn);
+    ADD_FAILURE() << "not refused";
+  } catch (const Refusal& refusal) {
+    EXPECT_EQ(std::string(refusal.what()).find('\n'), std::string::npos);
+  }
+}
+
+TEST(Calibrate, CoveredLensIsRefused) {
+  Pair pair = photograph(some_camera(kSide));
+  pair.lens[1] = cv::Mat1b(kSide, kSide, static_cast<unsigned char>(2));
+  expect_refused({pair});
+}
+
+TEST(Calibrate, TwoPlacesAreRefused) {
+  Pair pair = photograph(some_camera(kSide));
+  Camera elsewhere = some_camera(kSide);
+  elsewhere.lens[1].turn.yaw = 40;
+  pair.lens[1] = photograph(elsewhere).lens[1];
+  expect_refused({pair});
+}
+
+TEST(Calibrate, NothingToSeeIsRefused) {
+  Pair pair = photograph(some_camera(kSide));
+  for (cv::Mat1b& picture : pair.lens) {
+    for (unsigned char& value : picture) value = value > 40 ? 128 : 2;
+  }
+  expect_refused({pair});
+}
+
+TEST(Calibrate, OddInputIsRefused) {
+  expect_refused({});
+  Pair pair = photograph(some_camera(kSide));
+  pair.lens[1] = pair.lens[1](cv::Rect(0, 0, 600, 600));
+  expect_refused({pair});
+  Pair tiny;
+  tiny.lens[0] = tiny.lens[1] = cv::Mat1b(20, 20, static_cast<unsigned char>(9));
+  expect_refused({tiny});
+}
+
+}  // namespace
+}  // namespace biseam::calibrate

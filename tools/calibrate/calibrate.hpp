@@ -1,0 +1,47 @@
+// What a camera is like, from pictures that it took.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "profile/settings.hpp"
+
+namespace biseam::calibrate {
+
+// One line that says why the pictures don't tell what the camera is like.
+class Refusal : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Runs work(0) to work(pieces - 1), in any order, on any threads.
+using ShareWork = std::function<void(int pieces, const std::function<void(int)>& work)>;
+
+// Luma of a picture as it was recorded, 8 bits, rows so many bytes apart.
+struct Luma {
+  const std::uint8_t* bytes = nullptr;
+  int width = 0, height = 0;
+  std::ptrdiff_t stride = 0;
+};
+
+// What both lenses recorded at the same time.
+struct LumaPair {
+  Luma lens[2];
+};
+
+struct Finding {
+  profile::CameraSettings settings;
+  std::string summary;        // lines: the camera, its standard deviations, the residual in each eighth of the ring
+  double seam_deviation = 0;  // pixels of a panorama 3840 wide: by how much the lenses may disagree about far things
+  double kept = 0;            // share of the matches that are explained
+};
+
+// All pictures of one size, at least one pair; the bytes are read during the call only.  The same pictures give the same
+// finding, however the work is shared.  Throws Refusal.
+Finding calibrate(const std::vector<LumaPair>& pairs, const ShareWork& share_work);
+
+}  // namespace biseam::calibrate

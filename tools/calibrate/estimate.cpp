@@ -1,0 +1,285 @@
+#include "calibrate/estimate.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <opencv2/imgproc.hpp>
+
+#include "calibrate/match.hpp"
+#include "calibrate/strip.hpp"
+#include "camera/rules.hpp"
+
+namespace biseam::calibrate {
+namespace {
+
+constexpr double kUsualRim = 99;             // degrees
+constexpr double kCircleDeviation = 0.002;   // of radii, relative
+constexpr double kCentreDeviation = 0.0003;  // of the axis from the circle's middle, in radii
+constexpr double kUsualK1 = -0.005;
+constexpr std::size_t kLeastMatches = 40;
+constexpr int kRounds = 3;  // of strips by a better camera
+constexpr double kLeastKept = 0.4;
+constexpr const char* kTooLittle = "too few things are seen by both lenses, or they don't fit together";
+constexpr double kMostSeamDeviation = 1.0, kMostWorstDeviation = 3.0;
+
+struct Circles {
+  std::optional<Circle> found[2];
+  Circle used[2];
+};
+
+bool is_dark(const std::vector<cv::Mat1b>& frames) {
+  double brightest = 0;
+  for (const cv::Mat1b& frame : frames) {
+    cv::Scalar mean, deviation;
+    cv::meanStdDev(frame, mean, deviation);
+    brightest = std::max(brightest, deviation[0]);
+  }
+  return brightest < 4;
+}
+
+Circles find_circles(const std::vector<Pair>& pairs, const ShareWork& share_work) {
+  Circles circles;
+  bool dark[2] = {};
+  share_work(2, [&](int k) {
+    std::vector<cv::Mat1b> frames;
+    for (const Pair& pair : pairs) frames.push_back(pair.lens[k]);
+    dark[k] = is_dark(frames);
+    circles.found[k] = find_circle(frames);
+  });
+  for (int k = 0; k < 2; ++k) {
+    if (dark[k]) throw Refusal("the picture of lens " + std::to_string(k) + " shows nothing; is it covered?");
+  }
+  if (!circles.found[0] && !circles.found[1]) {
+    throw Refusal("no circle is found in either picture; a profile to start from is needed");
+  }
+  const cv::Mat1b& picture = pairs.front().lens[0];
+  for (int k = 0; k < 2; ++k) {
+    const Circle& known = circles.found[k] ? *circles.found[k] : *circles.found[1 - k];
+    circles.used[k] = known;
+    if (circles.found[k]) continue;
+    circles.used[k].cx = (picture.cols - 1) / 2.0;
+    circles.used[k].cy = (picture.rows - 1) / 2.0;
+  }
+  return circles;
+}
+
+Values guess_of(const Circles& circles, double rim, double k1) {
+  Values values{};
+  const double angle = rim * kDegree;
+  values[kScale] = std::log(0.5 * (circles.used[0].radius + circles.used[1].radius) / (angle * (1 + k1 * angle * angle)));
+  values[kScaleRatio] = std::log(circles.used[1].radius / circles.used[0].radius);
+  values[kK1] = k1;
+  values[kCx0] = circles.used[0].cx;
+  values[kCy0] = circles.used[0].cy;
+  values[kCx1] = circles.used[1].cx;
+  values[kCy1] = circles.used[1].cy;
+  values[kRim] = rim;
+  return values;
+}
+
+Prior prior_of(const Circles& circles, const Frame& frame, const Values& middle) {
+  Prior prior;
+  prior.values = middle;
+  prior.values[kK1] = kUsualK1;
+  prior.values[kK2] = prior.values[kK1Apart] = prior.values[kK2Apart] = 0;
+  prior.values[kYaw] = prior.values[kPitch] = prior.values[kRoll] = 0;
+  prior.values[kRim] = kUsualRim;
+  prior.values[kScaleRatio] = 0;
+  prior.deviations[kScaleRatio] = 0.01;
+  prior.deviations[kK1] = 0.012;
+  prior.deviations[kK2] = 0.0035;
+  prior.deviations[kK1Apart] = 0.002;
+  prior.deviations[kK2Apart] = 0.0004;
+  for (int k = 0; k < 2; ++k) {
+    const double deviation =
+        circles.found[k] ? kCentreDeviation * circles.used[k].radius + circles.used[k].deviation : 0.01 * frame.width;
+    for (const int p : {k == 0 ? kCx0 : kCx1, k == 0 ? kCy0 : kCy1}) prior.deviations[std::size_t(p)] = deviation;
+    if (circles.found[k]) prior.circle[k] = circles.used[k].radius;
+  }
+  prior.circle_deviation =
+      kCircleDeviation + std::max(circles.used[0].deviation, circles.used[1].deviation) / circles.used[0].radius;
+  prior.deviations[kYaw] = prior.deviations[kPitch] = prior.deviations[kRoll] = 4;
+  prior.deviations[kRim] = 2.5;
+  return prior;
+}
+
+// Of all pairs, in their order.
+std::vector<Match> match_pairs(const std::vector<Pair>& pairs, const Values& values, const Frame& frame, const Search& search,
+                               const ShareWork& share_work) {
+  const Camera camera = camera_of(values, frame);
+  const double scale = std::exp(values[kScale]);
+  const double reach = std::clamp(values[kRim] - 90 + 1, 3.0, 16.0) * kDegree;
+  StripSize size;
+  size.around = std::clamp(int(2 * kPi * scale / 64) * 64, 640, 5120);
+  size.rows = int(2 * reach / size.pixel()) | 1;
+  const Unroller first(camera, 0, size), second(camera, 1, size);
+  const Projector projector[2] = {Projector(camera, 0), Projector(camera, 1)};
+  std::vector<std::vector<Match>> found(pairs.size());
+  share_work(int(pairs.size()), [&](int i) {
+    const Pair& pair = pairs[std::size_t(i)];
+    for (const StripMatch& match : find_matches(first.unroll(pair.lens[0]), second.unroll(pair.lens[1]), size, search)) {
+      found[std::size_t(i)].push_back(recorded(match, size, projector, i));
+    }
+  });
+  std::vector<Match> matches;
+  for (const std::vector<Match>& part : found) matches.insert(matches.end(), part.begin(), part.end());
+  return matches;
+}
+
+// What the covariance says about where far things lie in both lenses: on so many places of the ring.
+void judge_seams(Estimate& estimate) {
+  constexpr int kPlaces = 64;
+  std::vector<Match> places;
+  const Projector projector[2] = {Projector(estimate.camera, 0), Projector(estimate.camera, 1)};
+  for (int i = 0; i < kPlaces; ++i) {
+    Match place{0, {}};
+    for (int k = 0; k < 2; ++k) {
+      const ImagePoint at = projector[k].project(ring_direction(i * 2 * kPi / kPlaces, 0));
+      place.at[k] = {at.x, at.y};
+    }
+    places.push_back(place);
+  }
+  cv::Mat1d t(kPlaces, kParameters, 0.0), b(kPlaces, kParameters, 0.0);
+  const std::vector<Slopes> slopes = slopes_of(estimate.solution.values, estimate.frame, places);
+  for (int i = 0; i < kPlaces; ++i) {
+    for (int p = 0; p < kParameters; ++p) {
+      t(i, p) = slopes[std::size_t(i)].t[std::size_t(p)];
+      b(i, p) = slopes[std::size_t(i)].b[std::size_t(p)];
+    }
+  }
+  double sum = 0, octant[8] = {};
+  for (int i = 0; i < kPlaces; ++i) {
+    double variance = 0;
+    for (const cv::Mat1d& rows : {t, b}) {
+      const cv::Mat1d row = rows.row(i), product = row * estimate.solution.covariance * row.t();
+      variance += product(0, 0);
+    }
+    sum += variance / kPlaces;
+    octant[i * 8 / kPlaces] += variance / (kPlaces / 8);
+  }
+  estimate.seam_deviation = std::sqrt(sum);
+  estimate.worst_deviation = std::sqrt(*std::max_element(octant, octant + 8));
+}
+
+// Whether the ground is far and lens 1 turned, or near and lens 1 straight, is hard to tell from one pair, and the way from one
+// to the other is long.  The turn is therefore found first from what parallax does not reach: places along t, and that nothing
+// is beyond infinity.  Then the likeliest of several grounds.
+Solution solve_from_any_ground(const Problem& problem, const Values& guess, const ShareWork& share_work) {
+  constexpr int kDirections = 8;
+  Problem turn = problem;
+  for (std::size_t p = 0; p < kParameters; ++p) {
+    if (p < kCx0 || p > kRoll) turn.prior.deviations[p] = kHeld;
+  }
+  std::vector<Ground> grounds(1);
+  for (const double parallax : {1.0, 6.0}) {  // pixels
+    for (int i = 0; i < kDirections; ++i) {
+      const SineCosine t = sine_cosine(i * 2 * kPi / kDirections);
+      grounds.push_back({parallax * t.cosine, parallax * t.sine, 0});
+    }
+  }
+  const std::size_t pairs = std::size_t(problem.pairs);
+  const Values start = solve(turn, guess, std::vector<Ground>(pairs), {3, 0.1, 0.98, true}).values;
+  std::vector<Solution> solutions(grounds.size());
+  share_work(int(grounds.size()), [&](int i) {
+    solutions[std::size_t(i)] = solve(problem, start, std::vector<Ground>(pairs, grounds[std::size_t(i)]), {2, 0.1, 0.3});
+  });
+  return *std::min_element(solutions.begin(), solutions.end(),
+                           [](const Solution& a, const Solution& b) { return a.cost < b.cost; });
+}
+
+// Where the light comes from, in the world's x and y: most often from above.
+cv::Point2d bright_side(const std::vector<Pair>& pairs, const Circles& circles, const Frame& frame) {
+  constexpr int kSide = 64;
+  cv::Point2d bright(0, 0);
+  for (int k = 0; k < 2; ++k) {
+    const Circle& circle = circles.used[k];
+    const double across = double(frame.width) / kSide, down = double(frame.height) / kSide;
+    cv::Point2d sum(0, 0);
+    cv::Mat1b small;
+    for (const Pair& pair : pairs) {
+      cv::resize(pair.lens[k], small, {kSide, kSide}, 0, 0, cv::INTER_AREA);
+      for (int y = 0; y < kSide; ++y) {
+        for (int x = 0; x < kSide; ++x) {
+          const cv::Point2d off(((x + 0.5) * across - circle.cx) / circle.radius,
+                                ((y + 0.5) * down - circle.cy) / circle.radius);
+          if (off.dot(off) < 0.8) sum += small(y, x) * off;
+        }
+      }
+    }
+    const Vec3 upright = transposed(rotation_about_z(frame.mount[k])) * Vec3{sum.x, sum.y, 0};
+    bright += cv::Point2d(k == 0 ? -upright.x : upright.x, upright.y);
+  }
+  return bright;
+}
+
+// The overlap tells how the pictures are turned against each other, not what is up.  What is near is most often the ground
+// below; without it the light comes from above.  The camera is turned by quarters so that this is so.
+void set_upright(const std::vector<Pair>& pairs, const Circles& circles, Problem& problem, Solution& solution) {
+  constexpr double kLeastParallax = 0.6;  // pixels
+  cv::Point2d down(0, 0);
+  for (const Ground& ground : solution.grounds) down += cv::Point2d(ground.x, ground.y) / double(solution.grounds.size());
+  if (cv::norm(down) < kLeastParallax) down = -bright_side(pairs, circles, problem.frame);
+  const double lower[4] = {down.y, down.x, -down.y, -down.x};  // after so many quarter turns, clockwise as lens 1 looks
+  const int turns = int(std::max_element(lower, lower + 4) - lower);
+  if (lower[turns] < 1.2 * lower[0]) return;
+  // Something near above and a ground below look much alike; a camera upside down is rare.
+  if (turns == 2 && bright_side(pairs, circles, problem.frame).y < 0) return;
+  problem.frame.mount[0] = (problem.frame.mount[0] + 90 * turns) % 360;
+  problem.frame.mount[1] = (problem.frame.mount[1] + 360 - 90 * turns) % 360;
+  for (int i = 0; i < turns; ++i) {
+    const double yaw = solution.values[kYaw];
+    solution.values[kYaw] = solution.values[kPitch];
+    solution.values[kPitch] = -yaw;
+    for (Ground& ground : solution.grounds) ground = {-ground.y, ground.x, ground.z};
+  }
+}
+
+void refuse_doubt(const Estimate& found) {
+  if (found.kept < kLeastKept) throw Refusal("the pictures of both lenses don't fit together; are they of one place and time?");
+  if (const CameraError error = check_camera(found.camera)) {
+    throw Refusal(std::string("what is found is no camera: ") + error.text);
+  }
+  if (!(found.seam_deviation <= kMostSeamDeviation && found.worst_deviation <= kMostWorstDeviation)) {
+    throw Refusal("too little is seen by both lenses to know where they meet; more pictures, of places with more to see, help");
+  }
+}
+
+}  // namespace
+
+Estimate estimate(const std::vector<Pair>& pairs, const ShareWork& share_work) {
+  const Circles circles = find_circles(pairs, share_work);
+  Frame frame{pairs.front().lens[0].cols, pairs.front().lens[0].rows, {0, 0}};
+  std::vector<Values> guesses;
+  for (const double rim : {96.0, kUsualRim, 103.0}) {
+    for (const double k1 : {-0.035, kUsualK1, 0.025}) guesses.push_back(guess_of(circles, rim, k1));
+  }
+  const std::optional<Alignment> aligned = align(pairs, guesses, frame, share_work);
+  if (!aligned) throw Refusal(kTooLittle);
+  Problem problem{aligned->frame, aligned->matches, int(pairs.size()),
+                  prior_of(circles, frame, guess_of(circles, kUsualRim, kUsualK1))};
+  Solution solution = solve(problem, aligned->values, std::vector<Ground>(pairs.size()), {20, 0.01, 0.1});
+  const int wanted = pairs.size() == 1 ? 1280 : std::max(320, int(6400 / pairs.size()));
+  for (int round = 0; round < kRounds; ++round) {
+    const int margin = round == 0 ? 12 : 4;
+    const Search search{margin, margin, margin + 24, 8, wanted, 0.8, true};
+    problem.matches = match_pairs(pairs, solution.values, problem.frame, search, share_work);
+    if (problem.matches.size() < kLeastMatches) throw Refusal(kTooLittle);
+    if (round == 0) {
+      solution = solve_from_any_ground(problem, solution.values, share_work);
+      set_upright(pairs, circles, problem, solution);
+    } else {
+      solution = solve(problem, solution.values, solution.grounds, {1, 0.1, 0.3});
+    }
+  }
+  Estimate found{camera_of(solution.values, problem.frame),
+                 problem.frame,
+                 {circles.found[0], circles.found[1]},
+                 std::move(problem.matches),
+                 std::move(solution)};
+  for (int p = 0; p < kParameters; ++p) found.deviations[std::size_t(p)] = std::sqrt(found.solution.covariance(p, p));
+  found.kept = 1 - found.solution.scatter.wrong;
+  judge_seams(found);
+  refuse_doubt(found);
+  return found;
+}
+
+}  // namespace biseam::calibrate

@@ -1,0 +1,30 @@
+// From pictures to the camera.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "calibrate/align.hpp"
+#include "calibrate/circle.hpp"
+#include "calibrate/solve.hpp"
+
+namespace biseam::calibrate {
+
+inline constexpr int kLeastSide = 160;  // pixels
+
+struct Estimate {
+  Camera camera;
+  Frame frame;
+  std::optional<Circle> circle[2];
+  std::vector<Match> matches;  // to which the solution's remainders and shares belong
+  Solution solution;
+  Values deviations{};        // standard deviations of the solution's values
+  double seam_deviation = 0;  // pixels of a 3840 panorama: by how much both lenses may disagree about far things, over the ring
+  double worst_deviation = 0;  // in the worst eighth of it
+  double kept = 0;             // share of the matches that are not wrong
+};
+
+// pairs: at least one, all of one size.  Throws Refusal.
+Estimate estimate(const std::vector<Pair>& pairs, const ShareWork& share_work);
+
+}  // namespace biseam::calibrate

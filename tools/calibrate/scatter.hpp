@@ -1,0 +1,35 @@
+// How matches scatter about the camera that explains them.
+#pragma once
+
+#include "calibrate/ring.hpp"
+
+namespace biseam::calibrate {
+
+// Part of the matches is wrong; the others are off by noise.  Of those, part is near by any parallax up to kMostNear, and the
+// rest is far away or lies on a ground.
+struct Scatter {
+  double noise = 4;  // pixels
+  double wrong = 0.3, near = 0.3;
+  bool near_known = false;
+};
+inline constexpr double kMostNear = 40;        // pixels
+inline constexpr double kWrongArea = 60 * 60;  // square pixels where wrong matches lie
+
+// What a match probably is; what is missing to 1, wrong.
+struct Share {
+  double far, ground, near;
+  double good() const { return far + ground + near; }
+};
+
+// parallax: pixels, of the ground where the match is; 0 where there is none.
+Share share_of(const Residual& residual, double parallax, const Scatter& scatter);
+double log_likelihood(const Residual& residual, double parallax, const Scatter& scatter);
+
+// What a match asks of a quantity in the normal equations: a bound of the second derivative of its cost, and the first one.
+struct Pull {
+  double stiffness, slope;
+};
+// Of what is near: its parallax may be anything that is not negative.
+Pull near_pull(double b, double share, const Scatter& scatter);
+
+}  // namespace biseam::calibrate

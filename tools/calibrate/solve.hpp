@@ -1,0 +1,42 @@
+// The camera that explains the matches best.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "calibrate/scatter.hpp"
+
+namespace biseam::calibrate {
+
+// What is known before any match.
+struct Prior {
+  Values values{}, deviations{};  // a deviation of 0 says nothing; a parameter that is held has kHeld
+  double circle[2] = {0, 0};      // radii of the rims in pixels; 0: not found
+  double circle_deviation = 0;    // of their logarithms
+};
+inline constexpr double kHeld = 1e-9;
+
+// A flat ground, or wall, of one pair: direction * ground is the parallax there, in pixels, where it is positive.
+using Ground = Vec3;
+
+struct Solution {
+  Values values{};
+  std::vector<Ground> grounds;  // of each pair
+  Scatter scatter;
+  double cost = 0;
+  cv::Mat1d covariance;  // of the values
+  std::vector<Remainder> remainders;
+  std::vector<Share> shares;
+};
+
+struct Problem {
+  Frame frame;
+  std::vector<Match> matches;
+  int pairs = 1;
+  Prior prior;
+};
+
+// From a guess; the scatter is narrowed from its noise to what is found.
+Solution solve(const Problem& problem, const Values& guess, const std::vector<Ground>& grounds, Scatter scatter);
+
+}  // namespace biseam::calibrate
