@@ -1,0 +1,22 @@
+// Cameras at random.
+#pragma once
+
+#include <cstdint>
+#include <random>
+
+#include "camera/camera.hpp"
+
+namespace biseam::bench {
+
+struct Drawn {
+  Camera camera;
+  double gain[2];       // factors of the code values
+  double vignette[2];   // part of the light that is lost at the rim
+  double noise;         // standard deviation, code values
+  double ground = 1.5;  // metres below
+};
+
+// size: of one lens's square picture.
+Drawn draw_camera(std::uint64_t seed, int size, bool with_baseline);
+
+}  // namespace biseam::bench
