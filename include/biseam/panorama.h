@@ -90,7 +90,8 @@ typedef struct BiseamTurn {
 /* One lens.  A ray at the angle a from the optical axis, in radians, falls p (a + k1 a^3 + k2 a^5 + k3 a^7) pixels from the
  * centre, and light of strength 1 is recorded there as gain (1 + v1 a^2 + v2 a^4).  That is a factor of the codes above black
  * of red, green and blue as the picture holds them, after the transfer curve: g times the light is about g^(1 / 2.2) times the
- * code.  The panorama shows what lenses without falloff and with gains of 1 would have recorded. */
+ * code.  The panorama shows what lenses without falloff and with gains of 1 would have recorded; factors up to 4 are undone.
+ * Where the gains of a lens differ, luma and chroma are taken for BT.709's. */
 typedef struct BiseamLens {
   int32_t width, height; /* of the recorded picture, pixels */
   int32_t mount;         /* degrees by which the recorded picture is turned clockwise: 0, 90, 180, 270 */

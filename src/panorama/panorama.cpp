@@ -96,11 +96,17 @@ int processors() {
   return count < 1 ? 1 : count > biseam::ring::kMostThreads ? biseam::ring::kMostThreads : static_cast<int>(count);
 }
 
+bool is_usually_full(int32_t format) {
+  return format == BISEAM_GRAY8 || format == BISEAM_GBR || format == BISEAM_GBRP10 || format == BISEAM_GBRP12;
+}
+
 biseam::ring::EngineConfig engine_config(const biseam::Camera& camera, const BiseamPanoramaOptions& options) {
   return {.camera = camera,
           .width = options.width,
           .height = options.height,
           .format = options.format,
+          .full_range =
+              options.range == BISEAM_RANGE_FULL || (options.range == BISEAM_RANGE_USUAL && is_usually_full(options.format)),
           .quality = static_cast<biseam::ring::Quality>(options.quality),
           .seam = static_cast<biseam::ring::SeamMode>(options.seam),
           .threads = options.threads == 0 ? processors() : options.threads};

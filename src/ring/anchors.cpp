@@ -77,6 +77,26 @@ void place_anchors(const Mesh& mesh, const Block& block, const PlaneGrid& grid, 
   }
 }
 
+void place_anchors_in_picture(const Mesh& mesh, int lens, const Block& block, const PlaneGrid& grid,
+                              AnchorPositions& positions) noexcept {
+  const AnchorCount count = anchors_around(block.width >> grid.bits_x, block.height >> grid.bits_y);
+  BlockValues x, y;
+  luma_positions(mesh, lens, block, grid, {kAnchorBits, count.columns, count.rows}, x, y);
+  positions.count = count;
+  for (int j = 0; j < count.rows; ++j) {
+    std::copy_n(x.values + j * kBlockWidth, count.columns, positions.x.values[j]);
+    std::copy_n(y.values + j * kBlockWidth, count.columns, positions.y.values[j]);
+  }
+}
+
+void look_up_light(const Light& light, int channel, const AnchorPositions& positions, AnchorBand& band) noexcept {
+  int32_t row[kAnchorColumns];
+  for (int j = 0; j < positions.count.rows; ++j) {
+    kFindLight.best()(light, channel, positions.x.values[j], positions.y.values[j], row, positions.count.columns);
+    kFillAnchorRow.best()(row, band.values[j], positions.count.columns - 1);
+  }
+}
+
 void look_up_corrections(const int16_t* corrections, StripShape shape, const AnchorPlaces& places, AnchorBand& band) noexcept {
   int16_t found[kAnchorColumns];
   int32_t row[kAnchorColumns];

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "base/variants.hpp"
+#include "ring/light.hpp"
 #include "ring/positions.hpp"
 #include "ring/strip/lookup.hpp"
 
@@ -43,6 +44,17 @@ void look_up_corrections(const int16_t* corrections, StripShape shape, const Anc
 
 // Distances from the seam towards lens 1, Q16, held within 2^24 of it.
 void look_up_distances(const SeamRamp& ramp, const AnchorPlaces& places, AnchorBand& band) noexcept;
+
+// Where the anchors lie in the luma of a lens's picture.
+struct AnchorPositions {
+  AnchorCount count;
+  AnchorValues x, y;
+};
+void place_anchors_in_picture(const Mesh& mesh, int lens, const Block& block, const PlaneGrid& grid,
+                              AnchorPositions& positions) noexcept;
+
+// What undoes a lens's light in a channel, 1/kLightOne.
+void look_up_light(const Light& light, int channel, const AnchorPositions& positions, AnchorBand& band) noexcept;
 
 using FillAnchorRow = void(const int32_t* anchors, int32_t* out, int count) noexcept;
 // out: the values of a row between two rows of a band, below the upper one by so many samples.

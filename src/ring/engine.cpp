@@ -7,6 +7,7 @@
 
 #include "camera/projector.hpp"
 #include "ring/blocks.hpp"
+#include "ring/light.hpp"
 #include "ring/paint.hpp"
 #include "ring/pool.hpp"
 #include "ring/ring_shape.hpp"
@@ -21,6 +22,12 @@ constexpr size_t aligned(size_t bytes) noexcept { return (bytes + kAlignment - 1
 
 // How much a seam is to keep to where it was, and to the middle, where nothing speaks for another place.
 constexpr SeamPull kPull{0, 4};
+
+Light light_of(const EngineConfig& config, int lens) noexcept {
+  PictureFormat format;
+  describe_format(config.format, 0, format);
+  return make_light(config.camera.lens[lens], format, config.full_range);
+}
 
 bool same(const Turn& a, const Turn& b) noexcept { return a.yaw == b.yaw && a.pitch == b.pitch && a.roll == b.roll; }
 
@@ -55,6 +62,7 @@ class Engine {
 
   EngineConfig config_;
   Projector projectors_[2];
+  Light lights_[2];
   MeshShape mesh_shape_;
   RingShape ring_;
   StripPlan strip_plan_;
@@ -83,6 +91,7 @@ class Engine {
 Engine::Engine(const EngineConfig& config) noexcept
     : config_(config),
       projectors_{Projector(config.camera, 0), Projector(config.camera, 1)},
+      lights_{light_of(config, 0), light_of(config, 1)},
       mesh_shape_(mesh_shape(config.camera, config.width, config.height)),
       ring_(ring_shape(config.camera, config.width)),
       block_count_(ring::block_count(config.width, config.height)) {}
@@ -182,6 +191,7 @@ void Engine::describe_planes(const PicturePlanes fisheyes[2], const PicturePlane
   describe_format(config_.format, panorama.siting, painting_.panorama);
   painting_.mesh = &mesh_;
   painting_.quality = config_.quality;
+  painting_.lights = lights_;
   for (int plane = 0; plane < painting_.picture.planes; ++plane) {
     const PlaneFormat& format = painting_.picture.plane[plane];
     for (int lens = 0; lens < 2; ++lens) {
@@ -212,6 +222,7 @@ void Engine::describe_strips(const PicturePlanes fisheyes[2]) noexcept {
              .positions = {positions[0], positions[1]},
              .pictures = {},
              .format = {format.bits, format.shift},
+             .lights = lights_,
              .seam = {config_.seam, kPull, nullptr}};
   for (int lens = 0; lens < 2; ++lens) {
     for (int c = 0; c < strip_plan_.config.planes; ++c) {

@@ -14,6 +14,7 @@ struct EngineConfig {
   Camera camera;      // valid; pictures of the lenses' sizes
   int width, height;  // of the panorama
   int format;         // of biseam/panorama.h, as quality and seam mode
+  bool full_range;    // black is 0
   Quality quality;
   SeamMode seam;
   int threads;  // 1 .. kMostThreads

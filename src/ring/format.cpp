@@ -6,7 +6,7 @@ namespace biseam::ring {
 
 namespace {
 
-enum class Layout { gray, planar, pairs, pairs_swapped };
+enum class Layout { gray, planar, rgb, pairs, pairs_swapped };
 
 struct Entry {
   int format;
@@ -20,12 +20,12 @@ constexpr Entry kEntries[] = {
     {BISEAM_NV16, Layout::pairs, 1, 0, 8, 0},      {BISEAM_NV24, Layout::pairs, 0, 0, 8, 0},
     {BISEAM_I420, Layout::planar, 1, 1, 8, 0},     {BISEAM_I422, Layout::planar, 1, 0, 8, 0},
     {BISEAM_I444, Layout::planar, 0, 0, 8, 0},     {BISEAM_GRAY8, Layout::gray, 0, 0, 8, 0},
-    {BISEAM_GBR, Layout::planar, 0, 0, 8, 0},      {BISEAM_P010, Layout::pairs, 1, 1, 10, 6},
+    {BISEAM_GBR, Layout::rgb, 0, 0, 8, 0},         {BISEAM_P010, Layout::pairs, 1, 1, 10, 6},
     {BISEAM_P012, Layout::pairs, 1, 1, 12, 4},     {BISEAM_P210, Layout::pairs, 1, 0, 10, 6},
     {BISEAM_I420P10, Layout::planar, 1, 1, 10, 0}, {BISEAM_I422P10, Layout::planar, 1, 0, 10, 0},
-    {BISEAM_I444P10, Layout::planar, 0, 0, 10, 0}, {BISEAM_GBRP10, Layout::planar, 0, 0, 10, 0},
+    {BISEAM_I444P10, Layout::planar, 0, 0, 10, 0}, {BISEAM_GBRP10, Layout::rgb, 0, 0, 10, 0},
     {BISEAM_I420P12, Layout::planar, 1, 1, 12, 0}, {BISEAM_I422P12, Layout::planar, 1, 0, 12, 0},
-    {BISEAM_I444P12, Layout::planar, 0, 0, 12, 0}, {BISEAM_GBRP12, Layout::planar, 0, 0, 12, 0},
+    {BISEAM_I444P12, Layout::planar, 0, 0, 12, 0}, {BISEAM_GBRP12, Layout::rgb, 0, 0, 12, 0},
 };
 
 const Entry* find_entry(int format) noexcept {
@@ -49,8 +49,12 @@ bool describe_format(int format, int siting, PictureFormat& described) noexcept 
   const SampleType single = entry->bits > 8 ? SampleType::words : SampleType::bytes;
   const SampleType pair = entry->bits > 8 ? SampleType::word_pairs : SampleType::byte_pairs;
   const PlaneGrid chroma = chroma_grid(*entry, siting);
-  described = {.planes = 1, .bits = entry->bits, .shift = entry->shift, .plane = {{single, {}, {0, 0}}, {}, {}}};
-  if (entry->layout == Layout::planar) {
+  described = {.planes = 1,
+               .bits = entry->bits,
+               .shift = entry->shift,
+               .rgb = entry->layout == Layout::rgb,
+               .plane = {{single, {}, {0, 0}}, {}, {}}};
+  if (entry->layout == Layout::planar || entry->layout == Layout::rgb) {
     described.planes = 3;
     for (int c = 1; c < 3; ++c) described.plane[c] = {single, chroma, {c, c}};
   } else if (entry->layout != Layout::gray) {

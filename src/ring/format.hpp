@@ -18,6 +18,7 @@ struct PlaneFormat {
 struct PictureFormat {
   int planes;
   int bits, shift;  // see SampleSource
+  bool rgb;         // three planes of anything, green first: none of them is chroma
   PlaneFormat plane[kMostPlanes];
 };
 

@@ -4,6 +4,7 @@
 
 #include "ring/anchors.hpp"
 #include "ring/combine_rows.hpp"
+#include "ring/fine.hpp"
 
 namespace biseam::ring {
 
@@ -61,6 +62,54 @@ Needed find_needed(const AnchorBand& distances, AnchorCount count, int32_t ramp)
   return {{least<reach, largest> - reach}};
 }
 
+// Fine samples of the panorama's luma, which is painted before its chroma, at the places of a row of chroma samples.
+void find_luma(const Painting& painting, const PlaneBlock& samples, int row, int16_t* luma) noexcept {
+  const PanoramaPlane& plane = painting.planes[0];
+  const PlaneGrid& grid = samples.format->grid;
+  const int columns = samples.columns << grid.bits_x, shift = kFineBits - painting.panorama.bits - grid.bits_x - grid.bits_y;
+  std::fill_n(luma, samples.columns, int16_t{0});
+  for (int j = 0; j < 1 << grid.bits_y; ++j) {
+    const ptrdiff_t y = ((ptrdiff_t{samples.y} + row) << grid.bits_y) + j, x = ptrdiff_t{samples.x} << grid.bits_x;
+    const uint8_t* const from = plane.first + y * plane.stride;
+    for (int i = 0; i < columns; ++i) {
+      const int code = is_words(painting.panorama.plane[0].type)
+                           ? reinterpret_cast<const uint16_t*>(from)[x + i] >> painting.panorama.shift
+                           : from[x + i];
+      luma[i >> grid.bits_x] = static_cast<int16_t>(luma[i >> grid.bits_x] + code);
+    }
+  }
+  for (int i = 0; i < samples.columns; ++i) luma[i] = static_cast<int16_t>(luma[i] * (1 << shift));
+}
+
+void prepare_light(const Painting& painting, const BlockPlan& plan, int lens, const PlaneBlock& samples,
+                   PaintMemory& memory) noexcept {
+  const Light& light = painting.lights[lens];
+  if (!light.any) return;
+  AnchorPositions positions;
+  place_anchors_in_picture(*painting.mesh, lens, plan.block, samples.format->grid, positions);
+  for (int c = 0; c < channels_of(samples); ++c) {
+    look_up_light(light, samples.format->channels[c], positions, memory.light[lens][c]);
+  }
+}
+
+// Undoes what the lens did to the light of a row of fine samples.
+void undo_light(const Painting& painting, int lens, const PlaneBlock& samples, int row, PaintMemory& memory) noexcept {
+  const Light& light = painting.lights[lens];
+  if (!light.any) return;
+  const int channels = channels_of(samples), *const channel = samples.format->channels;
+  const AnchorBand* const bands = memory.light[lens];
+  if (channels == 2) {
+    row_of_bands(bands[0], bands[1], row, memory.factors, samples.columns);
+  } else {
+    row_of_band(bands[0], row, memory.factors, samples.columns);
+  }
+  kLightRow.best()(memory.fine[lens], memory.factors, light.pivot[channel[0]], channels * samples.columns);
+  if (light.tint[channel[0]] == 0 && light.tint[channel[1]] == 0) return;
+  find_luma(painting, samples, row, memory.luma);
+  const Tint tint{memory.luma, light.pivot[0], {light.tint[channel[0]], light.tint[channel[1]]}};
+  kTintRow.best()(memory.fine[lens], tint, channels, samples.columns);
+}
+
 // What a lens gives to a plane's samples in a block.
 struct LensSamples {
   SampleJob job;
@@ -74,13 +123,16 @@ LensSamples prepare_lens(const Painting& painting, const BlockPlan& plan, int le
     look_up_corrections(painting.ring.corrections[lens][samples.format->channels[c]], painting.ring.shape, memory.places,
                         memory.corrections[lens][c]);
   }
+  prepare_light(painting, plan, lens, samples, memory);
   return {job_of(painting, plan, lens, samples.plane, SampleOutput::fine), lens};
 }
 
-void sample_fine(const LensSamples& from, const PlaneBlock& samples, int row, PaintMemory& memory) noexcept {
+void sample_fine(const Painting& painting, const LensSamples& from, const PlaneBlock& samples, int row,
+                 PaintMemory& memory) noexcept {
   const int at = row * kBlockWidth;
   sample_row(from.job, memory.x[from.lens].values + at, memory.y[from.lens].values + at, memory.fine[from.lens],
              samples.columns);
+  undo_light(painting, from.lens, samples, row, memory);
   const AnchorBand* const bands = memory.corrections[from.lens];
   if (channels_of(samples) == 2) {
     row_of_bands(bands[0], bands[1], row, memory.added[from.lens], samples.columns);
@@ -128,7 +180,7 @@ void paint_corrected(const Painting& painting, const BlockPlan& plan, int lens, 
                      PaintMemory& memory) noexcept {
   const LensSamples from = prepare_lens(painting, plan, lens, samples, memory);
   for (int row = 0; row < samples.rows; ++row) {
-    sample_fine(from, samples, row, memory);
+    sample_fine(painting, from, samples, row, memory);
     store_row(painting, lens, samples, memory, samples.row_of(painting, row));
   }
 }
@@ -137,10 +189,24 @@ void paint_mixed(const Painting& painting, const BlockPlan& plan, const PlaneBlo
   const LensSamples from0 = prepare_lens(painting, plan, 0, samples, memory);
   const LensSamples from1 = prepare_lens(painting, plan, 1, samples, memory);
   for (int row = 0; row < samples.rows; ++row) {
-    sample_fine(from0, samples, row, memory);
-    sample_fine(from1, samples, row, memory);
+    sample_fine(painting, from0, samples, row, memory);
+    sample_fine(painting, from1, samples, row, memory);
     find_weights(painting, samples, row, memory);
     mix_row(painting, samples, memory, samples.row_of(painting, row));
+  }
+}
+
+// Of a lens whose light has to be undone.
+void paint_lit(const Painting& painting, const BlockPlan& plan, int lens, const PlaneBlock& samples,
+               PaintMemory& memory) noexcept {
+  const SampleJob job = job_of(painting, plan, lens, samples.plane, SampleOutput::fine);
+  prepare_light(painting, plan, lens, samples, memory);
+  std::fill_n(memory.added[lens], 2 * kBlockWidth, 0);
+  for (int row = 0; row < samples.rows; ++row) {
+    const int at = row * kBlockWidth;
+    sample_row(job, memory.x[lens].values + at, memory.y[lens].values + at, memory.fine[lens], samples.columns);
+    undo_light(painting, lens, samples, row, memory);
+    store_row(painting, lens, samples, memory, samples.row_of(painting, row));
   }
 }
 
@@ -150,8 +216,12 @@ void paint_lens_block(const Painting& painting, const BlockPlan& plan, PaintMemo
   const int lens = plan.kind == BlockKind::lens1 ? 1 : 0;
   for (int plane = 0; plane < painting.panorama.planes; ++plane) {
     const PlaneBlock samples(painting, plan.block, plane);
-    const SampleJob job = job_of(painting, plan, lens, plane, SampleOutput::samples);
     find_positions(painting, plan, lens, plane, memory.x[lens], memory.y[lens]);
+    if (painting.lights[lens].any) {
+      paint_lit(painting, plan, lens, samples, memory);
+      continue;
+    }
+    const SampleJob job = job_of(painting, plan, lens, plane, SampleOutput::samples);
     for (int row = 0; row < samples.rows; ++row) {
       const int at = row * kBlockWidth;
       sample_row(job, memory.x[lens].values + at, memory.y[lens].values + at, samples.row_of(painting, row), samples.columns);

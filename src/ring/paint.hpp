@@ -7,6 +7,7 @@
 #include "ring/anchors.hpp"
 #include "ring/blocks.hpp"
 #include "ring/format.hpp"
+#include "ring/light.hpp"
 #include "ring/mesh.hpp"
 #include "ring/strip/lookup.hpp"
 
@@ -31,6 +32,7 @@ struct Painting {
   PictureFormat picture, panorama;       // alike but for the chroma's place
   SampleSource sources[2][kMostPlanes];  // by lens and plane
   PanoramaPlane planes[kMostPlanes];
+  const Light* lights;  // of either lens
   RingBand ring;
 };
 
@@ -39,12 +41,14 @@ struct PaintMemory {
   BlockValues x[2], y[2];  // where the samples lie in either lens's picture
   AnchorPlaces places;
   AnchorBand distances;
-  AnchorBand corrections[2][2];  // of either lens, by the channels of a plane
+  AnchorBand corrections[2][2], light[2][2];  // of either lens, by the channels of a plane
   // Of one row: a pair takes two places.
   alignas(64) int16_t fine[2][2 * kBlockWidth];
   alignas(64) int32_t added[2][2 * kBlockWidth];
   alignas(64) int32_t away[2 * kBlockWidth];
   alignas(64) int16_t weights[2 * kBlockWidth];
+  alignas(64) int32_t factors[2 * kBlockWidth];
+  alignas(64) int16_t luma[kBlockWidth];
 };
 
 // A block that one lens covers alone.

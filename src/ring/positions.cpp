@@ -30,6 +30,15 @@ NodeWindow window_of(const MeshShape& shape, const Block& block, const PlaneGrid
   return window;
 }
 
+NodeWindow coarse_window(const MeshShape& shape, const Block& block, const PlaneGrid& grid, const CoarseGrid& coarse) noexcept {
+  NodeWindow window = window_of(shape, block, grid);
+  window.across.step <<= coarse.spacing_bits;
+  window.across.count = coarse.columns;
+  window.down.step <<= coarse.spacing_bits;
+  window.down.count = coarse.rows;
+  return window;
+}
+
 std::ptrdiff_t first_node(const MeshShape& shape, const Block& block, const PlaneGrid& grid) noexcept {
   const std::ptrdiff_t column = (2 * block.x + grid.half_x) >> shape.spacing_bits;
   const std::ptrdiff_t row = (2 * block.y + grid.half_y) >> shape.spacing_bits;
@@ -53,14 +62,20 @@ void lens_positions(const Mesh& mesh, int lens, const Block& block, const PlaneG
   kInterpolateNodes.best()(window, y.values);
 }
 
+void luma_positions(const Mesh& mesh, int lens, const Block& block, const PlaneGrid& panorama, const CoarseGrid& coarse,
+                    BlockValues& x, BlockValues& y) noexcept {
+  const std::ptrdiff_t first = first_node(mesh.shape, block, panorama);
+  NodeWindow window = coarse_window(mesh.shape, block, panorama, coarse);
+  window.nodes = mesh.lens[lens].x.values + first;
+  kInterpolateNodes.best()(window, x.values);
+  window.nodes = mesh.lens[lens].y.values + first;
+  kInterpolateNodes.best()(window, y.values);
+}
+
 void ring_positions(const Mesh& mesh, const Block& block, const PlaneGrid& panorama, const CoarseGrid& coarse, BlockValues& t,
                     BlockValues& b) noexcept {
   const std::ptrdiff_t first = first_node(mesh.shape, block, panorama);
-  NodeWindow window = window_of(mesh.shape, block, panorama);
-  window.across.step <<= coarse.spacing_bits;
-  window.across.count = coarse.columns;
-  window.down.step <<= coarse.spacing_bits;
-  window.down.count = coarse.rows;
+  NodeWindow window = coarse_window(mesh.shape, block, panorama, coarse);
   window.nodes = mesh.b.values + first;
   kInterpolateNodes.best()(window, b.values);
   window.nodes = mesh.t.values + first;

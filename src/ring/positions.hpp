@@ -36,6 +36,10 @@ struct CoarseGrid {
   int spacing_bits, columns, rows;
 };
 
+// Positions in the luma of a lens's recorded picture.
+void luma_positions(const Mesh& mesh, int lens, const Block& block, const PlaneGrid& panorama, const CoarseGrid& coarse,
+                    BlockValues& x, BlockValues& y) noexcept;
+
 // Angles on the ring, see mesh.hpp; t modulo a full turn, from -2^25 to 2^25.  Good within 45 degrees of the plane between the
 // lenses; near their axes t means nothing.
 void ring_positions(const Mesh& mesh, const Block& block, const PlaneGrid& panorama, const CoarseGrid& coarse, BlockValues& t,

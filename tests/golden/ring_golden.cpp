@@ -1,6 +1,7 @@
 // Stitches made pictures with the ring engine and prints a hash of every panorama.  The hashes are the same on every host, for
 // every compiler, thread count and instruction set: with a file name, compares with the lines of that file and fails on any
 // difference.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
@@ -23,6 +24,8 @@ struct Case {
   int width = 256, height = 128, picture = 160;
   int quality = BISEAM_QUALITY_GOOD, seam = BISEAM_SEAM_SEARCH, siting = BISEAM_SITING_LEFT;
   BiseamTurn turn = {0, 0, 0};
+  bool lit = false;  // the lenses' light has to be undone
+  int range = BISEAM_RANGE_USUAL;
 };
 
 std::vector<Case> all_cases() {
@@ -61,6 +64,19 @@ std::vector<Case> all_cases() {
   Case middle{"middle_seam"};
   middle.seam = BISEAM_SEAM_MIDDLE;
   cases.push_back(middle);
+  const int lit[] = {BISEAM_NV12, BISEAM_NV21, BISEAM_I422, BISEAM_GRAY8, BISEAM_GBR, BISEAM_P010, BISEAM_I444P12};
+  for (const TestFormat& format : biseam::test::kTestFormats) {
+    if (std::find(std::begin(lit), std::end(lit), format.code) == std::end(lit)) continue;
+    Case c{std::string("lit_") + format.name};
+    c.format = format.code;
+    c.turn = {30, -20, 10};
+    c.lit = true;
+    cases.push_back(c);
+  }
+  Case full{"lit_full_range"};
+  full.lit = true;
+  full.range = BISEAM_RANGE_FULL;
+  cases.push_back(full);
   return cases;
 }
 
@@ -95,6 +111,14 @@ BiseamCamera camera_of(const Case& k) {
   b.k[1] = 0.003;
   b.mount = 270;
   b.turn = {-0.125, 1.5, -0.375};
+  if (k.lit) {
+    const double vignettes[2][2] = {{-0.0625, 0.0078125}, {-0.03125, -0.015625}};
+    const double gains[2][3] = {{1.125, 1, 0.9375}, {0.75, 0.8125, 0.875}};
+    for (int i = 0; i < 2; ++i) {
+      std::copy_n(vignettes[i], 2, camera.lens[i].vignette);
+      std::copy_n(gains[i], 3, camera.lens[i].gain);
+    }
+  }
   return camera;
 }
 
@@ -106,6 +130,7 @@ std::string line_of(const Case& k, int threads) {
   options.format = k.format;
   options.quality = k.quality;
   options.seam = k.seam;
+  options.range = k.range;
   options.threads = threads;
   biseam::Panorama panorama = biseam::Panorama::open(camera_of(k), options);
   if (!panorama) {

@@ -2,6 +2,7 @@
 
 #include "camera/projector.hpp"
 #include "kernels/kernels.hpp"
+#include "ring/light.hpp"
 #include "ring/mesh_rows.hpp"
 #include "ring/position_loops.hpp"
 #include "ring/positions.hpp"
@@ -107,6 +108,49 @@ void call_interpolate_block(KernelCall& call, InterpolateNodes* run) {
   call.run([&] { run(window, out); });
 }
 
+// Any light at all: what no lens has as well.
+void call_find_light(KernelCall& call, FindLight* find) {
+  Light light{};
+  light.cx = call.number(-100000, 100000) * 256;
+  light.cy = call.number(-100000, 100000) * 256;
+  light.shift = call.number(0, 8);
+  for (auto& channel : light.factors) {
+    for (int32_t& factor : channel) factor = call.number(0, kMostLight);
+  }
+  const std::size_t count = static_cast<std::size_t>(call.size());
+  const int32_t limit = call.number(0, 1) == 0 ? kFarthest << kPositionBits : INT32_MAX;
+  const int32_t *x = call.input<int32_t>(count, -limit, limit), *y = call.input<int32_t>(count, -limit, limit);
+  int32_t* factors = call.output<int32_t>(count);
+  const int channel = call.number(0, 2);
+  call.run([&] { find(light, channel, x, y, factors, call.size()); });
+}
+
+void call_light_row(KernelCall& call, LightRow* undo) {
+  const std::size_t count = static_cast<std::size_t>(call.size());
+  const int32_t* factors = call.input<int32_t>(count, 0, kMostLight);
+  const int16_t* samples = call.input<int16_t>(count, -10240, 26624);
+  int16_t* lit = call.output<int16_t>(count);
+  const int32_t pivot = call.number(0, 8192);
+  call.run([&] {
+    std::copy_n(samples, count, lit);
+    undo(lit, factors, pivot, call.size());
+  });
+}
+
+void call_tint_row(KernelCall& call, TintRow* undo) {
+  const std::size_t count = static_cast<std::size_t>(call.size());
+  const int channels = call.number(1, 2);
+  const int16_t* luma = call.input<int16_t>(count, 0, 16380);
+  const std::size_t all = count * static_cast<std::size_t>(channels);
+  const int16_t* samples = call.input<int16_t>(all, INT16_MIN, INT16_MAX);
+  int16_t* tinted = call.output<int16_t>(all);
+  const Tint tint{luma, call.number(0, 1024), {call.number(-70000, 70000), call.number(-70000, 70000)}};
+  call.run([&] {
+    std::copy_n(samples, all, tinted);
+    undo(tinted, tint, channels, call.size());
+  });
+}
+
 }  // namespace
 
 std::vector<Kernel> ring_kernels() {
@@ -117,7 +161,10 @@ std::vector<Kernel> ring_kernels() {
           make_kernel("positions of far nodes", kInterpolateNodes, call_interpolate_far, 6, 1, spacings),
           make_kernel("positions of near nodes", kInterpolateNodes, call_interpolate_near, 6, 1, spacings),
           make_kernel("positions of turns", kInterpolateNodes, call_interpolate_turns, 6, 1, spacings),
-          make_kernel("positions of a block", kInterpolateNodes, call_interpolate_block, 1, kBlockWidth * kBlockHeight, {1})};
+          make_kernel("positions of a block", kInterpolateNodes, call_interpolate_block, 1, kBlockWidth * kBlockHeight, {1}),
+          make_kernel("light", kFindLight, call_find_light, 17),
+          make_kernel("lit rows", kLightRow, call_light_row, 64),
+          make_kernel("tinted rows", kTintRow, call_tint_row, 64)};
 }
 
 }  // namespace biseam::test

@@ -24,6 +24,7 @@ inline ring::EngineConfig small_config(int format = BISEAM_NV12) {
           .width = 256,
           .height = 128,
           .format = format,
+          .full_range = false,
           .quality = ring::Quality::good,
           .seam = ring::SeamMode::search,
           .threads = 1};

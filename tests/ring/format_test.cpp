@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string_view>
+
 #include "support/own_picture.hpp"
 
 namespace biseam::test {
@@ -20,6 +22,7 @@ TEST_P(Formats, AreDescribedAsTheyAre) {
     EXPECT_EQ(described.planes, format.planes());
     EXPECT_EQ(described.bits, format.bits);
     EXPECT_EQ(described.shift, format.shift);
+    EXPECT_EQ(described.rgb, std::string_view(format.name).substr(0, 3) == "gbr");
     const ring::PlaneFormat& luma = described.plane[0];
     EXPECT_EQ(luma.type, format.bits == 8 ? ring::SampleType::bytes : ring::SampleType::words);
     EXPECT_EQ(luma.channels[0], 0);

@@ -47,12 +47,40 @@ void unroll_lens(const StripFrame& frame, int lens, ptrdiff_t begin, int count) 
   }
 }
 
+void hold(int16_t* samples, int count) {
+  for (int i = 0; i < count; ++i) {
+    samples[i] = static_cast<int16_t>(samples[i] < 0 ? 0 : samples[i] > kMaxFine ? kMaxFine : samples[i]);
+  }
+}
+
+// Samples [begin, begin + count) of a lens's strips as they would be in its light's absence.
+void undo_light(const StripFrame& frame, int lens, ptrdiff_t begin, int count) {
+  constexpr int kMost = 256;
+  const Light& light = frame.lights[lens];
+  const StripPositions& positions = frame.positions[lens];
+  int32_t factors[kMost];
+  for (const ptrdiff_t end = begin + count; begin < end; begin += kMost) {
+    const int length = static_cast<int>(end - begin < kMost ? end - begin : kMost);
+    for (int plane = 0; plane < frame.plan->config.planes; ++plane) {
+      int16_t* const samples = frame.views->strips[lens][plane] + begin;
+      kFindLight.best()(light, plane, positions.x + begin, positions.y + begin, factors, length);
+      kLightRow.best()(samples, factors, light.pivot[plane], length);
+      const Tint tint{frame.views->strips[lens][0] + begin, light.pivot[0], {light.tint[plane]}};
+      if (light.tint[plane] != 0) kTintRow.best()(samples, tint, 1, length);
+      hold(samples, length);
+    }
+  }
+}
+
 void unroll(const StripFrame& frame, int part) {
   const StripPlan& plan = *frame.plan;
   const StripViews& views = *frame.views;
   const int count = kUnrolledRows * plan.config.shape.width;
   const ptrdiff_t begin = ptrdiff_t{part} * count;
-  for (int lens = 0; lens < 2; ++lens) unroll_lens(frame, lens, begin, count);
+  for (int lens = 0; lens < 2; ++lens) {
+    unroll_lens(frame, lens, begin, count);
+    if (frame.lights != nullptr && frame.lights[lens].any) undo_light(frame, lens, begin, count);
+  }
   for (int plane = 0; plane < plan.config.planes; ++plane) {
     const int16_t *strip0 = views.strips[0][plane] + begin, *strip1 = views.strips[1][plane] + begin;
     int16_t* difference = views.difference[plane] + begin;

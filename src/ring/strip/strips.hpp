@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "ring/light.hpp"
 #include "ring/strip/picture.hpp"
 #include "ring/strip/seam_cost.hpp"
 #include "ring/strip/strip_memory.hpp"
@@ -27,6 +28,7 @@ struct StripFrame {
   StripPositions positions[2];
   PlaneSamples pictures[2][kMaxPlanes];
   SampleFormat format;
+  const Light* lights;  // of either lens; null: there is none to undo
   SeamSettings seam;
 };
 
