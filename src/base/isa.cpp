@@ -42,7 +42,8 @@ bool can_run(Isa isa) noexcept {
   if (isa == Isa::avx2) return __builtin_cpu_supports("avx2");
   if (isa == Isa::avx512) {
     return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-           __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi");
+           __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
+           __builtin_cpu_supports("avx512vnni");
   }
 #elif defined(BISEAM_ARM) && defined(__arm__)
   constexpr unsigned long neon_bit = 1ul << 12;  // HWCAP_NEON of the kernel's interface

@@ -7,7 +7,7 @@
 #if defined(__x86_64__)
 #define BISEAM_X86_64 1
 #define BISEAM_AVX2 __attribute__((target("avx2")))
-#define BISEAM_AVX512 __attribute__((target("avx2,avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi")))
+#define BISEAM_AVX512 __attribute__((target("avx2,avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi,avx512vnni")))
 #elif defined(__aarch64__) || (defined(__arm__) && defined(__ARM_FP) && defined(__GNUC__) && !defined(__clang__))
 #define BISEAM_ARM 1
 #if defined(__arm__)
@@ -20,7 +20,7 @@
 namespace biseam {
 
 // Instruction sets in rising order; those of other architectures never occur on a host.  avx512 stands for what Ice Lake and
-// Zen 4 brought: F, BW, DQ, VL and VBMI.
+// Zen 4 brought: F, BW, DQ, VL, VBMI and VNNI.
 enum class Isa : int { scalar, neon, avx2, avx512 };
 
 inline constexpr Isa kIsas[] = {Isa::scalar, Isa::neon, Isa::avx2, Isa::avx512};

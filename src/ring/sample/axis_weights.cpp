@@ -58,8 +58,7 @@ struct Table {
   static constexpr int kPhaseBits = phase_bits_of(quality, widening), kPhases = 1 << kPhaseBits;
 
   alignas(64) int16_t words[kPhases][kPadded]{};
-  alignas(64) int32_t pairs[kPadded / 2][kPhases]{};
-  alignas(64) int32_t quads[kPadded / 4][2][kPhases]{};
+  alignas(64) int8_t parts[kTaps][2][kPhases]{};
 
   constexpr void weigh(int phase) {
     double exact[kTaps]{}, sum = 0;
@@ -82,20 +81,16 @@ struct Table {
     }
   }
 
-  constexpr void lay_out(int phase, int tap) {
-    const int weight = words[phase][tap], low = ((weight + 64) & 127) - 64, high = (weight - low) / 128;
-    const auto place = [](int value, int bits, int shift) {
-      return static_cast<int32_t>((static_cast<uint32_t>(value) & ((1u << bits) - 1)) << shift);
-    };
-    pairs[tap / 2][phase] |= place(weight, 16, tap % 2 * 16);
-    quads[tap / 4][0][phase] |= place(high, 8, tap % 4 * 8);
-    quads[tap / 4][1][phase] |= place(low, 8, tap % 4 * 8);
+  constexpr void part(int phase, int tap) {
+    const int weight = words[phase][tap], low = ((weight + 64) & 127) - 64;
+    parts[tap][0][phase] = static_cast<int8_t>((weight - low) / 128);
+    parts[tap][1][phase] = static_cast<int8_t>(low);
   }
 
   constexpr Table() {
     for (int phase = 0; phase < kPhases; ++phase) {
       weigh(phase);
-      for (int tap = 0; tap < kTaps; ++tap) lay_out(phase, tap);
+      for (int tap = 0; tap < kTaps; ++tap) part(phase, tap);
     }
   }
 };
@@ -106,7 +101,7 @@ constexpr Table<quality, widening> kTable{};
 template <Quality quality, int widening>
 constexpr AxisWeights weights_of() {
   constexpr const Table<quality, widening>& table = kTable<quality, widening>;
-  return {table.words[0], table.pairs[0], table.quads[0][0], table.kTaps, table.kPadded, table.kHalf - 1, table.kPhaseBits};
+  return {table.words[0], table.parts[0][0], table.kTaps, table.kPadded, table.kHalf - 1, table.kPhaseBits};
 }
 
 template <Quality q>

@@ -14,15 +14,13 @@ inline constexpr int kTapBits = 13;
 inline constexpr int32_t kTapsOne = 1 << kTapBits;
 
 // One kernel at one width.  Phase p of 2^phase_bits stands for positions p / 2^phase_bits past a sample; tap k is the sample
-// k - before from that one.  The same weights in three layouts: by phase, for one position at a time, and by tap, for vectors
-// of positions.  What is past the last tap weighs nothing.
+// k - before from that one.  The same weights in two layouts: by phase, for one position at a time, and by tap, for vectors of
+// positions.  What is past the last tap weighs nothing.
 struct AxisWeights {
   const int16_t* words;  // [phase][padded taps]
-  const int32_t* pairs;  // [tap / 2][phase]: two weights, 16 bits each, the first one in the lower half
-  // [tap / 4][2][phase]: four weights, 8 bits each, in parts: w = 128 * part 0 + part 1, both from -64 to 64.
-  const int32_t* quads;
-  int taps;         // even
-  int padded_taps;  // a multiple of 4
+  const int8_t* parts;   // [tap][2][phase]: weight = 128 * part 0 + part 1, both from -64 to 64
+  int taps;              // even
+  int padded_taps;       // a multiple of 4
   int before;
   int phase_bits;
 

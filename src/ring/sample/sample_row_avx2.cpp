@@ -336,6 +336,11 @@ BISEAM_STEP bool sample_lanes(const SampleJob& job, const int32_t* x, const int3
 }
 
 template <SampleType type, int taps>
+BISEAM_AVX2 bool sample_alone(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination) noexcept {
+  return sample_lanes<type, taps>(job, x, y, destination);
+}
+
+template <SampleType type, int taps>
 BISEAM_AVX2 void sample_type(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination, int count) {
   constexpr int samples = Shape<type>::kSamples;
   const int bytes = output_bytes_of(type, job.output);
@@ -345,15 +350,8 @@ BISEAM_AVX2 void sample_type(const SampleJob& job, const int32_t* x, const int32
       sample_row_scalar(job, x + i, y + i, destination + i * bytes, samples);
     }
   }
-  if (i == count) return;
-  // The rest with its last position repeated.
-  int32_t last_x[samples], last_y[samples];
-  uint8_t results[2 * sizeof(__m128i)];
-  for (int k = 0; k < samples; ++k) last_x[k] = x[std::min(i + k, count - 1)], last_y[k] = y[std::min(i + k, count - 1)];
-  if (sample_lanes<type, taps>(job, last_x, last_y, results)) {
-    std::memcpy(destination + i * bytes, results, static_cast<std::size_t>((count - i) * bytes));
-  } else {
-    sample_row_scalar(job, x + i, y + i, destination + i * bytes, count - i);
+  if (i < count) {
+    sample_rest({sample_alone<type, taps>, samples, sample_row_scalar}, job, x + i, y + i, destination + i * bytes, count - i);
   }
 }
 

@@ -13,6 +13,18 @@ SampleRow sample_row_scalar, sample_row_neon, sample_row_avx2, sample_row_avx512
 
 extern const Variants<SampleRow> kSampleRow;
 
+// One vector of samples; false: these positions have to be sampled otherwise.
+using SampleLanes = bool(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination) noexcept;
+struct VectorKernel {
+  SampleLanes* sample;
+  int samples;  // in a vector, at most 16
+  SampleRow* otherwise;
+};
+
+// Fewer samples than a vector has, by one whose last position is repeated.
+void sample_rest(const VectorKernel& kernel, const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination,
+                 int count) noexcept;
+
 // Both sums are held at 14 bits and a fraction, whatever the depth: the first has kTapBits + bits, the second kTapBits
 // + 14.
 constexpr int across_shift(const SampleSource& source) { return kTapBits + source.bits - kFineBits; }
