@@ -69,9 +69,13 @@ BISEAM_STEP const int8_t* part_of(const int8_t* parts, int tap, int part) {
 
 constexpr __mmask64 kFirstBytes = 0x1111111111111111;
 
-// The upper or lower parts of four taps' weights, or of two and nothing of use.
+// The upper or lower parts of four taps' weights, or of two and nothing.
 template <int taps>
 BISEAM_STEP __m512i look_up_parts(const int8_t* parts, __m512i phases, int tap, int part) {
+  if constexpr (taps == 2) {  // twice
+    phases = look_up<taps>(phases, 0x5555555555555555, parts);
+    return look_up<taps>(phases, 0xAAAAAAAAAAAAAAAA, parts + Kernel<taps>::kPhases * 2);
+  }
   for (int k = 0; k < std::min(4, taps - tap); ++k) {
     phases = look_up<taps>(phases, kFirstBytes << k, part_of<taps>(parts, tap + k, part));
   }
@@ -139,12 +143,9 @@ BISEAM_STEP __m512i weigh_across(const Kernel<taps>& kernel, const Weights<type,
     return _mm512_sra_epi32(_mm512_add_epi32(sum, all(1 << (shift - 1))), _mm_cvtsi32_si128(shift));
   } else {
     static_assert(kTapBits + 8 - kFineBits == 7);
-    __m512i sum = _mm512_setzero_si512();
-    if constexpr (taps > 2) {
-      sum = all(64);
-      for (int c = 0; c < weights.kChunks; ++c) sum = _mm512_dpbusd_epi32(sum, picked[c], weights.across[c][1]);
-      sum = _mm512_srai_epi32(sum, 7);
-    }
+    __m512i sum = all(64);
+    for (int c = 0; c < weights.kChunks; ++c) sum = _mm512_dpbusd_epi32(sum, picked[c], weights.across[c][1]);
+    sum = _mm512_srai_epi32(sum, 7);
     for (int c = 0; c < weights.kChunks; ++c) sum = _mm512_dpbusd_epi32(sum, picked[c], weights.across[c][0]);
     return sum;
   }
@@ -180,6 +181,10 @@ BISEAM_STEP void finish_lanes(const Kernel<taps>& kernel, const Taps<type, taps>
                               uint8_t* destination) {
   const auto weights = look_up_all<type, taps>(kernel.parts, phases_of<taps>(places.x), phases_of<taps>(places.y));
   __m512i sum = _mm512_setzero_si512();
+  if constexpr (Window<type, taps>::kWhole) {
+    sum = _mm512_madd_epi16(_mm512_maddubs_epi16(picked.row[0][0], weights.across[0][0]), weights.down[0]);
+    return store<type, taps>(kernel, sum, destination);
+  }
   for (int k = 0; k < taps; k += 2) {
     const __m512i upper = weigh_across<type, taps>(kernel, weights, picked.row[k]);
     const __m512i lower = weigh_across<type, taps>(kernel, weights, picked.row[k + 1]);
@@ -201,7 +206,7 @@ BISEAM_STEP bool sample_flat(const Kernel<taps>& kernel, Corner corner, const Pl
   if (within(column, row, room, W::kFlatRows) != 0xFFFF) return false;
   const uint8_t* window = source.first + corner.row * source.stride + std::ptrdiff_t{corner.column} * Shape<type>::kUnit;
   ask_for_row(window, source.stride, taps + W::kFlatRows + 4);
-  const auto picked = pick_flat<type, taps>(window, source.stride, byte_indices<type, W::kFlatBytes>(column, row));
+  const auto picked = pick_flat<type, taps>(window, source.stride, byte_indices<type, taps, W::kFlatBytes>(column, row));
   finish_lanes<type, taps>(kernel, picked, places, destination);
   return true;
 }
@@ -226,7 +231,7 @@ BISEAM_STEP bool sample_steep(const Kernel<taps>& kernel, Corner left, Corner ri
     return source.first + corner.row * source.stride + std::ptrdiff_t{corner.column} * Shape<type>::kUnit;
   };
   const auto picked =
-      pick_steep<type, taps>(window(left), window(right), source.stride, byte_indices<type, W::kSteepBytes>(column, row));
+      pick_steep<type, taps>(window(left), window(right), source.stride, byte_indices<type, taps, W::kSteepBytes>(column, row));
   finish_lanes<type, taps>(kernel, picked, places, destination);
   return true;
 }
