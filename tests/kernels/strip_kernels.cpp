@@ -141,16 +141,6 @@ void call_look_up_corrections(KernelCall& call, LookUpCorrections* look_up) {
   call.run([&] { look_up(corrections, kLookedUp, t, b, out, call.size()); });
 }
 
-void call_look_up_weights(KernelCall& call, LookUpWeights* look_up) {
-  const std::size_t count = static_cast<std::size_t>(call.size());
-  const int32_t* path = call.input<int32_t>(97, 27 << 16, 28 << 16);
-  const int32_t* t = call.input<int32_t>(count, -(96 << 16), (2 * 96 << 16) - 1);
-  const int32_t* b = call.input<int32_t>(count, -(9 << 16), 65 << 16);
-  int16_t* out = call.output<int16_t>(count);
-  const SeamRamp ramp{path, 96, call.number(1 << 12, 1 << 20)};
-  call.run([&] { look_up(ramp, t, b, out, call.size()); });
-}
-
 }  // namespace
 
 std::vector<Kernel> strip_kernels() {
@@ -178,7 +168,6 @@ std::vector<Kernel> strip_kernels() {
       make_kernel("ring add expanded", kAddExpanded, call_add_expanded, 56, 16),
       make_kernel("ring correct", kCorrectRow, call_correct, 56),
       make_kernel("ring look up corrections", kLookUpCorrections, call_look_up_corrections, 64),
-      make_kernel("ring look up weights", kLookUpWeights, call_look_up_weights, 64),
   };
 }
 

@@ -22,10 +22,6 @@ struct SeamRamp {
   int32_t across;
 };
 
-// Weights of lens 1, 0 to 256: linear across the path, which is linear between its samples.
-using LookUpWeights = void(const SeamRamp& ramp, const int32_t* t, const int32_t* b, int16_t* out, int count) noexcept;
-
 extern constinit const Variants<LookUpCorrections> kLookUpCorrections;
-extern constinit const Variants<LookUpWeights> kLookUpWeights;
 
 }  // namespace biseam::ring

@@ -58,32 +58,4 @@ TEST(StripLookup, IsLinearBetweenCorrections) {
   }
 }
 
-TEST(StripLookup, WeighsLens1AlongTheSeam) {
-  RandomSource random;
-  for (const StripShape shape : {StripShape{16, 5}, {96, 56}, {4096, 240}}) {
-    std::vector<int32_t> path(static_cast<size_t>(shape.length) + 1);
-    for (int32_t& p : path) p = random.between(1, 2) << 16;
-    path.back() = path.front();
-    for (const int32_t across : {1 << 12, 49152, 65536, 1 << 18, 1 << 20}) {
-      const Places places(random, {shape.length, 5}, 500);
-      GuardedBlock<int16_t> out(500);
-      kLookUpWeights.best()({path.data(), shape.length, across}, places.t.data(), places.b.data(), out.data(), 500);
-      for (size_t i = 0; i < 500; ++i) {
-        const double t = std::fmod(places.t[i] / 65536.0 + shape.length, shape.length), b = places.b[i] / 65536.0;
-        const size_t row = static_cast<size_t>(t);
-        const double seam = (path[row] + (t - std::floor(t)) * (path[row + 1] - path[row])) / 65536.0;
-        const double weight = std::clamp(128 + (b - seam) / (across / 65536.0) * 256, 0.0, 256.0);
-        // Places along the path are 1/256 apart, across it 1/4096 of a sample; the slope is rounded to 1/2 in 2^28 / across.
-        ASSERT_LE(std::abs(weight - out[i]), (1 / 256.0 + 1 / 4096.0) * 256 / (across / 65536.0) + 0.5 + 0.01);
-        if (b - seam > across / 131072.0 + 0.01) {
-          ASSERT_EQ(256, out[i]);
-        }
-        if (b - seam < -across / 131072.0 - 0.01) {
-          ASSERT_EQ(0, out[i]);
-        }
-      }
-    }
-  }
-}
-
 }  // namespace biseam::test
