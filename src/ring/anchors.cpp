@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "base/loop_versions.hpp"
+#include "camera/trigonometry.hpp"
 #include "ring/ring_rows.hpp"
 
 namespace biseam::ring {
@@ -56,12 +57,18 @@ BISEAM_LOOP void weigh(const int32_t* distances, int32_t ramp, int16_t* weights,
   }
 }
 
+BISEAM_LOOP void keep_within(const int32_t* places, int32_t low, int32_t high, int32_t* values, int count) noexcept {
+  BISEAM_TURNS_APART
+  for (ptrdiff_t i = 0; i < count; ++i) values[i] = places[i] < low || places[i] > high ? 0 : values[i];
+}
+
 }  // namespace
 
 constinit const Variants<FillAnchorRow> kFillAnchorRow = loop_versions<fill_row, FillAnchorRow>;
 constinit const Variants<MixAnchorRows> kMixAnchorRows = loop_versions<mix_rows, MixAnchorRows>;
 constinit const Variants<MixAnchorRowPairs> kMixAnchorRowPairs = loop_versions<mix_row_pairs, MixAnchorRowPairs>;
 constinit const Variants<WeighDistances> kWeighDistances = loop_versions<weigh, WeighDistances>;
+constinit const Variants<KeepWithin> kKeepWithin = loop_versions<keep_within, KeepWithin>;
 
 void place_anchors(const Mesh& mesh, const Block& block, const PlaneGrid& grid, StripShape shape,
                    AnchorPlaces& places) noexcept {
@@ -94,6 +101,27 @@ void look_up_light(const Light& light, int channel, const AnchorPositions& posit
   for (int j = 0; j < positions.count.rows; ++j) {
     kFindLight.best()(light, channel, positions.x.values[j], positions.y.values[j], row, positions.count.columns);
     kFillAnchorRow.best()(row, band.values[j], positions.count.columns - 1);
+  }
+}
+
+// Between anchors h radians apart an angle that is filled in linearly in both directions errs by h^2 / 4 at most: what is less
+// than that from the edge is left out, so that nothing outside the ring counts as within.
+RingEdge find_edge(const Mesh& mesh, const PlaneGrid& grid, StripShape shape, const AnchorPlaces& places) noexcept {
+  const double across = 2 * kPi / mesh.shape.width * (kAnchorSpacing << grid.bits_x);
+  const double down = kPi / mesh.shape.height * (kAnchorSpacing << grid.bits_y), apart = std::max(across, down);
+  const int32_t margin = static_cast<int32_t>(apart * apart / 4 * shape.length / (2 * kPi) * 65536) + 2;
+  RingEdge edge{false, margin, ((shape.width - 1) << 16) - margin};
+  for (int j = 0; j < places.count.rows; ++j) {
+    for (int i = 0; i < places.count.columns; ++i) {
+      edge.near = edge.near || places.b.values[j][i] < edge.low || places.b.values[j][i] > edge.high;
+    }
+  }
+  return edge;
+}
+
+void look_up_across(const AnchorPlaces& places, AnchorBand& band) noexcept {
+  for (int j = 0; j < places.count.rows; ++j) {
+    kFillAnchorRow.best()(places.b.values[j], band.values[j], places.count.columns - 1);
   }
 }
 

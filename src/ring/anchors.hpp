@@ -56,6 +56,16 @@ void place_anchors_in_picture(const Mesh& mesh, int lens, const Block& block, co
 // What undoes a lens's light in a channel, 1/kLightOne.
 void look_up_light(const Light& light, int channel, const AnchorPositions& positions, AnchorBand& band) noexcept;
 
+// Whether a block reaches beyond the ring, and how far across samples are within it, in strip samples, Q16.
+struct RingEdge {
+  bool near;
+  int32_t low, high;
+};
+RingEdge find_edge(const Mesh& mesh, const PlaneGrid& grid, StripShape shape, const AnchorPlaces& places) noexcept;
+
+// How far across a plane's samples lie.
+void look_up_across(const AnchorPlaces& places, AnchorBand& band) noexcept;
+
 using FillAnchorRow = void(const int32_t* anchors, int32_t* out, int count) noexcept;
 // out: the values of a row between two rows of a band, below the upper one by so many samples.
 using MixAnchorRows = void(const int32_t* upper, const int32_t* lower, int below, int32_t* out, int count) noexcept;
@@ -65,10 +75,14 @@ using MixAnchorRowPairs = void(const int32_t* const upper[2], const int32_t* con
 // Weights of lens 1, 0 to 256, from distances.
 using WeighDistances = void(const int32_t* distances, int32_t ramp, int16_t* weights, int count) noexcept;
 
+// Values whose places lie outside become 0.
+using KeepWithin = void(const int32_t* places, int32_t low, int32_t high, int32_t* values, int count) noexcept;
+
 extern constinit const Variants<FillAnchorRow> kFillAnchorRow;
 extern constinit const Variants<MixAnchorRows> kMixAnchorRows;
 extern constinit const Variants<MixAnchorRowPairs> kMixAnchorRowPairs;
 extern constinit const Variants<WeighDistances> kWeighDistances;
+extern constinit const Variants<KeepWithin> kKeepWithin;
 
 // Row y of the block's samples.
 void row_of_band(const AnchorBand& band, int y, int32_t* out, int count) noexcept;

@@ -127,6 +127,17 @@ LensSamples prepare_lens(const Painting& painting, const BlockPlan& plan, int le
   return {job_of(painting, plan, lens, samples.plane, SampleOutput::fine), lens};
 }
 
+// What lies outside the ring is a lens's alone, also between anchors of which some lie within.
+void keep_in_ring(const PlaneBlock& samples, int row, int32_t* added, PaintMemory& memory) noexcept {
+  const int channels = channels_of(samples);
+  if (channels == 2) {
+    row_of_bands(memory.across, memory.across, row, memory.away, samples.columns);
+  } else {
+    row_of_band(memory.across, row, memory.away, samples.columns);
+  }
+  kKeepWithin.best()(memory.away, memory.edge.low, memory.edge.high, added, channels * samples.columns);
+}
+
 void sample_fine(const Painting& painting, const LensSamples& from, const PlaneBlock& samples, int row,
                  PaintMemory& memory) noexcept {
   const int at = row * kBlockWidth;
@@ -139,6 +150,7 @@ void sample_fine(const Painting& painting, const LensSamples& from, const PlaneB
   } else {
     row_of_band(bands[0], row, memory.added[from.lens], samples.columns);
   }
+  if (memory.edge.near) keep_in_ring(samples, row, memory.added[from.lens], memory);
 }
 
 // What lens 1 weighs in a row.
@@ -234,6 +246,8 @@ void paint_ring_block(const Painting& painting, const BlockPlan& plan, PaintMemo
     const PlaneBlock samples(painting, plan.block, plane);
     place_anchors(*painting.mesh, plan.block, samples.format->grid, painting.ring.shape, memory.places);
     look_up_distances(painting.ring.ramp, memory.places, memory.distances);
+    memory.edge = find_edge(*painting.mesh, samples.format->grid, painting.ring.shape, memory.places);
+    if (memory.edge.near) look_up_across(memory.places, memory.across);
     const Needed needed = find_needed(memory.distances, memory.places.count, painting.ring.ramp.across);
     if (!needed.lens[1]) {
       paint_corrected(painting, plan, 0, samples, memory);

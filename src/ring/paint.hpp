@@ -40,7 +40,8 @@ struct Painting {
 struct PaintMemory {
   BlockValues x[2], y[2];  // where the samples lie in either lens's picture
   AnchorPlaces places;
-  AnchorBand distances;
+  RingEdge edge;
+  AnchorBand distances, across;
   AnchorBand corrections[2][2], light[2][2];  // of either lens, by the channels of a plane
   // Of one row: a pair takes two places.
   alignas(64) int16_t fine[2][2 * kBlockWidth];

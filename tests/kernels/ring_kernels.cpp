@@ -2,6 +2,7 @@
 
 #include "camera/projector.hpp"
 #include "kernels/kernels.hpp"
+#include "ring/anchors.hpp"
 #include "ring/light.hpp"
 #include "ring/mesh_rows.hpp"
 #include "ring/position_loops.hpp"
@@ -151,6 +152,16 @@ void call_tint_row(KernelCall& call, TintRow* undo) {
   });
 }
 
+void call_keep_within(KernelCall& call, KeepWithin* keep) {
+  const std::size_t count = static_cast<std::size_t>(call.size());
+  const int32_t *places = call.input<int32_t>(count, -(50 << 16), 100 << 16), *values = call.input<int32_t>(count, -99, 99);
+  int32_t* kept = call.output<int32_t>(count);
+  call.run([&] {
+    std::copy_n(values, count, kept);
+    keep(places, 3 << 16, 52 << 16, kept, call.size());
+  });
+}
+
 }  // namespace
 
 std::vector<Kernel> ring_kernels() {
@@ -164,7 +175,8 @@ std::vector<Kernel> ring_kernels() {
           make_kernel("positions of a block", kInterpolateNodes, call_interpolate_block, 1, kBlockWidth * kBlockHeight, {1}),
           make_kernel("light", kFindLight, call_find_light, 17),
           make_kernel("lit rows", kLightRow, call_light_row, 64),
-          make_kernel("tinted rows", kTintRow, call_tint_row, 64)};
+          make_kernel("tinted rows", kTintRow, call_tint_row, 64),
+          make_kernel("kept in the ring", kKeepWithin, call_keep_within, 64)};
 }
 
 }  // namespace biseam::test

@@ -110,8 +110,7 @@ inline ReferencePlane grid_of(const TestFormat& format, int channel, int siting)
   return grid;
 }
 
-// Where the ring reaches in a panorama.  What the strips say is looked up at every fourth sample: what lies between four such
-// places outside the ring is the lens's alone.
+// Where the ring reaches in a panorama.
 class RingOfView {
  public:
   RingOfView(const ring::EngineConfig& config, const Turn& turn, const ReferencePlane& grid)
@@ -124,15 +123,7 @@ class RingOfView {
     return reference_direction(view_, grid_.sub_x * x + grid_.offset_x, grid_.sub_y * y + grid_.offset_y);
   }
   double across(double x, double y) const { return reference_ring(direction(x, y)).b; }
-  bool touches(int x, int y) const {
-    const int left = x / 4 * 4, top = y / 4 * 4;
-    for (const int j : {top, top + 4}) {
-      for (const int i : {left, left + 4}) {
-        if (std::abs(across(i, j)) <= half_width_) return true;
-      }
-    }
-    return std::abs(across(x, y)) <= half_width_;
-  }
+  bool touches(int x, int y) const { return std::abs(across(x, y)) <= half_width_; }
 
  private:
   View view_;
