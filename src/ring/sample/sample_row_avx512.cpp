@@ -293,7 +293,6 @@ BISEAM_STEP void sample_taps(const SampleJob& job, const int32_t* x, const int32
 
 }  // namespace
 
-// Kernels that are widened along an axis are gathered.
 BISEAM_AVX512 void sample_row_avx512(const SampleJob& job, const int32_t* x, const int32_t* y, void* destination,
                                      int count) noexcept {
   uint8_t* bytes = static_cast<uint8_t*>(destination);
@@ -302,7 +301,7 @@ BISEAM_AVX512 void sample_row_avx512(const SampleJob& job, const int32_t* x, con
   if (&kernel == job.down && kernel.phase_bits == 7) {
     return kernel.taps == 4 ? sample_taps<4>(job, x, y, bytes, count) : sample_taps<6>(job, x, y, bytes, count);
   }
-  sample_row_avx2(job, x, y, destination, count);
+  if (!sample_widened_avx512(job, x, y, bytes, count)) sample_row_avx2(job, x, y, destination, count);
 }
 
 }  // namespace biseam::ring
