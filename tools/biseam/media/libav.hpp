@@ -20,6 +20,7 @@ struct LibavDelete {
   void operator()(AVPacket* p) const { av_packet_free(&p); }
   void operator()(AVBSFContext* p) const { av_bsf_free(&p); }
   void operator()(AVCodecContext* p) const { avcodec_free_context(&p); }
+  void operator()(AVCodecParameters* p) const { avcodec_parameters_free(&p); }
   void operator()(AVFormatContext* p) const { avformat_close_input(&p); }  // of demuxers
   void operator()(AVDictionary* p) const { av_dict_free(&p); }
   void operator()(AVBufferPool* p) const { av_buffer_pool_uninit(&p); }

@@ -59,9 +59,18 @@ int depth_of(const AVPixFmtDescriptor& format) {
   return is_bayer(format) ? 2 * green : green;                            // described by the mean over the mosaic
 }
 
+// With three components of its own, of whatever layout.
+bool is_rgb(const AVPixFmtDescriptor& format) {
+  return (format.flags & (AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL)) != 0 || std::string_view(format.name).starts_with("xyz");
+}
+
+std::string chroma_name(const AVPixFmtDescriptor& format) {
+  const int w = format.log2_chroma_w, h = format.log2_chroma_h;
+  return w == 0 ? h == 0 ? "4:4:4" : "4:4:0" : w == 1 ? h == 0 ? "4:2:2" : "4:2:0" : h == 0 ? "4:1:1" : "4:1:0";
+}
+
 Family family_of(const AVPixFmtDescriptor& format) {
-  const bool is_xyz = std::string_view(format.name).starts_with("xyz");
-  if (is_xyz || (format.flags & (AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL)) != 0 || is_bayer(format)) return kRgb;
+  if (is_rgb(format)) return kRgb;
   if (format.nb_components < 3) return depth_of(format) >= 16 ? kRgb : kGray;
   if (format.log2_chroma_w == 0) return kFull;
   return format.log2_chroma_h == 0 ? kHalf : kQuarter;
@@ -80,16 +89,34 @@ AVPixelFormat working_format(AVPixelFormat format) {
   if (engine_format(format)) return without_range(format);
   const AVPixFmtDescriptor* known = av_pix_fmt_desc_get(format);
   if (!known || (known->flags & AV_PIX_FMT_FLAG_HWACCEL) != 0) return AV_PIX_FMT_NONE;
-  const int depth = depth_of(*known);
-  return family_of(*known).depths[depth <= 8 ? 0 : depth <= 10 ? 1 : 2];
+  if (format == AV_PIX_FMT_UYYVYY411) return AV_PIX_FMT_NONE;  // no part of libav reads its samples
+  return planar_format(format);
+}
+
+AVPixelFormat planar_format(AVPixelFormat format) {
+  const AVPixFmtDescriptor& known = *av_pix_fmt_desc_get(format);
+  const int depth = depth_of(known);
+  return family_of(known).depths[depth <= 8 ? 0 : depth <= 10 ? 1 : 2];
+}
+
+std::string loss_text(AVPixelFormat from, AVPixelFormat to) {
+  const AVPixFmtDescriptor &a = *av_pix_fmt_desc_get(from), &b = *av_pix_fmt_desc_get(to);
+  std::string text;
+  const auto add = [&](const std::string& loss) { text += (text.empty() ? "" : ", ") + loss; };
+  const int bits = depth_of(a), left = depth_of(b);
+  if (left < bits) add("samples of " + std::to_string(bits) + " bits are rounded to " + std::to_string(left));
+  if (is_rgb(a) && !is_rgb(b)) add("RGB becomes BT.601 with full range");
+  const bool has_chroma = a.nb_components >= 3, keeps_chroma = b.nb_components >= 3;
+  if (has_chroma && !keeps_chroma) add("colour is left out");
+  const bool is_coarser = b.log2_chroma_w > a.log2_chroma_w || b.log2_chroma_h > a.log2_chroma_h;
+  if (has_chroma && keeps_chroma && is_coarser) add("chroma is resampled to " + chroma_name(b));
+  return text;
 }
 
 std::string working_loss(AVPixelFormat format) {
   const AVPixelFormat to = working_format(format);
-  if (to == AV_PIX_FMT_NONE) return "";
-  const int from_bits = depth_of(*av_pix_fmt_desc_get(format)), to_bits = depth_of(*av_pix_fmt_desc_get(to));
-  if (from_bits <= to_bits) return "";
-  return "its samples of " + std::to_string(from_bits) + " bits are rounded to " + std::to_string(to_bits);
+  const std::string loss = to == AV_PIX_FMT_NONE ? "" : loss_text(format, to);
+  return loss.empty() ? "" : "its " + loss;
 }
 
 bool says_full_range(AVPixelFormat format) {

@@ -15,10 +15,17 @@ std::optional<BiseamFormat> engine_format(AVPixelFormat format);
 
 // A working format is one that the engine takes, and not one that says the range as well.  This is the nearest: itself, or the
 // one that loses least.  Depth stays up to 12 bits, chroma stays; coarser chroma gets the next finer size, RGB of any layout is
-// three full planes, opacity is left out.  AV_PIX_FMT_NONE for pictures that lie in a device's memory.
+// three full planes, opacity is left out.  AV_PIX_FMT_NONE for what can't be read, as in a device's memory.
 AVPixelFormat working_format(AVPixelFormat format);
 
-// What is lost on the way there, for a notice ("its samples of 16 bits are rounded to 12"); empty when nothing is.
+// The working format with a plane for each component: what holds the samples of NV12, too.
+AVPixelFormat planar_format(AVPixelFormat format);
+
+// What is lost from one format to another, for a notice: "samples of 16 bits are rounded to 12, chroma is resampled to 4:2:0".
+// Empty when nothing is.
+std::string loss_text(AVPixelFormat from, AVPixelFormat to);
+
+// What is lost on the way to the working format: "its samples of 16 bits are rounded to 12", or nothing.
 std::string working_loss(AVPixelFormat format);
 
 // The format says that luma and chroma have the full range.

@@ -31,7 +31,7 @@ void adapt(AVPixelFormat format, Colour& colour) {
 
 Colour colour_of(const AVFrame& frame, const AVStream& stream) {
   const AVCodecParameters& told = *stream.codecpar;
-  Colour colour{frame.color_range, frame.colorspace, frame.color_primaries, frame.color_trc, frame.chroma_location};
+  Colour colour = colour_of(frame);
   if (colour.range == AVCOL_RANGE_UNSPECIFIED) colour.range = told.color_range;
   if (colour.matrix == AVCOL_SPC_UNSPECIFIED) colour.matrix = told.color_space;
   if (colour.primaries == AVCOL_PRI_UNSPECIFIED) colour.primaries = told.color_primaries;

@@ -2,12 +2,15 @@
 
 extern "C" {
 #include <libavutil/opt.h>
+#include <libavutil/pixdesc.h>
 }
+
+#include <vector>
 
 #include "base/failure.hpp"
 #include "base/shortage.hpp"
 #include "media/libav_log.hpp"
-#include "picture/plane.hpp"
+#include "media/pixel_format.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -22,19 +25,30 @@ void check_preset(const std::string& encoder, const std::string& preset) {
   throw Failure(ExitCode::usage, "--preset: '" + preset + "': " + encoder + " knows " + known);
 }
 
-bool takes(const AVCodec& codec, AVPixelFormat format) {
-  if (!codec.pix_fmts) return true;
+AVPixelFormat choose_format(const AVCodec& codec, AVPixelFormat panoramas, bool full_range) {
+  if (!codec.pix_fmts) return panoramas;
+  std::vector<AVPixelFormat> offered;  // those that say the full range first, or not at all
   for (const AVPixelFormat* known = codec.pix_fmts; *known != AV_PIX_FMT_NONE; ++known) {
-    if (*known == format) return true;
+    if (!says_full_range(*known)) offered.push_back(*known);
+    if (says_full_range(*known) && full_range) offered.insert(offered.begin(), *known);
   }
-  return false;
+  const AVPixelFormat format = nearest_format(panoramas, offered);
+  if (format != AV_PIX_FMT_NONE) return format;
+  throw Failure(ExitCode::usage, std::string("--encoder: ") + codec.name + " takes no pictures that panoramas can become");
 }
 
-AVPixelFormat choose_format(const AVCodec& codec, bool full_range) {
-  if (takes(codec, AV_PIX_FMT_NV12)) return AV_PIX_FMT_NV12;
-  if (full_range && takes(codec, AV_PIX_FMT_YUVJ420P)) return AV_PIX_FMT_YUVJ420P;
-  if (takes(codec, AV_PIX_FMT_YUV420P)) return AV_PIX_FMT_YUV420P;
-  throw Failure(ExitCode::usage, std::string("--encoder: ") + codec.name + " doesn't take pictures of 8 bits and 4:2:0");
+bool is_rgb(AVPixelFormat format) { return (av_pix_fmt_desc_get(format)->flags & AV_PIX_FMT_FLAG_RGB) != 0; }
+
+// Of what is encoded, as the converter makes it.
+Colour encoded_colour(const Colour& panoramas, AVPixelFormat from, AVPixelFormat to) {
+  Colour colour = panoramas;
+  const AVPixFmtDescriptor &a = *av_pix_fmt_desc_get(from), &b = *av_pix_fmt_desc_get(to);
+  if (is_rgb(from) || is_rgb(to)) colour.range = AVCOL_RANGE_JPEG;
+  if (is_rgb(to)) colour.matrix = AVCOL_SPC_RGB;
+  if (is_rgb(from) && !is_rgb(to)) colour.matrix = AVCOL_SPC_BT470BG;
+  const bool is_subsampled_now = a.log2_chroma_w == 0 && b.log2_chroma_w == 1;
+  if (is_subsampled_now && colour.siting == AVCHROMA_LOC_UNSPECIFIED) colour.siting = AVCHROMA_LOC_LEFT;
+  return colour;
 }
 
 const AVCodec& find_encoder(const std::string& name) {
@@ -54,15 +68,18 @@ std::string number_text(double value) {
 }  // namespace
 
 Encoder::Encoder(const EncoderSettings& settings, const ClipFacts& facts, bool global_header)
-    : name_(settings.name), settings_text_(settings.name) {
+    : name_(settings.name), settings_text_(settings.name), colour_(facts.colour) {
   const AVCodec& codec = find_encoder(settings.name);
   context_.reset(avcodec_alloc_context3(&codec));
   if (!context_) throw std::bad_alloc();
-  const Colour& colour = facts.colour;
+  const AVPixelFormat format = choose_format(codec, facts.format, facts.colour.range == AVCOL_RANGE_JPEG);
+  const Colour colour = encoded_colour(facts.colour, facts.format, format);
+  const std::string loss = loss_text(facts.format, format);
+  if (!loss.empty()) notice("encoder " + name_ + ": " + loss);
   context_->width = facts.size.width;
   context_->height = facts.size.height;
   context_->sample_aspect_ratio = {1, 1};
-  context_->pix_fmt = choose_format(codec, colour.range == AVCOL_RANGE_JPEG);
+  context_->pix_fmt = format;
   context_->time_base = facts.time_base;
   context_->framerate = facts.rate;
   context_->color_range = colour.range;
@@ -134,14 +151,14 @@ void Encoder::set_option(const char* option, const std::string& value) {
 }
 
 void Encoder::send(const AVFrame& panorama, std::int64_t time, std::int64_t duration) {
-  const Libav<AVFrame> frame = adapted(panorama);
+  const Libav<AVFrame> tagged(av_frame_clone(&panorama));
+  if (!tagged) throw std::bad_alloc();
+  set_colour(*tagged, colour_);
+  const Libav<AVFrame> frame = converter_.convert(*tagged, context_->pix_fmt);
   frame->pts = time;
   frame->pkt_duration = duration;
-  frame->color_range = context_->color_range;
-  frame->colorspace = context_->colorspace;
-  frame->color_primaries = context_->color_primaries;
-  frame->color_trc = context_->color_trc;
-  frame->chroma_location = context_->chroma_sample_location;
+  set_colour(*frame, {context_->color_range, context_->colorspace, context_->color_primaries, context_->color_trc,
+                      context_->chroma_sample_location});
   durations_[time] = duration;
   push(frame.get());
 }
@@ -151,28 +168,6 @@ void Encoder::finish() { push(nullptr); }
 void Encoder::push(const AVFrame* frame) {
   const int status = avcodec_send_frame(context_.get(), frame);
   if (status < 0) throw Failure(ExitCode::output, "encoder " + name_ + ": " + libav_reason(status));
-}
-
-// Shares the planes where the encoder takes NV12.
-Libav<AVFrame> Encoder::adapted(const AVFrame& panorama) const {
-  Libav<AVFrame> frame(context_->pix_fmt == AV_PIX_FMT_NV12 ? av_frame_clone(&panorama) : av_frame_alloc());
-  if (!frame) throw std::bad_alloc();
-  if (context_->pix_fmt == AV_PIX_FMT_NV12) return frame;
-  frame->format = context_->pix_fmt;
-  frame->width = panorama.width;
-  frame->height = panorama.height;
-  frame->buf[0] = av_buffer_ref(panorama.buf[0]);  // luma stays where it is
-  frame->data[0] = panorama.data[0];
-  frame->linesize[0] = panorama.linesize[0];
-  const int stride = panorama.linesize[0] / 2;
-  frame->buf[1] = av_buffer_alloc(std::size_t(stride) * std::size_t(panorama.height));
-  if (!frame->buf[0] || !frame->buf[1]) throw std::bad_alloc();
-  frame->data[1] = frame->buf[1]->data;
-  frame->data[2] = frame->data[1] + std::ptrdiff_t(stride) * (panorama.height / 2);
-  frame->linesize[1] = frame->linesize[2] = stride;
-  const PlaneView pairs{panorama.data[1], panorama.linesize[1], std::size_t(panorama.width), std::size_t(panorama.height) / 2};
-  part_chroma(pairs, {frame->data[1], frame->data[2], stride, stride});
-  return frame;
 }
 
 bool Encoder::receive(AVPacket& packet) {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "clip/read/clip_facts.hpp"
+#include "media/frame_converter.hpp"
 
 namespace biseam::tool {
 
@@ -17,6 +18,7 @@ struct EncoderSettings {
 
 class Encoder {
  public:
+  // Encodes in the facts' format where the encoder takes it, else in the nearest one, and tells what that loses by a notice.
   // Throws Failure: usage when the encoder is unknown or lacks a setting, output when it can't be opened.
   Encoder(const EncoderSettings& settings, const ClipFacts& facts, bool global_header);
 
@@ -25,7 +27,7 @@ class Encoder {
   // What a container is told of the packets.
   void describe(AVCodecParameters& to) const;
 
-  // NV12 with its time; duration and times in the time base of the facts.
+  // A panorama of the facts' format with its time; duration and times in the time base of the facts.
   void send(const AVFrame& panorama, std::int64_t time, std::int64_t duration);
   void finish();
 
@@ -37,11 +39,12 @@ class Encoder {
  private:
   void set_option(const char* option, const std::string& value);
   void set_options(const EncoderSettings& settings);
-  Libav<AVFrame> adapted(const AVFrame& panorama) const;
   void push(const AVFrame* frame);
   void open_filter(const Colour& colour);
 
   std::string name_, settings_text_;
+  Colour colour_;  // of the panoramas
+  FrameConverter converter_;
   Libav<AVCodecContext> context_;
   Libav<AVBSFContext> filter_;                      // of packets; none where they stay as they are
   std::map<std::int64_t, std::int64_t> durations_;  // of the pictures inside the encoder, by time

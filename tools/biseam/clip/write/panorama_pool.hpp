@@ -1,21 +1,24 @@
 #pragma once
 
-#include "media/libav.hpp"
-#include "picture/picture.hpp"
+#include "base/size.hpp"
+#include "media/colour.hpp"
 
 namespace biseam::tool {
 
-// NV12 frames whose memory comes back when its last user lets go.
+// Frames whose memory comes back when its last user lets go.
 class PanoramaPool {
  public:
-  explicit PanoramaPool(Size size);
+  explicit PanoramaPool(Size size, AVPixelFormat format = AV_PIX_FMT_NV12, const Colour& colour = {});
 
-  int stride() const { return stride_; }  // of both planes
-  Libav<AVFrame> frame();                 // contents undefined
+  int stride() const { return strides_[0]; }  // of luma, bytes
+  Libav<AVFrame> frame();                     // with the colour's tags; contents undefined
 
  private:
   Size size_;
-  int stride_;
+  AVPixelFormat format_;
+  Colour colour_;
+  int strides_[4] = {};
+  std::size_t plane_bytes_[4] = {};
   Libav<AVBufferPool> buffers_;
 };
 

@@ -1,33 +1,60 @@
 #include "clip/write/raw_writer.hpp"
 
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
+
 #include <cstdlib>
+#include <new>
 
 #include "base/failure.hpp"
 #include "clip/write/stream_fit.hpp"
-#include "picture/plane.hpp"
+#include "media/frame_bytes.hpp"
+#include "media/pixel_format.hpp"
 
 namespace biseam::tool {
 namespace {
+
+// What y4m can say.
+constexpr AVPixelFormat kY4mFormats[] = {AV_PIX_FMT_YUV420P,   AV_PIX_FMT_YUV422P,   AV_PIX_FMT_YUV444P,   AV_PIX_FMT_GRAY8,
+                                         AV_PIX_FMT_YUV420P10, AV_PIX_FMT_YUV422P10, AV_PIX_FMT_YUV444P10, AV_PIX_FMT_YUV420P12,
+                                         AV_PIX_FMT_YUV422P12, AV_PIX_FMT_YUV444P12};
+constexpr AVPixelFormat kRawFormats[] = {AV_PIX_FMT_NV12};
+
+AVPixelFormat written_format(RawKind kind, AVPixelFormat panoramas) {
+  return kind == RawKind::y4m ? nearest_format(panoramas, kY4mFormats) : nearest_format(panoramas, kRawFormats);
+}
 
 // How y4m names a position of chroma samples.
 const char* siting_text(AVChromaLocation siting) {
   switch (siting) {
     case AVCHROMA_LOC_LEFT:
-      return "420mpeg2";
+      return "mpeg2";
     case AVCHROMA_LOC_TOPLEFT:
-      return "420paldv";
+      return "paldv";
     default:
-      return "420jpeg";
+      return "jpeg";
   }
 }
 
-std::string y4m_header(const ClipFacts& facts) {
+// Programs of today read the field X where the depth isn't 8.
+std::string sampling_text(AVPixelFormat format, AVChromaLocation siting) {
+  const AVPixFmtDescriptor& known = *av_pix_fmt_desc_get(format);
+  if (known.nb_components < 3) return "Cmono";
+  const std::string chroma = known.log2_chroma_w == 0 ? "444" : known.log2_chroma_h == 0 ? "422" : "420";
+  const int bits = known.comp[0].depth;
+  if (bits == 8) return "C" + chroma + (chroma == "420" ? siting_text(siting) : "");
+  return "C" + chroma + "p" + std::to_string(bits) + " XYSCSS=" + chroma + "P" + std::to_string(bits);
+}
+
+std::string y4m_header(const ClipFacts& facts, AVPixelFormat format) {
   const AVRational rate = facts.rate.num > 0 ? facts.rate : AVRational{25, 1};
   std::string header = "YUV4MPEG2 W" + std::to_string(facts.size.width) + " H" + std::to_string(facts.size.height) + " F" +
-                       std::to_string(rate.num) + ":" + std::to_string(rate.den) + " Ip A1:1 C" +
-                       siting_text(facts.colour.siting);
-  if (facts.colour.range == AVCOL_RANGE_JPEG) header += " XCOLORRANGE=FULL";
-  if (facts.colour.range == AVCOL_RANGE_MPEG) header += " XCOLORRANGE=LIMITED";
+                       std::to_string(rate.num) + ":" + std::to_string(rate.den) + " Ip A1:1 " +
+                       sampling_text(format, facts.colour.siting);
+  const bool was_rgb = (av_pix_fmt_desc_get(facts.format)->flags & AV_PIX_FMT_FLAG_RGB) != 0;
+  if (was_rgb || facts.colour.range == AVCOL_RANGE_JPEG) header += " XCOLORRANGE=FULL";
+  if (!was_rgb && facts.colour.range == AVCOL_RANGE_MPEG) header += " XCOLORRANGE=LIMITED";
   return header + "\n";
 }
 
@@ -54,9 +81,16 @@ void append(std::vector<std::uint8_t>& to, std::string_view text) { to.insert(to
 }  // namespace
 
 RawWriter::RawWriter(const RawWriterSettings& settings, const ClipFacts& facts, const PairReader& clips)
-    : kind_(settings.kind), file_(settings.path), base_(facts.time_base), rate_(facts.rate) {
+    : kind_(settings.kind),
+      file_(settings.path),
+      format_(written_format(settings.kind, facts.format)),
+      colour_(facts.colour),
+      base_(facts.time_base),
+      rate_(facts.rate) {
   refuse_streams(file_.name(), clips, settings.drop_streams);
-  if (kind_ == RawKind::y4m) append(bytes_, y4m_header(facts));
+  const std::string loss = loss_text(facts.format, format_);
+  if (!loss.empty()) notice(file_.name() + ": " + loss);
+  if (kind_ == RawKind::y4m) append(bytes_, y4m_header(facts, format_));
 }
 
 void RawWriter::note_time(std::int64_t time) {
@@ -78,26 +112,13 @@ void RawWriter::finish() {
 void RawWriter::write(const AVFrame& panorama, std::int64_t time, std::int64_t) {
   note_time(time);
   if (kind_ == RawKind::y4m) append(bytes_, "FRAME\n");
-  add_rows(panorama, 0, panorama.height);
-  if (kind_ == RawKind::nv12) add_rows(panorama, 1, panorama.height / 2);
-  if (kind_ == RawKind::y4m) add_chroma_planes(panorama);
+  const Libav<AVFrame> tagged(av_frame_clone(&panorama));
+  if (!tagged) throw std::bad_alloc();
+  set_colour(*tagged, colour_);
+  const Libav<AVFrame> frame = converter_.convert(*tagged, format_);
+  append_frame(*frame, bytes_);
   file_.write(bytes_);
   bytes_.clear();
-}
-
-void RawWriter::add_rows(const AVFrame& panorama, int plane, int rows) {
-  for (int y = 0; y < rows; ++y) {
-    const std::uint8_t* row = panorama.data[plane] + std::ptrdiff_t(y) * panorama.linesize[plane];
-    bytes_.insert(bytes_.end(), row, row + panorama.width);
-  }
-}
-
-void RawWriter::add_chroma_planes(const AVFrame& panorama) {
-  const std::size_t width = std::size_t(panorama.width), rows = std::size_t(panorama.height) / 2, at = bytes_.size();
-  bytes_.resize(at + width * rows);
-  std::uint8_t* const cb = &bytes_[at];
-  const std::ptrdiff_t stride = panorama.width / 2;
-  part_chroma({panorama.data[1], panorama.linesize[1], width, rows}, {cb, cb + stride * std::ptrdiff_t(rows), stride, stride});
 }
 
 }  // namespace biseam::tool

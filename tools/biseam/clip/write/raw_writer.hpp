@@ -9,10 +9,14 @@
 #include "clip/read/clip_facts.hpp"
 #include "clip/read/pair_reader.hpp"
 #include "clip/write/frame_sink.hpp"
+#include "media/frame_converter.hpp"
 
 namespace biseam::tool {
 
-enum class RawKind { nv12, y4m };
+enum class RawKind {
+  nv12,  // 8 bits and 4:2:0: a plane of luma, then one of Cb, Cr pairs
+  y4m    // planes of 8, 10 or 12 bits, in two bytes each where there are more than 8, the lower one first
+};
 
 struct RawWriterSettings {
   std::string path;  // "-" is standard output
@@ -22,8 +26,8 @@ struct RawWriterSettings {
 
 class RawWriter : public FrameSink {
  public:
-  // Throws Failure (output) when nothing can be written there, or when the clips have other streams, unless those may be
-  // dropped.
+  // What panoramas lose in the kind is told by a notice.  Throws Failure (output) when nothing can be written there, or when
+  // the clips have other streams, unless those may be dropped.
   RawWriter(const RawWriterSettings& settings, const ClipFacts& facts, const PairReader& clips);
 
   void write(const AVFrame& panorama, std::int64_t time, std::int64_t duration) override;
@@ -33,11 +37,12 @@ class RawWriter : public FrameSink {
 
  private:
   void note_time(std::int64_t time);
-  void add_rows(const AVFrame& panorama, int plane, int rows);
-  void add_chroma_planes(const AVFrame& panorama);
 
   RawKind kind_;
   ReplacementFile file_;
+  AVPixelFormat format_;  // of what is written
+  Colour colour_;         // of the panoramas
+  FrameConverter converter_;
   std::vector<std::uint8_t> bytes_;  // of one frame
   AVRational base_, rate_;
   std::optional<std::int64_t> first_;
