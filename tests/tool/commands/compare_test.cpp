@@ -2,6 +2,7 @@
 
 #include "picture/write_picture.hpp"
 #include "tool/support/command_line.hpp"
+#include "tool/support/samples.hpp"
 #include "tool/support/scratch_folder.hpp"
 
 namespace biseam::tool {
@@ -24,6 +25,19 @@ TEST(CompareCommand, PrintsInfForIdenticalPictures) {
   const test::Outcome outcome = run_tool({"compare", a, a});
   EXPECT_EQ(outcome.exit_code, 0);
   EXPECT_NE(outcome.output.find("whole picture        inf         inf   1.0000\n"), std::string::npos) << outcome.output;
+}
+
+// A difference that 8 bits can't show.
+TEST(CompareCommand, SeesTheLastOfTwelveBits) {
+  const ScratchFolder folder;
+  for (const unsigned value : {2000u, 2001u}) {
+    const Libav<AVFrame> frame = test::make_frame(AV_PIX_FMT_GBRP12, 64, 32);
+    test::fill(*frame, [&](int, int, int) { return value; });
+    write_picture(folder / (std::to_string(value) + ".png"), *frame);
+  }
+  const test::Outcome outcome = run_tool({"compare", "--json", folder / "2000.png", folder / "2001.png"});
+  EXPECT_EQ(outcome.exit_code, 0);
+  EXPECT_NE(outcome.output.find("\"whole\": {\"psnr\": 72.24"), std::string::npos) << outcome.output;  // 20 lg 4095
 }
 
 TEST(CompareCommand, PrintsJson) {

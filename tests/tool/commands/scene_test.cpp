@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "compare/luma.hpp"
 #include "compare/metrics.hpp"
 #include "picture/read_picture.hpp"
 #include "tool/support/command_line.hpp"
@@ -17,10 +18,9 @@ TEST(SceneCommand, WritesWhatStitchBringsBackToTheTruth) {
   const test::Outcome stitched =
       run_tool({"stitch", folder / "s/side_by_side.png", "--camera", folder / "s/camera.toml", "-o", folder / "p.png"});
   ASSERT_EQ(stitched.message, "");
-  const Nv12 truth = read_picture(folder / "s/truth.png"), panorama = read_picture(folder / "p.png");
-  ASSERT_EQ(panorama.width, 512);
-  ASSERT_EQ(panorama.height, 256);
-  const Quality quality = measure({{512, 256}, truth.luma, panorama.luma}, all_columns(512));
+  const Luma truth = luma_of(*read_picture(folder / "s/truth.png")), panorama = luma_of(*read_picture(folder / "p.png"));
+  ASSERT_EQ(panorama.size, (Size{512, 256}));
+  const Quality quality = measure({{512, 256}, truth.codes, panorama.codes}, all_columns(512));
   // Pictures four times as large give 34.0 dB: the rest is how the place is rendered, with 16 samples a pixel at most.  A
   // panorama that lies half a pixel aside gives 26.
   EXPECT_GT(quality.weighted_psnr, 33);
@@ -30,10 +30,10 @@ TEST(SceneCommand, WritesWhatStitchBringsBackToTheTruth) {
 TEST(SceneCommand, ExposureDifferenceBrightensLens0AndDarkensLens1) {
   const ScratchFolder folder;
   const auto mean = [&](const std::string& file) {
-    const Nv12 picture = read_picture(folder / file);
+    const Luma luma = luma_of(*read_picture(folder / file));
     double sum = 0;
-    for (const std::uint8_t code : picture.luma) sum += code;
-    return sum / double(picture.luma.size());
+    for (const float code : luma.codes) sum += double(code);
+    return sum / double(luma.codes.size());
   };
   run_tool({"scene", "-o", folder / "a", "--width", "64", "--fisheye-size", "64"});
   run_tool({"scene", "-o", folder / "b", "--width", "64", "--fisheye-size", "64", "--exposure-difference", "0.5"});

@@ -8,6 +8,7 @@
 #include "picture/read_picture.hpp"
 #include "picture/write_picture.hpp"
 #include "setup/exact_config.hpp"
+#include "tool/support/nv12_picture.hpp"
 #include "tool/support/process.hpp"
 #include "tool/support/scratch_folder.hpp"
 #include "tool/support/sphere.hpp"
@@ -68,7 +69,7 @@ std::string usual_pair() { return bytes_of(side_by_side(paint_fisheye(usual_view
 Nv12 panorama_from(const std::string& raw) {
   const ScratchFolder folder;
   write_bytes(folder / "p.nv12", raw);
-  return read_picture(folder / "p.nv12", Size{kWidth, kWidth / 2});
+  return test::read_nv12(folder / "p.nv12", Size{kWidth, kWidth / 2});
 }
 
 // Roots of mean squares and the worst single sample, in code values.
@@ -354,8 +355,8 @@ TEST(StitchCommand, EveryKindOfFileIsWritten) {
     EXPECT_EQ(finished.exit_code, 0) << finished.err;
     EXPECT_EQ(finished.out, "");
   }
-  EXPECT_EQ(read_picture(folder / "a.png").width, kWidth);
-  EXPECT_EQ(read_picture(folder / "a.jpg").height, kWidth / 2);
+  EXPECT_EQ(test::read_nv12(folder / "a.png").width, kWidth);
+  EXPECT_EQ(test::read_nv12(folder / "a.jpg").height, kWidth / 2);
   expect_painted_sphere(read_bytes(folder / "a.nv12"));
 }
 
@@ -376,7 +377,7 @@ TEST(StitchCommand, ShowSeamsWritesASecondPictureThatDiffersInTheBandsOnly) {
   const Finished finished =
       stitch({"-", "--size", "640x320", "-o", folder / "a.png", "--show-seams", folder / "s.png"}, usual_pair());
   EXPECT_EQ(finished.exit_code, 0) << finished.err;
-  const Nv12 plain = read_picture(folder / "a.png"), seams = read_picture(folder / "s.png");
+  const Nv12 plain = test::read_nv12(folder / "a.png"), seams = test::read_nv12(folder / "s.png");
   const auto differs = [&](std::size_t x) { return plain.luma[100 * kWidth + x] != seams.luma[100 * kWidth + x]; };
   EXPECT_TRUE(differs(kWidth / 4 - 4));
   EXPECT_TRUE(differs(3 * kWidth / 4 + 4));

@@ -1,7 +1,6 @@
 // Luma planes to be compared.
 #pragma once
 
-#include <cstdint>
 #include <vector>
 
 #include "compare/metrics.hpp"
@@ -9,15 +8,15 @@
 
 namespace biseam::test {
 
-using LumaPlane = std::vector<std::uint8_t>;
+using LumaPlane = std::vector<float>;
 
 inline LumaPlane flat_plane(tool::Size size, int code) {
-  return LumaPlane(std::size_t(size.width) * std::size_t(size.height), std::uint8_t(code));
+  return LumaPlane(std::size_t(size.width) * std::size_t(size.height), float(code));
 }
 
 inline LumaPlane random_plane(tool::Size size, RandomSource& random) {
   LumaPlane plane = flat_plane(size, 0);
-  for (std::uint8_t& code : plane) code = random.byte();
+  for (float& code : plane) code = float(random.byte());
   return plane;
 }
 

@@ -52,7 +52,7 @@ TEST(Ssim, IsWhatTheDefinitionSaysForRandomPictures) {
   for (const Size size : {Size{11, 11}, {12, 17}, {37, 13}, {40, 31}}) {
     const LumaPlane a = random_plane(size, random);
     LumaPlane b = random_plane(size, random);
-    for (std::size_t i = 0; i < b.size(); ++i) b[i] = std::uint8_t((3 * a[i] + b[i]) / 4);
+    for (std::size_t i = 0; i < b.size(); ++i) b[i] = (3 * a[i] + b[i]) / 4;
     Columns columns = all_columns(size.width);
     EXPECT_NEAR(measure({size, a, b}, columns).ssim, plain_ssim(size, a, b, columns), 1e-9);
     for (std::size_t x = 0; x < columns.size(); x += 2) columns[x] = false;
@@ -72,7 +72,7 @@ TEST(Ssim, OfAPictureWithItselfIsOneAndWithItsNegativeBelowZero) {
   const Size size{24, 15};
   const LumaPlane a = random_plane(size, random);
   LumaPlane negative = a;
-  for (std::uint8_t& code : negative) code = std::uint8_t(255 - code);
+  for (float& code : negative) code = 255 - code;
   EXPECT_NEAR(structural_similarity({size, a, a}, all_columns(24)), 1, 1e-12);
   EXPECT_LT(structural_similarity({size, a, negative}, all_columns(24)), -0.5);
 }

@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include "picture/read_picture.hpp"
+#include "picture/write_picture.hpp"
 #include "tool/support/encoded.hpp"
+#include "tool/support/samples.hpp"
 #include "tool/support/scratch_folder.hpp"
 
 namespace biseam::tool {
@@ -35,31 +37,45 @@ std::string make(const Format& format) {
   });
 }
 
+constexpr Format kFormats[] = {
+    {"png", "a.png", AV_PIX_FMT_RGB48BE, 3, true},   {"png", "b.png", AV_PIX_FMT_RGBA64BE, 4, true},
+    {"png", "c.png", AV_PIX_FMT_GRAY16BE, 1, true},  {"png", "d.png", AV_PIX_FMT_YA16BE, 2, true},
+    {"tiff", "e.tif", AV_PIX_FMT_RGB48LE, 3, false}, {"tiff", "f.tif", AV_PIX_FMT_GRAY16LE, 1, false}};
+
 TEST(DeepPictures, AreRoundedToTheNearestAndTold) {
   const test::ScratchFolder folder;
-  for (const Format& format :
-       {Format{"png", "a.png", AV_PIX_FMT_RGB48BE, 3, true}, Format{"png", "b.png", AV_PIX_FMT_RGBA64BE, 4, true},
-        Format{"png", "c.png", AV_PIX_FMT_GRAY16BE, 1, true}, Format{"png", "d.png", AV_PIX_FMT_YA16BE, 2, true},
-        Format{"tiff", "e.tif", AV_PIX_FMT_RGB48LE, 3, false}, Format{"tiff", "f.tif", AV_PIX_FMT_GRAY16LE, 1, false}}) {
+  for (const Format& format : kFormats) {
     SCOPED_TRACE(format.name);
     test::write_bytes(folder / format.name, make(format));
-    Rgb rounded(kWidth, kHeight);
+    testing::internal::CaptureStderr();
+    const Libav<AVFrame> got = read_picture(folder / format.name);
+    const std::string told = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(told, "biseam: " + (folder / format.name) + ": its samples of 16 bits are rounded to 12\n");
+    ASSERT_EQ(got->format, AV_PIX_FMT_GBRP12);
     for (int y = 0; y < kHeight; ++y) {
       for (int x = 0; x < kWidth; ++x) {
         for (int k = 0; k < 3; ++k) {
-          const double value = sample(x, y, format.channels < 3 ? 0 : k) / 257.0;
-          rounded.bytes[std::size_t((y * kWidth + x) * 3 + k)] = std::uint8_t(value + 0.5);
+          const double value = sample(x, y, format.channels < 3 ? 0 : k) * 4095.0 / 65535;
+          ASSERT_EQ(test::get_sample(*got, k, x, y), unsigned(value + 0.5)) << k << ": " << x << ", " << y;
         }
       }
     }
-    const Nv12 expected = to_nv12(rounded);
-    testing::internal::CaptureStderr();
-    const Nv12 got = read_picture(folder / format.name);
-    const std::string told = testing::internal::GetCapturedStderr();
-    EXPECT_NE(told.find("biseam: " + (folder / format.name) + ": its samples of 16 bits are rounded to 8\n"), std::string::npos)
-        << told;
-    EXPECT_EQ(got.luma, expected.luma);
-    EXPECT_EQ(got.chroma, expected.chroma);
+  }
+}
+
+// A flat ramp of all 12-bit values goes through files of 16 bits without a step more or less.
+TEST(DeepPictures, TwelveBitsComeBackFromPng) {
+  const test::ScratchFolder folder;
+  const Libav<AVFrame> ramp = test::make_frame(AV_PIX_FMT_GBRP12, 64, 64);
+  test::fill(*ramp, [](int, int x, int y) { return unsigned(64 * y + x); });
+  write_picture(folder / "ramp.png", *ramp);
+  testing::internal::CaptureStderr();
+  const Libav<AVFrame> got = read_picture(folder / "ramp.png");
+  testing::internal::GetCapturedStderr();
+  for (int component = 0; component < 3; ++component) {
+    for (int y = 0; y < 64; ++y) {
+      for (int x = 0; x < 64; ++x) ASSERT_EQ(test::get_sample(*got, component, x, y), unsigned(64 * y + x));
+    }
   }
 }
 

@@ -14,6 +14,7 @@ extern "C" {
 #include "picture/encode.hpp"
 #include "picture/read_picture.hpp"
 #include "picture/write_picture.hpp"
+#include "tool/support/nv12_picture.hpp"
 #include "tool/support/process.hpp"
 #include "tool/support/scratch_folder.hpp"
 
@@ -121,7 +122,7 @@ class MetadataOf : public testing::TestWithParam<const char*> {
     EXPECT_EQ(count(read_bytes(path), "<x:xmpmeta"), 1u);
     const Exiv2::DataBuf& colours = *image->iccProfile();
     EXPECT_EQ(std::vector<std::uint8_t>(colours.pData_, colours.pData_ + colours.size_), profile("RGB "));
-    const Nv12 picture = read_picture(path);
+    const Nv12 picture = test::read_nv12(path);
     EXPECT_EQ(picture.width, kWidth);
     EXPECT_EQ(picture.height, kWidth / 2);
   }
@@ -231,10 +232,10 @@ TEST(Metadata, OrientationIsAppliedWhereverAPictureIsRead) {
   write_picture(folder / "a.jpg", Rgb(64, 32));
   edit(folder / "a.jpg", [](Exiv2::Image& image) { image.exifData()["Exif.Image.Orientation"] = std::uint16_t(6); });
   const PictureFile file = read_picture_file(folder / "a.jpg");
-  EXPECT_EQ(file.picture.width, 32);
-  EXPECT_EQ(file.picture.height, 64);
+  EXPECT_EQ(file.picture->width, 32);
+  EXPECT_EQ(file.picture->height, 64);
   EXPECT_EQ(file.metadata.orientation(), 6);
-  EXPECT_EQ(read_picture(folder / "a.jpg").width, 32);
+  EXPECT_EQ(test::read_nv12(folder / "a.jpg").width, 32);
 }
 
 TEST(Metadata, SenselessOrientationsCountAsNone) {

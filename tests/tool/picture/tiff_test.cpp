@@ -6,6 +6,7 @@
 #include "picture/read_picture.hpp"
 #include "tool/support/encoded.hpp"
 #include "tool/support/expect_failure.hpp"
+#include "tool/support/nv12_picture.hpp"
 #include "tool/support/scratch_folder.hpp"
 
 namespace biseam::tool {
@@ -40,7 +41,7 @@ TEST(Tiff, EveryCompressionIsRead) {
   for (const char* compression : kCompressions) {
     SCOPED_TRACE(compression);
     test::write_bytes(folder / "a.tif", tiff(compression));
-    const Nv12 got = read_picture(folder / "a.tif");
+    const Nv12 got = test::read_nv12(folder / "a.tif");
     EXPECT_EQ(got.luma, expected.luma);
     EXPECT_EQ(got.chroma, expected.chroma);
   }
@@ -58,7 +59,7 @@ TEST(Tiff, DamageIsRefused) {
     if (std::string(compression) != "raw") bad.push_back(whole), std::fill_n(bad.back().begin() + 20000, 3000, '\xff');
     for (const std::string& bytes : bad) {
       test::write_bytes(path, bytes);
-      const auto [code, text] = test::failure_of([&] { read_picture(path); });
+      const auto [code, text] = test::failure_of([&] { test::read_nv12(path); });
       EXPECT_EQ(code, ExitCode::input);
       test::expect_one_line_naming(text, path);
     }

@@ -7,6 +7,7 @@
 #include "picture/read_picture.hpp"
 #include "picture/write_picture.hpp"
 #include "tool/support/command_line.hpp"
+#include "tool/support/nv12_picture.hpp"
 #include "tool/support/scratch_folder.hpp"
 
 namespace biseam::tool {
@@ -60,7 +61,7 @@ TEST(ContactSheetCommand, ShowsTheCropOfEveryPicture) {
   write_picture(folder / "a.png", picture);
   const std::string a = folder / "a.png", out = folder / "page.png";
   EXPECT_EQ(test::run_tool({"contact-sheet", a, "-o", out, "--panel-width", "16", "--crop", "10,6,16,6"}).message, "");
-  const Nv12 page = read_picture(out);
+  const Nv12 page = test::read_nv12(out);
   EXPECT_EQ(page.width, 16);
   EXPECT_EQ(page.height, 6);
   EXPECT_EQ(page.luma, std::vector<std::uint8_t>(16 * 6, 200));

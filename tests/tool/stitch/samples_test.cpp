@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "picture/read_picture.hpp"
+#include "tool/support/nv12_picture.hpp"
 #include "tool/support/process.hpp"
 #include "tool/support/scratch_folder.hpp"
 
@@ -42,7 +43,7 @@ void expect_whole_panorama(std::vector<std::string> names, const std::string& pr
   arguments.insert(arguments.end(), rest.begin(), rest.end());
   const test::Finished finished = test::run(arguments);
   ASSERT_EQ(finished.exit_code, 0) << finished.err;
-  const Nv12 panorama = read_picture(folder / "out.png");
+  const Nv12 panorama = test::read_nv12(folder / "out.png");
   ASSERT_EQ(panorama.width, kWidth);
   ASSERT_EQ(panorama.height, kWidth / 2);
 

@@ -26,11 +26,13 @@ std::map<std::string, std::string> entries(const AVDictionary* from) {
   return out;
 }
 
+bool is_plain(const AVFrame& frame) {
+  const AVPixFmtDescriptor& format = *av_pix_fmt_desc_get(AVPixelFormat(frame.format));
+  return format.comp[0].depth == 8 && format.log2_chroma_w == 1 && format.log2_chroma_h == 1;
+}
+
 tool::Nv12 copy_picture(const AVFrame& frame) {
   const AVPixFmtDescriptor& format = *av_pix_fmt_desc_get(AVPixelFormat(frame.format));
-  if (format.comp[0].depth != 8 || format.log2_chroma_w != 1 || format.log2_chroma_h != 1) {
-    throw std::runtime_error("a picture that is not 8 bits, 4:2:0");
-  }
   tool::Nv12 out(frame.width, frame.height);
   const auto get = [&](int component, int width, int height, std::uint8_t* to, int step) {
     const AVComponentDescriptor& place = format.comp[component];
@@ -139,7 +141,8 @@ void ClipProbe::take_pictures(AVCodecContext& decoder) {
   const Libav<AVFrame> frame(av_frame_alloc());
   while (avcodec_receive_frame(&decoder, frame.get()) >= 0) {
     picture_times.push_back(frame->best_effort_timestamp);
-    pictures.push_back(copy_picture(*frame));
+    if (is_plain(*frame)) pictures.push_back(copy_picture(*frame));
+    frames.emplace_back(av_frame_clone(frame.get()));
   }
 }
 

@@ -52,7 +52,8 @@ struct ClipProbe {
   std::int64_t duration = 0;  // microseconds
   // Of the video:
   std::vector<std::int64_t> picture_times;  // in its time base
-  std::vector<tool::Nv12> pictures;         // 8 bits, 4:2:0
+  std::vector<tool::Libav<AVFrame>> frames;
+  std::vector<tool::Nv12> pictures;  // the frames, where they have 8 bits and 4:2:0
   AVRational base{0, 1};
   AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
   AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;

@@ -8,6 +8,7 @@
 #include "base/failure.hpp"
 #include "commands/commands.hpp"
 #include "commands/number_range.hpp"
+#include "compare/luma.hpp"
 #include "compare/metrics.hpp"
 #include "picture/read_picture.hpp"
 #include "text/json.hpp"
@@ -30,18 +31,19 @@ struct Row {
 std::vector<Row> measure_rows(const CompareOptions& options) {
   std::optional<Size> raw;
   if (!options.size.empty()) raw = parse_size(options.size);
-  const Nv12 a = read_picture(options.first, raw), b = read_picture(options.second, raw);
-  const Size size{a.width, a.height}, other{b.width, b.height};
+  const Luma a = luma_of(*read_picture(options.first, raw)), b = luma_of(*read_picture(options.second, raw));
+  const Size size = a.size, other = b.size;
   if (size != other) {
     throw Failure(ExitCode::input,
                   options.second + ": " + size_text(other) + " pixels, but " + options.first + " has " + size_text(size));
   }
-  if (a.width < kSsimWindow || a.height < kSsimWindow) {
+  if (size.width < kSsimWindow || size.height < kSsimWindow) {
     throw Failure(ExitCode::input, options.first + ": " + size_text(size) + " pixels are too few, 11x11 is the least");
   }
-  const LumaPair pair{size, a.luma, b.luma};
-  const Columns seam0 = seam_columns(a.width, 0, options.half_width), seam1 = seam_columns(a.width, 1, options.half_width);
-  return {{"whole picture", "whole", measure(pair, all_columns(a.width))},
+  const LumaPair pair{size, a.codes, b.codes};
+  const Columns seam0 = seam_columns(size.width, 0, options.half_width),
+                seam1 = seam_columns(size.width, 1, options.half_width);
+  return {{"whole picture", "whole", measure(pair, all_columns(size.width))},
           {"both seams", "seams", measure(pair, either_column(seam0, seam1))},
           {"seam at W/4", "seam0", measure(pair, seam0)},
           {"seam at 3W/4", "seam1", measure(pair, seam1)}};

@@ -7,6 +7,7 @@
 #include "base/failure.hpp"
 #include "commands/commands.hpp"
 #include "commands/number_range.hpp"
+#include "picture/frame_over.hpp"
 #include "picture/read_picture.hpp"
 #include "picture/write_picture.hpp"
 #include "sheet/contact_sheet.hpp"
@@ -48,7 +49,7 @@ void make_sheet(const SheetOptions& options) {
   for (std::size_t n = 0; n < options.pictures.size(); ++n) {
     const std::string caption = options.captions.empty() ? "" : options.captions[n];
     const std::string& name = options.pictures[n];
-    panels.push_back({cut_out(to_rgb(read_picture(name)), options.crop, name), caption});
+    panels.push_back({cut_out(rgb_of(*read_picture(name)), options.crop, name), caption});
   }
   write_picture(options.output, contact_sheet(panels, options.layout));
 }

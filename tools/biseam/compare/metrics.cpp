@@ -33,18 +33,18 @@ Quality measure(const LumaPair& pair, const Columns& columns) {
   const auto width = std::size_t(pair.size.width), height = std::size_t(pair.size.height);
   double squares = 0, count = 0, weighted_squares = 0, weights = 0;
   for (std::size_t y = 0; y < height; ++y) {
-    std::uint64_t row_squares = 0, row_count = 0;
+    double row_squares = 0, row_count = 0;
     for (std::size_t x = 0; x < width; ++x) {
       if (!columns[x]) continue;
-      const int difference = int(pair.a[y * width + x]) - int(pair.b[y * width + x]);
-      row_squares += std::uint64_t(difference * difference);
+      const double difference = double(pair.a[y * width + x]) - double(pair.b[y * width + x]);
+      row_squares += difference * difference;
       ++row_count;
     }
     const double weight = std::cos(double(y + 1) * std::numbers::pi / double(height) - std::numbers::pi / 2);
-    squares += double(row_squares);
-    count += double(row_count);
-    weighted_squares += weight * double(row_squares);
-    weights += weight * double(row_count);
+    squares += row_squares;
+    count += row_count;
+    weighted_squares += weight * row_squares;
+    weights += weight * row_count;
   }
   return {decibels(squares, count), decibels(weighted_squares, weights), structural_similarity(pair, columns)};
 }

@@ -1,17 +1,16 @@
 // How much two luma planes differ.
 #pragma once
 
-#include <cstdint>
 #include <span>
 #include <vector>
 
-#include "picture/picture.hpp"
+#include "base/size.hpp"
 
 namespace biseam::tool {
 
 struct LumaPair {
   Size size;
-  std::span<const std::uint8_t> a, b;  // rows without padding
+  std::span<const float> a, b;  // rows without padding, 0 to 255 whatever the depth
 };
 
 // Over the chosen columns of a panorama.

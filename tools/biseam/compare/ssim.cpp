@@ -40,12 +40,11 @@ double similarity(const Moments& m) {
 }
 
 // Moments of the row windows around columns kReach .. width - kReach - 1.
-void filter_row(const std::uint8_t* a, const std::uint8_t* b, const std::array<double, kTaps>& taps,
-                std::vector<Moments>& row) {
+void filter_row(const float* a, const float* b, const std::array<double, kTaps>& taps, std::vector<Moments>& row) {
   for (std::size_t x = 0; x < row.size(); ++x) {
     Moments sum;
     for (std::size_t k = 0; k < kTaps; ++k) {
-      const double p = a[x + k], q = b[x + k];
+      const double p = double(a[x + k]), q = double(b[x + k]);
       sum.add({p, q, p * p, q * q, p * q}, taps[k]);
     }
     row[x] = sum;

@@ -1,15 +1,13 @@
 #include "picture/decode.hpp"
 
-extern "C" {
-#include <libavutil/pixdesc.h>
-}
+#include <stdexcept>
 
 #include "base/failure.hpp"
 #include "media/decoder.hpp"
+#include "media/frame_converter.hpp"
+#include "media/pixel_format.hpp"
 #include "media/upright.hpp"
-#include "picture/convert_rgb.hpp"
 #include "picture/decode_tiff.hpp"
-#include "picture/plane.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -45,21 +43,6 @@ Libav<AVFrame> first_frame(Container& source, int stream) {
   return frame;
 }
 
-bool is_jpeg_like(const AVFrame& frame) {
-  const bool bt601 = frame.colorspace == AVCOL_SPC_UNSPECIFIED || frame.colorspace == AVCOL_SPC_BT470BG ||
-                     frame.colorspace == AVCOL_SPC_SMPTE170M;
-  if (frame.format == AV_PIX_FMT_YUVJ420P) return bt601;
-  return bt601 && frame.color_range == AVCOL_RANGE_JPEG && frame.format == AV_PIX_FMT_YUV420P;
-}
-
-Nv12 copy_planes(const AVFrame& frame) {
-  Nv12 out(frame.width & ~1, frame.height & ~1);
-  const std::size_t width = std::size_t(out.width), rows = std::size_t(out.height);
-  copy_plane({frame.data[0], frame.linesize[0], width, rows}, out.luma.data(), out.width);
-  join_chroma({frame.data[1], frame.data[2], frame.linesize[1], frame.linesize[2]}, width, rows / 2, out.chroma.data());
-  return out;
-}
-
 }  // namespace
 
 DecodedPicture decode_picture(Container& source) {
@@ -76,11 +59,13 @@ DecodedPicture decode_picture(Container& source, int stream) {
     if (upright) frame = upright->apply(*frame);
   }
   if (frame->width < 2 || frame->height < 2) refuse(source, "is smaller than 2 x 2 pixels");
-  const int bits = av_pix_fmt_desc_get(AVPixelFormat(frame->format))->comp[0].depth;
-  if (is_jpeg_like(*frame)) return {copy_planes(*frame), bits};
-  Rgb rgb;
-  if (!convert_to_rgb(*frame, rgb)) refuse(source, "its pixel format can't be converted");
-  return {to_nv12(rgb), bits};
+  if (frame->chroma_location == AVCHROMA_LOC_UNSPECIFIED) frame->chroma_location = AVCHROMA_LOC_CENTER;
+  if (is_full_range(*frame)) frame->color_range = AVCOL_RANGE_JPEG;
+  try {
+    return {FrameConverter().to_working(*frame), working_loss(AVPixelFormat(frame->format))};
+  } catch (const std::runtime_error& reason) {
+    refuse(source, reason.what());
+  }
 }
 
 }  // namespace biseam::tool

@@ -1,19 +1,20 @@
 // Pictures in any format that libav recognises by its content.
 #pragma once
 
+#include <string>
+
 #include "media/container.hpp"
-#include "picture/picture.hpp"
 
 namespace biseam::tool {
 
 struct DecodedPicture {
-  Nv12 samples;
-  int bits = 8;  // of a sample in the file
+  Libav<AVFrame> frame;  // in a working format
+  std::string loss;      // "its samples of 16 bits are rounded to 12", or nothing
 };
 
-// The first picture of a still, or of a film, as it is to be shown.  8-bit 4:2:0 in full-range BT.601 (most JPEG files) is
-// taken sample for sample, everything else by way of RGB; a last odd row or column is dropped, transparency ignored.  Samples
-// of more than 8 bits are rounded.  A damaged or truncated picture is refused.
+// The first picture of a still, or of a film, as it is to be shown, its samples as they are where the engine takes their
+// format, else as the working format says.  Chroma without a told place lies in the middle, as in JPEG files.  A damaged or
+// truncated picture is refused.
 DecodedPicture decode_picture(Container& source);
 DecodedPicture decode_picture(Container& source, int stream);
 

@@ -1,9 +1,15 @@
 #include "picture/encode.hpp"
 
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
+
+#include <new>
 #include <stdexcept>
 
-#include "media/libav.hpp"
-#include "picture/plane.hpp"
+#include "media/frame_bytes.hpp"
+#include "media/frame_converter.hpp"
+#include "media/pixel_format.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -14,18 +20,7 @@ void check(int status, const char* what) {
   if (status < 0) throw std::runtime_error(std::string(what) + ": " + libav_reason(status));
 }
 
-Libav<AVFrame> make_frame(int width, int height, AVPixelFormat format) {
-  Libav<AVFrame> frame(av_frame_alloc());
-  if (!frame) throw std::bad_alloc();
-  frame->width = width;
-  frame->height = height;
-  frame->format = format;
-  frame->color_range = AVCOL_RANGE_JPEG;
-  check(av_frame_get_buffer(frame.get(), 0), "picture buffer");
-  return frame;
-}
-
-std::vector<std::uint8_t> encode(AVCodecID id, AVFrame* frame) {
+std::vector<std::uint8_t> encode(AVCodecID id, const Libav<AVFrame>& frame) {
   const AVCodec* codec = avcodec_find_encoder(id);
   if (!codec) throw std::runtime_error("libavcodec was built without this encoder");
   Libav<AVCodecContext> encoder(avcodec_alloc_context3(codec));
@@ -41,51 +36,54 @@ std::vector<std::uint8_t> encode(AVCodecID id, AVFrame* frame) {
     encoder->global_quality = frame->quality = FF_QP2LAMBDA * kJpegQuantiser;
   }
   check(avcodec_open2(encoder.get(), codec, nullptr), "encoder");
-  check(avcodec_send_frame(encoder.get(), frame), "encoder");
+  check(avcodec_send_frame(encoder.get(), frame.get()), "encoder");
   check(avcodec_send_frame(encoder.get(), nullptr), "encoder");
   check(avcodec_receive_packet(encoder.get(), packet.get()), "encoder");
   return {packet->data, packet->data + packet->size};
 }
 
-std::uint8_t* row(AVFrame& frame, int plane, int y) { return frame.data[plane] + std::ptrdiff_t(y) * frame.linesize[plane]; }
+const AVPixFmtDescriptor& described(const AVFrame& frame) { return *av_pix_fmt_desc_get(AVPixelFormat(frame.format)); }
 
-template <class Picture>
-std::vector<std::uint8_t> encode_packed(const Picture& picture, std::size_t channels, AVPixelFormat format) {
-  const Libav<AVFrame> frame = make_frame(picture.width, picture.height, format);
-  const std::size_t row_bytes = std::size_t(picture.width) * channels;
-  const PlaneView pixels{picture.bytes.data(), std::ptrdiff_t(row_bytes), row_bytes, std::size_t(picture.height)};
-  copy_plane(pixels, frame->data[0], frame->linesize[0]);
-  return encode(AV_CODEC_ID_PNG, frame.get());
+bool is_rgb(const AVFrame& frame) { return (described(frame).flags & AV_PIX_FMT_FLAG_RGB) != 0; }
+
+// PNG's own layouts.
+AVPixelFormat png_format(const AVFrame& picture) {
+  const AVPixFmtDescriptor& format = described(picture);
+  if (picture.format == AV_PIX_FMT_RGBA) return AV_PIX_FMT_RGBA;
+  if (picture.format == AV_PIX_FMT_GRAY8 && is_full_range(picture)) return AV_PIX_FMT_GRAY8;
+  return format.comp[0].depth > 8 ? AV_PIX_FMT_RGB48BE : AV_PIX_FMT_RGB24;
 }
+
+// JPEG files have no tag for anything else.
+bool is_jpeg_like(const AVFrame& picture) {
+  const bool is_bt601 = picture.colorspace == AVCOL_SPC_UNSPECIFIED || picture.colorspace == AVCOL_SPC_BT470BG ||
+                        picture.colorspace == AVCOL_SPC_SMPTE170M;
+  const bool is_gray = described(picture).nb_components < 3;
+  return !is_rgb(picture) && (is_bt601 || is_gray) && is_full_range(picture);
+}
+
+constexpr AVPixelFormat kJpegFormats[] = {AV_PIX_FMT_YUVJ420P, AV_PIX_FMT_YUVJ422P, AV_PIX_FMT_YUVJ444P};
 
 }  // namespace
 
-std::vector<std::uint8_t> encode_png(const Rgb& picture) { return encode_packed(picture, 3, AV_PIX_FMT_RGB24); }
-std::vector<std::uint8_t> encode_png(const Rgba& picture) { return encode_packed(picture, 4, AV_PIX_FMT_RGBA); }
-
-std::vector<std::uint8_t> encode_jpeg(const Nv12& picture) {
-  const Libav<AVFrame> frame = make_frame(picture.width, picture.height, AV_PIX_FMT_YUVJ420P);
-  copy_plane(luma_of(picture), frame->data[0], frame->linesize[0]);
-  part_chroma(chroma_of(picture), {frame->data[1], frame->data[2], frame->linesize[1], frame->linesize[2]});
-  return encode(AV_CODEC_ID_MJPEG, frame.get());
+std::vector<std::uint8_t> encode_png(const AVFrame& picture) {
+  const Libav<AVFrame> frame = FrameConverter().convert(picture, png_format(picture));
+  return encode(AV_CODEC_ID_PNG, frame);
 }
 
-std::vector<std::uint8_t> encode_jpeg(const Rgb& picture) {
-  const Libav<AVFrame> frame = make_frame(picture.width, picture.height, AV_PIX_FMT_YUVJ444P);
-  const std::uint8_t* rgb = picture.bytes.data();
-  for (int y = 0; y < picture.height; ++y) {
-    for (int x = 0; x < picture.width; ++x, rgb += 3) {
-      std::uint8_t ycc[3];
-      rgb_to_ycc(rgb, ycc);
-      for (int plane = 0; plane < 3; ++plane) row(*frame, plane, y)[x] = ycc[plane];
-    }
+std::vector<std::uint8_t> encode_jpeg(const AVFrame& picture) {
+  FrameConverter converter;
+  if (is_jpeg_like(picture)) {
+    return encode(AV_CODEC_ID_MJPEG,
+                  converter.convert(picture, nearest_format(planar_format(AVPixelFormat(picture.format)), kJpegFormats)));
   }
-  return encode(AV_CODEC_ID_MJPEG, frame.get());
+  const Libav<AVFrame> rgb = is_rgb(picture) ? nullptr : converter.convert(picture, AV_PIX_FMT_RGB24);
+  return encode(AV_CODEC_ID_MJPEG, converter.convert(rgb ? *rgb : picture, AV_PIX_FMT_YUVJ444P));
 }
 
-std::vector<std::uint8_t> encode_raw(const Nv12& picture) {
-  std::vector<std::uint8_t> bytes(picture.luma);
-  bytes.insert(bytes.end(), picture.chroma.begin(), picture.chroma.end());
+std::vector<std::uint8_t> encode_raw(const AVFrame& picture) {
+  std::vector<std::uint8_t> bytes;
+  append_frame(*FrameConverter().convert(picture, AV_PIX_FMT_NV12), bytes);
   return bytes;
 }
 

@@ -4,18 +4,33 @@
 #include <cstdint>
 #include <vector>
 
-#include "picture/picture.hpp"
+#include "media/libav.hpp"
+#include "picture/frame_over.hpp"
 
 namespace biseam::tool {
 
-std::vector<std::uint8_t> encode_png(const Rgb& picture);
-std::vector<std::uint8_t> encode_png(const Rgba& picture);
+// In any format that can be converted.  PNG: RGB of 8 bits a sample, or of 16 where the picture has more than 8; gray and
+// opacity stay.
+std::vector<std::uint8_t> encode_png(const AVFrame& picture);
 
-// Best usual quality; 4:2:0 as given, or 4:4:4 from RGB.
-std::vector<std::uint8_t> encode_jpeg(const Nv12& picture);
-std::vector<std::uint8_t> encode_jpeg(const Rgb& picture);
+// Best usual quality, BT.601 with full range.  What is so already keeps its chroma; everything else becomes 4:4:4.
+std::vector<std::uint8_t> encode_jpeg(const AVFrame& picture);
 
-// Luma, then the chroma pairs.
-std::vector<std::uint8_t> encode_raw(const Nv12& picture);
+// NV12: luma, then the chroma pairs.
+std::vector<std::uint8_t> encode_raw(const AVFrame& picture);
+
+// The same for pictures in the tool's own memory.
+template <class Picture>
+std::vector<std::uint8_t> encode_png(const Picture& picture) {
+  return encode_png(*frame_over(picture));
+}
+template <class Picture>
+std::vector<std::uint8_t> encode_jpeg(const Picture& picture) {
+  return encode_jpeg(*frame_over(picture));
+}
+template <class Picture>
+std::vector<std::uint8_t> encode_raw(const Picture& picture) {
+  return encode_raw(*frame_over(picture));
+}
 
 }  // namespace biseam::tool

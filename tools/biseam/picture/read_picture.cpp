@@ -9,13 +9,15 @@
 #include "base/failure.hpp"
 #include "picture/decode.hpp"
 #include "picture/orientation.hpp"
+#include "picture/picture.hpp"
+#include "picture/plane.hpp"
 
 namespace biseam::tool {
 namespace {
 
 constexpr int kMaxSide = 32766;  // keeps every byte count of a picture inside 32 bits
 
-Nv12 read_raw(ByteSource& source, Size size) {
+Libav<AVFrame> read_raw(ByteSource& source, Size size) {
   const std::size_t expected = nv12_bytes(size);
   const std::vector<std::uint8_t> bytes = source.read_all(expected + 1);
   if (bytes.size() != expected) {
@@ -24,11 +26,18 @@ Nv12 read_raw(ByteSource& source, Size size) {
                                        std::to_string(size.height) + " has " + std::to_string(expected) +
                                        " bytes, the file has " + found);
   }
-  Nv12 picture(size.width, size.height);
-  const auto chroma = bytes.begin() + std::ptrdiff_t(picture.luma.size());
-  std::copy(bytes.begin(), chroma, picture.luma.begin());
-  std::copy(chroma, bytes.end(), picture.chroma.begin());
-  return picture;
+  Libav<AVFrame> frame(av_frame_alloc());
+  if (!frame) throw std::bad_alloc();
+  frame->format = AV_PIX_FMT_NV12;
+  frame->width = size.width;
+  frame->height = size.height;
+  frame->chroma_location = AVCHROMA_LOC_CENTER;
+  frame->color_range = AVCOL_RANGE_JPEG;
+  if (av_frame_get_buffer(frame.get(), 0) < 0) throw std::bad_alloc();
+  const std::size_t width = std::size_t(size.width), rows = std::size_t(size.height);
+  copy_plane({bytes.data(), size.width, width, rows}, frame->data[0], frame->linesize[0]);
+  copy_plane({bytes.data() + width * rows, size.width, width, rows / 2}, frame->data[1], frame->linesize[1]);
+  return frame;
 }
 
 // Clips have none.  The picture is good without them.
@@ -43,11 +52,9 @@ Metadata metadata_of(const Container& opened) {
 }
 
 PictureFile finish(const Container& opened, DecodedPicture decoded) {
-  if (decoded.bits > 8) {
-    notice(opened.name() + ": its samples of " + std::to_string(decoded.bits) + " bits are rounded to 8");
-  }
+  if (!decoded.loss.empty()) notice(opened.name() + ": " + decoded.loss);
   Metadata metadata = metadata_of(opened);
-  return {upright(std::move(decoded.samples), metadata.orientation()), std::move(metadata)};
+  return {upright(std::move(decoded.frame), metadata.orientation()), std::move(metadata)};
 }
 
 }  // namespace
@@ -65,7 +72,9 @@ PictureFile read_picture_file(const std::string& path, std::optional<Size> raw_s
   return read_picture_file(container);
 }
 
-Nv12 read_picture(const std::string& path, std::optional<Size> raw_size) { return read_picture_file(path, raw_size).picture; }
+Libav<AVFrame> read_picture(const std::string& path, std::optional<Size> raw_size) {
+  return read_picture_file(path, raw_size).picture;
+}
 
 void refuse_raw_name(const std::string& path) {
   if (!path.ends_with(".nv12") && !path.ends_with(".NV12")) return;

@@ -3,14 +3,14 @@
 #include <optional>
 #include <string>
 
+#include "base/size.hpp"
 #include "media/container.hpp"
 #include "picture/metadata.hpp"
-#include "picture/picture.hpp"
 
 namespace biseam::tool {
 
 struct PictureFile {
-  Nv12 picture;  // upright: Exif's orientation is applied
+  Libav<AVFrame> picture;  // in a working format, upright: Exif's orientation is applied
   Metadata metadata;
 };
 
@@ -21,7 +21,7 @@ PictureFile read_picture_file(Container& opened);
 PictureFile read_picture_file(Container& opened, int stream);
 
 // The picture alone.
-Nv12 read_picture(const std::string& path, std::optional<Size> raw_size = std::nullopt);
+Libav<AVFrame> read_picture(const std::string& path, std::optional<Size> raw_size = std::nullopt);
 
 // Throws Failure (usage) when the name says that the picture is raw: its size must be given then.
 void refuse_raw_name(const std::string& path);

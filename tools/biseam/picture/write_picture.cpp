@@ -4,6 +4,7 @@
 #include "base/failure.hpp"
 #include "base/replace_file.hpp"
 #include "picture/encode.hpp"
+#include "picture/frame_over.hpp"
 #include "picture/gpano.hpp"
 
 namespace biseam::tool {
@@ -20,22 +21,16 @@ Kind picture_kind(const std::string& path) {
   throw Failure(ExitCode::usage, path + ": the name must end in .png, .jpg or .nv12, or be -");
 }
 
-const Rgb& as_rgb(const Rgb& picture) { return picture; }
-Rgb as_rgb(const Nv12& picture) { return to_rgb(picture); }
-const Nv12& as_nv12(const Nv12& picture) { return picture; }
-Nv12 as_nv12(const Rgb& picture) { return to_nv12(picture); }
-
-template <class Picture>
-std::vector<std::uint8_t> encode_as(Kind kind, const Picture& picture) {
+std::vector<std::uint8_t> encode_as(Kind kind, const AVFrame& picture) {
   switch (kind) {
     case Kind::png:
-      return encode_png(as_rgb(picture));
+      return encode_png(picture);
     case Kind::jpeg:
       return encode_jpeg(picture);
     case Kind::raw:
       break;
   }
-  return encode_raw(as_nv12(picture));
+  return encode_raw(picture);
 }
 
 template <class Encode>
@@ -51,8 +46,9 @@ void write(const std::string& path, Encode encode) {
   replace_file(path, bytes);
 }
 
-template <class Picture>
-void write_as_named(const std::string& path, const Picture& picture, Projection projection, const Metadata& metadata) {
+}  // namespace
+
+void write_picture(const std::string& path, const AVFrame& picture, Projection projection, const Metadata& metadata) {
   const Kind kind = picture_kind(path);
   if (kind == Kind::raw) return write(path, [&] { return encode_as(kind, picture); });
   const bool marks = projection == Projection::equirectangular;
@@ -63,13 +59,11 @@ void write_as_named(const std::string& path, const Picture& picture, Projection 
   });
 }
 
-}  // namespace
-
 void write_picture(const std::string& path, const Nv12& picture, Projection projection, const Metadata& metadata) {
-  write_as_named(path, picture, projection, metadata);
+  write_picture(path, *frame_over(picture), projection, metadata);
 }
 void write_picture(const std::string& path, const Rgb& picture, Projection projection, const Metadata& metadata) {
-  write_as_named(path, picture, projection, metadata);
+  write_picture(path, *frame_over(picture), projection, metadata);
 }
 void check_picture_name(const std::string& path) { picture_kind(path); }
 

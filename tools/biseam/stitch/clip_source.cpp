@@ -7,8 +7,8 @@ extern "C" {
 #include "base/failure.hpp"
 #include "base/interrupt.hpp"
 #include "clip/read/clip_facts.hpp"
+#include "media/pixel_format.hpp"
 #include "picture/read_picture.hpp"
-#include "picture/to_nv12.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -24,11 +24,11 @@ void check_formats(const PairReader& clips, const FramePair& pair) {
   for (int k = 0; k < clips.clips(); ++k) {
     const auto format = AVPixelFormat(pair.picture[k]->format);
     const Container& container = clips.clip(k).container();
-    const char* name = av_get_pix_fmt_name(format);
-    if (!plan_format(format).usable) {
+    const char* const name = av_get_pix_fmt_name(format);
+    if (working_format(format) == AV_PIX_FMT_NONE) {
       container.refuse(std::string("pictures of the format ") + (name ? name : "?") + " can't be used");
     }
-    const std::string loss = loss_text(format);
+    const std::string loss = working_loss(format);
     if (!loss.empty()) notice(container.name() + ": " + loss);
   }
 }

@@ -8,6 +8,7 @@
 #include "clip/read/clip_facts.hpp"
 #include "clip/read/pair_reader.hpp"
 #include "clip/write/panorama_pool.hpp"
+#include "media/frame_converter.hpp"
 #include "picture/split.hpp"
 #include "stitch/engine.hpp"
 #include "stitch/job.hpp"
@@ -21,15 +22,22 @@ struct StitchedFrame {
   bool is_picture = false;
 };
 
-// What the engine reads of a pair: views of its frames, or of memory where those are not NV12.
+// How the pictures of a pair become the two of the lenses.
+struct LensLayout {
+  Layout layout;
+  std::string name;      // of the clip, for messages
+  AVPixelFormat format;  // the working format of the first picture, for all
+  AVChromaLocation siting;
+};
+
+// What the engine reads of a pair: views of its frames, or of what they were converted to.
 class LensPictures {
  public:
-  LensPictures(const FramePair& pair, Layout layout, const std::string& name, AVChromaLocation siting);
+  LensPictures(const FramePair& pair, const LensLayout& layout, FrameConverter& converter);
 
   const BiseamPicture (&get() const)[2] { return pictures_; }
 
  private:
-  Nv12 memory_[2];
   Libav<AVFrame> frames_[2];
   BiseamPicture pictures_[2];
 };
@@ -40,7 +48,8 @@ class ClipStitcher {
   ClipStitcher(const ClipJob& job, const FramePair& first, const std::string& name, const Colour& colour);
 
   Size size() const { return {setup_.width, setup_.width / 2}; }  // of the panoramas
-  std::uint64_t frame_bytes() const { return frame_bytes_; }      // of a pair and its panorama
+  AVPixelFormat format() const { return format_; }
+  std::uint64_t frame_bytes() const { return frame_bytes_; }  // of a pair and its panorama
 
   bool searches() const { return setup_.blend.search.value_or(true); }
 
@@ -49,11 +58,11 @@ class ClipStitcher {
  private:
   bool needs_stitching(const FramePair& pair, bool searches);
 
-  const Layout layout_;
-  const std::string name_;
-  const AVChromaLocation siting_;
+  const LensLayout layout_;
+  FrameConverter converter_;
   const int group_size_;  // pictures that share the seams found in the first of them
   Setup setup_;
+  AVPixelFormat format_;
   std::unique_ptr<Engine> engine_;
   std::optional<PanoramaPool> panoramas_;
   std::uint64_t frame_bytes_ = 0;

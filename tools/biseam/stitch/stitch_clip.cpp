@@ -17,8 +17,8 @@
 namespace biseam::tool {
 namespace {
 
-ClipFacts facts_of(const ClipReader& clip, const Colour& colour, Size size) {
-  return {size, clip.stream().time_base, clip.rate(), colour};
+ClipFacts facts_of(const ClipReader& clip, const Colour& colour, const ClipStitcher& stitcher) {
+  return {stitcher.size(), clip.stream().time_base, clip.rate(), colour, stitcher.format()};
 }
 
 std::unique_ptr<FrameSink> open_sink(const ClipJob& job, const ClipFacts& facts, const PartReader& part) {
@@ -81,7 +81,7 @@ int stitch_clip(const ClipJob& job, std::unique_ptr<Container> first) {
   const ClipReader& clip = source.clips().clip(0);
   const Colour colour = colour_of(*pair.picture[0], clip.stream());
   ClipStitcher stitcher(job, pair, clip.container().name(), colour);
-  const std::unique_ptr<FrameSink> sink = open_sink(job, facts_of(clip, colour, stitcher.size()), source.part());
+  const std::unique_ptr<FrameSink> sink = open_sink(job, facts_of(clip, colour, stitcher), source.part());
   const std::string output_kind = sink->settings_text();
   std::unique_ptr<ReplacementFile> json_file;  // early, so that a wrong name costs no time
   if (!job.json.empty()) json_file = std::make_unique<ReplacementFile>(job.json);

@@ -59,8 +59,8 @@ bool has_alpha(const Head& png) {
 
 void inspect_picture(PanoramaFile& file, const Head& head) {
   Container source(file.path);
-  const Nv12 picture = decode_picture(source).samples;
-  file.size = {picture.width, picture.height};
+  const DecodedPicture picture = decode_picture(source);
+  file.size = {picture.frame->width, picture.frame->height};
   file.transparent = file.media == Media::png && has_alpha(head);
 }
 

@@ -355,7 +355,7 @@ TEST(Faults, EncodersAndSettingsThatDoNotExistAreNamed) {
   const std::vector<std::tuple<std::vector<std::string>, int, std::string>> wrong = {
       {{"--encoder", "nonsense"}, 2, "--encoder: there is no video encoder 'nonsense'"},
       {{"--encoder", "aac"}, 2, "--encoder"},
-      {{"--encoder", "v210"}, 2, "--encoder: v210 doesn't take"},
+      {{"--encoder", "h264_vaapi"}, 2, "--encoder: h264_vaapi takes no pictures that panoramas can become"},
       {{"--encoder", "ffv1", "--crf", "3"}, 2, "--crf: the encoder ffv1 has no such setting"},
       {{"--encoder", "ffv1", "--preset", "fast"}, 2, "--preset: the encoder ffv1 has no such setting"},
       {{"--crf", "-5"}, 2, "--crf"},
