@@ -5,6 +5,7 @@
 #include "base/failure.hpp"
 #include "fuzz/expect.hpp"
 #include "fuzz/input.hpp"
+#include "picture/picture.hpp"
 #include "picture/read_picture.hpp"
 #include "text/time_text.hpp"
 

@@ -7,6 +7,7 @@
 #include <thread>
 #include <vector>
 
+#include "base/interrupt.hpp"
 #include "stitch/queue.hpp"
 
 namespace biseam::tool {
@@ -98,6 +99,13 @@ TEST(ClipRun, AnErrorOfWritingEndsTheOthers) {
     EXPECT_EQ(line.written, first(number));
     EXPECT_LE(line.next, std::min(kFrames, number + 1 + 2 + 2 + 3));
   }
+}
+
+TEST(ClipRun, OthersCanReadAfterwards) {
+  Line line, fails;
+  fails.write_fails = 3;
+  EXPECT_EQ(line.trouble() + fails.trouble(), "write");
+  EXPECT_FALSE(is_reading_stopped());
 }
 
 // The earliest frame's error counts.

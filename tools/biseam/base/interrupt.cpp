@@ -41,6 +41,7 @@ InterruptWatch::~InterruptWatch() { watched = false; }
 
 bool interrupted() { return asked; }
 void stop_reading() { given_up = true; }
+void resume_reading() { given_up = false; }
 bool is_reading_stopped() { return asked || given_up; }
 
 }  // namespace biseam::tool

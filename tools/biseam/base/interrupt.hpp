@@ -20,6 +20,7 @@ bool interrupted();
 
 // Ends every reading, as an interrupt would: what is read is of no use any more.
 void stop_reading();
+void resume_reading();
 bool is_reading_stopped();  // by either
 
 }  // namespace biseam::tool

@@ -27,9 +27,12 @@ class Threads {
 
   // Also where only one could be started: both see that they are to end.
   ~Threads() {
-    if (reader_.joinable()) stop_reading();
     read_.close();
     stitched_.end();
+    if (!reader_.joinable()) return;
+    stop_reading();
+    reader_.join();
+    resume_reading();
   }
 
   void run() {
