@@ -5,6 +5,7 @@
 
 #include "biseam/stitcher.hpp"
 #include "picture/encode.hpp"
+#include "picture/frame_over.hpp"
 #include "picture/read_picture.hpp"
 #include "picture/write_picture.hpp"
 #include "setup/exact_config.hpp"
@@ -125,6 +126,26 @@ TEST(StitchCommand, TheExactEnginesBytesAreTheLibrarys) {
   ASSERT_FALSE(
       stitcher->process({lens[0].luma, lens[0].chroma}, {lens[1].luma, lens[1].chroma}, {panorama.luma, panorama.chroma}));
   EXPECT_TRUE(stitch(fitting_options({"--engine", "exact"}), fitting_pair()).out == bytes_of(panorama));
+}
+
+// As luma and chroma of 8 bits, which change a colour by a step or two on its way.
+TEST(StitchCommand, TheExactEngineTakesRgb) {
+  const ScratchFolder folder;
+  const std::string p = std::to_string(fitting_scale());
+  const auto options = [&](const std::vector<std::string>& first, const std::string& out) {
+    std::vector<std::string> all = first;
+    all.insert(all.end(), {"-o", folder / out, "--p0", p, "--p1", p, "--engine", "exact"});
+    return all;
+  };
+  write_picture(folder / "pair.png", side_by_side(paint_fisheye(fitting_view(), 0), paint_fisheye(fitting_view(), 1)));
+  const Finished rgb = stitch(options({folder / "pair.png"}, "rgb.png"), "");
+  ASSERT_EQ(rgb.exit_code, 0) << rgb.err;
+  ASSERT_EQ(stitch(options({"-", "--size", "640x320"}, "raw.png"), fitting_pair()).exit_code, 0);
+  const Rgb a = rgb_of(*read_picture(folder / "rgb.png")), b = rgb_of(*read_picture(folder / "raw.png"));
+  ASSERT_EQ(a.bytes.size(), b.bytes.size());
+  double sum = 0;
+  for (std::size_t i = 0; i < a.bytes.size(); ++i) sum += std::abs(a.bytes[i] - b.bytes[i]);
+  EXPECT_LT(sum / double(a.bytes.size()), 2);
 }
 
 TEST(StitchCommand, WhatDoesNotFitTheExactEngineIsOneLine) {

@@ -18,6 +18,14 @@ struct Recorded {
   Metadata metadata;      // lens 0's
 };
 
+// RGB, which no host of the exact engine has, becomes what it would have made of it; other formats stay, or are refused by
+// name.
+void suit_engine(const EngineOptions& engine, Libav<AVFrame>& picture) {
+  const BiseamFormat format = engine_format(AVPixelFormat(picture->format)).value();
+  const bool is_rgb = format == BISEAM_GBR || format == BISEAM_GBRP10 || format == BISEAM_GBRP12;
+  if (engine.kind == EngineKind::exact && is_rgb) picture = FrameConverter().convert(*picture, AV_PIX_FMT_NV12);
+}
+
 // Lens 1's picture in the format of lens 0's.
 void take_second(const AVFrame& second, Recorded& recorded) {
   const AVFrame& first = *recorded.pictures[0];
@@ -42,6 +50,7 @@ void read_pair(const StitchSource& source, std::unique_ptr<Container> opened, Re
     if (streams) return read_streams(first, *opened, *streams, recorded);
   }
   PictureFile file = opened ? read_picture_file(*opened) : read_picture_file(first, source.raw_size);
+  suit_engine(source.engine, file.picture);
   AVFrame& picture = *(recorded.pictures[0] = std::move(file.picture));
   recorded.metadata = std::move(file.metadata);
   if (source.raw_size) picture.chroma_location = AVCHROMA_LOC_LEFT;  // raw frames are those of clips
