@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdarg>
 #include <cstdio>
+#include <string>
 
 #include "base/failure.hpp"
 #include "camera/trigonometry.hpp"
@@ -11,12 +13,13 @@
 namespace biseam::tool {
 namespace {
 
-template <class... Values>
-[[noreturn]] void refuse(const char* what, Values... values) {
+[[noreturn, gnu::format(printf, 1, 2)]] void refuse(const char* what, ...) {
   char line[192];
-  const int begin = std::snprintf(line, sizeof line, "--engine exact: ");
-  std::snprintf(line + begin, sizeof line - std::size_t(begin), what, values...);
-  throw Failure(ExitCode::settings, line);
+  va_list values;
+  va_start(values, what);
+  std::vsnprintf(line, sizeof line, what, values);
+  va_end(values);
+  throw Failure(ExitCode::settings, "--engine exact: " + std::string(line));
 }
 
 void check_lens(const BiseamLens& lens, int index) {
