@@ -76,9 +76,9 @@ struct Case {
   int format, siting, panorama_siting;
 };
 
-class AgainstReference : public testing::TestWithParam<Case> {
+class ReferenceAccuracy : public testing::TestWithParam<Case> {
  protected:
-  AgainstReference() : config_(small_config(GetParam().format)), format_(test_format(GetParam().format)) {
+  ReferenceAccuracy() : config_(small_config(GetParam().format)), format_(test_format(GetParam().format)) {
     config_.quality = GetParam().quality;
   }
 
@@ -139,7 +139,7 @@ class AgainstReference : public testing::TestWithParam<Case> {
   double worst_ = 0;
 };
 
-TEST_P(AgainstReference, FramesShowTheLensOutsideTheRing) {
+TEST_P(ReferenceAccuracy, FramesShowTheLensOutsideTheRing) {
   OwnEngine engine(config_);
   Fisheyes fisheyes(config_, waves_of(format_.bits), {}, GetParam().siting);
   for (const Turn& turn : kTurns) {
@@ -153,7 +153,7 @@ TEST_P(AgainstReference, FramesShowTheLensOutsideTheRing) {
   RecordProperty("worst_thousandths", int(worst_ * 1000));
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, AgainstReference,
+INSTANTIATE_TEST_SUITE_P(Cases, ReferenceAccuracy,
                          testing::Values(Case{ring::Quality::fast, BISEAM_NV12, BISEAM_SITING_LEFT, BISEAM_SITING_LEFT},
                                          Case{ring::Quality::good, BISEAM_NV21, BISEAM_SITING_MIDDLE, BISEAM_SITING_LEFT},
                                          Case{ring::Quality::best, BISEAM_I420, BISEAM_SITING_LEFT, BISEAM_SITING_TOP_LEFT},
