@@ -42,7 +42,8 @@ static int rosette(double radius, double angle) {
 // Small cut stones laid in rings; their breadth doubles where a ring would hold too many.
 static Surface mosaic(const Spot& spot) {
   const double ring = 0.036, joint = 0.005;
-  const double radius = std::sqrt(spot.u * spot.u + spot.v * spot.v), angle = std::atan2(spot.u, spot.v);
+  // Stones have a breadth in the very middle too.
+  const double radius = std::max(1e-9, std::sqrt(spot.u * spot.u + spot.v * spot.v)), angle = std::atan2(spot.u, spot.v);
   const double n = std::floor(radius / ring), stones = std::max(8.0, 8 * std::exp2(std::floor(std::log2(n + 0.5))));
   const double along = (angle + pi) * radius, breadth = 2 * pi * radius / stones;
   const double extent = std::max(spot.extent_u, spot.extent_v);
