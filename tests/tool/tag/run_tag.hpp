@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tool/support/process.hpp"
+#include "tool/support/scratch_folder.hpp"
 
 namespace biseam::test {
 
@@ -29,5 +30,22 @@ inline void expect_refused(const Finished& finished, int exit_code, const std::s
   EXPECT_NE(finished.err.find(name), std::string::npos) << finished.err;
   EXPECT_NE(finished.err.find(what), std::string::npos) << finished.err;
 }
+
+// Files in a folder of their own; the parameter is their extension.
+class FilesOfAKind : public testing::TestWithParam<const char*> {
+ protected:
+  std::string name(const char* stem) const { return folder_ / (std::string(stem) + "." + GetParam()); }
+
+  void expect_untouched(const std::vector<std::string>& arguments, int exit_code, const std::string& named,
+                        const std::string& what) {
+    const std::string before = read_bytes(arguments.front());
+    const auto names = folder_.names();
+    expect_refused(run_tag(arguments), exit_code, named, what);
+    EXPECT_EQ(read_bytes(arguments.front()), before);
+    EXPECT_EQ(folder_.names(), names);
+  }
+
+  ScratchFolder folder_;
+};
 
 }  // namespace biseam::test

@@ -58,21 +58,7 @@ void expect_same_but_marked(const std::string& before, const std::string& after)
   }
 }
 
-class Clips : public testing::TestWithParam<const char*> {
- protected:
-  std::string name(const char* stem) const { return folder_ / (std::string(stem) + "." + GetParam()); }
-
-  void expect_untouched(const std::vector<std::string>& arguments, int exit_code, const std::string& named,
-                        const std::string& what) {
-    const std::string before = read_bytes(arguments.front());
-    const auto names = folder_.names();
-    expect_refused(run_tag(arguments), exit_code, named, what);
-    EXPECT_EQ(read_bytes(arguments.front()), before);
-    EXPECT_EQ(folder_.names(), names);
-  }
-
-  ScratchFolder folder_;
-};
+class Clips : public FilesOfAKind {};
 INSTANTIATE_TEST_SUITE_P(Tag, Clips, testing::Values("mp4", "mov", "mkv"),
                          [](const auto& parameter) { return std::string(parameter.param); });
 

@@ -59,21 +59,7 @@ bool is_insertion(const std::string& before, const std::string& after) {
 
 Nv12 panorama() { return walk(1).front(); }
 
-class Pictures : public testing::TestWithParam<const char*> {
- protected:
-  std::string name(const char* stem) const { return folder_ / (std::string(stem) + "." + GetParam()); }
-
-  void expect_untouched(const std::vector<std::string>& arguments, int exit_code, const std::string& named,
-                        const std::string& what) {
-    const std::string before = read_bytes(arguments.front());
-    const auto names = folder_.names();
-    expect_refused(run_tag(arguments), exit_code, named, what);
-    EXPECT_EQ(read_bytes(arguments.front()), before);
-    EXPECT_EQ(folder_.names(), names);
-  }
-
-  ScratchFolder folder_;
-};
+class Pictures : public FilesOfAKind {};
 INSTANTIATE_TEST_SUITE_P(Tag, Pictures, testing::Values("jpg", "png"),
                          [](const auto& parameter) { return std::string(parameter.param); });
 
