@@ -77,9 +77,8 @@ CameraError check_curves(const Lens& lens, int index) noexcept {
       const double light = recorded_light(lens, channel, angle);
       if (light >= kLeastLight && light <= kLargestLight) continue;
       return error(
-          "lens[%d].vignette is (%g, %g): the light must stay between %g and %g up to fov / 2, with gain[%d] it is %.3g at "
-          "%.1f "
-          "degrees",
+          "lens[%d].vignette is (%g, %g): the light must stay between %g and %g up to fov / 2, "
+          "with gain[%d] it is %.3g at %.1f degrees",
           index, lens.vignette[0], lens.vignette[1], kLeastLight, kLargestLight, channel, light, angle / kDegree);
     }
   }

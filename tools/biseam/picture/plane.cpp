@@ -21,16 +21,4 @@ void join_chroma(const ChromaPlanes& from, std::size_t width, std::size_t rows, 
   }
 }
 
-void part_chroma(const PlaneView& pairs, const ChromaPlanes& to) {
-  for (std::size_t y = 0; y < pairs.rows; ++y) {
-    const std::uint8_t* from = pairs.data + std::ptrdiff_t(y) * pairs.stride;
-    std::uint8_t* cb = to.cb + std::ptrdiff_t(y) * to.cb_stride;
-    std::uint8_t* cr = to.cr + std::ptrdiff_t(y) * to.cr_stride;
-    for (std::size_t x = 0; x < pairs.width / 2; ++x) {
-      cb[x] = from[2 * x];
-      cr[x] = from[2 * x + 1];
-    }
-  }
-}
-
 }  // namespace biseam::tool

@@ -1,4 +1,4 @@
-// Planes of samples in memory: copied, and chroma pairs taken apart and put together.
+// Planes of samples in memory: copied, and chroma put together to pairs.
 #pragma once
 
 #include <cstddef>
@@ -27,12 +27,11 @@ void copy_plane(const PlaneView& from, std::uint8_t* to, std::ptrdiff_t stride);
 
 // Two planes of chroma samples with their strides in bytes.
 struct ChromaPlanes {
-  std::uint8_t *cb = nullptr, *cr = nullptr;
+  const std::uint8_t *cb = nullptr, *cr = nullptr;
   std::ptrdiff_t cb_stride = 0, cr_stride = 0;
 };
 
-// Cb, Cr pairs from two planes, and to them.  pairs: width bytes a row, so half as many samples of each.
+// Cb, Cr pairs from two planes.  pairs: width bytes a row, so half as many samples of each.
 void join_chroma(const ChromaPlanes& from, std::size_t width, std::size_t rows, std::uint8_t* pairs);
-void part_chroma(const PlaneView& pairs, const ChromaPlanes& to);
 
 }  // namespace biseam::tool
