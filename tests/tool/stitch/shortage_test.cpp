@@ -3,6 +3,8 @@
 
 #include <memory>
 #include <sstream>
+#include <tuple>
+#include <utility>
 
 #include "base/sanitized.hpp"
 #include "picture/encode.hpp"
@@ -31,7 +33,7 @@ class FailingRun {
     }
     EXPECT_EQ(run("FAILING_THREAD", -1).exit_code, 0);
     expected_ = read_bytes(output_);
-    std::istringstream(read_bytes(folder_ / "calls")) >> allocations_ >> threads_;
+    std::tie(allocations_, threads_) = calls();
     std::filesystem::remove(output_);
   }
 
@@ -49,9 +51,11 @@ class FailingRun {
   void expect_orderly_end(const std::string& kind, int number) {
     SCOPED_TRACE(kind + " " + std::to_string(number));
     const Finished finished = run(kind, number);
+    const auto [allocations, threads] = calls();
     std::filesystem::remove(folder_ / "calls");
     if (finished.exit_code == 0) {
-      ++dispensable_;
+      // Threads that wait for each other ask more or less often: the last requests of one run are not met in another.
+      if (number < (kind == "FAILING_THREAD" ? threads : allocations)) ++dispensable_;
       EXPECT_EQ(read_bytes(output_), expected_);
       std::filesystem::remove(output_);
     } else {
@@ -69,6 +73,13 @@ class FailingRun {
           << finished.err;
     }
     EXPECT_EQ(folder_.names(), (std::vector<std::string>{std::filesystem::path(input_).filename()}));
+  }
+
+  // Number of requests for memory and for threads in the last run.
+  std::pair<int, int> calls() const {
+    std::pair<int, int> counts{};
+    std::istringstream(read_bytes(folder_ / "calls")) >> counts.first >> counts.second;
+    return counts;
   }
 
   int refused() const { return refused_; }
