@@ -210,6 +210,10 @@ TEST(EngineFailure, WithoutThreadsTablesAndFramesAreTheSame) {
 // where they can't go by bytes, as with a search on enlarged strips, which says what is missing, and levels of a pixel or two.
 TEST(EngineFailure, FramesSurviveEveryFailedRequest) {
   StitchConfig config = small_config();
+  config.in_h = config.in_w = config.in_luma_stride = config.in_chroma_stride = config.out_h[0] = 96;
+  config.out_w[0] = config.out_luma_stride[0] = config.out_chroma_stride[0] = 192;
+  config.p0 = config.p1 = 24;
+  config.cx0 = config.cy0 = config.cx1 = config.cy1 = 48;
   config.inv_scale = 0.5f;
   config.pyr_level = 8;
   config.findpath_width = 8;
