@@ -18,7 +18,7 @@ namespace biseam {
 
 enum class ErrorCode {
   none,
-  invalid_configuration,  // a field breaks a rule
+  invalid_configuration,  // a field of the configuration or of the options breaks a rule
   buffer_too_small,       // a plane handed to process() is shorter than its rows
   outside_picture,        // the lookup tables point outside a fisheye picture
   out_of_memory,
@@ -74,7 +74,9 @@ enum class Seams {
   kept    // those of the frame before, or loaded ones; fresh ones as long as there are none, as after a frame that failed
 };
 
+// A member to come begins behind the bytes that there are today, not in what the compiler fills up.
 struct StitcherOptions {
+  std::uint32_t size = sizeof(StitcherOptions);  // tells a newer library which members its caller knows; stays as it is
   bool fresh_seam = true;  // start every frame with empty seam masks; false: weights of earlier frames stay
 };
 

@@ -10,6 +10,7 @@
 #include "frame/lifecycle.hpp"
 #include "frame/memory.hpp"
 #include "panorama/error_writer.hpp"
+#include "panorama/records.hpp"
 #include "panorama/rules.hpp"
 #include "panorama/tables.hpp"
 #include "stages/blend/module.hpp"
@@ -95,9 +96,14 @@ Result<Stitcher> Stitcher::create(const StitchConfig& config, const StitcherOpti
   static_assert(std::is_trivially_copyable_v<State>);
   const RoundToNearest rounding;
   if (Error error = check_rules(config)) return error;
+  StitcherOptions chosen;
+  if (!read_record(&options, StitcherOptions{}, sizeof(StitcherOptions), chosen)) {
+    return ErrorWriter::write(ErrorCode::invalid_configuration, "options.size is %u: must be %zu, as it is from the beginning",
+                              options.size, sizeof(StitcherOptions));
+  }
   auto* state = static_cast<State*>(std::malloc(sizeof(State)));
   if (state == nullptr) return ErrorWriter::write(ErrorCode::out_of_memory, "out of memory: %zu bytes", sizeof(State));
-  *state = {config, options, nullptr, false};
+  *state = {config, chosen, nullptr, false};
   Stitcher stitcher(state);
   if (create_engine(state->config, state->engine, Room::every_piece) != Status::ok) {
     return ErrorWriter::write(

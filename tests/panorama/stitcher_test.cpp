@@ -179,6 +179,16 @@ std::vector<int32_t> weights_of(const BandView& band) {
   return weights;
 }
 
+TEST(Stitcher, OptionsOfAnotherSizeAreRefused) {
+  for (const uint32_t size : {0u, uint32_t(sizeof(StitcherOptions)) - 1, uint32_t(sizeof(StitcherOptions)) + 1}) {
+    const Result<Stitcher> made = Stitcher::create(valid_config(), {.size = size});
+    ASSERT_FALSE(made) << size;
+    EXPECT_EQ(made.error().code(), ErrorCode::invalid_configuration);
+    EXPECT_EQ(made.error().text(), "options.size is " + std::to_string(size) + ": must be " +
+                                       std::to_string(sizeof(StitcherOptions)) + ", as it is from the beginning");
+  }
+}
+
 TEST(Stitcher, SeamsOfEarlierFramesStayOnlyWithoutFreshSeam) {
   std::mt19937 random(12);
   const StitchConfig config = valid_config();
