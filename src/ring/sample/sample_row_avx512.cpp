@@ -30,28 +30,31 @@ BISEAM_STEP __m512i load_positions(const int32_t* at) {
 
 // What a run of lanes needs to know of its job.  A copy: results are bytes, which might lie in the job as far as compilers
 // know.
-template <int taps>
+template <int taps, SampleOutput output>
 struct Kernel {
-  static constexpr int kPhaseBits = taps == 2 ? 6 : 7, kPhases = 1 << kPhaseBits, kHalfPhase = 1 << (15 - kPhaseBits);
-  static constexpr int kBefore = taps / 2 - 1;
+  static constexpr bool kFine = output == SampleOutput::fine;
   SampleSource source;
   const int8_t* parts;
   Finish finish;
-  bool fine;
 
-  BISEAM_STEP explicit Kernel(const SampleJob& job)
-      : source(job.source), parts(job.across->parts), finish(job), fine(job.output == SampleOutput::fine) {}
+  BISEAM_STEP explicit Kernel(const SampleJob& job) : source(job.source), parts(job.across->parts), finish(job) {}
+};
+
+template <int taps>
+struct Phases {
+  static constexpr int kBits = taps == 2 ? 6 : 7, kCount = 1 << kBits, kHalf = 1 << (15 - kBits);
+  static constexpr int kBefore = taps / 2 - 1;
 
   // Of a position, before the window's corner is known.
   static int first_of(int32_t position) {
-    return (static_cast<int32_t>(static_cast<uint32_t>(position) + kHalfPhase) >> 16) - kBefore;
+    return (static_cast<int32_t>(static_cast<uint32_t>(position) + kHalf) >> 16) - kBefore;
   }
 };
 
 // The place of the phase in each byte of the lanes.  Higher bits are ignored by whoever looks up.
 template <int taps>
 BISEAM_STEP __m512i phases_of(__m512i rounded) {
-  return _mm512_shuffle_epi8(_mm512_srli_epi32(rounded, 8 - Kernel<taps>::kPhaseBits),
+  return _mm512_shuffle_epi8(_mm512_srli_epi32(rounded, 8 - Phases<taps>::kBits),
                              _mm512_broadcast_i32x4(_mm_setr_epi8(1, 1, 1, 1, 5, 5, 5, 5, 9, 9, 9, 9, 13, 13, 13, 13)));
 }
 
@@ -64,7 +67,7 @@ BISEAM_STEP __m512i look_up(__m512i found, __mmask64 where, const int8_t* table)
 
 template <int taps>
 BISEAM_STEP const int8_t* part_of(const int8_t* parts, int tap, int part) {
-  return parts + (2 * tap + part) * Kernel<taps>::kPhases;
+  return parts + (2 * tap + part) * Phases<taps>::kCount;
 }
 
 constexpr __mmask64 kFirstBytes = 0x1111111111111111;
@@ -74,7 +77,7 @@ template <int taps>
 BISEAM_STEP __m512i look_up_parts(const int8_t* parts, __m512i phases, int tap, int part) {
   if constexpr (taps == 2) {  // twice
     phases = look_up<taps>(phases, 0x5555555555555555, parts);
-    return look_up<taps>(phases, 0xAAAAAAAAAAAAAAAA, parts + Kernel<taps>::kPhases * 2);
+    return look_up<taps>(phases, 0xAAAAAAAAAAAAAAAA, parts + Phases<taps>::kCount * 2);
   }
   for (int k = 0; k < std::min(4, taps - tap); ++k) {
     phases = look_up<taps>(phases, kFirstBytes << k, part_of<taps>(parts, tap + k, part));
@@ -97,6 +100,17 @@ BISEAM_STEP __m512i look_up_two(const int8_t* parts, __m512i phases, int tap, __
 template <int taps>
 BISEAM_STEP __m512i to_words(__m512i parts) {
   return _mm512_maddubs_epi16(_mm512_set1_epi16(taps > 2 ? 0x0180 : 0x0080), parts);
+}
+
+// 64 less the phase, and the phase: what two samples weigh, in 128ths of what the tables hold, alternately as bytes or words.
+BISEAM_STEP __m512i two_bytes(__m512i rounded) {
+  const __m512i turned = _mm512_ternarylogic_epi32(phases_of<2>(rounded), _mm512_set1_epi8(63), all(0x00ff00ff), 0x6a);
+  return _mm512_add_epi8(turned, all(0x00410041));  // (phase & 63) ^ 255 = 255 - phase
+}
+
+BISEAM_STEP __m512i two_words(__m512i rounded) {
+  const __m512i turned = _mm512_ternarylogic_epi32(phases_of<2>(rounded), all(0x003f003f), all(0x0000ffff), 0x6a);
+  return _mm512_add_epi16(turned, all(0x00000041));
 }
 
 template <SampleType type, int taps>
@@ -130,13 +144,13 @@ BISEAM_STEP Weights<type, taps> look_up_all(const int8_t* parts, __m512i columns
 
 // The first sum of a row, rounded.  Bytes: what the upper parts give is whole already.
 template <SampleType type, int taps>
-BISEAM_STEP __m512i weigh_across(const Kernel<taps>& kernel, const Weights<type, taps>& weights, const __m512i* picked) {
+BISEAM_STEP __m512i weigh_across(const SampleSource& source, const Weights<type, taps>& weights, const __m512i* picked) {
   if constexpr (is_words(type)) {
-    const int shift = across_shift(kernel.source);
-    const __m512i most = _mm512_set1_epi16(static_cast<int16_t>((1 << kernel.source.bits) - 1));
+    const int shift = across_shift(source);
+    const __m512i most = _mm512_set1_epi16(static_cast<int16_t>((1 << source.bits) - 1));
     __m512i half = _mm512_setzero_si512();
     for (int c = 0; c < weights.kChunks; ++c) {
-      const __m512i shifted = _mm512_srl_epi16(picked[c], _mm_cvtsi32_si128(kernel.source.shift));
+      const __m512i shifted = _mm512_srl_epi16(picked[c], _mm_cvtsi32_si128(source.shift));
       half = _mm512_dpwssd_epi32(half, _mm512_min_epu16(shifted, most), weights.across[c][0]);
     }
     const __m512i sum = _mm512_add_epi32(half, _mm512_shuffle_epi32(half, _MM_PERM_CDAB));
@@ -151,15 +165,20 @@ BISEAM_STEP __m512i weigh_across(const Kernel<taps>& kernel, const Weights<type,
   }
 }
 
-template <SampleType type, int taps>
-BISEAM_STEP void store(const Kernel<taps>& kernel, __m512i sum, uint8_t* destination) {
-  const Finish& finish = kernel.finish;
-  const __m512i rounded = _mm512_sra_epi32(_mm512_add_epi32(sum, all(finish.half)), _mm_cvtsi32_si128(finish.shift));
+template <SampleType type, int taps, SampleOutput output>
+BISEAM_STEP void store(const Kernel<taps, output>& kernel, __m512i sum, uint8_t* destination) {
   if constexpr (is_words(type)) {  // every second lane repeats the one before
+    const Finish& finish = kernel.finish;
+    const __m512i rounded = _mm512_sra_epi32(_mm512_add_epi32(sum, all(finish.half)), _mm_cvtsi32_si128(finish.shift));
     const __m512i values = _mm512_min_epi32(_mm512_max_epi32(rounded, all(finish.low)), all(finish.high));
     const __m256i halves = _mm256_sll_epi32(_mm512_cvtepi64_epi32(values), _mm_cvtsi32_si128(finish.up));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(destination), _mm256_cvtepi32_epi16(halves));
-  } else if (kernel.fine) {
+    return;
+  }
+  constexpr int units = Window<type, taps>::kWhole ? kTapBits - 6 : 0;  // weights are 64ths
+  constexpr int shift = kTapBits + (kernel.kFine ? 0 : kFineBits - 8) - units;
+  const __m512i rounded = _mm512_srai_epi32(_mm512_add_epi32(sum, all(1 << (shift - 1))), shift);
+  if constexpr (kernel.kFine) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(destination), _mm512_cvtsepi32_epi16(rounded));
   } else {
     const __m512i positive = _mm512_max_epi32(rounded, _mm512_setzero_si512());
@@ -176,52 +195,89 @@ struct Places {
   __m512i x, y;
 };
 
-template <SampleType type, int taps>
-BISEAM_STEP void finish_lanes(const Kernel<taps>& kernel, const Taps<type, taps>& picked, const Places& places,
+template <SampleType type, int taps, SampleOutput output>
+BISEAM_STEP void finish_lanes(const Kernel<taps, output>& kernel, const Taps<type, taps>& picked, const Places& places,
                               uint8_t* destination) {
-  const auto weights = look_up_all<type, taps>(kernel.parts, phases_of<taps>(places.x), phases_of<taps>(places.y));
-  __m512i sum = _mm512_setzero_si512();
   if constexpr (Window<type, taps>::kWhole) {
-    sum = _mm512_madd_epi16(_mm512_maddubs_epi16(picked.row[0][0], weights.across[0][0]), weights.down[0]);
-    return store<type, taps>(kernel, sum, destination);
+    const __m512i across = _mm512_maddubs_epi16(picked.row[0][0], two_bytes(places.x));
+    return store<type>(kernel, _mm512_madd_epi16(across, two_words(places.y)), destination);
+  } else {
+    const auto weights = look_up_all<type, taps>(kernel.parts, phases_of<taps>(places.x), phases_of<taps>(places.y));
+    __m512i sum = _mm512_setzero_si512();
+    for (int k = 0; k < taps; k += 2) {
+      const __m512i upper = weigh_across<type, taps>(kernel.source, weights, picked.row[k]);
+      const __m512i lower = weigh_across<type, taps>(kernel.source, weights, picked.row[k + 1]);
+      const __m512i both = _mm512_mask_blend_epi16(0xAAAAAAAA, upper, _mm512_slli_epi32(lower, 16));
+      sum = _mm512_dpwssd_epi32(sum, both, weights.down[k / 2]);
+    }
+    store<type>(kernel, sum, destination);
   }
-  for (int k = 0; k < taps; k += 2) {
-    const __m512i upper = weigh_across<type, taps>(kernel, weights, picked.row[k]);
-    const __m512i lower = weigh_across<type, taps>(kernel, weights, picked.row[k + 1]);
-    const __m512i both = _mm512_mask_blend_epi16(0xAAAAAAAA, upper, _mm512_slli_epi32(lower, 16));
-    sum = _mm512_dpwssd_epi32(sum, both, weights.down[k / 2]);
-  }
-  store<type, taps>(kernel, sum, destination);
 }
 
+// How a row's positions go.  They hardly bend within one, so that all of its vectors are sampled alike.
+struct Course {
+  bool flat;                // vectors fit flat windows
+  bool backwards, upwards;  // the window's corner lies at the last lane's column, or row
+};
+
 template <SampleType type, int taps>
-BISEAM_STEP bool sample_flat(const Kernel<taps>& kernel, Corner corner, const Places& places, uint8_t* destination) {
+BISEAM_STEP Course course_of(const int32_t* x, const int32_t* y, int count) {
+  if (count == 0) return {};
+  using W = Window<type, taps>;
+  constexpr int columns = (W::kFlatBytes - W::kReach) / Shape<type>::kUnit, rows = W::kFlatRows - 1;
+  const int64_t across = int64_t{x[count - 1]} - x[0], down = int64_t{y[count - 1]} - y[0];
+  const int64_t steps = count - 1, room = steps << 16, lanes = Shape<type>::kSamples - 1;
+  return {std::max(across, -across) * lanes <= room * columns && std::max(down, -down) * lanes <= room * rows, across < 0,
+          down < 0};
+}
+
+template <SampleType type>
+BISEAM_STEP Places places_of(const int32_t* x, const int32_t* y, int half_phase) {
+  return {_mm512_add_epi32(load_positions<type>(x), all(half_phase)),
+          _mm512_add_epi32(load_positions<type>(y), all(half_phase))};
+}
+
+// The corner of the window of lanes first to last.
+template <int taps>
+BISEAM_STEP Corner corner_of(const int32_t* x, const int32_t* y, int first, int last, const Course& course) {
+  return {Phases<taps>::first_of(x[course.backwards ? last : first]), Phases<taps>::first_of(y[course.upwards ? last : first])};
+}
+
+template <SampleType type, int taps, SampleOutput output>
+BISEAM_STEP bool sample_flat(const Kernel<taps, output>& kernel, const int32_t* x, const int32_t* y, const Course& course,
+                             uint8_t* destination) {
   using W = Window<type, taps>;
   constexpr int width = W::kFlatBytes / Shape<type>::kUnit, room = (W::kFlatBytes - W::kReach) / Shape<type>::kUnit + 1;
+  constexpr int before = Phases<taps>::kBefore;
   const SampleSource& source = kernel.source;
+  Corner corner = corner_of<taps>(x, y, 0, Shape<type>::kSamples - 1, course);
   corner = {std::min(corner.column, source.width - width), std::min(corner.row, source.height - (taps + W::kFlatRows - 1))};
   if ((corner.column | corner.row) < 0) return false;
-  const __m512i column = _mm512_sub_epi32(_mm512_srai_epi32(places.x, 16), all(corner.column + kernel.kBefore));
-  const __m512i row = _mm512_sub_epi32(_mm512_srai_epi32(places.y, 16), all(corner.row + kernel.kBefore));
+  const Places places = places_of<type>(x, y, Phases<taps>::kHalf);
+  const __m512i column = _mm512_sub_epi32(_mm512_srai_epi32(places.x, 16), all(corner.column + before));
+  const __m512i row = _mm512_sub_epi32(_mm512_srai_epi32(places.y, 16), all(corner.row + before));
   if (within(column, row, room, W::kFlatRows) != 0xFFFF) return false;
   const uint8_t* window = source.first + corner.row * source.stride + std::ptrdiff_t{corner.column} * Shape<type>::kUnit;
   ask_for_row(window, source.stride, taps + W::kFlatRows + 4);
   const auto picked = pick_flat<type, taps>(window, source.stride, byte_indices<type, taps, W::kFlatBytes>(column, row));
-  finish_lanes<type, taps>(kernel, picked, places, destination);
+  finish_lanes(kernel, picked, places, destination);
   return true;
 }
 
-template <SampleType type, int taps>
-BISEAM_STEP bool sample_steep(const Kernel<taps>& kernel, Corner left, Corner right, const Places& places,
+template <SampleType type, int taps, SampleOutput output>
+BISEAM_STEP bool sample_steep(const Kernel<taps, output>& kernel, const int32_t* x, const int32_t* y, const Course& course,
                               uint8_t* destination) {
   using W = Window<type, taps>;
+  if constexpr (W::kReach > W::kSteepBytes) return false;
   constexpr int width = W::kSteepBytes / Shape<type>::kUnit, room = (W::kSteepBytes - W::kReach) / Shape<type>::kUnit + 1;
+  constexpr int samples = Shape<type>::kSamples, half = samples / 2, before = Phases<taps>::kBefore;
   const SampleSource& source = kernel.source;
   const int last_column = source.width - width, last_row = source.height - (taps + W::kSteepRows - 1);
+  Corner left = corner_of<taps>(x, y, 0, half - 1, course), right = corner_of<taps>(x, y, half, samples - 1, course);
   left = {std::min(left.column, last_column), std::min(left.row, last_row)};
   right = {std::min(right.column, last_column), std::min(right.row, last_row)};
   if ((left.column | left.row | right.column | right.row) < 0) return false;
-  constexpr int before = Kernel<taps>::kBefore;
+  const Places places = places_of<type>(x, y, Phases<taps>::kHalf);
   const __m512i corner_column = _mm512_mask_blend_epi32(0xFF00, all(left.column + before), all(right.column + before));
   const __m512i corner_row = _mm512_mask_blend_epi32(0xFF00, all(left.row + before), all(right.row + before));
   const __m512i column = _mm512_sub_epi32(_mm512_srai_epi32(places.x, 16), corner_column);
@@ -232,48 +288,46 @@ BISEAM_STEP bool sample_steep(const Kernel<taps>& kernel, Corner left, Corner ri
   };
   const auto picked =
       pick_steep<type, taps>(window(left), window(right), source.stride, byte_indices<type, taps, W::kSteepBytes>(column, row));
-  finish_lanes<type, taps>(kernel, picked, places, destination);
+  finish_lanes(kernel, picked, places, destination);
   return true;
 }
 
-template <SampleType type, int taps>
-BISEAM_STEP bool sample_lanes(const Kernel<taps>& kernel, const int32_t* x, const int32_t* y, uint8_t* destination) {
-  using W = Window<type, taps>;
-  constexpr int samples = Shape<type>::kSamples, unit = Shape<type>::kUnit, half = samples / 2;
-  const Places places = {_mm512_add_epi32(load_positions<type>(x), all(kernel.kHalfPhase)),
-                         _mm512_add_epi32(load_positions<type>(y), all(kernel.kHalfPhase))};
-  const int x0 = kernel.first_of(x[0]), x1 = kernel.first_of(x[samples - 1]), low_x = std::min(x0, x1);
-  const int y0 = kernel.first_of(y[0]), y1 = kernel.first_of(y[samples - 1]), low_y = std::min(y0, y1);
-  if ((std::max(x0, x1) - low_x) * unit + W::kReach <= W::kFlatBytes && std::max(y0, y1) - low_y < W::kFlatRows) {
-    return sample_flat<type, taps>(kernel, {low_x, low_y}, places, destination);
-  }
-  if constexpr (W::kReach <= W::kSteepBytes) {
-    const int x2 = kernel.first_of(x[half - 1]), x3 = kernel.first_of(x[half]);
-    const int y2 = kernel.first_of(y[half - 1]), y3 = kernel.first_of(y[half]);
-    return sample_steep<type, taps>(kernel, {std::min(x0, x2), std::min(y0, y2)}, {std::min(x3, x1), std::min(y3, y1)}, places,
-                                    destination);
-  }
-  return false;
-}
-
-template <SampleType type, int taps>
+// Where the row as a whole has misled about a vector.
+template <SampleType type, int taps, SampleOutput output>
 BISEAM_AVX512 bool sample_alone(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination) noexcept {
-  return sample_lanes<type, taps>(Kernel<taps>(job), x, y, destination);
+  const Kernel<taps, output> kernel(job);
+  const Course course = course_of<type, taps>(x, y, Shape<type>::kSamples);
+  return course.flat ? sample_flat<type>(kernel, x, y, course, destination)
+                     : sample_steep<type>(kernel, x, y, course, destination);
 }
 
-template <SampleType type, int taps>
-BISEAM_AVX512 void sample_type(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination, int count) {
-  constexpr int samples = Shape<type>::kSamples;
-  const Kernel<taps> kernel(job);
-  const int bytes = output_bytes_of(type, job.output);
+template <SampleType type, int taps, SampleOutput output>
+BISEAM_AVX512 void sample_output(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination, int count) {
+  constexpr int samples = Shape<type>::kSamples, bytes = output_bytes_of(type, output);
+  const VectorKernel alone{sample_alone<type, taps, output>, samples, sample_row_avx2};
+  const Kernel<taps, output> kernel(job);
+  const Course course = course_of<type, taps>(x, y, count);
   int i = 0;
-  for (; i + samples <= count; i += samples) {
-    if (!sample_lanes<type, taps>(kernel, x + i, y + i, destination + i * bytes)) {
-      sample_row_avx2(job, x + i, y + i, destination + i * bytes, samples);
+  if (course.flat) {
+    for (; i + samples <= count; i += samples) {
+      if (sample_flat<type>(kernel, x + i, y + i, course, destination + i * bytes)) continue;
+      sample_rest(alone, job, x + i, y + i, destination + i * bytes, samples);
+    }
+  } else {
+    for (; i + samples <= count; i += samples) {
+      if (sample_steep<type>(kernel, x + i, y + i, course, destination + i * bytes)) continue;
+      sample_rest(alone, job, x + i, y + i, destination + i * bytes, samples);
     }
   }
-  if (i < count) {
-    sample_rest({sample_alone<type, taps>, samples, sample_row_avx2}, job, x + i, y + i, destination + i * bytes, count - i);
+  if (i < count) sample_rest(alone, job, x + i, y + i, destination + i * bytes, count - i);
+}
+
+template <SampleType type, int taps>
+BISEAM_STEP void sample_type(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination, int count) {
+  if (job.output == SampleOutput::fine) {
+    sample_output<type, taps, SampleOutput::fine>(job, x, y, destination, count);
+  } else {
+    sample_output<type, taps, SampleOutput::samples>(job, x, y, destination, count);
   }
 }
 
@@ -301,7 +355,9 @@ BISEAM_AVX512 void sample_row_avx512(const SampleJob& job, const int32_t* x, con
   if (&kernel == job.down && kernel.phase_bits == 7) {
     return kernel.taps == 4 ? sample_taps<4>(job, x, y, bytes, count) : sample_taps<6>(job, x, y, bytes, count);
   }
-  if (!sample_widened_avx512(job, x, y, bytes, count)) sample_row_avx2(job, x, y, destination, count);
+  // So few taps would leave most of a vector empty.
+  const bool few = kernel.taps <= 4 && job.down->taps <= 4;
+  if (few || !sample_widened_avx512(job, x, y, bytes, count)) sample_row_avx2(job, x, y, destination, count);
 }
 
 }  // namespace biseam::ring
