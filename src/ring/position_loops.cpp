@@ -1,5 +1,7 @@
 #include "ring/position_loops.hpp"
 
+#include <bit>
+
 #include "base/loop_versions.hpp"
 #include "ring/positions.hpp"
 
@@ -63,7 +65,7 @@ struct Stretch {
 
 BISEAM_LOOP Stretch stretch_of(const SampleRun& run, int index, int bits) noexcept {
   const auto samples_before = [&](int node) {
-    const int count = ((node << bits) - run.start + run.step - 1) / run.step;
+    const int count = ((node << bits) - run.start + run.step - 1) >> std::countr_zero(static_cast<unsigned>(run.step));
     return count < 0 ? 0 : count > run.count ? run.count : count;
   };
   const int first = samples_before(index);
@@ -74,10 +76,9 @@ BISEAM_LOOP int stretches(const SampleRun& run, int bits) noexcept {
   return ((run.start + (run.count - 1) * run.step) >> bits) + 1;
 }
 
-BISEAM_LOOP std::int32_t node_value(const NodeWindow& w, int column, int row) noexcept {
-  const std::uint32_t node = static_cast<std::uint32_t>(w.nodes[row * w.stride + column]);
-  return static_cast<std::int32_t>(node - static_cast<std::uint32_t>(w.offset) + static_cast<std::uint32_t>(w.halvings)) >>
-         w.halvings;
+BISEAM_LOOP std::int32_t node_value(const NodeWindow& w, std::int32_t node) noexcept {
+  const std::uint32_t value = static_cast<std::uint32_t>(node) - static_cast<std::uint32_t>(w.offset);
+  return static_cast<std::int32_t>(value + static_cast<std::uint32_t>(w.halvings)) >> w.halvings;
 }
 
 // Vectors of a fixed length, as compilers make none of short loops whose length they don't know.
@@ -95,13 +96,42 @@ BISEAM_LOOP void fill_stretch(const Cubic& v, const Stretch& stretch, int step, 
   for (; i < count; ++i) out[i] = at(v, stretch.place + i * step, bits);
 }
 
-BISEAM_LOOP void fill_column(const NodeWindow& w, int column, std::int32_t* out) noexcept {
+constexpr int kGroup = 8;
+
+// Cubics of as many columns of nodes, which are worked out together.
+struct ColumnCubics {
+  alignas(32) std::int32_t a[kGroup], b[kGroup], c[kGroup], d[kGroup];
+};
+
+// Down through the nodes of a row of them and the three below.  Past the last column they mean nothing.
+BISEAM_LOOP void find_cubics_down(const NodeWindow& w, int column, int columns, int row, ColumnCubics& cubics) noexcept {
+  alignas(32) std::int32_t nodes[4][kGroup];
+  for (int j = 0; j < 4; ++j) {
+    const std::int32_t* const from = w.nodes + (row + j) * w.stride + column;
+    for (int i = 0; i < kGroup; ++i) nodes[j][i] = from[i < columns ? i : 0];
+  }
+  BISEAM_KEEP_LOOP
+  for (int i = 0; i < kGroup; ++i) {
+    const std::int32_t four[4] = {node_value(w, nodes[0][i]), node_value(w, nodes[1][i]), node_value(w, nodes[2][i]),
+                                  node_value(w, nodes[3][i])};
+    const Cubic v = cubic_through(w, four);
+    cubics.a[i] = v.a;
+    cubics.b[i] = v.b;
+    cubics.c[i] = v.c;
+    cubics.d[i] = v.d;
+  }
+}
+
+BISEAM_LOOP void fill_columns(const NodeWindow& w, int first, int columns, std::int32_t (*out)[kBlockHeight]) noexcept {
   const int count = stretches(w.down, w.bits);
   for (int j = 0; j < count; ++j) {
-    const std::int32_t nodes[4] = {node_value(w, column, j), node_value(w, column, j + 1), node_value(w, column, j + 2),
-                                   node_value(w, column, j + 3)};
+    ColumnCubics cubics;
+    find_cubics_down(w, first, columns, j, cubics);
     const Stretch stretch = stretch_of(w.down, j, w.bits);
-    fill_stretch(cubic_through(w, nodes), stretch, w.down.step, w.bits, out + stretch.first);
+    for (int i = 0; i < columns; ++i) {
+      const Cubic v = {cubics.a[i], cubics.b[i], cubics.c[i], cubics.d[i]};
+      fill_stretch(v, stretch, w.down.step, w.bits, out[i] + stretch.first);
+    }
   }
 }
 
@@ -150,11 +180,10 @@ BISEAM_LOOP void interpolate(const NodeWindow& window, std::int32_t* out) noexce
   const NodeWindow w = window;
   alignas(64) std::int32_t columns[kMostColumns][kBlockHeight];
   const int count = stretches(w.across, w.bits);
-  for (int i = 0; i < 3; ++i) fill_column(w, i, columns[i]);
-  for (int i = 0; i < count; ++i) {
-    fill_column(w, i + 3, columns[i + 3]);
-    fill_rows(w, stretch_of(w.across, i, w.bits), columns + i, out);
+  for (int i = 0; i < count + 3; i += kGroup) {
+    fill_columns(w, i, count + 3 - i < kGroup ? count + 3 - i : kGroup, columns + i);
   }
+  for (int i = 0; i < count; ++i) fill_rows(w, stretch_of(w.across, i, w.bits), columns + i, out);
 }
 
 }  // namespace

@@ -10,7 +10,7 @@ namespace biseam::ring {
 
 // Samples along one direction of a block.  Positions count in half luma pixels from the first node that bounds the block.
 struct SampleRun {
-  int start, step;  // 0 <= start < 2^bits
+  int start, step;  // 0 <= start < 2^bits; a power of 2
   int count;
 };
 
