@@ -135,14 +135,18 @@ void look_up_corrections(const int16_t* corrections, StripShape shape, const Anc
   }
 }
 
-void look_up_distances(const SeamRamp& ramp, const AnchorPlaces& places, AnchorBand& band) noexcept {
+DistanceRange look_up_distances(const SeamRamp& ramp, const AnchorPlaces& places, AnchorBand& band) noexcept {
   int32_t row[kAnchorColumns];
+  DistanceRange range{INT32_MAX, INT32_MIN};
   for (int j = 0; j < places.count.rows; ++j) {
     for (int i = 0; i < places.count.columns; ++i) {
       row[i] = distance_from_seam(ramp, places.t.values[j][i], places.b.values[j][i]);
+      range.least = std::min(range.least, row[i]);
+      range.largest = std::max(range.largest, row[i]);
     }
     kFillAnchorRow.best()(row, band.values[j], places.count.columns - 1);
   }
+  return range;
 }
 
 void row_of_band(const AnchorBand& band, int y, int32_t* out, int count) noexcept {

@@ -42,8 +42,11 @@ void place_anchors(const Mesh& mesh, const Block& block, const PlaneGrid& grid, 
 
 void look_up_corrections(const int16_t* corrections, StripShape shape, const AnchorPlaces& places, AnchorBand& band) noexcept;
 
-// Distances from the seam towards lens 1, Q16, held within 2^24 of it.
-void look_up_distances(const SeamRamp& ramp, const AnchorPlaces& places, AnchorBand& band) noexcept;
+// Distances from the seam towards lens 1, Q16, held within 2^24 of it: the least and the largest of the anchors'.
+struct DistanceRange {
+  int32_t least, largest;
+};
+DistanceRange look_up_distances(const SeamRamp& ramp, const AnchorPlaces& places, AnchorBand& band) noexcept;
 
 // Where the anchors lie in the luma of a lens's picture.
 struct AnchorPositions {

@@ -36,6 +36,12 @@ SampleJob job_of(const Painting& painting, const BlockPlan& plan, int lens, int 
           &axis_weights(painting.quality, widenings.down), output};
 }
 
+// Whether a plane's samples stand where the one before has them, so that all that depends on places is there already.
+bool stands_as_before(const Painting& painting, int plane) noexcept {
+  return plane > 0 && painting.panorama.plane[plane].grid == painting.panorama.plane[plane - 1].grid &&
+         painting.picture.plane[plane].grid == painting.picture.plane[plane - 1].grid;
+}
+
 void find_positions(const Painting& painting, const BlockPlan& plan, int lens, int plane, BlockValues& x,
                     BlockValues& y) noexcept {
   lens_positions(*painting.mesh, lens, plan.block, painting.panorama.plane[plane].grid, painting.picture.plane[plane].grid, x,
@@ -49,17 +55,24 @@ struct Needed {
   bool lens[2];
 };
 
-Needed find_needed(const AnchorBand& distances, AnchorCount count, int32_t ramp) noexcept {
-  int32_t least = INT32_MAX, largest = INT32_MIN;
-  for (int j = 0; j < count.rows; ++j) {
-    for (int i = 0; i < (count.columns - 1) * kAnchorSpacing; ++i) {
-      least = std::min(least, distances.values[j][i]);
-      largest = std::max(largest, distances.values[j][i]);
-    }
+// Values between anchors lie between theirs; the ramp's ends are taken into it by a little more than all rounding.
+Needed needed_within(const DistanceRange& distances, int32_t ramp) noexcept {
+  const int32_t reach = ramp / 2 + 16;
+  return {{distances.least < reach, -reach < distances.largest}};
+}
+
+// Where a plane's samples lie on the ring, and in the pictures of the lenses that they need.
+Needed place_in_ring(const Painting& painting, const BlockPlan& plan, const PlaneBlock& samples, PaintMemory& memory) noexcept {
+  const PlaneGrid& grid = samples.format->grid;
+  place_anchors(*painting.mesh, plan.block, grid, painting.ring.shape, memory.places);
+  const DistanceRange distances = look_up_distances(painting.ring.ramp, memory.places, memory.distances);
+  memory.edge = find_edge(*painting.mesh, grid, painting.ring.shape, memory.places);
+  if (memory.edge.near) look_up_across(memory.places, memory.across);
+  const Needed needed = needed_within(distances, painting.ring.ramp.across);
+  for (int lens = 0; lens < 2; ++lens) {
+    if (needed.lens[lens]) find_positions(painting, plan, lens, samples.plane, memory.x[lens], memory.y[lens]);
   }
-  // Bands hold four times their values; the ramp's ends are taken into it by half a sample's rounding.
-  const int32_t reach = 2 * ramp + 64;
-  return {{least<reach, largest> - reach}};
+  return needed;
 }
 
 // Fine samples of the panorama's luma, which is painted before its chroma, at the places of a row of chroma samples.
@@ -118,7 +131,6 @@ struct LensSamples {
 
 LensSamples prepare_lens(const Painting& painting, const BlockPlan& plan, int lens, const PlaneBlock& samples,
                          PaintMemory& memory) noexcept {
-  find_positions(painting, plan, lens, samples.plane, memory.x[lens], memory.y[lens]);
   for (int c = 0; c < channels_of(samples); ++c) {
     look_up_corrections(painting.ring.corrections[lens][samples.format->channels[c]], painting.ring.shape, memory.places,
                         memory.corrections[lens][c]);
@@ -228,7 +240,9 @@ void paint_lens_block(const Painting& painting, const BlockPlan& plan, PaintMemo
   const int lens = plan.kind == BlockKind::lens1 ? 1 : 0;
   for (int plane = 0; plane < painting.panorama.planes; ++plane) {
     const PlaneBlock samples(painting, plan.block, plane);
-    find_positions(painting, plan, lens, plane, memory.x[lens], memory.y[lens]);
+    if (!stands_as_before(painting, plane)) {
+      find_positions(painting, plan, lens, plane, memory.x[lens], memory.y[lens]);
+    }
     if (painting.lights[lens].any) {
       paint_lit(painting, plan, lens, samples, memory);
       continue;
@@ -242,13 +256,10 @@ void paint_lens_block(const Painting& painting, const BlockPlan& plan, PaintMemo
 }
 
 void paint_ring_block(const Painting& painting, const BlockPlan& plan, PaintMemory& memory) noexcept {
+  Needed needed{};
   for (int plane = 0; plane < painting.panorama.planes; ++plane) {
     const PlaneBlock samples(painting, plan.block, plane);
-    place_anchors(*painting.mesh, plan.block, samples.format->grid, painting.ring.shape, memory.places);
-    look_up_distances(painting.ring.ramp, memory.places, memory.distances);
-    memory.edge = find_edge(*painting.mesh, samples.format->grid, painting.ring.shape, memory.places);
-    if (memory.edge.near) look_up_across(memory.places, memory.across);
-    const Needed needed = find_needed(memory.distances, memory.places.count, painting.ring.ramp.across);
+    if (!stands_as_before(painting, plane)) needed = place_in_ring(painting, plan, samples, memory);
     if (!needed.lens[1]) {
       paint_corrected(painting, plan, 0, samples, memory);
     } else if (!needed.lens[0]) {

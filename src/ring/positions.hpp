@@ -11,6 +11,8 @@ namespace biseam::ring {
 struct PlaneGrid {
   int bits_x = 0, bits_y = 0;  // every 2^bits-th luma sample has one: 0 or 1
   int half_x = 0, half_y = 0;  // the first stands so many half luma samples right of and below the first luma sample: 0 or 1
+
+  bool operator==(const PlaneGrid&) const = default;
 };
 
 inline constexpr int kBlockWidth = 64, kBlockHeight = 32;

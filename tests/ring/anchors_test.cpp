@@ -125,13 +125,15 @@ TEST(Anchors, DistancesAreThoseFromTheSeam) {
   path.back() = path.front();
   const AnchorPlaces places = random_places(random, kShape);
   AnchorBand band;
-  ring::look_up_distances({path.data(), kShape.length, 1 << 17}, places, band);
+  const ring::DistanceRange range = ring::look_up_distances({path.data(), kShape.length, 1 << 17}, places, band);
   for (int j = 0; j < ring::kAnchorRows; ++j) {
     for (int i = 0; i < ring::kAnchorColumns - 1; ++i) {
       const int32_t t = places.t.values[j][i];
       const std::size_t row = std::size_t(t >> 16);
       const double seam = path[row] + (path[row + 1] - path[row]) * ((t & 0xffff) / 65536.0);
       ASSERT_NEAR(band.values[j][4 * i] / 4.0, places.b.values[j][i] - seam, 1);
+      ASSERT_LE(4 * range.least, band.values[j][4 * i]);
+      ASSERT_GE(4 * range.largest, band.values[j][4 * i]);
     }
   }
   expect_bilinear(band, [&](int j, int i) {
