@@ -55,14 +55,28 @@ TEST(Split, TheShapeTellsTheLayoutUnlessItIsGiven) {
   EXPECT_EQ(halves[1].height, 16);
 }
 
-TEST(Split, HalvesOfOddSidesAreRefused) {
-  const Libav<AVFrame> picture = test::make_frame(AV_PIX_FMT_NV12, 18, 10);
-  BiseamPicture halves[2];
-  const auto [code, across] = test::failure_of([&] { split(*picture, Layout::side_by_side, "in.png", halves); });
-  EXPECT_EQ(code, ExitCode::input);
-  EXPECT_EQ(across, "in.png: two circles side by side need a width divisible by 4, it is 18");
-  EXPECT_EQ(test::failure_of([&] { split(*picture, Layout::top_bottom, "in.png", halves); }).second,
-            "in.png: two circles one above the other need a height divisible by 4, it is 10");
+TEST(Split, HalvesThatArentWholeAreRefused) {
+  struct Case {
+    AVPixelFormat format;
+    int across, down;  // what the sides have to be divisible by
+  };
+  for (const Case& c : {Case{AV_PIX_FMT_NV12, 4, 4}, Case{AV_PIX_FMT_YUV420P12, 4, 4}, Case{AV_PIX_FMT_YUV422P, 4, 2},
+                        Case{AV_PIX_FMT_YUV444P, 2, 2}, Case{AV_PIX_FMT_GBRP12, 2, 2}, Case{AV_PIX_FMT_GRAY8, 2, 2}}) {
+    SCOPED_TRACE(av_get_pix_fmt_name(c.format));
+    for (int side = 8; side < 16; ++side) {
+      const Libav<AVFrame> picture = test::make_frame(c.format, side, side);
+      BiseamPicture halves[2];
+      const auto expect_rule = [&](Layout layout, int step, const std::string& text) {
+        if (side % step == 0) return split(*picture, layout, "in.png", halves);
+        const auto [code, line] = test::failure_of([&] { split(*picture, layout, "in.png", halves); });
+        EXPECT_EQ(code, ExitCode::input);
+        EXPECT_EQ(line,
+                  "in.png: two circles " + text + " divisible by " + std::to_string(step) + ", it is " + std::to_string(side));
+      };
+      expect_rule(Layout::side_by_side, c.across, "side by side need a width");
+      expect_rule(Layout::top_bottom, c.down, "one above the other need a height");
+    }
+  }
 }
 
 }  // namespace

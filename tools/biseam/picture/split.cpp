@@ -24,12 +24,13 @@ std::ptrdiff_t bytes_to(const AVPixFmtDescriptor& format, int plane, int column)
 void split(const AVFrame& picture, Layout layout, const std::string& name, BiseamPicture (&halves)[2]) {
   const bool across = layout == Layout::automatic ? picture.width >= picture.height : layout == Layout::side_by_side;
   const int side = across ? picture.width : picture.height;
-  if (side % 4 != 0) {
+  const AVPixFmtDescriptor& format = *av_pix_fmt_desc_get(AVPixelFormat(picture.format));
+  const int step = 2 << (across ? format.log2_chroma_w : format.log2_chroma_h);  // whole samples of chroma in each half
+  if (side % step != 0) {
     throw Failure(ExitCode::input, name + ": two circles " +
                                        (across ? "side by side need a width" : "one above the other need a height") +
-                                       " divisible by 4, it is " + std::to_string(side));
+                                       " divisible by " + std::to_string(step) + ", it is " + std::to_string(side));
   }
-  const AVPixFmtDescriptor& format = *av_pix_fmt_desc_get(AVPixelFormat(picture.format));
   const int half = side / 2;
   halves[0] = engine_picture(picture);
   (across ? halves[0].width : halves[0].height) = half;

@@ -14,8 +14,7 @@ enum class Layout {
   top_bottom
 };
 
-// The two halves, views of the same planes.  Throws Failure (input) naming the file unless both have whole chroma samples, and
-// even sides.
+// The two halves, views of the same planes.  Throws Failure (input) naming the file unless both are whole, in all planes.
 void split(const AVFrame& picture, Layout layout, const std::string& name, BiseamPicture (&halves)[2]);
 
 }  // namespace biseam::tool
