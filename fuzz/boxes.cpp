@@ -1,15 +1,13 @@
-// The boxes of QuickTime files: a movie of any bytes is left alone, or gets what was asked for and knows its new size; a file
-// of any bytes has a movie at its end, or none.
-#include <algorithm>
+// The boxes of MP4 and QuickTime files: a movie of any bytes is left alone, or gets what was asked for and knows its new size;
+// so does an index whose packets are to lie elsewhere, and pieces of any bytes say where packets lie, or are refused.
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "clip/write/mov_boxes.hpp"
+#include "clip/write/sample_places.hpp"
 #include "fuzz/expect.hpp"
 #include "fuzz/input.hpp"
-#include "fuzz/memory_file.hpp"
 
 using namespace biseam;
 using namespace biseam::tool;
@@ -38,12 +36,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::expect(done || movie == given, "what is refused is left alone");
   fuzz::expect(!done || (movie.size() >= given.size() && told_size(movie) == movie.size()), "a movie knows its size");
 
-  const fuzz::MemoryFile file(data, size);
-  if (const std::optional<MovieBox> found = read_movie(file.descriptor())) {
-    const std::size_t at = std::size_t(found->at);
-    fuzz::expect(at + found->bytes.size() == size, "the movie is the last box");
-    fuzz::expect(std::equal(found->bytes.begin(), found->bytes.end(), data + at), "its bytes are those of the file");
-    fuzz::expect(std::string(data + at + 4, data + at + 8) == "moov", "it is a movie");
-  }
+  std::vector<PacketRun> runs;
+  const bool is_piece = read_runs(given, 0, runs);
+  std::uint64_t packets = 0;
+  for (const PacketRun& run : runs) packets += run.packets;
+  if (!is_piece || packets > size) runs = {{1, 64, 2}, {2, 96, 1}, {1, 1ull << 40, 3}};
+  movie = given;
+  const bool is_placed = place_samples(movie, runs);
+  fuzz::expect(is_placed || movie == given, "what doesn't fit is left alone");
+  fuzz::expect(!is_placed || told_size(movie) == movie.size(), "a movie knows its size");
   return 0;
 }

@@ -54,13 +54,16 @@ std::string kill_run(const ScratchFolder& folder, const std::string& output, std
   return left;
 }
 
-TEST(Rescue, MatroskaPlaysAsItIs) {
+class Rescue : public testing::TestWithParam<const char*> {};
+
+TEST_P(Rescue, WhatIsLeftPlaysAsItIs) {
+  const std::string name = std::string("out.") + GetParam();
   const ScratchFolder folder, whole;
-  const std::string left = kill_run(folder, "out.mkv", 200000);
+  const std::string left = kill_run(folder, name, 200000);
   const Finished finished =
-      run_stitch(with({"-", "-o", whole / "out.mkv", "--preset", "ultrafast"}, known_lenses()), y4m_frames(kFrames));
+      run_stitch(with({"-", "-o", whole / name, "--preset", "ultrafast"}, known_lenses()), y4m_frames(kFrames));
   EXPECT_EQ(finished.exit_code, 0) << finished.err;
-  const ClipProbe rescued(folder / left), expected(whole / "out.mkv");
+  const ClipProbe rescued(folder / left), expected(whole / name);
   EXPECT_TRUE(rescued.spherical);
   ASSERT_GE(rescued.pictures.size(), 100u);
   ASSERT_LE(rescued.pictures.size(), expected.pictures.size());
@@ -70,7 +73,9 @@ TEST(Rescue, MatroskaPlaysAsItIs) {
   }
 }
 
-TEST(Rescue, RawFramesAreWholeToTheLast) {
+INSTANTIATE_TEST_SUITE_P(Clips, Rescue, testing::Values("mkv", "mp4", "mov"), [](const auto& kind) { return kind.param; });
+
+TEST(RescueOfRawFrames, AreWholeToTheLast) {
   const ScratchFolder folder, whole;
   const std::string left = kill_run(folder, "out.y4m", 4 << 20);
   const Finished finished = run_stitch(with({"-", "-o", whole / "out.y4m"}, known_lenses()), y4m_frames(kFrames));

@@ -3,13 +3,10 @@
 #include <algorithm>
 #include <new>
 #include <numeric>
-#include <optional>
-#include <vector>
 
 #include "base/extension.hpp"
 #include "base/failure.hpp"
 #include "clip/write/clip_metadata.hpp"
-#include "clip/write/mov_boxes.hpp"
 #include "clip/write/stream_fit.hpp"
 #include "media/libav_log.hpp"
 
@@ -83,6 +80,18 @@ int ClipMuxer::movie_timescale() const {
   return int(scale);
 }
 
+// The muxer writes both into MP4 files itself.
+std::vector<TrackAddition> ClipMuxer::track_additions() const {
+  if (std::string(format_.name) != "mov") return {};
+  std::vector<TrackAddition> tracks(muxer_->nb_streams);
+  for (std::size_t k = 0; k < tracks.size(); ++k) {
+    const AVStream* stream = muxer_->streams[k];
+    const AVDictionaryEntry* language = av_dict_get(stream->metadata, "language", nullptr, 0);
+    tracks[k] = {is_whole_sphere(*stream), language ? language->value : ""};
+  }
+  return tracks;
+}
+
 void ClipMuxer::begin(const AVFormatContext& clip, const ClipSpan& span) {
   copy_clip_metadata(clip, *muxer_);
   copy_chapters(clip, span, *muxer_);
@@ -95,8 +104,9 @@ void ClipMuxer::begin() {
     av_dict_set_int(&options, "movie_timescale", movie_timescale(), 0);
     if (takes_free_keys()) av_dict_set(&options, "movflags", "+use_metadata_tags", 0);
   }
+  if (is_mov_kind() && bytes_.is_seekable()) movie_.emplace(bytes_, *muxer_, track_additions());
   const LibavLog log;
-  const int status = avformat_write_header(muxer_.get(), &options);
+  const int status = movie_ ? movie_->begin(&options) : avformat_write_header(muxer_.get(), &options);
   av_dict_free(&options);
   bytes_.check();
   if (status < 0) throw Failure(ExitCode::output, path_ + ": can't be begun: " + log.reason(status));
@@ -125,34 +135,17 @@ void ClipMuxer::mend_times(CopiedStream& stream, AVPacket& packet) const {
 }
 
 void ClipMuxer::put(AVPacket& packet, const std::string& stream) {
-  const int status = av_interleaved_write_frame(muxer_.get(), &packet);
+  const int status = movie_ ? movie_->put(packet) : av_interleaved_write_frame(muxer_.get(), &packet);
   bytes_.check();
   if (status < 0) throw Failure(ExitCode::output, path_ + ": " + stream + " can't be written: " + libav_reason(status));
 }
 
-bool ClipMuxer::complete_mov() {
-  if (!bytes_.is_seekable()) return true;
-  std::vector<TrackAddition> tracks(muxer_->nb_streams);
-  for (std::size_t k = 0; k < tracks.size(); ++k) {
-    const AVStream* stream = muxer_->streams[k];
-    const AVDictionaryEntry* language = av_dict_get(stream->metadata, "language", nullptr, 0);
-    tracks[k] = {is_whole_sphere(*stream), language ? language->value : ""};
-  }
-  bytes_.flush();
-  bytes_.check();
-  std::optional<MovieBox> movie = read_movie(bytes_.descriptor());
-  if (!movie || !add_to_tracks(movie->bytes, tracks)) return false;
-  avio_seek(bytes_.context(), movie->at, SEEK_SET);
-  avio_write(bytes_.context(), movie->bytes.data(), int(movie->bytes.size()));
-  return true;
-}
-
 bool ClipMuxer::end() {
   const LibavLog log;
-  const int status = av_write_trailer(muxer_.get());
+  const int status = movie_ ? movie_->end() : av_write_trailer(muxer_.get());
   bytes_.check();
   if (status < 0) throw Failure(ExitCode::output, path_ + ": can't be finished: " + log.reason(status));
-  return std::string(format_.name) == "mov" ? complete_mov() : true;
+  return !movie_ || movie_->has_additions();
 }
 
 }  // namespace biseam::tool

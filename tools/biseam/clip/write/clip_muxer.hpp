@@ -3,9 +3,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "clip/write/clip_metadata.hpp"
+#include "clip/write/movie_file.hpp"
 #include "clip/write/output_bytes.hpp"
 #include "media/libav.hpp"
 
@@ -51,20 +54,17 @@ class ClipMuxer {
   void commit() { bytes_.commit(); }
 
  private:
-  struct MuxerDelete {
-    void operator()(AVFormatContext* muxer) const { avformat_free_context(muxer); }
-  };
-
   bool is_mov_kind() const;
   bool takes_free_keys() const;
   int movie_timescale() const;
   void mend_times(CopiedStream& stream, AVPacket& packet) const;
-  bool complete_mov();
+  std::vector<TrackAddition> track_additions() const;
 
   const std::string path_;
   const AVOutputFormat& format_;
   OutputBytes bytes_;
   std::unique_ptr<AVFormatContext, MuxerDelete> muxer_;
+  std::optional<MovieFile> movie_;  // of MP4 and QuickTime
 };
 
 }  // namespace biseam::tool

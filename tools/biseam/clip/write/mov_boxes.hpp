@@ -1,11 +1,10 @@
 // What libav's muxer leaves out of QuickTime files.
 #pragma once
 
-#include <cstdint>
-#include <optional>
 #include <span>
 #include <string>
-#include <vector>
+
+#include "clip/write/boxes.hpp"
 
 namespace biseam::tool {
 
@@ -16,14 +15,6 @@ struct TrackAddition {
 
 // Adds to the tracks of a movie box, which begins with its own size, in their order.  False and nothing done when the box is
 // not laid out as expected.
-bool add_to_tracks(std::vector<std::uint8_t>& movie, std::span<const TrackAddition> tracks);
-
-struct MovieBox {
-  std::int64_t at = 0;  // in the file
-  std::vector<std::uint8_t> bytes;
-};
-
-// The movie box of a finished file, if it is the last one and may grow.
-std::optional<MovieBox> read_movie(int descriptor);
+bool add_to_tracks(Bytes& movie, std::span<const TrackAddition> tracks);
 
 }  // namespace biseam::tool

@@ -57,6 +57,11 @@ void OutputBytes::check() const {
   throw system_failure(ExitCode::output, name(), "can't be written");
 }
 
+void OutputBytes::sync() {
+  flush();
+  if (error_ == 0 && ::fsync(file_.descriptor()) != 0) error_ = errno;
+}
+
 void OutputBytes::commit() {
   flush();
   check();

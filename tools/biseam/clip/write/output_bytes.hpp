@@ -16,11 +16,11 @@ class OutputBytes {
 
   AVIOContext* context() const { return context_.get(); }
   const std::string& name() const { return file_.name(); }
-  int descriptor() const { return file_.descriptor(); }
   bool is_seekable() const { return seekable_; }
 
   void flush() { avio_flush(context_.get()); }
   void check() const;  // throws Failure (output) when something could not be written so far
+  void sync();         // flushes and waits for the disk
   void commit();       // flushes and gives the file its name
 
  private:
