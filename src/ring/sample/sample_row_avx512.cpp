@@ -32,7 +32,6 @@ BISEAM_STEP __m512i load_positions(const int32_t* at) {
 // know.
 template <int taps, SampleOutput output>
 struct Kernel {
-  static constexpr bool kFine = output == SampleOutput::fine;
   SampleSource source;
   const int8_t* parts;
   Finish finish;
@@ -175,10 +174,11 @@ BISEAM_STEP void store(const Kernel<taps, output>& kernel, __m512i sum, uint8_t*
     _mm_storeu_si128(reinterpret_cast<__m128i*>(destination), _mm256_cvtepi32_epi16(halves));
     return;
   }
+  constexpr bool fine = output == SampleOutput::fine;
   constexpr int units = Window<type, taps>::kWhole ? kTapBits - 6 : 0;  // weights are 64ths
-  constexpr int shift = kTapBits + (kernel.kFine ? 0 : kFineBits - 8) - units;
+  constexpr int shift = kTapBits + (fine ? 0 : kFineBits - 8) - units;
   const __m512i rounded = _mm512_srai_epi32(_mm512_add_epi32(sum, all(1 << (shift - 1))), shift);
-  if constexpr (kernel.kFine) {
+  if constexpr (fine) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(destination), _mm512_cvtsepi32_epi16(rounded));
   } else {
     const __m512i positive = _mm512_max_epi32(rounded, _mm512_setzero_si512());
