@@ -103,17 +103,15 @@ struct ColumnCubics {
   alignas(32) std::int32_t a[kGroup], b[kGroup], c[kGroup], d[kGroup];
 };
 
-// Down through the nodes of a row of them and the three below.  Past the last column they mean nothing.
+// Down through the nodes of a row of them and the three below.  Past the last column nothing is read.
 BISEAM_LOOP void find_cubics_down(const NodeWindow& w, int column, int columns, int row, ColumnCubics& cubics) noexcept {
-  alignas(32) std::int32_t nodes[4][kGroup];
-  for (int j = 0; j < 4; ++j) {
-    const std::int32_t* const from = w.nodes + (row + j) * w.stride + column;
-    for (int i = 0; i < kGroup; ++i) nodes[j][i] = from[i < columns ? i : 0];
-  }
+  const std::int32_t* const first = w.nodes + row * w.stride + column;
+  const std::int32_t *const second = first + w.stride, *const third = second + w.stride, *const fourth = third + w.stride;
+  BISEAM_TURNS_APART
   BISEAM_KEEP_LOOP
   for (int i = 0; i < kGroup; ++i) {
-    const std::int32_t four[4] = {node_value(w, nodes[0][i]), node_value(w, nodes[1][i]), node_value(w, nodes[2][i]),
-                                  node_value(w, nodes[3][i])};
+    const std::int32_t four[4] = {i < columns ? node_value(w, first[i]) : 0, i < columns ? node_value(w, second[i]) : 0,
+                                  i < columns ? node_value(w, third[i]) : 0, i < columns ? node_value(w, fourth[i]) : 0};
     const Cubic v = cubic_through(w, four);
     cubics.a[i] = v.a;
     cubics.b[i] = v.b;
