@@ -1,8 +1,8 @@
 // What a run tells about itself.
+#include "stitch/summary.hpp"
+
 #include <gtest/gtest.h>
 
-#include "stitch/seams.hpp"
-#include "stitch/summary.hpp"
 #include "tool/support/clip_maker.hpp"
 #include "tool/support/run_clip.hpp"
 #include "tool/support/scratch_folder.hpp"
@@ -62,12 +62,6 @@ TEST(Summary, SeamsCutStraightDoNotMove) {
   const Finished straight = stitch_clip(folder / "in.mkv", folder / "out.mkv", {"--json", "-", "--no-search"});
   EXPECT_GT(number_in(searched.out, "seam_movement"), 0);
   EXPECT_EQ(number_in(straight.out, "seam_movement"), 0);
-}
-
-TEST(Summary, MovementIsTheMeanOverAllRows) {
-  EXPECT_EQ(seam_movement({10, 12, 14, 16}, {10, 12, 14, 16}), 0);
-  EXPECT_EQ(seam_movement({10, 12, 14, 16}, {12, 12, 10, 16}), 1.5);
-  EXPECT_EQ(seam_movement({}, {}), 0);
 }
 
 TEST(Summary, ARepeatedPictureCountsAsSeamsThatStay) {

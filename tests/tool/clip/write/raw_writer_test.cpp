@@ -6,6 +6,7 @@
 #include "clip/write/panorama_pool.hpp"
 #include "media/pixel_format.hpp"
 #include "tool/support/clip_maker.hpp"
+#include "tool/support/run_clip.hpp"
 #include "tool/support/samples.hpp"
 #include "tool/support/scratch_folder.hpp"
 
@@ -104,6 +105,30 @@ TEST(RawWriter, RawFramesAreNv12AndTellWhatIsLost) {
   EXPECT_EQ(told,
             "biseam: " + written.name("deep.nv12") + ": samples of 10 bits are rounded to 8, chroma is resampled to 4:2:0\n");
   EXPECT_EQ(read_bytes(written.name("deep.nv12")).size(), 36u * 20 * 3 / 2);
+}
+
+TEST(RawWriter, OtherStreamsAreNamedBeforeRawFramesAreWritten) {
+  const ScratchFolder folder;
+  ClipSpec spec;
+  spec.sound = 0.2;
+  write_clip(folder / "in.mp4", spec, walk(3));
+  const Finished refused = run_stitch(with({folder / "in.mp4", "-o", "-"}, known_lenses()));
+  EXPECT_EQ(refused.exit_code, 4);
+  EXPECT_EQ(refused.out, "");
+  EXPECT_NE(refused.err.find("stream 1 (audio, aac)"), std::string::npos) << refused.err;
+  const Finished dropped = run_stitch(with({folder / "in.mp4", "-o", "-", "--drop-streams"}, known_lenses()));
+  EXPECT_EQ(dropped.exit_code, 0) << dropped.err;
+  EXPECT_EQ(dropped.out, stitch_singly(walk(3), known_lenses()));
+}
+
+TEST(RawWriter, TimesThatY4mCantHoldAreTold) {
+  const ScratchFolder folder;
+  ClipSpec spec;
+  spec.times = {0, 512, 4096, 4608};
+  write_clip(folder / "in.mp4", spec, walk(4));
+  const Finished finished = run_stitch(with({folder / "in.mp4", "-o", folder / "out.y4m"}, known_lenses()));
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  EXPECT_NE(finished.err.find("times of 3 frames"), std::string::npos) << finished.err;
 }
 
 }  // namespace

@@ -1,9 +1,12 @@
-// Pictures of 16 bits a sample.
+// Pictures of 16 bits a sample become those of 12.
+#include "picture/decode.hpp"
+
 #include <gtest/gtest.h>
 
 #include "picture/read_picture.hpp"
 #include "picture/write_picture.hpp"
 #include "tool/support/encoded.hpp"
+#include "tool/support/expect_failure.hpp"
 #include "tool/support/samples.hpp"
 #include "tool/support/scratch_folder.hpp"
 
@@ -42,7 +45,7 @@ constexpr Format kFormats[] = {
     {"png", "c.png", AV_PIX_FMT_GRAY16BE, 1, true},  {"png", "d.png", AV_PIX_FMT_YA16BE, 2, true},
     {"tiff", "e.tif", AV_PIX_FMT_RGB48LE, 3, false}, {"tiff", "f.tif", AV_PIX_FMT_GRAY16LE, 1, false}};
 
-TEST(DeepPictures, AreRoundedToTheNearestAndTold) {
+TEST(DecodePicture, AreRoundedToTheNearestAndTold) {
   const test::ScratchFolder folder;
   for (const Format& format : kFormats) {
     SCOPED_TRACE(format.name);
@@ -63,8 +66,35 @@ TEST(DeepPictures, AreRoundedToTheNearestAndTold) {
   }
 }
 
+DecodedPicture decoded(const std::string& path) {
+  Container source(path);
+  return decode_picture(source);
+}
+
+// As JPEG files have it, which can't say so.
+TEST(DecodePicture, ChromaWithoutAPlaceLiesInTheMiddle) {
+  const test::ScratchFolder folder;
+  write_picture(folder / "a.jpg", Nv12(32, 16));
+  const DecodedPicture picture = decoded(folder / "a.jpg");
+  EXPECT_EQ(picture.frame->chroma_location, AVCHROMA_LOC_CENTER);
+  EXPECT_EQ(picture.frame->color_range, AVCOL_RANGE_JPEG);
+  EXPECT_EQ(picture.loss, "");
+}
+
+TEST(DecodePicture, WhatIsSmallerThanTwoByTwoIsRefused) {
+  const test::ScratchFolder folder;
+  for (const Size size : {Size{1, 2}, Size{2, 1}}) {
+    write_picture(folder / "a.png", Rgb(size.width, size.height));
+    const auto [code, line] = test::failure_of([&] { decoded(folder / "a.png"); });
+    EXPECT_EQ(code, ExitCode::input);
+    EXPECT_EQ(line, (folder / "a.png") + ": is smaller than 2 x 2 pixels");
+  }
+  write_picture(folder / "a.png", Rgb(2, 2));
+  EXPECT_EQ(decoded(folder / "a.png").frame->width, 2);
+}
+
 // A flat ramp of all 12-bit values goes through files of 16 bits without a step more or less.
-TEST(DeepPictures, TwelveBitsComeBackFromPng) {
+TEST(DecodePicture, TwelveBitsComeBackFromPng) {
   const test::ScratchFolder folder;
   const Libav<AVFrame> ramp = test::make_frame(AV_PIX_FMT_GBRP12, 64, 64);
   test::fill(*ramp, [](int, int x, int y) { return unsigned(64 * y + x); });

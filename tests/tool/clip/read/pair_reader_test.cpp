@@ -1,4 +1,6 @@
 // Two clips, one of each lens, and one clip with both circles in another layout.
+#include "clip/read/pair_reader.hpp"
+
 #include <gtest/gtest.h>
 
 #include "picture/frame_over.hpp"
@@ -53,7 +55,7 @@ Nv12 picture_of(const std::string& raw) {
   return picture;
 }
 
-TEST(Pairs, TwoClipsAreTheSameAsOne) {
+TEST(PairReader, TwoClipsAreTheSameAsOne) {
   const ScratchFolder folder;
   write_clip(folder / "0.mp4", {}, lens_walk(0, 5));
   write_clip(folder / "1.mp4", {}, lens_walk(1, 5));
@@ -61,14 +63,14 @@ TEST(Pairs, TwoClipsAreTheSameAsOne) {
   EXPECT_EQ(raw_bytes(ClipProbe(folder / "out.mp4").pictures), expected_walk(5));
 }
 
-TEST(Pairs, LensesOneAboveTheOther) {
+TEST(PairReader, LensesOneAboveTheOther) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", {}, walk(3, false));
   expect_success(stitch_clip(folder / "in.mp4", folder / "out.mp4", {"--layout", "top-bottom"}), 3);
   EXPECT_EQ(raw_bytes(ClipProbe(folder / "out.mp4").pictures), expected_walk(3));
 }
 
-TEST(Pairs, PicturesMayBeOneAboveTheOtherToo) {
+TEST(PairReader, PicturesMayBeOneAboveTheOtherToo) {
   const Nv12 across = walk(1, true)[0], down = walk(1, false)[0];
   const Finished finished =
       run_stitch(with({"-", "--size", "120x240", "--layout", "top-bottom", "-o", "-"}, known_lenses()), raw_bytes(down));
@@ -76,7 +78,7 @@ TEST(Pairs, PicturesMayBeOneAboveTheOtherToo) {
   EXPECT_EQ(finished.out, stitch_singly({across}, known_lenses()));
 }
 
-TEST(Pairs, PartnersAreFoundByTimeNotByNumber) {
+TEST(PairReader, PartnersAreFoundByTimeNotByNumber) {
   const ScratchFolder folder;
   ClipSpec late;
   late.times = {1024, 1536, 2048, 2560};  // the first pictures of the second clip are missing
@@ -90,7 +92,7 @@ TEST(Pairs, PartnersAreFoundByTimeNotByNumber) {
   EXPECT_EQ(milliseconds(out.only(AVMEDIA_TYPE_VIDEO).times()), (std::vector<std::int64_t>{80, 120, 160, 200}));
 }
 
-TEST(Pairs, AnOffsetShiftsTheSecondClip) {
+TEST(PairReader, AnOffsetShiftsTheSecondClip) {
   const ScratchFolder folder;
   ClipSpec late;
   late.times = {5120, 5632, 6144, 6656};
@@ -101,7 +103,7 @@ TEST(Pairs, AnOffsetShiftsTheSecondClip) {
   EXPECT_EQ(raw_bytes(ClipProbe(folder / "out.mp4").pictures), expected_walk(4));
 }
 
-TEST(Pairs, AGapInTheSecondClipIsHeldOver) {
+TEST(PairReader, AGapInTheSecondClipIsHeldOver) {
   const ScratchFolder folder;
   ClipSpec gap;
   gap.times = {0, 512, 2560, 3072};
@@ -116,7 +118,7 @@ TEST(Pairs, AGapInTheSecondClipIsHeldOver) {
   EXPECT_EQ(raw_bytes(out.pictures[6]), expected_walk(1, 6));
 }
 
-TEST(Pairs, ClipsOfDifferentLengthEndWithTheShorterOne) {
+TEST(PairReader, ClipsOfDifferentLengthEndWithTheShorterOne) {
   const ScratchFolder folder;
   write_clip(folder / "0.mp4", {}, lens_walk(0, 6));
   write_clip(folder / "1.mp4", {}, lens_walk(1, 3));
@@ -132,7 +134,7 @@ TEST(Pairs, ClipsOfDifferentLengthEndWithTheShorterOne) {
 }
 
 // As with pictures: another size is another scale of the lens.
-TEST(Pairs, ClipsOfDifferentSizeAreStitchedLikeSuchPictures) {
+TEST(PairReader, ClipsOfDifferentSizeAreStitchedLikeSuchPictures) {
   const ScratchFolder folder;
   FisheyeView view = walk_view();
   view.width = view.height = 160;
@@ -150,7 +152,7 @@ TEST(Pairs, ClipsOfDifferentSizeAreStitchedLikeSuchPictures) {
   EXPECT_EQ(rgb_of(*read_picture(folder / "out.png")).bytes, rgb_of(*read_picture(folder / "expected.png")).bytes);
 }
 
-TEST(Pairs, ColoursThatMeanDifferentThingsAreRefused) {
+TEST(PairReader, ColoursThatMeanDifferentThingsAreRefused) {
   const ScratchFolder folder;
   ClipSpec full, limited;
   full.colour.range = AVCOL_RANGE_JPEG;
@@ -162,7 +164,7 @@ TEST(Pairs, ColoursThatMeanDifferentThingsAreRefused) {
   EXPECT_NE(finished.err.find("1.mp4: its colours"), std::string::npos) << finished.err;
 }
 
-TEST(Pairs, SoundsOfBothClipsAreKept) {
+TEST(PairReader, SoundsOfBothClipsAreKept) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.sound = 0.3;

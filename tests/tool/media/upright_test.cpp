@@ -1,17 +1,15 @@
-// Clips that ask to be shown otherwise than they were recorded.
-#include "media/display.hpp"
+// Pictures of clips that ask to be shown otherwise than they were recorded.
+#include "media/upright.hpp"
 
 #include <gtest/gtest.h>
 
 extern "C" {
-#include <libavutil/display.h>
 #include <libavutil/pixdesc.h>
 }
 
 #include <cmath>
 
 #include "base/failure.hpp"
-#include "media/upright.hpp"
 #include "support/random_source.hpp"
 #include "tool/support/clip_maker.hpp"
 #include "tool/support/clip_probe.hpp"
@@ -66,7 +64,7 @@ Nv12 record(const Matrix& m, const Nv12& shown) {
 }
 
 class Turns : public testing::TestWithParam<Matrix> {};
-INSTANTIATE_TEST_SUITE_P(Display, Turns,
+INSTANTIATE_TEST_SUITE_P(Upright, Turns,
                          testing::Values(Matrix{"Clockwise", 0, 1, -1, 0, "turned clockwise by 90 degrees"},
                                          Matrix{"Half", -1, 0, 0, -1, "turned clockwise by 180 degrees"},
                                          Matrix{"Anticlockwise", 0, -1, 1, 0, "turned clockwise by 270 degrees"},
@@ -110,7 +108,7 @@ TEST_P(Turns, OfTheFirstPictureAreFollowed) {
 }
 
 class TurnedFormats : public testing::TestWithParam<AVPixelFormat> {};
-INSTANTIATE_TEST_SUITE_P(Display, TurnedFormats,
+INSTANTIATE_TEST_SUITE_P(Upright, TurnedFormats,
                          testing::Values(AV_PIX_FMT_NV12, AV_PIX_FMT_P010LE, AV_PIX_FMT_YUV444P, AV_PIX_FMT_YUV420P12LE,
                                          AV_PIX_FMT_GRAY8, AV_PIX_FMT_RGB24, AV_PIX_FMT_RGBA, AV_PIX_FMT_RGB48LE,
                                          AV_PIX_FMT_RGBA64LE, AV_PIX_FMT_YUVA420P),
@@ -172,7 +170,7 @@ TEST(Upright, ChromaStaysWhereItLies) {
   EXPECT_EQ(shown(AVCHROMA_LOC_UNSPECIFIED, 90, false), AVCHROMA_LOC_UNSPECIFIED);
 }
 
-// Luma of formats whose chroma can't be turned on its side as it is.
+// Luma of formats whose chroma can't be turned as it is.
 TEST(Upright, ChromaOfFewerColumnsBecomesWhole) {
   const Libav<AVFrame> recorded = random_frame(AV_PIX_FMT_YUV422P10LE, 12, 8);
   for (int y = 0; y < 8; ++y) {
@@ -181,12 +179,12 @@ TEST(Upright, ChromaOfFewerColumnsBecomesWhole) {
       for (int x = 0; x < (k == 0 ? 12 : 6); ++x) row[x] = k == 0 ? row[x] & 1023 : 100 * k;
     }
   }
-  Upright upright({90, false, false, {1, 1}}, *recorded, "clip");
+  Upright upright({180, false, false, {1, 1}}, *recorded, "clip");
   const Libav<AVFrame> shown = upright.apply(*recorded);
   ASSERT_EQ(shown->format, AV_PIX_FMT_YUV444P10LE);
-  for (int y = 0; y < 12; ++y) {
-    for (int x = 0; x < 8; ++x) {
-      EXPECT_EQ(sample(*shown, 0, x, y), sample(*recorded, 0, y, 7 - x));
+  for (int y = 0; y < 8; ++y) {
+    for (int x = 0; x < 12; ++x) {
+      EXPECT_EQ(sample(*shown, 0, x, y), sample(*recorded, 0, 11 - x, 7 - y));
       EXPECT_EQ(sample(*shown, 1, x, y), 100u);
       EXPECT_EQ(sample(*shown, 2, x, y), 200u);
     }
@@ -212,16 +210,7 @@ TEST(Upright, PixelsBecomeSquare) {
   for (int x = 4; x < 356; ++x) EXPECT_NEAR(sample(*shown, 1, x, 50), x * 255 / 359.0, 2) << x;
 }
 
-TEST(Display, SquareSizesGrowAndAreMultiplesOfFour) {
-  EXPECT_EQ(square_size({1280, 720}, {1, 1}), (Size{1280, 720}));
-  EXPECT_EQ(square_size({1280, 720}, {9, 8}), (Size{1440, 720}));
-  EXPECT_EQ(square_size({1440, 1080}, {4, 3}), (Size{1920, 1080}));
-  EXPECT_EQ(square_size({1280, 720}, {8, 9}), (Size{1280, 812}));  // 810 lies halfway
-  EXPECT_EQ(square_size({720, 480}, {8, 9}), (Size{720, 540}));
-  EXPECT_FALSE(square_size({1280, 720}, {1, 1000}));
-}
-
-TEST(Display, PixelsOfClipsBecomeSquare) {
+TEST(Upright, PixelsOfClipsBecomeSquare) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.pixel = {5, 6};
@@ -256,21 +245,6 @@ TEST(Display, PixelsOfClipsBecomeSquare) {
   }
   EXPECT_LT(sum / double(out.pictures[1].luma.size()), 4);
   EXPECT_EQ(out.pixel.num, out.pixel.den);
-}
-
-TEST(Display, OtherTurnsAreTold) {
-  const ScratchFolder folder;
-  ClipSpec spec;
-  std::int32_t matrix[9];
-  av_display_rotation_set(matrix, 30);
-  spec.display.assign(matrix, matrix + 9);
-  write_clip(folder / "in.mp4", spec, walk(2));
-  write_clip(folder / "plain.mp4", {}, walk(2));
-  const Finished finished = stitch_clip(folder / "in.mp4", folder / "out.mp4");
-  EXPECT_EQ(finished.exit_code, 0) << finished.err;
-  EXPECT_NE(finished.err.find("ask for a turn by no quarters, which is not done"), std::string::npos) << finished.err;
-  expect_success(stitch_clip(folder / "plain.mp4", folder / "expected.mp4"), 2);
-  EXPECT_EQ(raw_bytes(ClipProbe(folder / "out.mp4").pictures), raw_bytes(ClipProbe(folder / "expected.mp4").pictures));
 }
 
 TEST(Upright, PixelsOutOfAllProportionAreRefused) {

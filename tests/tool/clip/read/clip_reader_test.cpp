@@ -1,9 +1,7 @@
-// What goes wrong with clips: damage, missing parts, signals, full disks.
-#include <gtest/gtest.h>
-#include <sys/mount.h>
+// Clips that are damaged, cut short, or none at all.
+#include "clip/read/clip_reader.hpp"
 
-#include <chrono>
-#include <thread>
+#include <gtest/gtest.h>
 
 #include "support/random_source.hpp"
 #include "tool/support/by_library.hpp"
@@ -11,7 +9,6 @@
 #include "tool/support/clip_probe.hpp"
 #include "tool/support/run_clip.hpp"
 #include "tool/support/scratch_folder.hpp"
-#include "tool/support/started.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -53,7 +50,7 @@ void overwrite_packet(const std::string& path, std::size_t number) {
   write_bytes(path, bytes);
 }
 
-TEST(Faults, ADamagedPacketIsCountedAndBridgedByThePictureBefore) {
+TEST(ClipReader, ADamagedPacketIsCountedAndBridgedByThePictureBefore) {
   const ScratchFolder folder;
   write_clip(folder / "in.mov", single_pictures(), walk(6));
   const ClipProbe whole(folder / "in.mov");
@@ -70,7 +67,7 @@ TEST(Faults, ADamagedPacketIsCountedAndBridgedByThePictureBefore) {
   EXPECT_EQ(out.picture_times, whole.picture_times);
 }
 
-TEST(Faults, StrictStopsAtDamageAndLeavesNothing) {
+TEST(ClipReader, StrictStopsAtDamageAndLeavesNothing) {
   const ScratchFolder folder;
   write_clip(folder / "in.mov", single_pictures(), walk(6));
   overwrite_packet(folder / "in.mov", 3);
@@ -79,7 +76,7 @@ TEST(Faults, StrictStopsAtDamageAndLeavesNothing) {
   EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.mov"}));
 }
 
-TEST(Faults, PicturesDamagedAtTheBeginningAreLeftOut) {
+TEST(ClipReader, PicturesDamagedAtTheBeginningAreLeftOut) {
   const ScratchFolder folder;
   write_clip(folder / "in.mov", single_pictures(), walk(6));
   const ClipProbe whole(folder / "in.mov");
@@ -92,7 +89,7 @@ TEST(Faults, PicturesDamagedAtTheBeginningAreLeftOut) {
 }
 
 // Whatever a decoder makes of flipped bytes, every picture has its time and the tool an orderly end.
-TEST(Faults, FlippedBytesNeverChangeTheTimes) {
+TEST(ClipReader, FlippedBytesNeverChangeTheTimes) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", related_pictures(), walk(kFrames));
   const ClipProbe whole(folder / "in.mp4");
@@ -118,7 +115,7 @@ TEST(Faults, FlippedBytesNeverChangeTheTimes) {
   EXPECT_GT(reports, 0);
 }
 
-TEST(Faults, ALostKeyPictureFreezesUntilTheNextOne) {
+TEST(ClipReader, ALostKeyPictureFreezesUntilTheNextOne) {
   const ScratchFolder folder;
   ClipSpec spec = related_pictures();
   spec.options["bf"] = "0";
@@ -131,7 +128,7 @@ TEST(Faults, ALostKeyPictureFreezesUntilTheNextOne) {
   EXPECT_EQ(ClipProbe(folder / "out.mp4").picture_times, whole.picture_times);
 }
 
-TEST(Faults, ATruncatedFileIsStitchedAsFarAsItGoesAndTold) {
+TEST(ClipReader, ATruncatedFileIsStitchedAsFarAsItGoesAndTold) {
   for (const std::string extension : {"mkv", "mp4"}) {
     SCOPED_TRACE(extension);
     const ScratchFolder folder;
@@ -153,7 +150,7 @@ TEST(Faults, ATruncatedFileIsStitchedAsFarAsItGoesAndTold) {
   }
 }
 
-TEST(Faults, FilesThatAreNoClipsAreNamed) {
+TEST(ClipReader, FilesThatAreNoClipsAreNamed) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", related_pictures(), walk(4));
   const std::string all = read_bytes(folder / "in.mp4");
@@ -169,7 +166,7 @@ TEST(Faults, FilesThatAreNoClipsAreNamed) {
   }
 }
 
-TEST(Faults, ClipsOfOneColumnOrRowAreNamed) {
+TEST(ClipReader, ClipsOfOneColumnOrRowAreNamed) {
   const ScratchFolder folder;
   for (const auto& [width, height] : {std::pair(1, 120), std::pair(240, 1), std::pair(1, 1)}) {
     const std::string luma(std::size_t(width) * std::size_t(height), 'x');
@@ -184,7 +181,7 @@ TEST(Faults, ClipsOfOneColumnOrRowAreNamed) {
   }
 }
 
-TEST(Faults, AnUnreadableFileIsNamed) {
+TEST(ClipReader, AnUnreadableFileIsNamed) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", related_pictures(), walk(2));
   std::filesystem::permissions(folder / "in.mp4", std::filesystem::perms::none);
@@ -196,12 +193,12 @@ TEST(Faults, AnUnreadableFileIsNamed) {
 }
 
 // A page of a process' memory that does not exist reads as an error.
-TEST(Faults, AReadErrorIsToldWithItsReason) {
+TEST(ClipReader, AReadErrorIsToldWithItsReason) {
   const ScratchFolder folder;
   expect_refusal(stitch_clip("/proc/self/mem", folder / "out.mp4"), 3, "/proc/self/mem: can't be read");
 }
 
-TEST(Faults, ASizeThatChangesIsToldWithItsTime) {
+TEST(ClipReader, ASizeThatChangesIsToldWithItsTime) {
   const ScratchFolder folder;
   ClipSpec spec = single_pictures();
   write_clip(folder / "a.mkv", spec, walk(3));
@@ -219,164 +216,6 @@ TEST(Faults, ASizeThatChangesIsToldWithItsTime) {
   const Finished finished = stitch_clip(folder / "a.mkv", folder / "out.mkv");
   expect_refusal(finished, 3, "a.mkv: at 0:00:00.040 the pictures change from 240x120 to 120x60");
   EXPECT_FALSE(std::filesystem::exists(folder / "out.mkv"));
-}
-
-TEST(Faults, TargetsThatCantBeWrittenAreNamed) {
-  const ScratchFolder folder;
-  write_clip(folder / "in.mp4", related_pictures(), walk(2));
-  std::filesystem::create_directory(folder / "taken.mp4");
-  for (const std::string& target : {folder / "taken.mp4", folder / "none/out.mp4", std::string("/proc/out.mp4")}) {
-    const Finished finished = stitch_clip(folder / "in.mp4", target);
-    expect_refusal(finished, 4, target);
-    EXPECT_EQ(std::count(finished.err.begin(), finished.err.end(), '\n'), 1) << finished.err;
-  }
-  EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.mp4", "taken.mp4"}));
-}
-
-TEST(Faults, AFullDiskLeavesNothing) {
-  const ScratchFolder folder;
-  write_clip(folder / "in.mp4", related_pictures(), walk(kFrames));
-  const std::string disk = folder / "disk";
-  std::filesystem::create_directory(disk);
-  if (mount("none", disk.c_str(), "tmpfs", 0, "size=64k") != 0) GTEST_SKIP() << "a small tmpfs can't be mounted here";
-  for (const std::string name : {"out.mp4", "out.mov", "out.mkv", "out.y4m"}) {
-    const Finished finished = stitch_clip(folder / "in.mp4", disk + "/" + name, {"--drop-streams"});
-    expect_refusal(finished, 4, name + ": can't be written: No space left on device");
-    EXPECT_TRUE(std::filesystem::is_empty(disk));
-  }
-  umount(disk.c_str());
-}
-
-TEST(Faults, AFileThatMayNotGrowLeavesNothing) {
-  const ScratchFolder folder;
-  write_clip(folder / "in.mp4", related_pictures(), walk(kFrames));
-  for (const std::string name : {"out.mp4", "out.mov", "out.mkv", "out.y4m"}) {
-    const Finished finished = run(with({"/usr/bin/prlimit", "--fsize=65536", BISEAM_TOOL, "stitch", folder / "in.mp4", "-o",
-                                        folder / name, "--drop-streams", "--crf", "0"},
-                                       known_lenses()));
-    expect_refusal(finished, 4, name + ": can't be written: File too large");
-    EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.mp4"}));
-  }
-}
-
-TEST(Faults, AFullDeviceIsTold) {
-  const ScratchFolder folder;
-  write_clip(folder / "in.mkv", {}, walk(2));
-  const Finished finished = run(with({BISEAM_TOOL, "stitch", folder / "in.mkv", "-o", "-"}, known_lenses()), "", "/dev/full");
-  expect_refusal(finished, 4, "standard output: can't be written: No space left on device");
-}
-
-// Enough frames to be in the middle of them for a while.
-std::string endless_frames() { return raw_bytes(walk(1)); }
-
-std::vector<std::string> frames_from_pipe(const std::string& output) {
-  return with({BISEAM_TOOL, "stitch", "-", "--size", "240x120", "--rate", "25", "-o", output, "--preset", "ultrafast"},
-              known_lenses());
-}
-
-TEST(Faults, AnInputThatVanishesIsToldAndLeavesNothing) {
-  const ScratchFolder folder;
-  Started started(frames_from_pipe(folder / "out.mp4"), Started::Input::breakable);
-  for (int k = 0; k < 30; ++k) started.send(endless_frames());
-  started.wait_for_bytes_in(folder.path());
-  started.break_input();
-  const Finished finished = started.finish();
-  expect_refusal(finished, 3, "biseam: standard input: can't be read: Connection reset by peer\n");
-  EXPECT_EQ(std::count(finished.err.begin(), finished.err.end(), '\n'), 1) << finished.err;
-  EXPECT_TRUE(folder.names().empty());
-}
-
-TEST(Faults, AnInterruptFinishesWhatIsInFlight) {
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    const ScratchFolder folder;
-    Started started(frames_from_pipe(folder / "out.mp4"));
-    for (int k = 0; k < 30; ++k) started.send(endless_frames());
-    started.wait_for_bytes_in(folder.path());
-    started.signal(signal);
-    const Finished finished = started.finish();
-    EXPECT_EQ(finished.exit_code, 130) << finished.err;
-    EXPECT_EQ(folder.names(), (std::vector<std::string>{"out.mp4"}));
-    EXPECT_GT(ClipProbe(folder / "out.mp4").pictures.size(), 0u);
-  }
-}
-
-// Both are there when the tool goes on.
-TEST(Faults, ASecondInterruptEndsItAtOnceAndLeavesNothing) {
-  const ScratchFolder folder;
-  Started started(frames_from_pipe(folder / "out.mp4"));
-  for (int k = 0; k < 30; ++k) started.send(endless_frames());
-  started.wait_for_bytes_in(folder.path());
-  for (const int signal : {SIGSTOP, SIGTERM, SIGINT, SIGCONT}) started.signal(signal);
-  const int exit_code = started.finish().exit_code;
-  EXPECT_TRUE(exit_code == -SIGTERM || exit_code == -SIGINT) << exit_code;
-  EXPECT_TRUE(folder.names().empty());
-}
-
-TEST(Faults, AnInterruptBeforeTheFirstPictureLeavesNothing) {
-  const ScratchFolder folder;
-  Started started(frames_from_pipe(folder / "out.mp4"));
-  started.send(endless_frames().substr(0, 100));
-  std::this_thread::sleep_for(std::chrono::milliseconds(300));
-  started.signal(SIGINT);
-  const Finished finished = started.finish();
-  EXPECT_EQ(finished.exit_code, 130) << finished.err;
-  EXPECT_TRUE(folder.names().empty());
-}
-
-TEST(Faults, AnInterruptThatTheCallerIgnoresIsIgnored) {
-  const ScratchFolder folder;
-  const auto before = std::signal(SIGINT, SIG_IGN);
-  Started started(frames_from_pipe(folder / "out.mp4"));
-  std::signal(SIGINT, before);
-  for (int k = 0; k < 30; ++k) started.send(endless_frames());
-  started.wait_for_bytes_in(folder.path());
-  started.signal(SIGINT);
-  started.send(endless_frames());
-  started.break_input();
-  const Finished finished = started.finish();
-  EXPECT_EQ(finished.exit_code, 0) << finished.err;
-  EXPECT_EQ(ClipProbe(folder / "out.mp4").pictures.size(), 31u);
-}
-
-TEST(Faults, AKilledRunLeavesNothingUnderTheFinalName) {
-  const ScratchFolder folder;
-  write_bytes(folder / "out.mp4", "what was there before");
-  Started started(frames_from_pipe(folder / "out.mp4"));
-  for (int k = 0; k < 30; ++k) started.send(endless_frames());
-  started.wait_for_bytes_in(folder.path());
-  started.signal(SIGKILL);
-  EXPECT_EQ(started.finish().exit_code, -SIGKILL);
-  EXPECT_EQ(read_bytes(folder / "out.mp4"), "what was there before");
-}
-
-TEST(Faults, EncodersAndSettingsThatDoNotExistAreNamed) {
-  const ScratchFolder folder;
-  write_clip(folder / "in.mkv", {}, walk(1));
-  const std::vector<std::tuple<std::vector<std::string>, int, std::string>> wrong = {
-      {{"--encoder", "nonsense"}, 2, "--encoder: there is no video encoder 'nonsense'"},
-      {{"--encoder", "aac"}, 2, "--encoder"},
-      {{"--encoder", "h264_vaapi"}, 2, "--encoder: h264_vaapi takes no pictures that panoramas can become"},
-      {{"--encoder", "ffv1", "--crf", "3"}, 2, "--crf: the encoder ffv1 has no such setting"},
-      {{"--encoder", "ffv1", "--preset", "fast"}, 2, "--preset: the encoder ffv1 has no such setting"},
-      {{"--crf", "-5"}, 2, "--crf"},
-      {{"--preset", "sluggish"}, 2, "--preset: 'sluggish'"},
-      {{"--bitrate", "much"}, 2, "--bitrate"},
-  };
-  for (const auto& [options, exit_code, text] : wrong) {
-    SCOPED_TRACE(testing::PrintToString(options));
-    const Finished finished = run_stitch(with(with({folder / "in.mkv", "-o", folder / "out.mkv"}, known_lenses()), options));
-    expect_refusal(finished, exit_code, text);
-    EXPECT_EQ(std::count(finished.err.begin(), finished.err.end(), '\n'), 1) << finished.err;
-  }
-  EXPECT_EQ(folder.names(), (std::vector<std::string>{"in.mkv"}));
-}
-
-TEST(Faults, VideoOptionsAreNoPictureOptions) {
-  const ScratchFolder folder;
-  write_clip(folder / "in.mkv", {}, walk(1));
-  expect_refusal(run_stitch({folder / "in.mkv", "-o", folder / "out.png", "--crf", "3"}), 2, "--crf: only for video");
-  expect_refusal(run_stitch({folder / "in.mkv", "-o", folder / "out.mkv", "--show-seams", folder / "s.png"}), 2,
-                 "--show-seams: only for pictures");
 }
 
 }  // namespace

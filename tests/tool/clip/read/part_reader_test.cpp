@@ -1,4 +1,6 @@
 // Parts of clips, and parts against the whole.
+#include "clip/read/part_reader.hpp"
+
 #include <gtest/gtest.h>
 
 #include "tool/support/by_library.hpp"

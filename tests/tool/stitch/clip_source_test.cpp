@@ -1,4 +1,6 @@
-// Uncompressed frames through pipes and files.
+// Clips of uncompressed frames, through pipes and from files.
+#include "stitch/clip_source.hpp"
+
 #include <gtest/gtest.h>
 
 #include "tool/support/by_library.hpp"
@@ -27,7 +29,7 @@ std::string y4m(const std::vector<Nv12>& pictures, const std::string& header = "
 
 std::string size_of_walk() { return "240x120"; }
 
-TEST(Stream, Y4mThroughAPipeIsTheSameAsFromAFile) {
+TEST(ClipSource, Y4mThroughAPipeIsTheSameAsFromAFile) {
   const ScratchFolder folder;
   const auto pairs = walk(5);
   write_bytes(folder / "in.y4m", y4m(pairs));
@@ -39,14 +41,14 @@ TEST(Stream, Y4mThroughAPipeIsTheSameAsFromAFile) {
   EXPECT_EQ(pipe.out.substr(0, pipe.out.find('\n')), "YUV4MPEG2 W240 H120 F25:1 Ip A1:1 C420jpeg");
 }
 
-TEST(Stream, Y4mPicturesAreThoseOfSingleStitches) {
+TEST(ClipSource, Y4mPicturesAreThoseOfSingleStitches) {
   const auto pairs = walk(4);
   const Finished raw = run_stitch(with({"-", "-o", "-"}, known_lenses()), y4m(pairs));
   expect_success(raw, 4);
   EXPECT_EQ(raw.out, stitch_by_library(pairs, {.siting = AVCHROMA_LOC_CENTER}));  // what its header says
 }
 
-TEST(Stream, RawFramesGoInAndOut) {
+TEST(ClipSource, RawFramesGoInAndOut) {
   const ScratchFolder folder;
   const auto pairs = walk(4);
   const std::string expected = stitch_singly(pairs, known_lenses());
@@ -63,7 +65,7 @@ TEST(Stream, RawFramesGoInAndOut) {
   EXPECT_EQ(probe.only(AVMEDIA_TYPE_VIDEO).times(), (std::vector<std::int64_t>{0, 40000, 80000, 120000}));
 }
 
-TEST(Stream, Y4mTellsRangeAndSiting) {
+TEST(ClipSource, Y4mTellsRangeAndSiting) {
   const ScratchFolder folder;
   for (const auto& [header, range, siting] : {std::tuple("C420mpeg2 XCOLORRANGE=LIMITED", AVCOL_RANGE_MPEG, AVCHROMA_LOC_LEFT),
                                               std::tuple("C420paldv XCOLORRANGE=FULL", AVCOL_RANGE_JPEG, AVCHROMA_LOC_TOPLEFT),
@@ -80,31 +82,7 @@ TEST(Stream, Y4mTellsRangeAndSiting) {
   }
 }
 
-TEST(Stream, OtherStreamsAreNamedBeforeRawFramesAreWritten) {
-  const ScratchFolder folder;
-  ClipSpec spec;
-  spec.sound = 0.2;
-  write_clip(folder / "in.mp4", spec, walk(3));
-  const Finished refused = run_stitch(with({folder / "in.mp4", "-o", "-"}, known_lenses()));
-  EXPECT_EQ(refused.exit_code, 4);
-  EXPECT_EQ(refused.out, "");
-  EXPECT_NE(refused.err.find("stream 1 (audio, aac)"), std::string::npos) << refused.err;
-  const Finished dropped = run_stitch(with({folder / "in.mp4", "-o", "-", "--drop-streams"}, known_lenses()));
-  EXPECT_EQ(dropped.exit_code, 0) << dropped.err;
-  EXPECT_EQ(dropped.out, stitch_singly(walk(3), known_lenses()));
-}
-
-TEST(Stream, TimesThatY4mCantHoldAreTold) {
-  const ScratchFolder folder;
-  ClipSpec spec;
-  spec.times = {0, 512, 4096, 4608};
-  write_clip(folder / "in.mp4", spec, walk(4));
-  const Finished finished = run_stitch(with({folder / "in.mp4", "-o", folder / "out.y4m"}, known_lenses()));
-  EXPECT_EQ(finished.exit_code, 0) << finished.err;
-  EXPECT_NE(finished.err.find("times of 3 frames"), std::string::npos) << finished.err;
-}
-
-TEST(Stream, ARawClipThatEndsInsideAFrameIsTold) {
+TEST(ClipSource, ARawClipThatEndsInsideAFrameIsTold) {
   const auto pairs = walk(3);
   const std::vector<std::string> clip = with({"-", "-o", "-", "--size", size_of_walk(), "--rate", "25"}, known_lenses());
   const std::string all = raw_bytes(pairs);
@@ -118,14 +96,14 @@ TEST(Stream, ARawClipThatEndsInsideAFrameIsTold) {
   EXPECT_NE(strict.err.find("standard input"), std::string::npos) << strict.err;
 }
 
-TEST(Stream, ARawClipNeedsItsRate) {
+TEST(ClipSource, ARawClipNeedsItsRate) {
   const ScratchFolder folder;
   const Finished finished = run_stitch({"-", "--size", size_of_walk(), "-o", folder / "out.mp4"}, raw_bytes(walk(1)));
   EXPECT_EQ(finished.exit_code, 2);
   EXPECT_NE(finished.err.find("--rate"), std::string::npos) << finished.err;
 }
 
-TEST(Stream, AClipMayComeThroughAPipe) {
+TEST(ClipSource, AClipMayComeThroughAPipe) {
   const ScratchFolder folder;
   write_clip(folder / "in.mkv", {}, walk(4));
   const Finished finished = run_stitch(with({"-", "-o", "-"}, known_lenses()), read_bytes(folder / "in.mkv"));
@@ -133,7 +111,7 @@ TEST(Stream, AClipMayComeThroughAPipe) {
   EXPECT_EQ(finished.out, stitch_singly(walk(4), known_lenses()));
 }
 
-TEST(Stream, TheFirstPictureOfAClipBecomesAPicture) {
+TEST(ClipSource, TheFirstPictureOfAClipBecomesAPicture) {
   const ScratchFolder folder;
   write_clip(folder / "in.mkv", {}, walk(2));
   const Finished finished = run_stitch(with({folder / "in.mkv", "-o", folder / "out.png"}, known_lenses()));

@@ -1,4 +1,6 @@
 // TIFF as FFmpeg writes it, whose decoder for it either takes tags it doesn't know for damage, or damage for nothing.
+#include "picture/decode_tiff.hpp"
+
 #include <gtest/gtest.h>
 
 #include <random>
@@ -35,7 +37,7 @@ std::string tiff(const std::string& compression) {
       compression);
 }
 
-TEST(Tiff, EveryCompressionIsRead) {
+TEST(DecodeTiff, EveryCompressionIsRead) {
   const test::ScratchFolder folder;
   const Nv12 expected = to_nv12(picture());
   for (const char* compression : kCompressions) {
@@ -47,7 +49,7 @@ TEST(Tiff, EveryCompressionIsRead) {
   }
 }
 
-TEST(Tiff, DamageIsRefused) {
+TEST(DecodeTiff, DamageIsRefused) {
   const test::ScratchFolder folder;
   const std::string path = folder / "a.tif";
   for (const char* compression : kCompressions) {
