@@ -114,17 +114,6 @@ constexpr SeamSettings kSearch{SeamMode::search, {0, 4}, nullptr};
 
 }  // namespace
 
-TEST(Strips, ReduceThePicturesToTheirPitch) {
-  // 200 degrees of 1920 pixels: neighbours are 3.6 by 5.6 pixels apart at 960 samples round.
-  for (const auto& [length, factor] : {std::pair{960, 4}, {480, 8}, {1920, 2}, {4096, 1}, {16, 32}}) {
-    const StripShape shape{length, length == 16 ? 5 : 56};
-    const FisheyePositions positions(shape, 1920);
-    StripConfig config{shape, 1, {}};
-    for (auto& lens : config.geometry) lens[0] = {1920, 1920, 1, 1, 0, 0};
-    EXPECT_EQ(factor, plan_strips(config, {positions.of(0), positions.of(1)}).reductions[0][0].x.factor) << length;
-  }
-}
-
 TEST(Strips, AreTheSameInAnyOrderOfPartsAndInEveryFrame) {
   const Scene scene(240, 8, 0, Scene::Chroma::pairs);
   Strips one({112, 20}, scene, kSearch), other({112, 20}, scene, kSearch);

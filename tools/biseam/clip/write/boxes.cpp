@@ -55,10 +55,9 @@ std::vector<Box> box_path(const Bytes& from, const Box& box, std::span<const std
 }
 
 Bytes make_box(std::string_view name, const Bytes& content) {
-  Bytes box;
-  box.reserve(kBoxHeader + content.size());
-  append_32(box, std::uint32_t(kBoxHeader + content.size()));
-  for (const char letter : name) box.push_back(std::uint8_t(letter));
+  Bytes box(kBoxHeader);
+  write_32(box, 0, std::uint32_t(kBoxHeader + content.size()));
+  std::copy(name.begin(), name.end(), box.begin() + 4);
   box.insert(box.end(), content.begin(), content.end());
   return box;
 }

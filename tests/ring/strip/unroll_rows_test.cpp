@@ -1,3 +1,5 @@
+#include "ring/strip/unroll_rows.hpp"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -7,7 +9,6 @@
 #include <vector>
 
 #include "ring/strip/fisheye_strip.hpp"
-#include "ring/strip/unroll_rows.hpp"
 #include "support/random_source.hpp"
 
 namespace biseam::test {
@@ -23,7 +24,7 @@ double spline(double distance) {
 
 // Weights are within 1/2 of 1/4096 but for one of each four that takes what the others leave, up to 3/2: as they add up to 1,
 // the result moves by at most half of 3/4096 of the range either way.  Two roundings add 1/2 each.
-TEST(Unroll, IsACubicSplineAtTheNearestOf256Places) {
+TEST(UnrollRow, IsACubicSplineAtTheNearestOf256Places) {
   RandomSource random;
   const double bound = 2 * 1.5 / 4096 * kMaxFine + 1;
   for (const int planes : {1, 2}) {
@@ -62,7 +63,7 @@ TEST(Unroll, IsACubicSplineAtTheNearestOf256Places) {
   }
 }
 
-TEST(Unroll, WeightsAddUpExactly) {
+TEST(UnrollRow, WeightsAddUpExactly) {
   for (const auto& weights : kSplineTable.weights) {
     EXPECT_EQ(kSplineOne, weights[0] + weights[1] + weights[2] + weights[3]);
     for (const int16_t weight : weights) EXPECT_GE(weight, 0);
@@ -132,7 +133,7 @@ double passed(double f, double seen_at) {
 // Sampling shows a wave of frequency f at f and, weaker, at all f + k/4: what is not at f is false.  Weights in 1/4096 and
 // places in 1/256 of 4 pixels add at most (120 codes) (2 * 1.5 / 4096 + 2 pi 4 f / 512), rounding and what is left of the noise
 // 0.35.
-TEST(Unroll, ShowsWavesAsTheIdealFilterDoesAndFewFalseOnes) {
+TEST(UnrollRow, ShowsWavesAsTheIdealFilterDoesAndFewFalseOnes) {
   for (const double f : {0.0, 1 / 64.0, 1 / 32.0, 1 / 22.6, 1 / 16.0, 0.0885, 0.125, 0.1875, 0.25, 0.375, 0.5}) {
     const Response response = response_to(f);
     double false_waves = 0;
