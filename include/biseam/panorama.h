@@ -129,6 +129,20 @@ typedef enum BiseamRange {
   BISEAM_RANGE_FULL       /* 0 */
 } BiseamRange;
 
+typedef enum BiseamLight {
+  BISEAM_LIGHT_OFF = 0, /* each lens as it recorded */
+  BISEAM_LIGHT_MATCH    /* exposure, white balance and falloff are matched where the lenses meet, half by either lens */
+} BiseamLight;
+
+/* How codes stand for light, for what is matched. */
+typedef enum BiseamTransfer {
+  BISEAM_TRANSFER_USUAL = 0, /* sRGB for three planes of anything, BT.709 for all others */
+  BISEAM_TRANSFER_BT709,     /* and BT.601, BT.2020 */
+  BISEAM_TRANSFER_SRGB,
+  BISEAM_TRANSFER_POWER, /* of any exponent, linear light included */
+  BISEAM_TRANSFER_LOG    /* PQ and HLG, about */
+} BiseamTransfer;
+
 typedef struct BiseamPanoramaOptions {
   uint32_t size;
   int32_t width, height; /* of the panorama, pixels: even, 64 x 32 to 16384 x 8192 */
@@ -137,6 +151,9 @@ typedef struct BiseamPanoramaOptions {
   int32_t seam;          /* BiseamSeam */
   int32_t threads;       /* that share a frame, the caller's own included: 1 to 64; 0: one for each processor */
   int32_t range;         /* BiseamRange */
+  int32_t light;         /* BiseamLight; what is matched is smooth in time, and starts anew at cuts */
+  int32_t transfer;      /* BiseamTransfer */
+  double rate;           /* frames a second, for what is smooth in time: 1 to 1000 */
 } BiseamPanoramaOptions;
 
 /* What is new with every frame. */
@@ -148,7 +165,8 @@ typedef struct BiseamFrame {
 
 typedef struct BiseamPanorama BiseamPanorama;
 
-/* Records with every default filled in: a panorama of 3840 x 1920 in NV12, good, with a searched seam, on all processors;
+/* Records with every default filled in: a panorama of 3840 x 1920 in NV12, good, with a searched seam, on all processors, 30
+ * frames a second, light as it is;
  * pictures without size and planes; a view that is not turned. */
 BISEAM_API BiseamPanoramaOptions biseam_panorama_defaults(void);
 BISEAM_API BiseamPicture biseam_picture_defaults(void);
@@ -180,6 +198,22 @@ BISEAM_API double biseam_panorama_ring(const BiseamPanorama* panorama);
 
 /* The seam of the last frame, which gives the same seam when it is handed to another frame; all 0 before the first one. */
 BISEAM_API void biseam_panorama_seam(const BiseamPanorama* panorama, double* seam);
+
+/* What the frames stitched so far have to say about the next one, in bytes that another handle can go on from: one opened with
+ * the same camera and options.  The bytes begin with their size, a uint32_t, and stay within this version of the library and
+ * kind of processor.  NULL has none: 0, and no byte is written. */
+BISEAM_API size_t biseam_panorama_state_size(const BiseamPanorama* panorama);
+BISEAM_API void biseam_panorama_save(const BiseamPanorama* panorama, void* state);
+
+/* Goes on from a state; size: of the bytes.  After an error (BISEAM_INVALID_OPTIONS) nothing has changed. */
+BISEAM_API int32_t biseam_panorama_load(BiseamPanorama* panorama, const void* state, size_t size, BiseamError* error);
+
+/* Starts anew: the next frame is stitched as the first one is. */
+BISEAM_API void biseam_panorama_reset(BiseamPanorama* panorama);
+
+/* How many frames, at most, have an effect on the next one: when so many before a part of a clip are stitched, the part equals
+ * the same frames of the whole. */
+BISEAM_API int32_t biseam_panorama_history(const BiseamPanorama* panorama);
 
 /* Bytes that the handle holds; NULL holds none. */
 BISEAM_API size_t biseam_panorama_memory(const BiseamPanorama* panorama);

@@ -60,6 +60,17 @@ class Panorama {
   double ring() const { return biseam_panorama_ring(handle_); }
   void seam(double* seam) const { biseam_panorama_seam(handle_, seam); }
 
+  // See biseam_panorama_save; state: state_size() bytes.
+  std::size_t state_size() const { return biseam_panorama_state_size(handle_); }
+  void save(void* state) const { biseam_panorama_save(handle_, state); }
+  PanoramaError load(const void* state, std::size_t size) {
+    PanoramaError error;
+    biseam_panorama_load(handle_, state, size, &error);
+    return error;
+  }
+  void reset() { biseam_panorama_reset(handle_); }
+  std::int32_t history() const { return biseam_panorama_history(handle_); }
+
   std::size_t memory() const { return biseam_panorama_memory(handle_); }
   BiseamPanorama* get() const { return handle_; }
 

@@ -59,7 +59,13 @@ int32_t check_options(const BiseamPanoramaOptions& options, BiseamError* error) 
     return code;
   if (const int32_t code = check_range(error, "seam", options.seam, BISEAM_SEAM_SEARCH, BISEAM_SEAM_MIDDLE)) return code;
   if (const int32_t code = check_range(error, "threads", options.threads, 0, biseam::ring::kMostThreads)) return code;
-  return check_range(error, "range", options.range, BISEAM_RANGE_USUAL, BISEAM_RANGE_FULL);
+  if (const int32_t code = check_range(error, "range", options.range, BISEAM_RANGE_USUAL, BISEAM_RANGE_FULL)) return code;
+  if (const int32_t code = check_range(error, "light", options.light, BISEAM_LIGHT_OFF, BISEAM_LIGHT_MATCH)) return code;
+  if (const int32_t code = check_range(error, "transfer", options.transfer, BISEAM_TRANSFER_USUAL, BISEAM_TRANSFER_LOG)) {
+    return code;
+  }
+  if (options.rate >= 1 && options.rate <= 1000) return BISEAM_OK;
+  return report(error, kInvalidOptions, "rate is %g: must be from 1 to 1000 frames a second", options.rate);
 }
 
 // A view may be turned any number of times; NaN and infinity are none.
@@ -109,7 +115,10 @@ biseam::ring::EngineConfig engine_config(const biseam::Camera& camera, const Bis
               options.range == BISEAM_RANGE_FULL || (options.range == BISEAM_RANGE_USUAL && is_usually_full(options.format)),
           .quality = static_cast<biseam::ring::Quality>(options.quality),
           .seam = static_cast<biseam::ring::SeamMode>(options.seam),
-          .threads = options.threads == 0 ? processors() : options.threads};
+          .threads = options.threads == 0 ? processors() : options.threads,
+          .match_light = options.light == BISEAM_LIGHT_MATCH,
+          .transfer = static_cast<biseam::ring::Transfer>(options.transfer),
+          .rate = options.rate};
 }
 
 }  // namespace
@@ -122,7 +131,10 @@ BiseamPanoramaOptions biseam_panorama_defaults(void) {
           .quality = BISEAM_QUALITY_GOOD,
           .seam = BISEAM_SEAM_SEARCH,
           .threads = 0,
-          .range = BISEAM_RANGE_USUAL};
+          .range = BISEAM_RANGE_USUAL,
+          .light = BISEAM_LIGHT_OFF,
+          .transfer = BISEAM_TRANSFER_USUAL,
+          .rate = 30};
 }
 
 BiseamPicture biseam_picture_defaults(void) {
@@ -230,6 +242,33 @@ double biseam_panorama_ring(const BiseamPanorama* panorama) {
 
 void biseam_panorama_seam(const BiseamPanorama* panorama, double* seam) {
   if (panorama != nullptr) biseam::ring::read_seam(*panorama->engine, seam);
+}
+
+size_t biseam_panorama_state_size(const BiseamPanorama* panorama) {
+  return panorama == nullptr ? 0 : biseam::ring::state_bytes(*panorama->engine);
+}
+
+void biseam_panorama_save(const BiseamPanorama* panorama, void* state) {
+  if (panorama != nullptr) biseam::ring::save_state(*panorama->engine, state);
+}
+
+int32_t biseam_panorama_load(BiseamPanorama* panorama, const void* state, size_t size, BiseamError* error) {
+  if (panorama == nullptr) return report(error, kInvalidOptions, "panorama is NULL: must be what biseam_panorama_open gave");
+  if (state == nullptr) return report(error, kInvalidOptions, "state is NULL: must be what biseam_panorama_save gave");
+  const size_t wanted = biseam::ring::state_bytes(*panorama->engine);
+  if (size != wanted) return report(error, kInvalidOptions, "state has %zu bytes: must be %zu", size, wanted);
+  if (!biseam::ring::load_state(*panorama->engine, state)) {
+    return report(error, kInvalidOptions, "state is of another version, camera or choice of options");
+  }
+  return report(error, BISEAM_OK, "%s", "");
+}
+
+void biseam_panorama_reset(BiseamPanorama* panorama) {
+  if (panorama != nullptr) biseam::ring::reset_state(*panorama->engine);
+}
+
+int32_t biseam_panorama_history(const BiseamPanorama* panorama) {
+  return panorama == nullptr ? 0 : biseam::ring::history(*panorama->engine);
 }
 
 size_t biseam_panorama_memory(const BiseamPanorama* panorama) {

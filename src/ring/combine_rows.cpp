@@ -28,6 +28,15 @@ BISEAM_LOOP void store_bytes(FineRow row, uint8_t* out, int count) noexcept {
   for (ptrdiff_t i = 0; i < count; ++i) out[i] = static_cast<uint8_t>(stored(corrected(row, i), kByteShift, 255));
 }
 
+// In 16 bits: what is beyond 255 is so with 32 less, too.
+BISEAM_LOOP void store_fine_bytes(const int16_t* samples, uint8_t* out, int count) noexcept {
+  BISEAM_TURNS_APART
+  for (ptrdiff_t i = 0; i < count; ++i) {
+    const int16_t low = samples[i] < 0 ? int16_t{0} : samples[i], held = low > 255 << 6 ? int16_t{255 << 6} : low;
+    out[i] = static_cast<uint8_t>(static_cast<int16_t>(held + 32) >> kByteShift);
+  }
+}
+
 BISEAM_LOOP void store_words(FineRow row, Storage storage, uint16_t* out, int count) noexcept {
   const int shift = kFineBits - storage.bits;
   const int32_t highest = (1 << storage.bits) - 1;
@@ -57,6 +66,7 @@ BISEAM_LOOP void mix_words(FineRow row0, FineRow row1, const int16_t* weights, S
 }  // namespace
 
 constinit const Variants<StoreBytes> kStoreBytes = loop_versions<store_bytes, StoreBytes>;
+constinit const Variants<StoreFineBytes> kStoreFineBytes = loop_versions<store_fine_bytes, StoreFineBytes>;
 constinit const Variants<StoreWords> kStoreWords = loop_versions<store_words, StoreWords>;
 constinit const Variants<MixBytes> kMixBytes = loop_versions<mix_bytes, MixBytes>;
 constinit const Variants<MixWords> kMixWords = loop_versions<mix_words, MixWords>;

@@ -23,12 +23,16 @@ struct FineRow {
 using StoreBytes = void(FineRow row, uint8_t* out, int count) noexcept;
 using StoreWords = void(FineRow row, Storage storage, uint16_t* out, int count) noexcept;
 
+// Samples without a correction.
+using StoreFineBytes = void(const int16_t* samples, uint8_t* out, int count) noexcept;
+
 // The same of both lenses mixed: weights of lens 1, 0 to 256.
 using MixBytes = void(FineRow row0, FineRow row1, const int16_t* weights, uint8_t* out, int count) noexcept;
 using MixWords = void(FineRow row0, FineRow row1, const int16_t* weights, Storage storage, uint16_t* out, int count) noexcept;
 
 extern constinit const Variants<StoreBytes> kStoreBytes;
 extern constinit const Variants<StoreWords> kStoreWords;
+extern constinit const Variants<StoreFineBytes> kStoreFineBytes;
 extern constinit const Variants<MixBytes> kMixBytes;
 extern constinit const Variants<MixWords> kMixWords;
 

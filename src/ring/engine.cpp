@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <initializer_list>
 #include <new>
 
 #include "camera/projector.hpp"
 #include "ring/blocks.hpp"
 #include "ring/light.hpp"
+#include "ring/light/match.hpp"
 #include "ring/paint.hpp"
 #include "ring/pool.hpp"
 #include "ring/ring_shape.hpp"
@@ -29,7 +31,21 @@ Light light_of(const EngineConfig& config, int lens) noexcept {
   return make_light(config.camera.lens[lens], format, config.full_range);
 }
 
+Tone tone_of(const EngineConfig& config) noexcept {
+  PictureFormat format;
+  describe_format(config.format, 0, format);
+  return make_tone(config.transfer, format.rgb, config.full_range);
+}
+
 bool same(const Turn& a, const Turn& b) noexcept { return a.yaw == b.yaw && a.pitch == b.pitch && a.roll == b.roll; }
+
+// What a state has to agree in with the engine that loads it.
+struct StateHead {
+  static constexpr uint32_t kVersion = 1;
+  uint32_t size, version;
+  StripShape strip;
+  int32_t light_span;
+};
 
 }  // namespace
 
@@ -47,15 +63,24 @@ class Engine {
   const RingShape& ring() const noexcept { return ring_; }
   void read_seam(double* seam) const noexcept;
   size_t bytes() const noexcept { return sizeof(Engine) + block_bytes_; }
+  size_t state_bytes() const noexcept { return sizeof(StateHead) + (match_ != nullptr ? sizeof(LightState) : 0); }
+  void save_state(void* state) const noexcept;
+  bool load_state(const void* state) noexcept;
+  void reset_state() noexcept;
+  int history() const noexcept { return match_ != nullptr ? match_->state.memory.span : 0; }
 
  private:
+  StateHead state_head() const noexcept;
   void plan_strip(const PictureFormat& format) noexcept;
   void look(const Turn& turn) noexcept;
   void describe_planes(const PicturePlanes fisheyes[2], const PicturePlanes& panorama) noexcept;
   void describe_strips(const PicturePlanes fisheyes[2]) noexcept;
   void take_seam(const double* seam) noexcept;
+  void match_light() noexcept;
   void run_strips_and_lens_blocks() noexcept;
 
+  static void measure_light(void* engine, int part, int thread) noexcept;
+  static void fill_match_row(void* engine, int part, int thread) noexcept;
   static void run_strip_part(void* engine, int part, int thread) noexcept;
   static void run_seam_or_lens_block(void* engine, int part, int thread) noexcept;
   static void run_ring_block(void* engine, int part, int thread) noexcept;
@@ -76,6 +101,8 @@ class Engine {
   int32_t* places_[4];  // strip positions: x and y of either lens
   StripViews strip_views_;
   PaintMemory* memories_;
+  LightMatch* match_ = nullptr;  // null: light isn't matched
+  MatchNodes match_nodes_;
 
   // What the mesh, the blocks and the strips' plan were made for.
   bool looked_ = false, planned_ = false;
@@ -151,6 +178,11 @@ bool Engine::take_memory() noexcept {
     char* const mesh = pieces.take(mesh_bytes(mesh_shape_));
     blocks_ = reinterpret_cast<BlockPlan*>(pieces.take(static_cast<size_t>(block_count_) * sizeof(BlockPlan)));
     memories_ = reinterpret_cast<PaintMemory*>(pieces.take(static_cast<size_t>(config_.threads) * sizeof(PaintMemory)));
+    if (config_.match_light) {
+      match_ = reinterpret_cast<LightMatch*>(pieces.take(sizeof(LightMatch)));
+      char* const nodes = pieces.take(match_node_bytes(mesh_shape_));
+      if (pieces.block != nullptr) match_nodes_ = carve_match_nodes(mesh_shape_, nodes);
+    }
     for (int32_t*& places : places_) places = reinterpret_cast<int32_t*>(pieces.take(strip_bytes));
     if (pieces.block != nullptr) mesh_ = carve_mesh(mesh_shape_, mesh);
     return pieces.used;
@@ -160,6 +192,7 @@ bool Engine::take_memory() noexcept {
   block_ = std::aligned_alloc(kAlignment, bytes);
   if (block_ == nullptr) return false;
   place({static_cast<char*>(block_)});
+  if (match_ != nullptr) start_light_match(tone_of(config_), ring_.strip, config_.rate, *match_);
   for (int lens = 0; lens < 2; ++lens) {
     fill_strip_positions(projectors_[lens], ring_.strip, places_[2 * lens], places_[2 * lens + 1]);
   }
@@ -192,6 +225,7 @@ void Engine::describe_planes(const PicturePlanes fisheyes[2], const PicturePlane
   painting_.mesh = &mesh_;
   painting_.quality = config_.quality;
   painting_.lights = lights_;
+  painting_.match = {match_ != nullptr ? &match_nodes_ : nullptr, tone_of(config_)};
   for (int plane = 0; plane < painting_.picture.planes; ++plane) {
     const PlaneFormat& format = painting_.picture.plane[plane];
     for (int lens = 0; lens < 2; ++lens) {
@@ -223,6 +257,7 @@ void Engine::describe_strips(const PicturePlanes fisheyes[2]) noexcept {
              .pictures = {},
              .format = {format.bits, format.shift},
              .lights = lights_,
+             .match = match_,
              .seam = {config_.seam, kPull, nullptr}};
   for (int lens = 0; lens < 2; ++lens) {
     for (int c = 0; c < strip_plan_.config.planes; ++c) {
@@ -234,6 +269,23 @@ void Engine::describe_strips(const PicturePlanes fisheyes[2]) noexcept {
   }
   painting_.ring.shape = ring_.strip;
   painting_.ring.ramp = {strip_views_.path, ring_.strip.length, ring_.ramp};
+}
+
+void Engine::measure_light(void* engine, int part, int) noexcept {
+  Engine& e = *static_cast<Engine*>(engine);
+  measure_light_part(*e.match_, e.strip_plan_, e.strip_views_, part);
+}
+
+void Engine::fill_match_row(void* engine, int part, int) noexcept {
+  const Engine& e = *static_cast<Engine*>(engine);
+  fill_match_nodes(e.match_->field, e.ring_.strip, e.mesh_, part, e.match_nodes_);
+}
+
+// Before the strips are compared, and before anything is painted.
+void Engine::match_light() noexcept {
+  pool_.run(measure_light, this, kSectors);
+  settle_light(*match_, ring_.strip, match_->state.scene.changes(strip_views_.strips, ring_.strip));
+  pool_.run(fill_match_row, this, mesh_shape_.rows);
 }
 
 void Engine::run_strip_part(void* engine, int part, int) noexcept {
@@ -257,7 +309,8 @@ void Engine::run_ring_block(void* engine, int part, int thread) noexcept {
 }
 
 void Engine::run_strips_and_lens_blocks() noexcept {
-  for (const StripStep step : {StripStep::reduce, StripStep::unroll}) {
+  for (const StripStep step : {StripStep::reduce, StripStep::unroll, StripStep::compare}) {
+    if (step == StripStep::compare && match_ != nullptr) match_light();
     step_ = step;
     pool_.run(run_strip_part, this, strip_parts(strip_plan_, step));
   }
@@ -283,6 +336,34 @@ void Engine::read_seam(double* seam) const noexcept {
   for (int t = 0; t < shape.length; ++t) {
     seam[t] = planned_ ? (strip_views_.path[t] / 65536.0 - 0.5 * (shape.width - 1)) * 360 / shape.length : 0;
   }
+}
+
+StateHead Engine::state_head() const noexcept {
+  return {static_cast<uint32_t>(state_bytes()), StateHead::kVersion, ring_.strip,
+          match_ != nullptr ? match_->state.memory.span : 0};
+}
+
+void Engine::save_state(void* state) const noexcept {
+  char* const bytes = static_cast<char*>(state);
+  const StateHead head = state_head();
+  std::memcpy(bytes, &head, sizeof head);
+  if (match_ != nullptr) std::memcpy(bytes + sizeof head, &match_->state, sizeof match_->state);
+}
+
+bool Engine::load_state(const void* state) noexcept {
+  const char* const bytes = static_cast<const char*>(state);
+  const StateHead head = state_head();
+  if (std::memcmp(bytes, &head, sizeof head) != 0) return false;
+  if (match_ == nullptr) return true;
+  LightState light;
+  std::memcpy(&light, bytes + sizeof head, sizeof light);
+  if (!is_valid(light, match_->state.memory.span)) return false;
+  match_->state = light;
+  return true;
+}
+
+void Engine::reset_state() noexcept {
+  if (match_ != nullptr) forget(match_->state);
 }
 
 void Engine::stitch(const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const Turn& turn,
@@ -323,6 +404,12 @@ double ring_degrees(const Engine& engine) noexcept {
 int seam_length(const Engine& engine) noexcept { return engine.ring().strip.length; }
 
 void read_seam(const Engine& engine, double* seam) noexcept { engine.read_seam(seam); }
+
+size_t state_bytes(const Engine& engine) noexcept { return engine.state_bytes(); }
+void save_state(const Engine& engine, void* state) noexcept { engine.save_state(state); }
+bool load_state(Engine& engine, const void* state) noexcept { return engine.load_state(state); }
+void reset_state(Engine& engine) noexcept { engine.reset_state(); }
+int history(const Engine& engine) noexcept { return engine.history(); }
 
 size_t engine_bytes(const Engine& engine) noexcept { return engine.bytes(); }
 

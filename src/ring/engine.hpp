@@ -6,6 +6,7 @@
 
 #include "camera/camera.hpp"
 #include "ring/format.hpp"
+#include "ring/light/tone.hpp"
 #include "ring/strip/strips.hpp"
 
 namespace biseam::ring {
@@ -18,6 +19,9 @@ struct EngineConfig {
   Quality quality;
   SeamMode seam;
   int threads;  // 1 .. kMostThreads
+  bool match_light = false;
+  Transfer transfer = Transfer::usual;
+  double rate = 30;  // frames a second, for what is smooth in time
 };
 
 // A picture's planes; samples are of the engine's format.  Fisheye pictures are only read.
@@ -44,6 +48,15 @@ double ring_degrees(const Engine& engine) noexcept;
 // The last frame's seam: degrees from the plane between the lenses, seam_length values; zeros before the first frame.
 int seam_length(const Engine& engine) noexcept;
 void read_seam(const Engine& engine, double* seam) noexcept;
+
+// What past frames have to say about the next one, in bytes that begin with their number (uint32_t).  load_state refuses what
+// another kind of engine saved, and changes nothing then.
+size_t state_bytes(const Engine& engine) noexcept;
+void save_state(const Engine& engine, void* state) noexcept;
+bool load_state(Engine& engine, const void* state) noexcept;
+void reset_state(Engine& engine) noexcept;
+// How many past frames have a say, at most.
+int history(const Engine& engine) noexcept;
 
 // What the engine holds beyond the pictures, in bytes.
 size_t engine_bytes(const Engine& engine) noexcept;

@@ -79,19 +79,20 @@ Needed place_in_ring(const Painting& painting, const BlockPlan& plan, const Plan
 void find_luma(const Painting& painting, const PlaneBlock& samples, int row, int16_t* luma) noexcept {
   const PanoramaPlane& plane = painting.planes[0];
   const PlaneGrid& grid = samples.format->grid;
-  const int columns = samples.columns << grid.bits_x, shift = kFineBits - painting.panorama.bits - grid.bits_x - grid.bits_y;
-  std::fill_n(luma, samples.columns, int16_t{0});
-  for (int j = 0; j < 1 << grid.bits_y; ++j) {
-    const ptrdiff_t y = ((ptrdiff_t{samples.y} + row) << grid.bits_y) + j, x = ptrdiff_t{samples.x} << grid.bits_x;
-    const uint8_t* const from = plane.first + y * plane.stride;
-    for (int i = 0; i < columns; ++i) {
-      const int code = is_words(painting.panorama.plane[0].type)
-                           ? reinterpret_cast<const uint16_t*>(from)[x + i] >> painting.panorama.shift
-                           : from[x + i];
-      luma[i >> grid.bits_x] = static_cast<int16_t>(luma[i >> grid.bits_x] + code);
-    }
-  }
-  for (int i = 0; i < samples.columns; ++i) luma[i] = static_cast<int16_t>(luma[i] * (1 << shift));
+  const SampleType type = painting.panorama.plane[0].type;
+  const ptrdiff_t y = (ptrdiff_t{samples.y} + row) << grid.bits_y, x = (ptrdiff_t{samples.x} << grid.bits_x) * bytes_of(type);
+  const uint8_t* const upper = plane.first + y * plane.stride + x;
+  const LumaRows rows{{upper, upper + (grid.bits_y != 0 ? plane.stride : 0)},
+                      1 << grid.bits_x,
+                      1 << grid.bits_y,
+                      is_words(type),
+                      painting.panorama.bits,
+                      painting.panorama.shift};
+  kLumaMeans.best()(rows, luma, samples.columns);
+}
+
+bool is_chroma(const Painting& painting, const PlaneBlock& samples) noexcept {
+  return samples.plane != 0 && !painting.panorama.rgb;
 }
 
 void prepare_light(const Painting& painting, const BlockPlan& plan, int lens, const PlaneBlock& samples,
@@ -118,14 +119,37 @@ void undo_light(const Painting& painting, int lens, const PlaneBlock& samples, i
   }
   kLightRow.best()(memory.fine[lens], memory.factors, light.pivot[channel[0]], channels * samples.columns);
   if (light.tint[channel[0]] == 0 && light.tint[channel[1]] == 0) return;
-  find_luma(painting, samples, row, memory.luma);
   const Tint tint{memory.luma, light.pivot[0], {light.tint[channel[0]], light.tint[channel[1]]}};
   kTintRow.best()(memory.fine[lens], tint, channels, samples.columns);
+}
+
+bool changes_light(const Painting& painting, int lens) noexcept {
+  return painting.lights[lens].any || painting.match.nodes != nullptr;
+}
+
+// Both what the lens did to the light and by how much the lenses differ.
+void prepare_lights(const Painting& painting, const BlockPlan& plan, int lens, const PlaneBlock& samples,
+                    PaintMemory& memory) noexcept {
+  prepare_light(painting, plan, lens, samples, memory);
+  if (painting.match.nodes == nullptr) return;
+  prepare_match(painting.match, *painting.mesh, plan.block, samples.format->grid, lens, samples.format->channels,
+                channels_of(samples) == 2, memory.match[lens]);
+}
+
+void change_light(const Painting& painting, const Block& block, int lens, const PlaneBlock& samples, int row,
+                  PaintMemory& memory) noexcept {
+  if (!changes_light(painting, lens)) return;
+  if (is_chroma(painting, samples)) find_luma(painting, samples, row, memory.luma);
+  undo_light(painting, lens, samples, row, memory);
+  if (painting.match.nodes == nullptr) return;
+  match_block_row(painting.match, *painting.mesh, block, samples.format->grid, lens, row, memory.luma, memory.fine[lens],
+                  samples.columns, memory.match[lens]);
 }
 
 // What a lens gives to a plane's samples in a block.
 struct LensSamples {
   SampleJob job;
+  const Block* block;
   int lens;
 };
 
@@ -135,8 +159,8 @@ LensSamples prepare_lens(const Painting& painting, const BlockPlan& plan, int le
     look_up_corrections(painting.ring.corrections[lens][samples.format->channels[c]], painting.ring.shape, memory.places,
                         memory.corrections[lens][c]);
   }
-  prepare_light(painting, plan, lens, samples, memory);
-  return {job_of(painting, plan, lens, samples.plane, SampleOutput::fine), lens};
+  prepare_lights(painting, plan, lens, samples, memory);
+  return {job_of(painting, plan, lens, samples.plane, SampleOutput::fine), &plan.block, lens};
 }
 
 // What lies outside the ring is a lens's alone, also between anchors of which some lie within.
@@ -155,7 +179,7 @@ void sample_fine(const Painting& painting, const LensSamples& from, const PlaneB
   const int at = row * kBlockWidth;
   sample_row(from.job, memory.x[from.lens].values + at, memory.y[from.lens].values + at, memory.fine[from.lens],
              samples.columns);
-  undo_light(painting, from.lens, samples, row, memory);
+  change_light(painting, *from.block, from.lens, samples, row, memory);
   const AnchorBand* const bands = memory.corrections[from.lens];
   if (channels_of(samples) == 2) {
     row_of_bands(bands[0], bands[1], row, memory.added[from.lens], samples.columns);
@@ -220,17 +244,22 @@ void paint_mixed(const Painting& painting, const BlockPlan& plan, const PlaneBlo
   }
 }
 
-// Of a lens whose light has to be undone.
+// Of a lens whose light has to be changed.
 void paint_lit(const Painting& painting, const BlockPlan& plan, int lens, const PlaneBlock& samples,
                PaintMemory& memory) noexcept {
   const SampleJob job = job_of(painting, plan, lens, samples.plane, SampleOutput::fine);
-  prepare_light(painting, plan, lens, samples, memory);
+  prepare_lights(painting, plan, lens, samples, memory);
   std::fill_n(memory.added[lens], 2 * kBlockWidth, 0);
   for (int row = 0; row < samples.rows; ++row) {
     const int at = row * kBlockWidth;
     sample_row(job, memory.x[lens].values + at, memory.y[lens].values + at, memory.fine[lens], samples.columns);
-    undo_light(painting, lens, samples, row, memory);
-    store_row(painting, lens, samples, memory, samples.row_of(painting, row));
+    change_light(painting, plan.block, lens, samples, row, memory);
+    uint8_t* const out = samples.row_of(painting, row);
+    if (is_words(samples.format->type)) {
+      store_row(painting, lens, samples, memory, out);
+    } else {
+      kStoreFineBytes.best()(memory.fine[lens], out, channels_of(samples) * samples.columns);
+    }
   }
 }
 
@@ -243,7 +272,7 @@ void paint_lens_block(const Painting& painting, const BlockPlan& plan, PaintMemo
     if (!stands_as_before(painting, plane)) {
       find_positions(painting, plan, lens, plane, memory.x[lens], memory.y[lens]);
     }
-    if (painting.lights[lens].any) {
+    if (changes_light(painting, lens)) {
       paint_lit(painting, plan, lens, samples, memory);
       continue;
     }

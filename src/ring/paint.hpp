@@ -8,6 +8,7 @@
 #include "ring/blocks.hpp"
 #include "ring/format.hpp"
 #include "ring/light.hpp"
+#include "ring/light/match_paint.hpp"
 #include "ring/mesh.hpp"
 #include "ring/strip/lookup.hpp"
 
@@ -33,6 +34,7 @@ struct Painting {
   SampleSource sources[2][kMostPlanes];  // by lens and plane
   PanoramaPlane planes[kMostPlanes];
   const Light* lights;  // of either lens
+  MatchedLight match;
   RingBand ring;
 };
 
@@ -43,6 +45,7 @@ struct PaintMemory {
   RingEdge edge;
   AnchorBand distances, across;
   AnchorBand corrections[2][2], light[2][2];  // of either lens, by the channels of a plane
+  MatchBlock match[2];
   // Of one row: a pair takes two places.
   alignas(64) int16_t fine[2][2 * kBlockWidth];
   alignas(64) int32_t added[2][2 * kBlockWidth];

@@ -26,6 +26,7 @@ struct Case {
   BiseamTurn turn = {0, 0, 0};
   bool lit = false;  // the lenses' light has to be undone
   int range = BISEAM_RANGE_USUAL;
+  bool matched = false;  // the lenses' light, over three frames
 };
 
 std::vector<Case> all_cases() {
@@ -77,6 +78,15 @@ std::vector<Case> all_cases() {
   full.lit = true;
   full.range = BISEAM_RANGE_FULL;
   cases.push_back(full);
+  for (const int format : {BISEAM_NV12, BISEAM_GRAY8, BISEAM_GBRP10, BISEAM_I422P12}) {
+    Case c{std::string("matched_") + biseam::test::test_format(format).name};
+    c.format = format;
+    c.width = 384;
+    c.height = 192;
+    c.turn = {-30, 40, 5};
+    c.matched = true;
+    cases.push_back(c);
+  }
   return cases;
 }
 
@@ -132,6 +142,7 @@ std::string line_of(const Case& k, int threads) {
   options.seam = k.seam;
   options.range = k.range;
   options.threads = threads;
+  options.light = k.matched ? BISEAM_LIGHT_MATCH : BISEAM_LIGHT_OFF;
   biseam::Panorama panorama = biseam::Panorama::open(camera_of(k), options);
   if (!panorama) {
     std::fprintf(stderr, "%s: %s\n", k.name.c_str(), panorama.error().text);
@@ -140,15 +151,19 @@ std::string line_of(const Case& k, int threads) {
   OwnPicture lens[2] = {{k.format, k.picture, k.picture, {}, k.siting}, {k.format, k.picture, k.picture, {}, k.siting}};
   for (int i = 0; i < 2; ++i) {
     const int highest = lens[i].format().highest();
-    lens[i].fill([&](int c, int x, int y) { return code_at(i, c, x, y, highest); });
+    // Smooth as well as dim in one lens, so that there is something to match.
+    const auto dim_code = [&](int c, int x, int y) { return (highest / 4 + x + y + 3 * c) * (i == 0 ? 7 : 8) / 8; };
+    lens[i].fill([&](int c, int x, int y) { return k.matched ? dim_code(c, x, y) : code_at(i, c, x, y, highest); });
   }
   OwnPicture to(k.format, k.width, k.height, {}, k.siting);
   BiseamFrame frame = biseam::frame_defaults();
   frame.turn = k.turn;
   const BiseamPicture fisheyes[2] = {lens[0].record(), lens[1].record()};
-  if (const biseam::PanoramaError error = panorama.stitch(fisheyes, to.record(), frame)) {
-    std::fprintf(stderr, "%s: %s\n", k.name.c_str(), error.text);
-    return "";
+  for (int i = 0; i < (k.matched ? 3 : 1); ++i) {
+    if (const biseam::PanoramaError error = panorama.stitch(fisheyes, to.record(), frame)) {
+      std::fprintf(stderr, "%s: %s\n", k.name.c_str(), error.text);
+      return "";
+    }
   }
   biseam::test::Hash hash;
   for (int c = 0; c < to.format().channels(); ++c) {

@@ -144,6 +144,13 @@ TEST(PanoramaOptions, EveryRuleBrokenAloneIsNamed) {
       {"threads is 65: must be from 0 to 64", [](Options& o) { o.threads = 65; }},
       {"range is -1: must be from 0 to 2", [](Options& o) { o.range = -1; }},
       {"range is 3: must be from 0 to 2", [](Options& o) { o.range = 3; }},
+      {"light is -1: must be from 0 to 1", [](Options& o) { o.light = -1; }},
+      {"light is 2: must be from 0 to 1", [](Options& o) { o.light = 2; }},
+      {"transfer is -1: must be from 0 to 4", [](Options& o) { o.transfer = -1; }},
+      {"transfer is 5: must be from 0 to 4", [](Options& o) { o.transfer = 5; }},
+      {"rate is 0.5: must be from 1 to 1000 frames a second", [](Options& o) { o.rate = 0.5; }},
+      {"rate is 1001: must be from 1 to 1000 frames a second", [](Options& o) { o.rate = 1001; }},
+      {"rate is nan: must be from 1 to 1000 frames a second", [](Options& o) { o.rate = kNaN; }},
   };
   for (const Rule<Options>& rule : rules) {
     Door door;
@@ -424,6 +431,9 @@ TEST(Panorama, DefaultsAreWhatTheHeaderSays) {
   EXPECT_EQ(options.seam, BISEAM_SEAM_SEARCH);
   EXPECT_EQ(options.threads, 0);
   EXPECT_EQ(options.range, BISEAM_RANGE_USUAL);
+  EXPECT_EQ(options.light, BISEAM_LIGHT_OFF);
+  EXPECT_EQ(options.transfer, BISEAM_TRANSFER_USUAL);
+  EXPECT_EQ(options.rate, 30);
   const BiseamCamera camera = camera_of(1920, 1080, 195);
   EXPECT_EQ(camera.baseline, 0);
   for (const BiseamLens& lens : camera.lens) {

@@ -78,6 +78,23 @@ TEST_P(CombineRows, RoundHalfUpAndClampBytes) {
   });
 }
 
+TEST_P(CombineRows, WithoutCorrectionsAreTheSameBytes) {
+  const auto store = ring::kStoreFineBytes.of(GetParam());
+  if (store == nullptr) GTEST_SKIP() << "no version of its own";
+  std::vector<int16_t> samples;
+  for (int sample = INT16_MIN; sample <= INT16_MAX; ++sample) samples.push_back(static_cast<int16_t>(sample));
+  for (const int count : {0, 1, 31, 33, 64, 65536}) {
+    for (const int first : {0, 32000, 65536 - count}) {
+      if (first < 0 || first + count > 65536) continue;
+      GuardedBlock<uint8_t> out{std::size_t(count)};
+      store(samples.data() + first, out.data(), count);
+      for (int i = 0; i < count; ++i) {
+        ASSERT_EQ(out[std::size_t(i)], std::clamp((samples[std::size_t(first + i)] + 32) >> 6, 0, 255)) << i;
+      }
+    }
+  }
+}
+
 TEST_P(CombineRows, RoundHalfUpAndClampWords) {
   const auto store = ring::kStoreWords.of(GetParam());
   const auto mix = ring::kMixWords.of(GetParam());

@@ -75,6 +75,7 @@ class OwnEngine {
     EXPECT_TRUE(panorama.surroundings_untouched());
     return panorama;
   }
+  ring::Engine& engine() { return *engine_; }
 
  private:
   struct Close {

@@ -35,7 +35,8 @@ StripPlan plan_strips(const StripConfig& config, const StripPositions (&position
 // | piece                                      | written by            | read by              | lives                    |
 // |--------------------------------------------|-----------------------|----------------------|--------------------------|
 // | needed, fade                               | lay_out_strips        | reduce, blend        | as long as the plan      |
-// | strips, difference                         | unroll                | seam, blend, caller  | until the next unroll    |
+// | strips                                     | unroll, compare       | compare, caller      | until the next unroll    |
+// | difference                                 | compare               | seam, blend          | until the next compare   |
 // | path                                       | seam                  | blend, caller        | until the next seam      |
 // | corrections                                | blend                 | caller               | until the next blend     |
 // | reduced                                    | reduce                | unroll               | shares its place with... |

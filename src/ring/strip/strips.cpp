@@ -74,13 +74,20 @@ void undo_light(const StripFrame& frame, int lens, ptrdiff_t begin, int count) {
 
 void unroll(const StripFrame& frame, int part) {
   const StripPlan& plan = *frame.plan;
-  const StripViews& views = *frame.views;
   const int count = kUnrolledRows * plan.config.shape.width;
   const ptrdiff_t begin = ptrdiff_t{part} * count;
   for (int lens = 0; lens < 2; ++lens) {
     unroll_lens(frame, lens, begin, count);
     if (frame.lights != nullptr && frame.lights[lens].any) undo_light(frame, lens, begin, count);
   }
+}
+
+void compare(const StripFrame& frame, int part) {
+  const StripPlan& plan = *frame.plan;
+  const StripViews& views = *frame.views;
+  const int count = kUnrolledRows * plan.config.shape.width, first = part * kUnrolledRows;
+  const ptrdiff_t begin = ptrdiff_t{part} * count;
+  if (frame.match != nullptr) match_strips(*frame.match, plan, views, first, first + kUnrolledRows);
   for (int plane = 0; plane < plan.config.planes; ++plane) {
     const int16_t *strip0 = views.strips[0][plane] + begin, *strip1 = views.strips[1][plane] + begin;
     int16_t* difference = views.difference[plane] + begin;
@@ -137,6 +144,7 @@ int strip_parts(const StripPlan& plan, StripStep step) noexcept {
       return parts;
     }
     case StripStep::unroll:
+    case StripStep::compare:
       return plan.config.shape.length / kUnrolledRows;
     case StripStep::seam:
       return 1 + plan.config.planes;
@@ -152,6 +160,8 @@ void run_strip_part(const StripFrame& frame, StripStep step, int part) noexcept 
       return reduce(frame, part);
     case StripStep::unroll:
       return unroll(frame, part);
+    case StripStep::compare:
+      return compare(frame, part);
     case StripStep::seam:
       return part == 0 ? find_path(frame)
                        : build_difference_pyramid(frame.views->difference[part - 1], frame.views->difference_pyramid[part - 1]);

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "ring/light.hpp"
+#include "ring/light/match.hpp"
 #include "ring/strip/picture.hpp"
 #include "ring/strip/seam_cost.hpp"
 #include "ring/strip/strip_memory.hpp"
@@ -28,19 +29,22 @@ struct StripFrame {
   StripPositions positions[2];
   PlaneSamples pictures[2][kMaxPlanes];
   SampleFormat format;
-  const Light* lights;  // of either lens; null: there is none to undo
+  const Light* lights;      // of either lens; null: there is none to undo
+  const LightMatch* match;  // settled before strips are compared; null: light isn't matched
   SeamSettings seam;
 };
 
 // The steps of a frame, in order; every part of one ends before the next begins.  Parts of a step may run at the same time and
 // in any order: the result is the same.
 enum class StripStep : int {
-  reduce,  // rims of the pictures, to about the strips' pitch
-  unroll,  // strips and their differences
-  seam,    // part 0: path and weights; the others: pyramids of the differences
-  blend,   // corrections
+  reduce,   // rims of the pictures, to about the strips' pitch
+  unroll,   // strips
+  compare,  // strips in matched light, and their differences
+  seam,     // part 0: path and weights; the others: pyramids of the differences
+  blend,    // corrections
 };
-inline constexpr StripStep kStripSteps[] = {StripStep::reduce, StripStep::unroll, StripStep::seam, StripStep::blend};
+inline constexpr StripStep kStripSteps[] = {StripStep::reduce, StripStep::unroll, StripStep::compare, StripStep::seam,
+                                            StripStep::blend};
 
 int strip_parts(const StripPlan& plan, StripStep step) noexcept;
 void run_strip_part(const StripFrame& frame, StripStep step, int part) noexcept;

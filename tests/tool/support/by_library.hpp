@@ -30,6 +30,8 @@ struct ByLibrary {
   AVChromaLocation siting = AVCHROMA_LOC_LEFT;
   int hold = 1;  // frames with one seam
   bool search = true;
+  BiseamLight light = BISEAM_LIGHT_OFF;
+  double rate = 30;  // pictures a second
 };
 
 // Frame by frame, raw and one after the other: panoramas of kWalkWidth from pairs side by side.
@@ -40,6 +42,8 @@ inline std::string stitch_by_library(std::vector<tool::Nv12> pairs, const ByLibr
   options.width = kWalkWidth;
   options.height = kWalkWidth / 2;
   options.seam = how.search ? BISEAM_SEAM_SEARCH : BISEAM_SEAM_MIDDLE;
+  options.light = how.light;
+  options.rate = how.rate;
   Panorama panorama = Panorama::open(camera, options);
   EXPECT_TRUE(panorama);
   std::vector<double> seam(std::size_t(panorama.seam_length()));

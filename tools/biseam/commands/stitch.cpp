@@ -77,7 +77,7 @@ CLI::Validator one_of(std::vector<std::string> names) {
 }
 
 // What only one of the engines knows, whatever the group it is listed in.
-constexpr const char* kRingOptions[] = {"--quality", "--look", "--jobs"};
+constexpr const char* kRingOptions[] = {"--quality", "--look", "--light", "--jobs"};
 constexpr const char* kExactGroup = "Seams and blend of the exact engine (in columns of the panorama)";
 
 void add_camera_options(CLI::App& command, StitchOptions& options) {
@@ -111,6 +111,10 @@ void add_engine_options(CLI::App& command, StitchOptions& options) {
   command.add_option("--look", options.look, "where the panorama's middle looks, degrees: right, up, clockwise (0,0,0)")
       ->type_name("YAW,PITCH,ROLL")
       ->group(group);
+  command.add_option("--light", options.engine.light, "match the light of the lenses where they meet (off)")
+      ->type_name("off|match")
+      ->group(group)
+      ->transform(one_of({"off", "match"}));
   const auto add_switch = [&](const char* name, bool value, const char* text) {
     command
         .add_flag_callback(

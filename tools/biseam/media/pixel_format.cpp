@@ -124,6 +124,30 @@ bool says_full_range(AVPixelFormat format) {
   return known && std::string_view(known->name).starts_with("yuvj");
 }
 
+BiseamTransfer engine_transfer(AVColorTransferCharacteristic transfer) {
+  switch (transfer) {
+    case AVCOL_TRC_BT709:
+    case AVCOL_TRC_SMPTE170M:
+    case AVCOL_TRC_SMPTE240M:
+    case AVCOL_TRC_BT2020_10:
+    case AVCOL_TRC_BT2020_12:
+      return BISEAM_TRANSFER_BT709;
+    case AVCOL_TRC_IEC61966_2_1:
+      return BISEAM_TRANSFER_SRGB;
+    case AVCOL_TRC_GAMMA22:
+    case AVCOL_TRC_GAMMA28:
+    case AVCOL_TRC_LINEAR:
+      return BISEAM_TRANSFER_POWER;
+    case AVCOL_TRC_LOG:
+    case AVCOL_TRC_LOG_SQRT:
+    case AVCOL_TRC_SMPTE2084:
+    case AVCOL_TRC_ARIB_STD_B67:
+      return BISEAM_TRANSFER_LOG;
+    default:
+      return BISEAM_TRANSFER_USUAL;
+  }
+}
+
 BiseamSiting engine_siting(AVChromaLocation location) {
   switch (location) {
     case AVCHROMA_LOC_CENTER:

@@ -34,6 +34,9 @@ bool says_full_range(AVPixelFormat format);
 // Where chroma samples lie; the engine knows no lower row, and takes what is not told for the left column.
 BiseamSiting engine_siting(AVChromaLocation location);
 
+// How codes stand for light; what is not told, or not known to the engine, is as usual.
+BiseamTransfer engine_transfer(AVColorTransferCharacteristic transfer);
+
 // The planes of a picture in a working format, for the engine to read or to fill.  Valid as long as the frame's memory.
 BiseamPicture engine_picture(const AVFrame& frame);
 

@@ -13,6 +13,9 @@ extern "C" {
 namespace biseam::tool {
 namespace {
 
+// Matched light is smooth over half a second; pictures may come unevenly.
+constexpr std::int64_t kLightLead = AV_TIME_BASE;
+
 std::unique_ptr<Container> open_file(const std::string& path, const ClipJob& job) {
   std::optional<RawVideo> raw;
   if (job.source.raw_size) raw = RawVideo{*job.source.raw_size, job.raw_rate};
@@ -65,7 +68,8 @@ PairReader open_clips(const ClipJob& job, std::unique_ptr<Container> opened) {
   return PairReader(std::move(first), std::move(second), job.offset);
 }
 
-ClipSource::ClipSource(PairReader clips, const ClipJob& job) : reader_(std::move(clips), job.part, job.seam_hold) {
+ClipSource::ClipSource(PairReader clips, const ClipJob& job)
+    : reader_(std::move(clips), job.part, job.seam_hold, job.source.engine.light == BISEAM_LIGHT_MATCH ? kLightLead : 0) {
   while (!has_picture()) {
     std::optional<FramePair> pair = reader_.next();
     if (!pair) refuse_emptiness(job.part);

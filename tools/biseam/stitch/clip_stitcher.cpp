@@ -29,13 +29,16 @@ LensPictures::LensPictures(const FramePair& pair, const LensLayout& layout, Fram
   for (int k = 0; k < 2; ++k) pictures_[k] = engine_picture(*frames_[k]);
 }
 
-ClipStitcher::ClipStitcher(const ClipJob& job, const FramePair& first, const std::string& name, const Colour& colour)
+ClipStitcher::ClipStitcher(const ClipJob& job, const FramePair& first, const std::string& name, const Colour& colour,
+                           AVRational rate)
     : layout_{job.source.layout, name, working_format(AVPixelFormat(first.picture[0]->format)), colour.siting},
       group_size_(job.seam_hold) {
   const LensPictures pictures(first, layout_, converter_);
   const auto& [lens0, lens1] = pictures.get();
   setup_ = make_setup(job.source.profile, job.source.settings, {size_of(lens0), size_of(lens1)});
-  engine_ = open_engine(setup_, job.source.engine, {BiseamFormat(lens0.format), range_of(colour)});
+  engine_ = open_engine(
+      setup_, job.source.engine,
+      {BiseamFormat(lens0.format), range_of(colour), engine_transfer(colour.transfer), rate.num > 0 ? av_q2d(rate) : 30});
   format_ = engine_->format() == lens0.format ? layout_.format : AV_PIX_FMT_NV12;
   panoramas_.emplace(size(), format_, colour);
   const auto bytes = [](AVPixelFormat format, Size of) {
@@ -44,11 +47,11 @@ ClipStitcher::ClipStitcher(const ClipJob& job, const FramePair& first, const std
   frame_bytes_ = bytes(format_, size()) + bytes(layout_.format, size_of(lens0)) + bytes(layout_.format, size_of(lens1));
 }
 
-// The same pictures with the same seams give the same panorama.
+// The same pictures with the same seams give the same panorama, unless past pictures have a say.
 bool ClipStitcher::needs_stitching(const FramePair& pair, bool searches) {
   const bool repeated = pair.picture[0] == last_[0] && pair.picture[1] == last_[1];
   for (int k = 0; k < 2; ++k) last_[k] = pair.is_wanted ? pair.picture[k] : nullptr;
-  return !repeated || (group_size_ > 1 && searches);
+  return !repeated || engine_->history() > 0 || (group_size_ > 1 && searches);
 }
 
 StitchedFrame ClipStitcher::stitch(FramePair pair) {

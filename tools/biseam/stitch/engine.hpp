@@ -16,13 +16,16 @@ struct EngineOptions {
   EngineKind kind = EngineKind::ring;
   BiseamQuality quality = BISEAM_QUALITY_GOOD;  // the ring engine's, as look is
   BiseamTurn look{0, 0, 0};                     // where the panorama's middle looks
-  int threads = 0;                              // that share a frame; 0: one for each processor
+  BiseamLight light = BISEAM_LIGHT_OFF;
+  int threads = 0;  // that share a frame; 0: one for each processor
 };
 
 // What an engine has to know of the fisheye pictures' samples.
 struct SampleKind {
   BiseamFormat format;
   BiseamRange range;
+  BiseamTransfer transfer = BISEAM_TRANSFER_USUAL;
+  double rate = 30;  // pictures a second
 };
 
 class Engine {
@@ -34,6 +37,9 @@ class Engine {
 
   // fisheyes: of the setup's sizes and the format the engine was opened for.  panorama: of the setup's width.  Throws Failure.
   virtual void stitch(const BiseamPicture (&fisheyes)[2], const BiseamPicture& panorama, Seams seams) = 0;
+
+  // How many pictures, at most, have an effect on the next one's panorama.
+  virtual int history() const { return 0; }
 
   // Of the last frame.
   virtual SeamPath seam_path() const = 0;

@@ -21,6 +21,9 @@ BiseamPanoramaOptions ring_options(const Setup& setup, const EngineOptions& opti
   all.quality = options.quality;
   all.seam = setup.blend.search.value_or(true) ? BISEAM_SEAM_SEARCH : BISEAM_SEAM_MIDDLE;
   all.threads = options.threads;
+  all.light = options.light;
+  all.transfer = samples.transfer;
+  all.rate = std::clamp(samples.rate, 1.0, 1000.0);
   return all;
 }
 

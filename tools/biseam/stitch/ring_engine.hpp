@@ -11,6 +11,7 @@ class RingEngine : public Engine {
 
   BiseamFormat format() const override { return format_; }
   void stitch(const BiseamPicture (&fisheyes)[2], const BiseamPicture& panorama, Seams seams) override;
+  int history() const override { return panorama_.history(); }
   SeamPath seam_path() const override;
   SeamMap seam_map() const override;
 

@@ -80,7 +80,7 @@ int stitch_clip(const ClipJob& job, std::unique_ptr<Container> first) {
   const FramePair& pair = source.first_picture();
   const ClipReader& clip = source.clips().clip(0);
   const Colour colour = colour_of(*pair.picture[0], clip.stream());
-  ClipStitcher stitcher(job, pair, clip.container().name(), colour);
+  ClipStitcher stitcher(job, pair, clip.container().name(), colour, clip.rate());
   const std::unique_ptr<FrameSink> sink = open_sink(job, facts_of(clip, colour, stitcher), source.part());
   const std::string output_kind = sink->settings_text();
   std::unique_ptr<ReplacementFile> json_file;  // early, so that a wrong name costs no time

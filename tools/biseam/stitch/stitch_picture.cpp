@@ -89,7 +89,11 @@ void stitch_picture(const PictureJob& job, std::unique_ptr<Container> first) {
       make_setup(job.source.profile, job.source.settings, {size_of(recorded.lens[0]), size_of(recorded.lens[1])});
   const AVFrame& picture = *recorded.pictures[0];
   const BiseamRange range = is_full_range(picture) ? BISEAM_RANGE_FULL : BISEAM_RANGE_LIMITED;
-  const std::unique_ptr<Engine> engine = open_engine(setup, job.source.engine, {BiseamFormat(recorded.lens[0].format), range});
+  // Pictures are sRGB unless they say otherwise.
+  const BiseamTransfer told = engine_transfer(picture.color_trc);
+  const BiseamTransfer transfer = told == BISEAM_TRANSFER_USUAL ? BISEAM_TRANSFER_SRGB : told;
+  const std::unique_ptr<Engine> engine =
+      open_engine(setup, job.source.engine, {BiseamFormat(recorded.lens[0].format), range, transfer});
   const bool is_same = engine->format() == recorded.lens[0].format;
   const AVPixelFormat format = is_same ? AVPixelFormat(picture.format) : AV_PIX_FMT_NV12;
   const Libav<AVFrame> panorama = PanoramaPool({setup.width, setup.width / 2}, format, colour_of(picture)).frame();

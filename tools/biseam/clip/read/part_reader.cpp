@@ -17,15 +17,17 @@ std::int64_t start_of(const PairReader& reader) {
 
 }  // namespace
 
-PartReader::PartReader(PairReader reader, const PartRange& range, int group)
-    : reader_(std::move(reader)), range_(range), group_(group), start_(start_of(reader_)), end_(kNever) {
+PartReader::PartReader(PairReader reader, const PartRange& range, int group, std::int64_t lead)
+    : reader_(std::move(reader)), range_(range), group_(group), lead_(lead), start_(start_of(reader_)), end_(kNever) {
   if (range_.from) *range_.from += start_;
   if (range_.to) end_ = *range_.to += start_;
   for (int k = 0; k < reader_.clips(); ++k) {
     seen_[k].resize(reader_.clip(k).container()->nb_streams, std::numeric_limits<std::int64_t>::min());
   }
   // Numbers are known only when every picture before was read.
-  if (range_.from && *range_.from > start_ && group_ == 1) reader_.start_at(*range_.from);
+  if (range_.from && *range_.from > start_ && group_ == 1) {
+    reader_.start_at(std::max(start_, *range_.from - lead_));
+  }
 }
 
 std::optional<std::int64_t> PartReader::end() const {
@@ -48,6 +50,8 @@ void PartReader::skip(FramePair pair) {
   if (group_ > 1 && (!skipped_ || group_of(*skipped_) != group_of(pair))) skipped_ = std::move(pair);
 }
 
+bool PartReader::is_in_lead(std::int64_t time) const { return lead_ > 0 && (group_ > 1 || time >= *range_.from - lead_); }
+
 std::optional<FramePair> PartReader::read() {
   if (waiting_) return std::exchange(waiting_, std::nullopt);
   while (std::optional<FramePair> pair = reader_.next()) {
@@ -55,6 +59,10 @@ std::optional<FramePair> PartReader::read() {
     if (!pair->picture[0]) continue;
     const std::int64_t time = av_rescale_q(pair->time, reader_.clip(0).stream().time_base, kMicroseconds);
     if (range_.from && time < *range_.from) {
+      if (is_in_lead(time)) {
+        pair->is_wanted = false;
+        return pair;
+      }
       skip(std::move(*pair));
       continue;
     }

@@ -20,8 +20,9 @@ class PartReader {
  public:
   // group: pictures that share their seams, counted from the clip's first one.  When the part begins inside a group, the
   // group's first pair comes before, not wanted but for its seams.  A part of a clip with groups is read from the clip's
-  // beginning: nothing else tells the number of a picture.
-  PartReader(PairReader reader, const PartRange& range, int group);
+  // beginning: nothing else tells the number of a picture.  lead: microseconds before the part whose pictures come too, not
+  // wanted but for what they leave behind; with groups and a lead, all from the clip's beginning on.
+  PartReader(PairReader reader, const PartRange& range, int group, std::int64_t lead);
 
   std::optional<FramePair> next();
 
@@ -36,6 +37,7 @@ class PartReader {
  private:
   std::optional<FramePair> read();
   void skip(FramePair pair);
+  bool is_in_lead(std::int64_t time) const;
   std::int64_t group_of(const FramePair& pair) const { return pair.number / group_; }
   std::optional<FramePair> last_packets();
   void take_packets(FramePair& from);
@@ -48,6 +50,7 @@ class PartReader {
   PairReader reader_;
   PartRange range_;  // in times of the clip
   int group_;
+  std::int64_t lead_;                 // microseconds
   std::optional<FramePair> skipped_;  // first one of the group before the part
   std::optional<FramePair> waiting_;  // first one of the part
   std::int64_t start_ = 0, given_ = 0, end_;

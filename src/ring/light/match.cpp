@@ -1,0 +1,100 @@
+#include "ring/light/match.hpp"
+
+#include <algorithm>
+
+#include "ring/light/match_rows.hpp"
+
+namespace biseam::ring {
+
+namespace {
+
+// Light changes so little from row to row that some share what lies between them.
+constexpr int kSharedRows = 4;
+
+void hold(int16_t* samples, int count) noexcept {
+  for (int i = 0; i < count; ++i) samples[i] = std::clamp(samples[i], int16_t{0}, static_cast<int16_t>(kMaxFine));
+}
+
+bool is_valid(const SectorLight& light) noexcept {
+  constexpr int32_t kMostCount = 1 << 16, kMostLog = 2 * kLogOne;
+  constexpr int64_t kMostSum = int64_t{1} << 50;
+  for (const int32_t log : light.logs) {
+    if (log < -kMostLog || log > kMostLog) return false;
+  }
+  return light.count >= 0 && light.count <= kMostCount && light.slope_xx >= 0 && light.slope_xx <= kMostSum &&
+         light.slope_xy >= -kMostSum && light.slope_xy <= kMostSum;
+}
+
+}  // namespace
+
+void forget(LightState& state) noexcept {
+  state.scene.any = 0;
+  forget(state.memory);
+}
+
+bool is_valid(const LightState& state, int span) noexcept {
+  const LightMemory& memory = state.memory;
+  if (memory.span != span || memory.filled < 0 || memory.filled > span || memory.next < 0 || memory.next >= span) return false;
+  for (int i = 0; i < memory.filled; ++i) {
+    for (const SectorLight& light : memory.frames[i].sectors) {
+      if (!is_valid(light)) return false;
+    }
+  }
+  for (const RingImage& image : state.scene.last) {
+    for (const int32_t cell : image.cells) {
+      if (cell < 0 || cell > kMaxFine) return false;
+    }
+  }
+  return true;
+}
+
+void start_light_match(const Tone& tone, StripShape strip, double rate, LightMatch& match) noexcept {
+  match.tone = tone;
+  fill_logs(tone, match.logs);
+  match.state = {};
+  match.state.memory.span = light_span(rate);
+  plan_match_field(strip, match.field);
+}
+
+void measure_light_part(LightMatch& match, const StripPlan& plan, const StripViews& views, int sector) noexcept {
+  StripPair strips{plan.config.shape, {}};
+  for (int lens = 0; lens < 2; ++lens) {
+    for (int plane = 0; plane < plan.config.planes; ++plane) strips.planes[lens][plane] = views.strips[lens][plane];
+  }
+  match.frame.sectors[sector] = measure_sector(strips, match.tone, match.logs, sector);
+}
+
+void settle_light(LightMatch& match, StripShape strip, bool is_cut) noexcept {
+  if (is_cut) forget(match.state.memory);
+  remember(match.state.memory, match.frame);
+  fill_match_field(model_of(match.state.memory), match.tone, strip, match.field);
+}
+
+void match_strips(const LightMatch& match, const StripPlan& plan, const StripViews& views, int first_row,
+                  int end_row) noexcept {
+  const StripShape shape = plan.config.shape;
+  MatchRows rows;
+  for (int lens = 0; lens < 2; ++lens) {
+    int16_t* const* const planes = views.strips[lens];
+    for (int t = first_row; t < end_row; ++t) {
+      const ptrdiff_t at = ptrdiff_t{t} * shape.width;
+      if ((t - first_row) % kSharedRows == 0) match_strip_row(match.field, shape, lens, t + kSharedRows / 2, rows);
+      for (int plane = 0; plane < plan.config.planes; ++plane) {
+        int16_t* const samples = planes[plane] + at;
+        if (plane == 0 || match.tone.rgb) {
+          kMatchRow.best()(samples, rows.values[plane], match.tone, shape.width);
+        } else {
+          const MatchChroma chroma{{rows.values[plane], nullptr},
+                                   {rows.values[first_tint + plane - 1], nullptr},
+                                   planes[0] + at,
+                                   match.tone.black,
+                                   match.tone.white};
+          kMatchChromaRow.best()(samples, chroma, 1, shape.width);
+        }
+        hold(samples, shape.width);
+      }
+    }
+  }
+}
+
+}  // namespace biseam::ring

@@ -1,0 +1,33 @@
+// Matched light in a block of the panorama.
+#pragma once
+
+#include <cstdint>
+
+#include "ring/light/match_field.hpp"
+#include "ring/light/match_rows.hpp"
+#include "ring/positions.hpp"
+
+namespace biseam::ring {
+
+struct MatchedLight {
+  const MatchNodes* nodes;  // null: light isn't matched
+  Tone tone;
+};
+
+// One thread's, for one lens's samples of one plane in a block.
+struct MatchBlock {
+  int channels, values[4];  // which of MatchValue the channels take: factors, then shares
+  bool flat;                // the same everywhere in the block
+  alignas(64) int16_t rows[4][kBlockWidth];
+};
+
+// channel: the plane's first one as frames know them; second: of a pair, else 0.
+void prepare_match(const MatchedLight& light, const Mesh& mesh, const Block& block, const PlaneGrid& grid, int lens,
+                   const int (&channels)[2], bool pairs, MatchBlock& made) noexcept;
+
+// A row of fine samples, in place; rows come in order from 0 on.  luma: for chroma only, as it is shown at the same places,
+// fine.
+void match_block_row(const MatchedLight& light, const Mesh& mesh, const Block& block, const PlaneGrid& grid, int lens, int row,
+                     const int16_t* luma, int16_t* samples, int count, MatchBlock& made) noexcept;
+
+}  // namespace biseam::ring

@@ -1,0 +1,92 @@
+#include "ring/light/matching.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace biseam::ring {
+
+namespace {
+
+constexpr double kMostWhole = 1.2 * kLogOne, kMostRest = 0.4 * kLogOne;
+// Samples of a frame that pull a sector towards the whole lens, and the whole towards no difference at all.
+constexpr double kDoubt = 24;
+// A sector that differs by more than this from the others has light of its own, and counts no more than this for the whole.
+constexpr double kOwnLight = 0.08 * kLogOne;
+constexpr int kTurns = 8;
+// A frame whose samples have a smaller sum of squares across pulls the slope towards none.
+constexpr double kSlopeDoubt = 1e4;
+constexpr double kMostSlope = 0.01 * kLogOne;
+
+struct Sector {
+  double count, logs[3];
+};
+
+Sector sum_of(const LightMemory& memory, int sector) noexcept {
+  int64_t count = 0, sums[3] = {};
+  for (int i = 0; i < memory.filled; ++i) {
+    const SectorLight& light = memory.frames[i].sectors[sector];
+    count += light.count;
+    for (int c = 0; c < 3; ++c) sums[c] += int64_t{light.count} * light.logs[c];
+  }
+  Sector found{static_cast<double>(count), {}};
+  for (int c = 0; c < 3 && count > 0; ++c) found.logs[c] = static_cast<double>(sums[c]) / static_cast<double>(count);
+  return found;
+}
+
+// A mean that no sector moves by more than its share of kOwnLight.
+double whole_of(const Sector* sectors, int channel, int filled) noexcept {
+  double count = 0, whole = 0;
+  for (int s = 0; s < kSectors; ++s) {
+    count += sectors[s].count;
+    whole += sectors[s].count * sectors[s].logs[channel];
+  }
+  if (count == 0) return 0;
+  whole /= count;
+  for (int turn = 0; turn < kTurns; ++turn) {
+    double moved = 0;
+    for (int s = 0; s < kSectors; ++s) {
+      moved += sectors[s].count * std::clamp(sectors[s].logs[channel] - whole, -kOwnLight, kOwnLight);
+    }
+    whole += moved / count;
+  }
+  return std::clamp(whole * count / (count + kDoubt * filled), -kMostWhole, kMostWhole);
+}
+
+}  // namespace
+
+int light_span(double rate) noexcept {
+  return std::clamp(static_cast<int>(std::clamp(rate, 0.0, 1000.0) / 2 + 0.5), 1, LightMemory::kMostFrames);
+}
+
+void forget(LightMemory& memory) noexcept { memory.filled = memory.next = 0; }
+
+void remember(LightMemory& memory, const LightFrame& frame) noexcept {
+  memory.frames[memory.next] = frame;
+  memory.next = (memory.next + 1) % memory.span;
+  memory.filled = std::min(memory.filled + 1, memory.span);
+}
+
+LightModel model_of(const LightMemory& memory) noexcept {
+  Sector sectors[kSectors];
+  for (int s = 0; s < kSectors; ++s) sectors[s] = sum_of(memory, s);
+  LightModel model{};
+  for (int c = 0; c < 3; ++c) {
+    model.whole[c] = whole_of(sectors, c, memory.filled);
+    for (int s = 0; s < kSectors; ++s) {
+      const double known = sectors[s].count / (sectors[s].count + kDoubt * memory.filled + 1);
+      model.rest[s][c] = std::clamp((sectors[s].logs[c] - model.whole[c]) * known, -kMostRest, kMostRest);
+    }
+  }
+  int64_t xy = 0, xx = 0;
+  for (int i = 0; i < memory.filled; ++i) {
+    for (const SectorLight& light : memory.frames[i].sectors) {
+      xy += light.slope_xy;
+      xx += light.slope_xx;
+    }
+  }
+  model.slope = std::clamp(static_cast<double>(xy) / (static_cast<double>(xx) + kSlopeDoubt * memory.filled + 1), -kMostSlope,
+                           kMostSlope);
+  return model;
+}
+
+}  // namespace biseam::ring
