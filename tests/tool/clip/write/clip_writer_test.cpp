@@ -1,4 +1,6 @@
 // A clip from end to end: pictures, times, tags and everything that is copied.
+#include "clip/write/clip_writer.hpp"
+
 #include <gtest/gtest.h>
 
 #include "tool/support/by_library.hpp"
@@ -114,7 +116,7 @@ TEST_P(Containers, PlayersAreToldThatItIsASphereUnlessUnwanted) {
 }
 
 // MJPEG says by its pictures' format that they have full range, the panorama by a tag.
-TEST(Clip, FullRangeOfJpegFormatsIsKept) {
+TEST(ClipWriter, FullRangeOfJpegFormatsIsKept) {
   for (const std::string extension : {"mov", "mkv"}) {
     SCOPED_TRACE(extension);
     const ScratchFolder folder;
@@ -172,7 +174,7 @@ TEST_P(ColourTags, PassThroughAndSamplesStay) {
   }
 }
 
-TEST(Clip, MotionDataAndACoverAreCopied) {
+TEST(ClipWriter, MotionDataAndACoverAreCopied) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.motion_packets = 5;
@@ -187,7 +189,7 @@ TEST(Clip, MotionDataAndACoverAreCopied) {
   EXPECT_EQ(out.streams[2].bytes(), in.streams[2].bytes());
 }
 
-TEST(Clip, AttachmentsAreCopied) {
+TEST(ClipWriter, AttachmentsAreCopied) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.attachment = "not really a font";
@@ -203,7 +205,7 @@ TEST(Clip, AttachmentsAreCopied) {
 }
 
 // Its track is made anew by what writes QuickTime files, and the others keep it as metadata.
-TEST(Clip, TimeCodeIsKept) {
+TEST(ClipWriter, TimeCodeIsKept) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.picture_metadata = {{"timecode", "01:02:03:04"}};
@@ -219,7 +221,7 @@ TEST(Clip, TimeCodeIsKept) {
   EXPECT_EQ(ClipProbe(folder / "out.mkv").streams[0].metadata["TIMECODE"], "01:02:03:04");
 }
 
-TEST(Clip, AStreamThatCantBeHeldIsNamed) {
+TEST(ClipWriter, AStreamThatCantBeHeldIsNamed) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.motion_packets = 2;
@@ -235,7 +237,7 @@ TEST(Clip, AStreamThatCantBeHeldIsNamed) {
   EXPECT_EQ(ClipProbe(folder / "out.mkv").streams.size(), 1u);
 }
 
-TEST(Clip, FourEnginesGiveWhatOneGives) {
+TEST(ClipWriter, FourEnginesGiveWhatOneGives) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", rich_clip(), walk(20));
   expect_success(stitch_clip(folder / "in.mp4", folder / "one.mp4", {"--jobs", "1"}), 20);
@@ -244,7 +246,7 @@ TEST(Clip, FourEnginesGiveWhatOneGives) {
 }
 
 // Matroska's numbers of streams and files could be random.
-TEST(Clip, TheSameBytesFromRunToRun) {
+TEST(ClipWriter, TheSameBytesFromRunToRun) {
   for (const std::string extension : {"mp4", "mov", "mkv"}) {
     SCOPED_TRACE(extension);
     const ScratchFolder folder;
@@ -257,7 +259,7 @@ TEST(Clip, TheSameBytesFromRunToRun) {
 }
 
 // By turns half a frame's time and one and a half: never far from what the mean rate says.
-TEST(Clip, TimesThatRawFramesCantHoldAreTold) {
+TEST(ClipWriter, TimesThatRawFramesCantHoldAreTold) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.times = {0, 256, 1024, 1280, 2048, 2304};
@@ -268,7 +270,7 @@ TEST(Clip, TimesThatRawFramesCantHoldAreTold) {
 }
 
 // Encoders write it only beside a matrix.
-TEST(Clip, ARangeWithoutOtherTagsIsKept) {
+TEST(ClipWriter, ARangeWithoutOtherTagsIsKept) {
   for (const std::string extension : {"mp4", "mov", "mkv"}) {
     SCOPED_TRACE(extension);
     const ScratchFolder folder;
@@ -284,7 +286,7 @@ TEST(Clip, ARangeWithoutOtherTagsIsKept) {
   }
 }
 
-TEST(Clip, HevcHasTheTagThatAllPlayersKnowAndAnyNumberOfFrames) {
+TEST(ClipWriter, HevcHasTheTagThatAllPlayersKnowAndAnyNumberOfFrames) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", {}, walk(3));
   for (const std::string name : {"out.mp4", "out.mov", "out.mkv"}) {
@@ -301,7 +303,7 @@ TEST(Clip, HevcHasTheTagThatAllPlayersKnowAndAnyNumberOfFrames) {
   }
 }
 
-TEST(Clip, ACoverIsKeptBesideATimeCodeAndToldWhereItCantBe) {
+TEST(ClipWriter, ACoverIsKeptBesideATimeCodeAndToldWhereItCantBe) {
   const ScratchFolder folder;
   ClipSpec spec;
   spec.cover = true;
@@ -323,7 +325,7 @@ TEST(Clip, ACoverIsKeptBesideATimeCodeAndToldWhereItCantBe) {
   EXPECT_NE(refused.err.find("out.mov: a cover picture (--drop-streams"), std::string::npos) << refused.err;
 }
 
-TEST(Clip, AnotherEncoderAndItsSettings) {
+TEST(ClipWriter, AnotherEncoderAndItsSettings) {
   const ScratchFolder folder;
   const auto pairs = walk(3);
   write_clip(folder / "in.mkv", {}, pairs);
