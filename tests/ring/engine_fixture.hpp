@@ -16,6 +16,9 @@
 
 namespace biseam::test {
 
+// Poles of the panorama in the middle of a lens and on the ring, and turns that mix everything.
+inline constexpr Turn kTurns[] = {{0, 0, 0}, {33, 21, 12}, {0, 90, 0}, {-170, -62, 45}, {90, 0, 90}, {180, -90, 7}};
+
 // A real pair, small, with turned lenses whose radius bends.
 inline Camera small_camera() { return scaled_camera(bent_pair(), 160); }
 

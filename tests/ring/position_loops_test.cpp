@@ -1,0 +1,161 @@
+#include "ring/position_loops.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "ring/positions.hpp"
+#include "support/isas.hpp"
+#include "support/random_source.hpp"
+
+namespace biseam::test {
+namespace {
+
+using namespace ring;
+
+int last_node(const SampleRun& run, int bits) { return (run.start + (run.count - 1) * run.step) >> bits; }
+
+// Nodes for a block of any grid, node (0, 0) being the one where the runs start.
+struct Nodes {
+  NodeWindow window{};
+  std::vector<std::int32_t> values;
+
+  Nodes(RandomSource& random, int bits) {
+    const auto run_of = [&](int most) {
+      const int count = random.between(1, most), step = 2 << random.between(0, 1);
+      return SampleRun{random.between(0, (1 << bits) - 1), step, step == 4 ? (count + 1) / 2 : count};
+    };
+    window.bits = bits;
+    window.across = run_of(kBlockWidth);
+    window.down = run_of(kBlockHeight);
+    window.stride = last_node(window.across, bits) + 4 + random.between(0, 5);
+    values.resize(std::size_t(window.stride * (last_node(window.down, bits) + 4)));
+  }
+
+  template <class Value>
+  void fill(Value value) {
+    for (std::size_t k = 0; k < values.size(); ++k) {
+      values[k] = value(int(k % std::size_t(window.stride)) - 1, int(k / std::size_t(window.stride)) - 1);
+    }
+    window.nodes = values.data();
+  }
+
+  // Samples between the block's are none of the function's.
+  std::vector<std::int32_t> interpolated(InterpolateNodes* run) const {
+    constexpr std::int32_t kUntouched = 1234567;
+    std::vector<std::int32_t> out(kBlockWidth * kBlockHeight, kUntouched), block;
+    run(window, out.data());
+    for (int y = 0; y < kBlockHeight; ++y) {
+      for (int x = 0; x < kBlockWidth; ++x) {
+        const std::int32_t value = out[std::size_t(y * kBlockWidth + x)];
+        if (x < window.across.count && y < window.down.count) {
+          block.push_back(value);
+        } else {
+          EXPECT_EQ(kUntouched, value);
+        }
+      }
+    }
+    return block;
+  }
+
+  // Of the block's samples: where they stand among the nodes.
+  double across(std::size_t k) const { return place(window.across, int(k) % window.across.count); }
+  double down(std::size_t k) const { return place(window.down, int(k) / window.across.count); }
+
+ private:
+  double place(const SampleRun& run, int i) const { return double(run.start + i * run.step) / (1 << window.bits); }
+};
+
+class PositionLoops : public testing::TestWithParam<Isa> {
+ protected:
+  void SetUp() override {
+    run_ = kInterpolateNodes.of(GetParam());
+    if (run_ == nullptr) GTEST_SKIP() << "no version of its own";
+  }
+  InterpolateNodes* run_ = nullptr;
+  RandomSource random_;
+};
+
+// Coefficients are integers and each product is rounded: six times half a unit a direction, and once more what is off down.
+constexpr double kRoundings = 6;
+
+// A cubic in either direction is its own interpolation.
+TEST_P(PositionLoops, GoThroughCubics) {
+  for (int round = 0; round < 60; ++round) {
+    Nodes nodes(random_, round % 7);
+    const int nodes_across = last_node(nodes.window.across, nodes.window.bits) + 1;
+    double c[4][2];
+    for (auto& pair : c) {
+      for (double& factor : pair) factor = double(random_.real_between(-1, 1));
+    }
+    const double size = nodes_across;
+    const auto value = [&](double x, double y) {
+      const double u = x / size, v = y / size;
+      return 3e6 * (c[0][0] + c[1][0] * u + c[2][0] * u * u + c[3][0] * u * u * u) +
+             2e6 * (c[0][1] + c[1][1] * v + c[2][1] * v * v + c[3][1] * v * v * v);
+    };
+    // What is steeper than coefficients may be is no position.
+    bool is_flat = true;
+    nodes.fill([&](int x, int y) {
+      is_flat = is_flat && std::fabs(value(x + 1, y) - value(x, y)) < 3e6 && std::fabs(value(x, y + 1) - value(x, y)) < 3e6;
+      return std::int32_t(std::lround(value(x, y)));
+    });
+    if (!is_flat) continue;
+    const std::vector<std::int32_t> got = nodes.interpolated(run_);
+    for (std::size_t k = 0; k < got.size(); ++k) {
+      ASSERT_NEAR(value(nodes.across(k), nodes.down(k)), got[k], kRoundings) << nodes.window.bits << ": " << k;
+    }
+  }
+}
+
+// Samples that stand on a node are that node, whatever it is.
+TEST_P(PositionLoops, NodesAreKept) {
+  for (int round = 0; round < 28; ++round) {
+    Nodes nodes(random_, round % 7);
+    const int limit = round % 2 == 0 ? 24576 << 16 : 90 << 16;
+    nodes.fill([&](int, int) { return random_.between(-limit, limit); });
+    const std::vector<std::int32_t> got = nodes.interpolated(run_);
+    for (std::size_t k = 0; k < got.size(); ++k) {
+      const double x = nodes.across(k), y = nodes.down(k);
+      if (x != std::floor(x) || y != std::floor(y)) continue;
+      ASSERT_EQ(nodes.values[std::size_t(y + 1) * std::size_t(nodes.window.stride) + std::size_t(x + 1)], got[k]);
+    }
+  }
+}
+
+// A plane of half the samples, of which the first stands half a sample further on.
+TEST_P(PositionLoops, NodesAreMovedAndHalved) {
+  for (int round = 0; round < 14; ++round) {
+    Nodes nodes(random_, round % 7);
+    nodes.window.offset = 1 << 15;
+    nodes.window.halvings = 1;
+    const int slope = random_.between(-100000, 100000);
+    nodes.fill([&](int x, int y) { return slope * (2 * x + y); });
+    const std::vector<std::int32_t> got = nodes.interpolated(run_);
+    for (std::size_t k = 0; k < got.size(); ++k) {
+      ASSERT_NEAR((slope * (2 * nodes.across(k) + nodes.down(k)) - (1 << 15)) / 2, got[k], kRoundings) << k;
+    }
+  }
+}
+
+// A line that leaves 24 bits on one side goes on at the other, and is a line all the same.
+TEST_P(PositionLoops, AnglesWrapAround) {
+  for (int round = 0; round < 28; ++round) {
+    Nodes nodes(random_, round % 7);
+    nodes.window.wrapped_bits = 8;
+    const int start = random_.between(-(1 << 23), (1 << 23) - 1), slope = random_.between(-400000, 400000);
+    const auto wrapped = [](std::int64_t value) { return std::int32_t(((value + (1 << 23)) & ((1 << 24) - 1)) - (1 << 23)); };
+    nodes.fill([&](int x, int y) { return wrapped(start + std::int64_t{slope} * (x - y)); });
+    const std::vector<std::int32_t> got = nodes.interpolated(run_);
+    for (std::size_t k = 0; k < got.size(); ++k) {
+      const double exact = start + slope * (nodes.across(k) - nodes.down(k));
+      ASSERT_NEAR(0, std::remainder(exact - got[k], 1 << 24), kRoundings) << k;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Isas, PositionLoops, testing::ValuesIn(isas_here()), isa_name);
+
+}  // namespace
+}  // namespace biseam::test
