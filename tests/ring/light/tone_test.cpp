@@ -5,7 +5,6 @@
 #include <cmath>
 #include <vector>
 
-#include "ring/light/match_rows.hpp"
 #include "ring/lit_scene.hpp"
 #include "support/random_source.hpp"
 
@@ -40,117 +39,6 @@ TEST(Tone, UsualTransfersAreThoseOfTheKindOfPicture) {
   EXPECT_EQ(make_tone(Transfer::usual, true, true).pivot, make_tone(Transfer::srgb, true, true).pivot);
   EXPECT_EQ(make_tone(Transfer::power, false, false).pivot, 16 << 6);
   EXPECT_EQ(make_tone(Transfer::power, true, true).white, 255 << 6);
-}
-
-double light_of_bt709(double code) { return code < 0.081 ? code / 4.5 : std::pow((code + 0.099) / 1.099, 1 / 0.45); }
-double recorded_by_srgb(double light) { return light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1 / 2.4) - 0.055; }
-double light_of_srgb(double code) { return code <= 0.04045 ? code / 12.92 : std::pow((code + 0.055) / 1.055, 2.4); }
-
-// Codes of light that is g times as strong, by the transfer curves themselves.
-TEST(MatchRow, MultipliesLinearLight) {
-  struct Curve {
-    Transfer transfer;
-    double (*record)(double);
-    double (*light)(double);
-    double exponent;
-  };
-  for (const Curve& curve : {Curve{Transfer::bt709, recorded_by_bt709, light_of_bt709, 0.45},
-                             Curve{Transfer::srgb, recorded_by_srgb, light_of_srgb, 1 / 2.4}}) {
-    const Tone tone = make_tone(curve.transfer, false, false);
-    for (const double stops : {-1.0, -0.5, -0.1, 0.0, 0.1, 0.5, 1.0}) {
-      const int16_t factor = int16_t(std::lround(kLightOne * std::exp2(stops * curve.exponent)));
-      for (double code = 0; code < 1; code += 0.003) {
-        const double exact = curve.record(std::exp2(stops) * curve.light(code));
-        if (exact > 1 || (stops < 0 && code > 0.8)) continue;  // white has a rule of its own
-        int16_t sample = int16_t(std::lround(64 * (16 + 219 * code)));
-        kMatchRow.scalar(&sample, &factor, tone, 1);
-        // The darkest codes, by a line whose slope is only about the light's: up to 5 % of 8 % of the range.
-        ASSERT_NEAR(sample / 64.0, 16 + 219 * exact, code < 0.15 ? 2 : 0.05) << stops << " EV, code " << code;
-      }
-    }
-  }
-}
-
-TEST(MatchRow, KeepsBlackAndWhite) {
-  const Tone tone = make_tone(Transfer::bt709, false, false);
-  for (int16_t factor = kLightOne * 3 / 5; factor <= kMostMatch; factor = int16_t(factor + 101)) {
-    int16_t black = 16 << 6, white = 235 << 6, beyond = 250 << 6;
-    kMatchRow.scalar(&black, &factor, tone, 1);
-    EXPECT_EQ(black, 16 << 6) << factor;
-    if (factor >= kLightOne) continue;
-    kMatchRow.scalar(&white, &factor, tone, 1);
-    EXPECT_EQ(white, 235 << 6) << factor;
-    kMatchRow.scalar(&beyond, &factor, tone, 1);
-    EXPECT_EQ(beyond, 250 << 6) << factor;
-  }
-}
-
-TEST(MatchRow, NeverTurnsTheOrderOfCodesRound) {
-  for (const Transfer transfer : {Transfer::bt709, Transfer::srgb, Transfer::power, Transfer::log}) {
-    const Tone tone = make_tone(transfer, false, false);
-    for (int16_t factor = kLightOne * 3 / 5; factor <= kMostMatch; factor = int16_t(factor + 97)) {
-      int16_t before = INT16_MIN;
-      for (int code = 0; code <= kMaxFine; code += 3) {
-        int16_t sample = int16_t(code);
-        kMatchRow.scalar(&sample, &factor, tone, 1);
-        ASSERT_GE(sample, before) << factor << " at " << code;
-        before = sample;
-      }
-    }
-  }
-}
-
-TEST(MatchChromaRow, TintsByLumaButNotWhite) {
-  const int16_t factor = kLightOne, share = kLightOne / 16;
-  const auto tinted = [&](int luma) {
-    int16_t sample = 128 << 6;
-    const int16_t fine = int16_t(luma << 6);
-    kMatchChromaRow.scalar(&sample, {{&factor, nullptr}, {&share, nullptr}, &fine, 16 << 6, 235 << 6}, 1, 1);
-    return sample - (128 << 6);
-  };
-  EXPECT_EQ(tinted(16), 0);
-  EXPECT_EQ(tinted(5), 0);
-  EXPECT_EQ(tinted(116), 100 * 64 / 16);
-  EXPECT_EQ(tinted(225), 40 * 64 / 16);
-  EXPECT_EQ(tinted(235), 0);
-  EXPECT_EQ(tinted(255), 0);
-}
-
-TEST(LumaMeans, AreOfTheSamplesThatAChromaSampleStandsFor) {
-  const std::vector<uint8_t> bytes = {1, 3, 7, 8, 2, 4, 9, 200};
-  int16_t out[4];
-  kLumaMeans.scalar({{bytes.data(), bytes.data() + 4}, 2, 2, false, 8, 0}, out, 2);
-  EXPECT_EQ(out[0], (1 + 3 + 2 + 4) * 16);
-  EXPECT_EQ(out[1], (7 + 8 + 9 + 200) * 16);
-  kLumaMeans.scalar({{bytes.data(), nullptr}, 2, 1, false, 8, 0}, out, 2);
-  EXPECT_EQ(out[0], 4 * 32);
-  kLumaMeans.scalar({{bytes.data(), nullptr}, 1, 1, false, 8, 0}, out, 4);
-  EXPECT_EQ(out[3], 8 * 64);
-  const std::vector<uint16_t> words = {1023 << 6, 1 << 6};
-  kLumaMeans.scalar({{words.data(), nullptr}, 1, 1, true, 10, 6}, out, 2);
-  EXPECT_EQ(out[0], 1023 * 16);
-  EXPECT_EQ(out[1], 16);
-}
-
-TEST(SpreadNodes, GoesLinearlyFromNodeToNode) {
-  RandomSource random;
-  for (int round = 0; round < 300; ++round) {
-    const int bits = random.between(0, 6), apart = 1 << bits, step = 2 << random.between(0, 1), count = random.between(1, 64);
-    std::vector<int16_t> upper, lower;
-    for (int i = 0; i < 64 * 4 + 3; ++i) {
-      upper.push_back(int16_t(random.between(-32767, 32767)));
-      lower.push_back(int16_t(random.between(-32767, 32767)));
-    }
-    const int below = random.between(0, apart - 1), start = random.between(0, apart - 1);
-    int16_t out[64];
-    kSpreadNodes.scalar({upper.data(), lower.data(), below, bits, start, step}, out, count);
-    for (int i = 0; i < count; ++i) {
-      const double place = double(start + i * step) / apart, past = place - std::floor(place);
-      const std::size_t column = std::size_t(place);
-      const auto down = [&](std::size_t c) { return upper[c] + (lower[c] - upper[c]) * double(below) / apart; };
-      ASSERT_EQ(out[i], std::floor(down(column) * (1 - past) + down(column + 1) * past + 0.5)) << bits << " " << i;
-    }
-  }
 }
 
 }  // namespace
