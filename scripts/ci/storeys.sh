@@ -63,4 +63,5 @@ check tools/calibrate tools "${rooms[@]}" || status=1
 mapfile -t rooms < <(in_order tools/biseam profile base camera text media picture clip/read clip/write setup stitch tag scene sheet \
   compare view commands)
 check tools/biseam tools/biseam "${rooms[@]}" || status=1
+scripts/ci/mirror.sh || status=1
 exit $status
