@@ -11,7 +11,6 @@
 #include <thread>
 
 #include "base/interrupt.hpp"
-#include "support/purposeful_leaks.hpp"
 #include "tool/support/scratch_folder.hpp"
 
 namespace {
@@ -62,15 +61,35 @@ TEST(UnfinishedFile, ASignalToAnotherThreadLeavesNothing) {
 
 TEST(UnfinishedFile, IsForgotten) {
   const test::ScratchFolder folder;
-  std::string kept = folder / "a.XXXXXX", removed = folder / "b.XXXXXX";
-  UnfinishedFile first, second;
-  ::close(first.create(kept));
-  const test::PurposefulLeaks at_the_end;  // who removes the files frees nothing
-  ::close(second.create(removed));
-  first.forget();
-  remove_unfinished_files();
-  EXPECT_EQ(folder / folder.names().at(0), kept);
+  const auto forget_one = [&folder] {
+    std::string kept = folder / "a.XXXXXX", removed = folder / "b.XXXXXX";
+    UnfinishedFile first, second;
+    ::close(first.create(kept));
+    ::close(second.create(removed));
+    first.forget();
+    remove_unfinished_files();
+    ::_exit(folder / folder.names().at(0) == kept ? 0 : 1);
+  };
+  EXPECT_EXIT(forget_one(), testing::ExitedWithCode(0), "");
   EXPECT_EQ(folder.names().size(), 1u);
+}
+
+// Another thread may want a file while the program ends.
+TEST(UnfinishedFile, IsNotMadeAnyMoreWhenTheProgramEnds) {
+  const test::ScratchFolder folder;
+  const auto create_at_the_end = [&folder] {
+    remove_unfinished_files();
+    std::thread other([&folder] {
+      UnfinishedFile file;
+      std::string pattern = folder / "a.XXXXXX";
+      file.create(pattern);
+      ::_exit(1);
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    ::_exit(0);
+  };
+  EXPECT_EXIT(create_at_the_end(), testing::ExitedWithCode(0), "");
+  EXPECT_EQ(folder.names(), std::vector<std::string>{});
 }
 
 }  // namespace

@@ -16,9 +16,12 @@ namespace {
 constexpr int kMost = 16;
 std::atomic<char*> paths[kMost];  // who takes one out owns it
 std::atomic<int> being_created = 0;
-static_assert(std::atomic<char*>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
+std::atomic<bool> is_ending = false;  // files are being removed for the last time
+static_assert(std::atomic<char*>::is_always_lock_free && std::atomic<int>::is_always_lock_free &&
+              std::atomic<bool>::is_always_lock_free);
 
-// While a file is there that has no place in the list yet: this thread takes no signals, and handlers in other threads wait.
+// While a file is there that has no place in the list yet: this thread takes no signals, and who removes files in other threads
+// waits.  Once that one has begun, a file would stay: the end of the program is waited for in place of making it.
 class Creation {
  public:
   Creation() {
@@ -26,6 +29,9 @@ class Creation {
     ::sigfillset(&all);
     ::pthread_sigmask(SIG_BLOCK, &all, &before_);
     ++being_created;
+    if (!is_ending) return;
+    --being_created;
+    for (;;) ::poll(nullptr, 0, -1);
   }
   Creation(const Creation&) = delete;
   Creation& operator=(const Creation&) = delete;
@@ -67,6 +73,7 @@ void UnfinishedFile::forget() {
 }
 
 void remove_unfinished_files() {
+  is_ending = true;
   while (being_created != 0) ::poll(nullptr, 0, 1);  // which signal handlers may call
   for (std::atomic<char*>& path : paths) {
     if (const char* taken = path.exchange(nullptr)) ::unlink(taken);  // not freed: the program ends
