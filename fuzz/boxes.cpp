@@ -22,7 +22,7 @@ std::size_t told_size(const std::vector<std::uint8_t>& box) {
 std::vector<TrackAddition> additions(int choice) {
   std::vector<TrackAddition> tracks(std::size_t(choice % 4));
   for (std::size_t k = 0; k < tracks.size(); ++k) {
-    tracks[k] = {(choice >> (2 + k) & 1) != 0, choice >= 128 ? "fin" : ""};
+    tracks[k] = {std::uint32_t(k + 1), (choice >> (2 + k) & 1) != 0, choice >= 128 ? "fin" : ""};
   }
   return tracks;
 }

@@ -17,9 +17,18 @@ Bytes box(const char* type, const Bytes& content) {
   return bytes;
 }
 
-Bytes movie_of(const Bytes& media_header) { return box("moov", box("trak", box("mdia", media_header))); }
+Bytes track(std::uint8_t number, const Bytes& media_header) {
+  Bytes header(20);  // version and flags, two times, the number, nothing
+  header[15] = number;
+  Bytes content = box("tkhd", header);
+  const Bytes media = box("mdia", media_header);
+  content.insert(content.end(), media.begin(), media.end());
+  return box("trak", content);
+}
 
-const std::array kGerman{TrackAddition{.spherical = false, .language = "deu"}};
+Bytes movie_of(const Bytes& media_header) { return box("moov", track(1, media_header)); }
+
+const std::array kGerman{TrackAddition{.track = 1, .spherical = false, .language = "deu"}};
 
 TEST(MovBoxes, ATrackWithoutALanguageGetsOne) {
   // Version and flags, two times, time scale, duration; all bits of the language, which stand for none; quality.
@@ -38,6 +47,27 @@ TEST(MovBoxes, AMediaHeaderThatEndsEarlyIsLeftAlone) {
     add_to_tracks(movie, kGerman);
     EXPECT_EQ(movie, before) << size;
   }
+}
+
+TEST(MovBoxes, ATrackIsKnownByItsNumber) {
+  Bytes content(24);
+  content[20] = 0x7f, content[21] = 0xff;
+  const auto movie_with_language = [&](std::uint8_t number) { return box("moov", track(number, box("mdhd", content))); };
+  const Bytes before = movie_with_language(2);
+  Bytes movie = before;
+  ASSERT_TRUE(add_to_tracks(movie, kGerman));
+  EXPECT_EQ(movie, before);
+  const std::array both{kGerman[0], TrackAddition{.track = 2, .spherical = false, .language = "deu"}};
+  ASSERT_TRUE(add_to_tracks(movie, both));
+  content[20] = 0x10, content[21] = 0xb5;
+  EXPECT_EQ(movie, movie_with_language(2));
+}
+
+TEST(MovBoxes, ATrackWithoutANumberIsRefused) {
+  const Bytes before = box("moov", box("trak", box("mdia", box("mdhd", Bytes(24)))));
+  Bytes movie = before;
+  EXPECT_FALSE(add_to_tracks(movie, kGerman));
+  EXPECT_EQ(movie, before);
 }
 
 }  // namespace

@@ -54,10 +54,18 @@ std::vector<Box> box_path(const Bytes& from, const Box& box, std::span<const std
   return path;
 }
 
+std::optional<std::uint32_t> track_number(const Bytes& movie, const Box& track) {
+  const std::optional<Box> header = box_inside(movie, track, "tkhd");
+  if (!header || header->size <= kBoxHeader) return std::nullopt;
+  // Behind version and flags and two times, which are long ones in version 1.
+  const std::size_t at = header->at + kBoxHeader + 4 + (movie[header->at + kBoxHeader] == 1 ? 16 : 8);
+  return at + 4 <= header->end() ? std::optional(read_32(movie, at)) : std::nullopt;
+}
+
 Bytes make_box(std::string_view name, const Bytes& content) {
-  Bytes box(kBoxHeader);
-  write_32(box, 0, std::uint32_t(kBoxHeader + content.size()));
-  std::copy(name.begin(), name.end(), box.begin() + 4);
+  Bytes box;
+  append_32(box, std::uint32_t(kBoxHeader + content.size()));
+  for (const char letter : name) box.push_back(std::uint8_t(letter));
   box.insert(box.end(), content.begin(), content.end());
   return box;
 }

@@ -38,6 +38,9 @@ std::optional<Box> box_inside(const Bytes& from, const Box& box, std::string_vie
 // The box and those that the names lead to, each inside the one before; empty when one is missing.
 std::vector<Box> box_path(const Bytes& from, const Box& box, std::span<const std::string_view> names);
 
+// The number that a track's header ("tkhd" in a "trak") gives it.
+std::optional<std::uint32_t> track_number(const Bytes& movie, const Box& track);
+
 Bytes make_box(std::string_view name, const Bytes& content);
 
 // Puts bytes in the place of those in the area; the boxes around it, which must be those of a path, learn their new sizes.

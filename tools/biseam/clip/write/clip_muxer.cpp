@@ -80,14 +80,15 @@ int ClipMuxer::movie_timescale() const {
   return int(scale);
 }
 
-// The muxer writes both into MP4 files itself.
+// The muxer writes both into MP4 files itself.  It numbers tracks from 1 by their streams, and its index leaves out those
+// without packets.
 std::vector<TrackAddition> ClipMuxer::track_additions() const {
   if (std::string(format_.name) != "mov") return {};
   std::vector<TrackAddition> tracks(muxer_->nb_streams);
   for (std::size_t k = 0; k < tracks.size(); ++k) {
     const AVStream* stream = muxer_->streams[k];
     const AVDictionaryEntry* language = av_dict_get(stream->metadata, "language", nullptr, 0);
-    tracks[k] = {is_whole_sphere(*stream), language ? language->value : ""};
+    tracks[k] = {std::uint32_t(k + 1), is_whole_sphere(*stream), language ? language->value : ""};
   }
   return tracks;
 }

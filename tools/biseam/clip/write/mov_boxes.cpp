@@ -68,11 +68,13 @@ void set_language(Bytes& movie, const Box& track, std::string_view language) {
 bool add_to_tracks(Bytes& movie, std::span<const TrackAddition> tracks) {
   if (movie.size() < kBoxHeader || read_32(movie, 0) != movie.size()) return false;
   Bytes changed = movie;
-  for (std::size_t k = 0; k < tracks.size(); ++k) {
-    const std::optional<Box> track = box_inside(changed, {0, changed.size()}, "trak", k);
-    if (!track) return false;
-    set_language(changed, *track, tracks[k].language);
-    if (tracks[k].spherical && !mark_spherical(changed, *track)) return false;
+  for (std::size_t k = 0; const std::optional<Box> track = box_inside(changed, {0, changed.size()}, "trak", k); ++k) {
+    const std::optional<std::uint32_t> number = track_number(changed, *track);
+    if (!number) return false;
+    const auto wanted = std::find_if(tracks.begin(), tracks.end(), [&](const TrackAddition& to) { return to.track == number; });
+    if (wanted == tracks.end()) continue;
+    set_language(changed, *track, wanted->language);
+    if (wanted->spherical && !mark_spherical(changed, *track)) return false;
   }
   movie = std::move(changed);
   return true;

@@ -120,10 +120,9 @@ bool replace_box(Bytes& movie, std::size_t track, std::string_view name, const B
 std::optional<std::uint64_t> place_track(Bytes& movie, std::size_t track, std::span<const PacketRun> all) {
   constexpr std::string_view kNames[] = {"mdia", "minf", "stbl"};
   const Box box = *box_inside(movie, {0, movie.size()}, "trak", track);
-  const std::optional<Box> header = box_inside(movie, box, "tkhd");
+  const std::optional<std::uint32_t> number = track_number(movie, box);
   const std::vector<Box> path = box_path(movie, box, kNames);
-  if (!header || header->size <= kFullHeader || path.empty()) return std::nullopt;
-  const std::optional<std::uint32_t> number = field(movie, *header, movie[header->at + kBoxHeader] == 1 ? 4 : 2);
+  if (!number || path.empty()) return std::nullopt;
   std::vector<PacketRun> runs;
   std::uint64_t packets = 0;
   for (const PacketRun& run : all) {
