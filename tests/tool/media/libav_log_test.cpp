@@ -27,6 +27,18 @@ TEST(LibavLog, TheFirstComplaintIsTheReason) {
   EXPECT_EQ(log.reason(AVERROR(EINVAL)), "preset 7 is unknown");
 }
 
+TEST(LibavLog, WhatAnnouncesFurtherLinesIsLeftOut) {
+  const auto reason = [](const char* complaint) {
+    const LibavLog log;
+    av_log(nullptr, AV_LOG_ERROR, "%s\n", complaint);
+    av_log(nullptr, AV_LOG_ERROR, "1920x1080\n");
+    return log.reason(AVERROR(EINVAL));
+  };
+  EXPECT_EQ(reason("no size for it. Known sizes:"), "no size for it");
+  EXPECT_EQ(reason("known sizes:"), "known sizes");
+  EXPECT_EQ(reason("no such size.\nKnown are two"), "no such size. Known are two");
+}
+
 TEST(LibavLog, ANewOneForgets) {
   {
     const LibavLog log;

@@ -1,5 +1,6 @@
 #include "media/libav_log.hpp"
 
+#include <algorithm>
 #include <cstdarg>
 #include <mutex>
 
@@ -11,15 +12,24 @@ namespace {
 std::mutex mutex;
 std::string first;  // complaint
 
+// One line of whole sentences: what ends with a colon announces further lines.
+std::string tidied(std::string text) {
+  const auto drop_end = [&text](const char* letters) { text.resize(text.find_last_not_of(letters) + 1); };
+  drop_end("\n. ");
+  std::replace(text.begin(), text.end(), '\n', ' ');
+  const std::size_t sentence = text.rfind(". ");
+  if (text.ends_with(':') && sentence != std::string::npos) text.resize(sentence);
+  drop_end(":. ");
+  return text;
+}
+
 void keep(void* source, int level, const char* format, va_list values) {
   if (level > AV_LOG_ERROR) return;
   char line[512] = "";
   int with_prefix = 0;
   av_log_format_line2(source, level, format, values, line, sizeof line, &with_prefix);
-  std::string text = line;
-  while (!text.empty() && (text.back() == '\n' || text.back() == '.' || text.back() == ' ')) text.pop_back();
   const std::lock_guard lock(mutex);
-  if (first.empty()) first = text;
+  if (first.empty()) first = tidied(line);
 }
 
 }  // namespace

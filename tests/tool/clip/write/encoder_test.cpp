@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <map>
+#include <tuple>
 
 #include "base/failure.hpp"
 #include "clip/write/panorama_pool.hpp"
@@ -178,6 +180,63 @@ TEST_P(Reduced, IsToldAndTheNearest) {
     const int scale = 1 << (described(*got).comp[0].depth - 8);
     EXPECT_NEAR(get_sample(*got, component, 8, 8), expected[component] * scale, 1.5 * scale) << component;
   }
+}
+
+// Theora takes the time base for the time of a picture, MPEG-1 and -2 know a few rates.
+TEST(Encoder, WritesEveryPictureAtItsTime) {
+  for (const auto& [name, rate, told] :
+       {std::tuple{"libtheora", AVRational{25, 1}, ""}, std::tuple{"mpeg1video", AVRational{25, 1}, ""},
+        std::tuple{"mpeg2video", AVRational{30, 1}, ""}, std::tuple{"libx264", AVRational{25, 1}, ""},
+        std::tuple{"mpeg1video", AVRational{90, 1},
+                   "biseam: encoder mpeg1video: knows no 90 pictures a second and is told 60; their times in the file are "
+                   "right\n"},
+        std::tuple{"libtheora", AVRational{0, 1}, ""}}) {
+    SCOPED_TRACE(std::string(name) + " " + std::to_string(rate.num));
+    ClipFacts facts = facts_of({name, "yuv420p", "yuv420p"});
+    facts.time_base = {1, 15360};
+    facts.rate = rate;
+    testing::internal::CaptureStderr();
+    Encoder encoder(settings_of({name, "yuv420p", "yuv420p"}), facts, false);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), told);
+    std::map<std::int64_t, std::int64_t> expected, found;  // durations by time
+    const Libav<AVPacket> packet(av_packet_alloc());
+    const auto receive_all = [&] {
+      while (encoder.receive(*packet)) {
+        found[packet->pts] = packet->duration;
+        EXPECT_LE(packet->dts, packet->pts);
+      }
+    };
+    std::int64_t time = 77;
+    for (const std::int64_t duration : {512, 700, 512, 100}) {
+      const Libav<AVFrame> sent = panorama(facts);
+      fill(*sent, [&](int, int x, int y) { return unsigned(60 + (x * 3 + y + int(time / 7)) % 120); });
+      encoder.send(*sent, time, duration);
+      expected[time] = duration;
+      time += duration;
+      receive_all();
+    }
+    encoder.finish();
+    receive_all();
+    EXPECT_EQ(found, expected);
+  }
+}
+
+// A picture like the one before is an empty packet to it.
+TEST(Encoder, TellsOfPicturesThatItLeavesOut) {
+  const Case wanted{"libtheora", "yuv420p", "yuv420p"};
+  const ClipFacts facts = facts_of(wanted);
+  Encoder encoder(settings_of(wanted), facts, false);
+  const Libav<AVFrame> same = panorama(facts);
+  const Libav<AVPacket> packet(av_packet_alloc());
+  int packets = 0;
+  testing::internal::CaptureStderr();
+  for (int k = 0; k <= 3; ++k) {
+    k < 3 ? encoder.send(*same, k, 1) : encoder.finish();
+    for (; encoder.receive(*packet); ++packets) EXPECT_GT(packet->size, 0);
+  }
+  EXPECT_EQ(packets, 1);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "biseam: encoder libtheora: it leaves out pictures, 2 in all, and those before them stay longer\n");
 }
 
 TEST(Encoder, SharesThePlanesThatItTakes) {

@@ -90,6 +90,20 @@ TEST_F(StreamFit, TagsThatAContainerDoesNotKnowAreLeftToIt) {
   EXPECT_EQ(to.codecpar->codec_tag, 0u);
 }
 
+TEST_F(StreamFit, WhatNobodyCouldReadIsNamed) {
+  AVCodecParameters& encoded = *stream(AVMEDIA_TYPE_VIDEO, AV_CODEC_ID_A64_MULTI).codecpar;
+  EXPECT_EQ(encoded_trouble(format("mov"), encoded), "there is no decoder for it");
+  encoded.codec_id = AV_CODEC_ID_QTRLE;
+  EXPECT_EQ(encoded_trouble(format("matroska"), encoded), "there is no place for its depth");
+  EXPECT_EQ(encoded_trouble(format("mov"), encoded), "");
+  encoded.codec_id = AV_CODEC_ID_RAWVIDEO;
+  encoded.format = AV_PIX_FMT_YUV444P;
+  EXPECT_EQ(encoded_trouble(format("mov"), encoded), "there is no name for its kind of samples");
+  EXPECT_EQ(encoded_trouble(format("matroska"), encoded), "");
+  encoded.format = AV_PIX_FMT_YUV420P;
+  EXPECT_EQ(encoded_trouble(format("mov"), encoded), "");
+}
+
 TEST_F(StreamFit, HevcGetsTheTagThatPlayersKnowInTheirContainers) {
   for (const auto& [name, codec, tag] : {std::tuple{"mp4", AV_CODEC_ID_HEVC, MKTAG('h', 'v', 'c', '1')},
                                          {"mov", AV_CODEC_ID_HEVC, MKTAG('h', 'v', 'c', '1')},

@@ -12,6 +12,7 @@ namespace biseam::tool {
 ClipWriter::ClipWriter(const ClipWriterSettings& settings, const ClipFacts& facts, const PartReader& part)
     : settings_(settings),
       time_base_(facts.time_base),
+      rate_(facts.rate),
       muxer_(settings.path, *clip_format(settings.path)),
       encoder_(settings.encoder, facts, (muxer_.format().flags & AVFMT_GLOBALHEADER) != 0),
       packet_(av_packet_alloc()) {
@@ -37,9 +38,14 @@ void ClipWriter::add_streams(const PairReader& clips) {
 void ClipWriter::add_picture(const AVStream& from) {
   picture_ = &muxer_.add_stream();
   encoder_.describe(*picture_->codecpar);
+  const std::string trouble = encoded_trouble(muxer_.format(), *picture_->codecpar);
+  if (!trouble.empty()) {
+    throw Failure(ExitCode::output,
+                  settings_.path + " can't hold what the encoder " + settings_.encoder.name + " makes: " + trouble);
+  }
   tag_for_players(muxer_.format(), *picture_->codecpar);
   picture_->time_base = time_base_;
-  picture_->avg_frame_rate = encoder_.context().framerate;
+  picture_->avg_frame_rate = rate_;
   picture_->sample_aspect_ratio = {1, 1};
   copy_picture_metadata(from, *picture_);
   if (settings_.spherical) mark_spherical(*picture_);

@@ -36,7 +36,7 @@ class ClipWriter : public FrameSink {
   void write_encoded();
 
   const ClipWriterSettings settings_;
-  const AVRational time_base_;
+  const AVRational time_base_, rate_;
   ClipMuxer muxer_;
   Encoder encoder_;
   AVStream* picture_ = nullptr;

@@ -80,8 +80,7 @@ Encoder::Encoder(const EncoderSettings& settings, const ClipFacts& facts, bool g
   context_->height = facts.size.height;
   context_->sample_aspect_ratio = {1, 1};
   context_->pix_fmt = format;
-  context_->time_base = facts.time_base;
-  context_->framerate = facts.rate;
+  set_times(facts);
   context_->color_range = colour.range;
   context_->colorspace = colour.matrix;
   context_->color_primaries = colour.primaries;
@@ -97,6 +96,19 @@ Encoder::Encoder(const EncoderSettings& settings, const ClipFacts& facts, bool g
   }
   if (status < 0) throw Failure(ExitCode::output, "encoder " + settings_text_ + ": " + log.reason(status));
   open_filter(colour);
+}
+
+// Most take pictures at any time.  Those that know some rates, and Theora's, take the time base for the time from one picture
+// to the next; the file has the clip's times all the same.
+void Encoder::set_times(const ClipFacts& facts) {
+  const AVRational* const rates = context_->codec->supported_framerates;
+  counts_pictures_ = rates || context_->codec_id == AV_CODEC_ID_THEORA;
+  const AVRational usual{25, 1}, rate = counts_pictures_ && facts.rate.num <= 0 ? usual : facts.rate;
+  context_->framerate = rates ? rates[av_find_nearest_q_idx(rate, rates)] : rate;
+  context_->time_base = counts_pictures_ ? av_inv_q(context_->framerate) : facts.time_base;
+  if (av_cmp_q(context_->framerate, rate) == 0) return;
+  notice("encoder " + name_ + ": knows no " + number_text(av_q2d(facts.rate)) + " pictures a second and is told " +
+         number_text(av_q2d(context_->framerate)) + "; their times in the file are right");
 }
 
 void Encoder::set_options(const EncoderSettings& settings) {
@@ -155,11 +167,12 @@ void Encoder::send(const AVFrame& panorama, std::int64_t time, std::int64_t dura
   if (!tagged) throw std::bad_alloc();
   set_colour(*tagged, colour_);
   const Libav<AVFrame> frame = converter_.convert(*tagged, context_->pix_fmt);
-  frame->pts = time;
-  frame->pkt_duration = duration;
+  frame->pts = counts_pictures_ ? sent_ : time;
+  frame->pkt_duration = counts_pictures_ ? 1 : duration;
   set_colour(*frame, {context_->color_range, context_->colorspace, context_->color_primaries, context_->color_trc,
                       context_->chroma_sample_location});
-  durations_[time] = duration;
+  moments_[frame->pts] = {time, duration};
+  ++sent_;
   push(frame.get());
 }
 
@@ -170,17 +183,40 @@ void Encoder::push(const AVFrame* frame) {
   if (status < 0) throw Failure(ExitCode::output, "encoder " + name_ + ": " + libav_reason(status));
 }
 
+// Empty packets are Theora's for pictures that are to look like the one before; no container holds them.
 bool Encoder::receive(AVPacket& packet) {
   int status = avcodec_receive_packet(context_.get(), &packet);
+  for (; status >= 0 && packet.size == 0; status = avcodec_receive_packet(context_.get(), &packet)) {
+    moments_.erase(packet.pts);
+    ++skipped_;
+  }
+  if (status == AVERROR_EOF) check_all_came();
   if (status == AVERROR(EAGAIN) || status == AVERROR_EOF) return false;
+  ++received_;
   if (status >= 0 && filter_) status = av_bsf_send_packet(filter_.get(), &packet);
   if (status >= 0 && filter_) status = av_bsf_receive_packet(filter_.get(), &packet);
   if (status < 0) throw Failure(ExitCode::output, "encoder " + name_ + ": " + libav_reason(status));
-  const auto known = durations_.find(packet.pts);
-  if (known == durations_.end()) return true;
-  packet.duration = known->second;
-  durations_.erase(known);
+  set_packet_times(packet);
   return true;
+}
+
+void Encoder::check_all_came() const {
+  const std::int64_t missing = sent_ - received_ - skipped_;
+  if (missing > 0) {
+    throw Failure(ExitCode::output, "encoder " + settings_text_ + ": " + std::to_string(missing) + " pictures are lost in it");
+  }
+  if (skipped_ == 0) return;
+  notice("encoder " + settings_text_ + ": it leaves out pictures, " + std::to_string(skipped_) +
+         " in all, and those before them stay longer");
+}
+
+// Encoders that count pictures don't reorder them.
+void Encoder::set_packet_times(AVPacket& packet) {
+  const auto known = moments_.find(packet.pts);
+  if (known == moments_.end()) return;
+  if (counts_pictures_) packet.pts = packet.dts = known->second.time;
+  packet.duration = known->second.duration;
+  moments_.erase(known);
 }
 
 }  // namespace biseam::tool

@@ -72,6 +72,16 @@ std::string holding_trouble(const AVOutputFormat& format, const AVStream& stream
   return trial(format, stream);
 }
 
+std::string encoded_trouble(const AVOutputFormat& format, const AVCodecParameters& encoded) {
+  if (!avcodec_find_decoder(encoded.codec_id)) return "there is no decoder for it";
+  const bool is_mov = is_mov_kind(format);
+  if (!is_mov && encoded.codec_id == AV_CODEC_ID_QTRLE) return "there is no place for its depth";
+  if (!is_mov || encoded.codec_id != AV_CODEC_ID_RAWVIDEO) return "";
+  const AVCodecTag* const known[] = {avformat_get_mov_video_tags(), avformat_get_riff_video_tags(), nullptr};
+  const unsigned tag = avcodec_pix_fmt_to_codec_tag(AVPixelFormat(encoded.format));
+  return av_codec_get_id(known, tag) == AV_CODEC_ID_RAWVIDEO ? "" : "there is no name for its kind of samples";
+}
+
 void tag_for_players(const AVOutputFormat& format, AVCodecParameters& encoded) {
   if (is_mov_kind(format) && encoded.codec_id == AV_CODEC_ID_HEVC) encoded.codec_tag = MKTAG('h', 'v', 'c', '1');
 }

@@ -17,6 +17,9 @@ bool is_carried_by_metadata(const AVFormatContext& clip, const AVStream& stream)
 // Why the container can't hold packets of the stream as they are; empty when it can.
 std::string holding_trouble(const AVOutputFormat& format, const AVStream& stream);
 
+// Why nobody could read an encoder's packets in the container, though its muxer takes them; empty when they can be read.
+std::string encoded_trouble(const AVOutputFormat& format, const AVCodecParameters& encoded);
+
 // For a stream to be written into the container: parameters, with a tag the container knows.
 void copy_parameters(const AVOutputFormat& format, const AVStream& from, AVStream& to);
 
