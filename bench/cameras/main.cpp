@@ -79,9 +79,10 @@ int main(int count, char** words) {
                 radius(camera.lens[0], camera.lens[0].fov / 2 * kDegree) > size / 2.0);
     const std::clock_t begin = std::clock();  // of one thread
     try {
-      const calibrate::Estimate found = calibrate::estimate(input, [](int pieces, const std::function<void(int)>& work) {
-        for (int i = 0; i < pieces; ++i) work(i);
-      });
+      const calibrate::Estimate found =
+          calibrate::estimate(input, std::nullopt, [](int pieces, const std::function<void(int)>& work) {
+            for (int i = 0; i < pieces; ++i) work(i);
+          });
       const Seams seams = seams_of(camera, found.camera, overlap(camera));
       rms.push_back(seams.all);
       worst.push_back(seams.worst);

@@ -12,11 +12,11 @@ namespace {
 
 constexpr int kAround = 960;             // columns of the reduced strip
 constexpr double kReach = 14 * kDegree;  // half its height
-constexpr int kWanted = 128;             // corners of a pair
+constexpr int kWanted = 256;             // corners of a pair
 constexpr double kTolerance = 1.6;       // pixels by which matches may disagree
 constexpr std::size_t kMostPairs = 3;
 constexpr std::size_t kLeastMatches = 24;
-constexpr int kLeastOctants = 5;
+constexpr int kLeastOctants = 4;
 
 struct Shift {  // of a match in the strip
   double t;     // angle round the axis
@@ -134,12 +134,13 @@ std::vector<Reduced> reduce(const std::vector<Pair>& pairs, double scale) {
 }
 
 // The best of the quarter turns.  Fewer than kLeastMatches matches: none is good.
-Alignment align_guess(const std::vector<Reduced>& pairs, const StripSize& size, const Values& guess, const Frame& frame) {
+Alignment align_guess(const std::vector<Reduced>& pairs, const StripSize& size, const Values& guess, const Frame& frame,
+                      int quarters) {
   constexpr Search kSearch{16, 18, 18, 7, kWanted, 0.7, false};
   const Camera small = reduced(camera_of(guess, frame), pairs.front().pictures.lens);
   const Unroller unroller[2] = {Unroller(small, 0, size), Unroller(small, 1, size)};
   Alignment best;
-  for (int turns = 0; turns < 4; ++turns) {
+  for (int turns = 0; turns < quarters; ++turns) {
     Frame turned = frame;
     turned.mount[1] = (frame.mount[1] + 90 * turns) % 360;
     const Camera camera = camera_of(guess, turned);
@@ -165,12 +166,12 @@ Alignment align_guess(const std::vector<Reduced>& pairs, const StripSize& size, 
 }  // namespace
 
 std::optional<Alignment> align(const std::vector<Pair>& pairs, const std::vector<Values>& guesses, const Frame& frame,
-                               const ShareWork& share_work) {
+                               int quarters, const ShareWork& share_work) {
   const StripSize size{kAround, int(2 * kReach * kAround / (2 * kPi)) | 1};
   const std::vector<Reduced> small = reduce(pairs, size.around / (2 * kPi) / std::exp(guesses.front()[kScale]));
   std::vector<Alignment> found(guesses.size());
   share_work(int(guesses.size()),
-             [&](int i) { found[std::size_t(i)] = align_guess(small, size, guesses[std::size_t(i)], frame); });
+             [&](int i) { found[std::size_t(i)] = align_guess(small, size, guesses[std::size_t(i)], frame, quarters); });
   const auto best = std::max_element(
       found.begin(), found.end(), [](const Alignment& a, const Alignment& b) { return a.matches.size() < b.matches.size(); });
   if (best->matches.size() < kLeastMatches) return std::nullopt;

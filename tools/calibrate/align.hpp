@@ -21,9 +21,9 @@ struct Alignment {
   std::vector<Match> matches;  // that agree with each other
 };
 
-// Tries lenses of several kinds, the guesses, and every quarter turn of lens 1's picture.  Nothing where none makes the strips
-// agree.
+// Tries lenses of several kinds, the guesses, and so many quarter turns of lens 1's picture.  Nothing where none makes the
+// strips agree.
 std::optional<Alignment> align(const std::vector<Pair>& pairs, const std::vector<Values>& guesses, const Frame& frame,
-                               const ShareWork& share_work);
+                               int quarters, const ShareWork& share_work);
 
 }  // namespace biseam::calibrate

@@ -4,13 +4,18 @@
 #include <cmath>
 #include <cstdio>
 
+#include "calibrate/circle.hpp"
 #include "calibrate/estimate.hpp"
+#include "camera/rules.hpp"
 
 namespace biseam::calibrate {
 namespace {
 
 // To as many digits as mean something.
-double rounded(double value, double unit) { return std::round(value / unit) * unit; }
+double rounded(double value, int digits) {
+  const double units = std::pow(10, digits);
+  return std::round(value * units) / units;
+}
 
 profile::CameraSettings settings_of(const Camera& camera) {
   profile::CameraSettings settings;
@@ -18,16 +23,16 @@ profile::CameraSettings settings_of(const Camera& camera) {
   for (int k = 0; k < 2; ++k) {
     const Lens& lens = camera.lens[k];
     profile::LensSettings& to = settings.lens[k];
-    to.cx = rounded(lens.cx, 0.001);
-    to.cy = rounded(lens.cy, 0.001);
-    to.p = rounded(lens.p, 0.001);
-    to.k = {rounded(lens.k[0], 1e-7), rounded(lens.k[1], 1e-7), rounded(lens.k[2], 1e-7)};
-    to.fov = rounded(lens.fov, 0.01);
+    to.cx = rounded(lens.cx, 3);
+    to.cy = rounded(lens.cy, 3);
+    to.p = rounded(lens.p, 3);
+    to.k = {rounded(lens.k[0], 7), rounded(lens.k[1], 7), rounded(lens.k[2], 7)};
+    to.fov = rounded(lens.fov, 2);
     to.mount = lens.mount;
   }
-  settings.lens[1].yaw = rounded(camera.lens[1].turn.yaw, 1e-4);
-  settings.lens[1].pitch = rounded(camera.lens[1].turn.pitch, 1e-4);
-  settings.lens[1].roll = rounded(camera.lens[1].turn.roll, 1e-4);
+  settings.lens[1].yaw = rounded(camera.lens[1].turn.yaw, 4);
+  settings.lens[1].pitch = rounded(camera.lens[1].turn.pitch, 4);
+  settings.lens[1].roll = rounded(camera.lens[1].turn.roll, 4);
   return settings;
 }
 
@@ -70,24 +75,108 @@ std::string summary_of(const Estimate& found) {
   return text + octants_of(found.solution);
 }
 
-}  // namespace
-
-Finding calibrate(const std::vector<LumaPair>& pairs, const ShareWork& share_work) {
-  if (pairs.empty()) throw Refusal("no pictures");
+std::vector<Pair> pictures_of(const std::vector<LumaPair>& pairs) {
   std::vector<Pair> pictures(pairs.size());
   for (std::size_t i = 0; i < pairs.size(); ++i) {
     for (int k = 0; k < 2; ++k) {
       const Luma& luma = pairs[i].lens[k];
-      if (luma.width != pairs[0].lens[0].width || luma.height != pairs[0].lens[0].height) {
-        throw Refusal("the pictures are not all of one size");
-      }
-      if (std::min(luma.width, luma.height) < kLeastSide) throw Refusal("the pictures are too small");
       // Never written through.
       pictures[i].lens[k] = cv::Mat1b(luma.height, luma.width, const_cast<std::uint8_t*>(luma.bytes), std::size_t(luma.stride));
     }
   }
-  const Estimate found = estimate(pictures, share_work);
+  return pictures;
+}
+
+void check_sizes(const std::vector<LumaPair>& pairs) {
+  if (pairs.empty()) throw Refusal("no pictures");
+  for (const LumaPair& pair : pairs) {
+    for (const Luma& luma : pair.lens) {
+      if (luma.width != pairs[0].lens[0].width || luma.height != pairs[0].lens[0].height) {
+        throw Refusal("the pictures are not all of one size");
+      }
+      if (std::min(luma.width, luma.height) < kLeastSide) throw Refusal("the pictures are too small");
+    }
+  }
+}
+
+bool is_turned(const profile::LensSettings& lens) {
+  return lens.yaw.value_or(0) != 0 || lens.pitch.value_or(0) != 0 || lens.roll.value_or(0) != 0;
+}
+
+// The start as the numbers that are sought.
+Known known_of(const Options& options, const Luma& picture) {
+  const profile::CameraSettings& start = *options.start;
+  const profile::Size size{picture.width, picture.height};
+  if (is_turned(start.lens[0])) throw Refusal("the profile to start from has lens 0 turned; only lens 1 may be");
+  Known known;
+  known.frame = {picture.width, picture.height, {0, 0}};
+  double p[2], k1[2], k2[2];
+  for (int k = 0; k < 2; ++k) {
+    const profile::LensSettings lens =
+        profile::scale_lens(start.lens[k], start.picture.value_or(size), size, "the profile to start from");
+    if (!lens.p || !lens.cx || !lens.cy) throw Refusal("the profile to start from must have p, cx and cy of both lenses");
+    const std::array<double, 3> terms = lens.k.value_or(std::array<double, 3>{});
+    if (terms[2] != 0) throw Refusal("the profile to start from has a third term of k, which is not sought");
+    p[k] = *lens.p;
+    k1[k] = terms[0];
+    k2[k] = terms[1];
+    known.values[k == 0 ? kCx0 : kCx1] = *lens.cx;
+    known.values[k == 0 ? kCy0 : kCy1] = *lens.cy;
+    known.frame.mount[k] = lens.mount.value_or(0);
+  }
+  known.values[kScale] = 0.5 * (std::log(p[0]) + std::log(p[1]));
+  known.values[kScaleRatio] = std::log(p[1] / p[0]);
+  known.values[kK1] = 0.5 * (k1[0] + k1[1]);
+  known.values[kK2] = 0.5 * (k2[0] + k2[1]);
+  known.values[kK1Apart] = k1[1] - k1[0];
+  known.values[kK2Apart] = k2[1] - k2[0];
+  known.values[kYaw] = start.lens[1].yaw.value_or(0);
+  known.values[kPitch] = start.lens[1].pitch.value_or(0);
+  known.values[kRoll] = start.lens[1].roll.value_or(0);
+  known.values[kRim] = 0.5 * start.lens[0].fov.value_or(kUsualFov);
+  const auto hold = [&](bool holds, std::initializer_list<Parameter> parameters) {
+    for (const Parameter parameter : parameters) known.held[parameter] = holds;
+  };
+  hold(options.hold_scale, {kScale, kScaleRatio});
+  hold(options.hold_k, {kK1, kK2, kK1Apart, kK2Apart});
+  hold(options.hold_centre, {kCx0, kCy0, kCx1, kCy1});
+  hold(options.hold_turn, {kYaw, kPitch, kRoll});
+  return known;
+}
+
+}  // namespace
+
+Finding calibrate(const std::vector<LumaPair>& pairs, const Options& options, const ShareWork& share_work) {
+  check_sizes(pairs);
+  std::optional<Known> known;
+  if (options.start) known = known_of(options, pairs[0].lens[0]);
+  const Estimate found = estimate(pictures_of(pairs), known, share_work);
   return {settings_of(found.camera), summary_of(found), found.seam_deviation, found.kept};
+}
+
+profile::CameraSettings circles(const std::vector<LumaPair>& pairs, const ShareWork& share_work) {
+  constexpr double kMostApart = 0.05;  // of the radii
+  const std::vector<Pair> pictures = pictures_of(pairs);
+  std::optional<Circle> found[2];
+  share_work(2, [&](int k) {
+    std::vector<cv::Mat1b> frames;
+    for (const Pair& pair : pictures) {
+      if (pair.lens[k].size() == pictures.front().lens[k].size()) frames.push_back(pair.lens[k]);
+    }
+    if (std::min(frames.front().cols, frames.front().rows) >= kLeastSide) found[k] = find_circle(frames);
+  });
+  if (!found[0] || !found[1] || std::abs(found[0]->radius - found[1]->radius) > kMostApart * found[0]->radius) return {};
+  profile::CameraSettings settings;
+  Camera camera;
+  for (int k = 0; k < 2; ++k) {
+    const cv::Mat1b& picture = pictures.front().lens[k];
+    profile::LensSettings& to = settings.lens[k];
+    Lens& lens = camera.lens[k] = usual_lens(picture.cols, picture.rows);
+    to.cx = lens.cx = rounded(found[k]->cx, 3);
+    to.cy = lens.cy = rounded(found[k]->cy, 3);
+    to.p = lens.p = rounded(found[k]->radius / (kUsualFov / 2 * kDegree), 3);
+  }
+  return check_camera(camera) ? profile::CameraSettings() : settings;
 }
 
 }  // namespace biseam::calibrate

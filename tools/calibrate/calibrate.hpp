@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -33,6 +34,11 @@ struct LumaPair {
   Luma lens[2];
 };
 
+struct Options {
+  std::optional<profile::CameraSettings> start;  // a guess of the camera, which has its mounts
+  bool hold_scale = false, hold_k = false, hold_centre = false, hold_turn = false;  // of the start
+};
+
 struct Finding {
   profile::CameraSettings settings;
   std::string summary;        // lines: the camera, its standard deviations, the residual in each eighth of the ring
@@ -42,6 +48,10 @@ struct Finding {
 
 // All pictures of one size, at least one pair; the bytes are read during the call only.  The same pictures give the same
 // finding, however the work is shared.  Throws Refusal.
-Finding calibrate(const std::vector<LumaPair>& pairs, const ShareWork& share_work);
+Finding calibrate(const std::vector<LumaPair>& pairs, const Options& options, const ShareWork& share_work);
+
+// What the image circles tell alone: centres, and the scale if they end at a usual angle of view.  Nothing where they are not
+// found, or don't go together.
+profile::CameraSettings circles(const std::vector<LumaPair>& pairs, const ShareWork& share_work);
 
 }  // namespace biseam::calibrate

@@ -36,7 +36,18 @@ bool is_dark(const std::vector<cv::Mat1b>& frames) {
   return brightest < 4;
 }
 
-Circles find_circles(const std::vector<Pair>& pairs, const ShareWork& share_work) {
+// Where none is found.
+Circles circles_of(const Known& known) {
+  Circles circles;
+  const Camera camera = camera_of(known.values, known.frame);
+  for (int k = 0; k < 2; ++k) {
+    const Lens& lens = camera.lens[k];
+    circles.used[k] = {lens.cx, lens.cy, radius(lens, lens.fov / 2 * kDegree), 0, 0};
+  }
+  return circles;
+}
+
+Circles find_circles(const std::vector<Pair>& pairs, const std::optional<Known>& known, const ShareWork& share_work) {
   Circles circles;
   bool dark[2] = {};
   share_work(2, [&](int k) {
@@ -49,6 +60,7 @@ Circles find_circles(const std::vector<Pair>& pairs, const ShareWork& share_work
     if (dark[k]) throw Refusal("the picture of lens " + std::to_string(k) + " shows nothing; is it covered?");
   }
   if (!circles.found[0] && !circles.found[1]) {
+    if (known) return circles_of(*known);
     throw Refusal("no circle is found in either picture; a profile to start from is needed");
   }
   const cv::Mat1b& picture = pairs.front().lens[0];
@@ -100,6 +112,14 @@ Prior prior_of(const Circles& circles, const Frame& frame, const Values& middle)
   prior.deviations[kYaw] = prior.deviations[kPitch] = prior.deviations[kRoll] = 4;
   prior.deviations[kRim] = 2.5;
   return prior;
+}
+
+void hold(const Known& known, Prior& prior) {
+  for (std::size_t p = 0; p < kParameters; ++p) {
+    if (!known.held[p]) continue;
+    prior.values[p] = known.values[p];
+    prior.deviations[p] = kHeld;
+  }
 }
 
 // Of all pairs, in their order.
@@ -162,7 +182,8 @@ void judge_seams(Estimate& estimate) {
 
 // Whether the ground is far and lens 1 turned, or near and lens 1 straight, is hard to tell from one pair, and the way from one
 // to the other is long.  The turn is therefore found first from what parallax does not reach: places along t, and that nothing
-// is beyond infinity.  Then the likeliest of several grounds.
+// is beyond infinity.  Then the likeliest of several grounds, below or above: turned by its parallax, one looks much like the
+// other opposite.  Neighbouring matches err together, so that they count less against the prior than their number.
 Solution solve_from_any_ground(const Problem& problem, const Values& guess, const ShareWork& share_work) {
   constexpr int kDirections = 8;
   Problem turn = problem;
@@ -182,8 +203,12 @@ Solution solve_from_any_ground(const Problem& problem, const Values& guess, cons
   share_work(int(grounds.size()), [&](int i) {
     solutions[std::size_t(i)] = solve(problem, start, std::vector<Ground>(pairs, grounds[std::size_t(i)]), {2, 0.1, 0.3});
   });
+  constexpr double kMatchesThatErrTogether = 4;
+  const auto cost = [](const Solution& solution) {
+    return solution.prior_cost + (solution.cost - solution.prior_cost) / kMatchesThatErrTogether;
+  };
   return *std::min_element(solutions.begin(), solutions.end(),
-                           [](const Solution& a, const Solution& b) { return a.cost < b.cost; });
+                           [&](const Solution& a, const Solution& b) { return cost(a) < cost(b); });
 }
 
 // Where the light comes from, in the world's x and y: most often from above.
@@ -211,18 +236,22 @@ cv::Point2d bright_side(const std::vector<Pair>& pairs, const Circles& circles, 
   return bright;
 }
 
-// The overlap tells how the pictures are turned against each other, not what is up.  What is near is most often the ground
-// below; without it the light comes from above.  The camera is turned by quarters so that this is so.
+// Quarter turns, clockwise as lens 1 looks, after which a direction in x and y points down rather than where it does.
+int quarters_to(cv::Point2d down) {
+  const double lower[4] = {down.y, down.x, -down.y, -down.x};
+  const int turns = int(std::max_element(lower, lower + 4) - lower);
+  return lower[turns] < 1.2 * lower[0] ? 0 : turns;
+}
+
+// The overlap tells how the pictures are turned against each other, not what is up.  Light comes from above, and what is near
+// is most often the ground below; but it may be a wall, and the sun may stand low.  The camera is turned by quarters where
+// nothing speaks against it.
 void set_upright(const std::vector<Pair>& pairs, const Circles& circles, Problem& problem, Solution& solution) {
   constexpr double kLeastParallax = 0.6;  // pixels
-  cv::Point2d down(0, 0);
-  for (const Ground& ground : solution.grounds) down += cv::Point2d(ground.x, ground.y) / double(solution.grounds.size());
-  if (cv::norm(down) < kLeastParallax) down = -bright_side(pairs, circles, problem.frame);
-  const double lower[4] = {down.y, down.x, -down.y, -down.x};  // after so many quarter turns, clockwise as lens 1 looks
-  const int turns = int(std::max_element(lower, lower + 4) - lower);
-  if (lower[turns] < 1.2 * lower[0]) return;
-  // Something near above and a ground below look much alike; a camera upside down is rare.
-  if (turns == 2 && bright_side(pairs, circles, problem.frame).y < 0) return;
+  const int turns = quarters_to(-bright_side(pairs, circles, problem.frame));
+  cv::Point2d near(0, 0);
+  for (const Ground& ground : solution.grounds) near += cv::Point2d(ground.x, ground.y) / double(solution.grounds.size());
+  if (turns == 0 || (cv::norm(near) >= kLeastParallax && quarters_to(near) != turns)) return;
   problem.frame.mount[0] = (problem.frame.mount[0] + 90 * turns) % 360;
   problem.frame.mount[1] = (problem.frame.mount[1] + 360 - 90 * turns) % 360;
   for (int i = 0; i < turns; ++i) {
@@ -233,8 +262,21 @@ void set_upright(const std::vector<Pair>& pairs, const Circles& circles, Problem
   }
 }
 
+// A lens's axis meets its picture close to the middle of the circle.
+bool contradicts_circles(const Estimate& found) {
+  constexpr double kMostOff = 0.012;  // of the radius
+  for (int k = 0; k < 2; ++k) {
+    if (!found.circle[k]) continue;
+    const Circle& circle = *found.circle[k];
+    const double off = std::hypot(found.camera.lens[k].cx - circle.cx, found.camera.lens[k].cy - circle.cy);
+    if (off > kMostOff * circle.radius + 3 * circle.deviation) return true;
+  }
+  return false;
+}
+
 void refuse_doubt(const Estimate& found) {
   if (found.kept < kLeastKept) throw Refusal("the pictures of both lenses don't fit together; are they of one place and time?");
+  if (contradicts_circles(found)) throw Refusal("what both lenses see doesn't fit the image circles; more pictures help");
   if (const CameraError error = check_camera(found.camera)) {
     throw Refusal(std::string("what is found is no camera: ") + error.text);
   }
@@ -245,17 +287,21 @@ void refuse_doubt(const Estimate& found) {
 
 }  // namespace
 
-Estimate estimate(const std::vector<Pair>& pairs, const ShareWork& share_work) {
-  const Circles circles = find_circles(pairs, share_work);
-  Frame frame{pairs.front().lens[0].cols, pairs.front().lens[0].rows, {0, 0}};
+Estimate estimate(const std::vector<Pair>& pairs, const std::optional<Known>& known, const ShareWork& share_work) {
+  const Circles circles = find_circles(pairs, known, share_work);
+  const Frame frame = known ? known->frame : Frame{pairs.front().lens[0].cols, pairs.front().lens[0].rows, {0, 0}};
   std::vector<Values> guesses;
+  if (known) guesses.push_back(known->values);
   for (const double rim : {96.0, kUsualRim, 103.0}) {
-    for (const double k1 : {-0.035, kUsualK1, 0.025}) guesses.push_back(guess_of(circles, rim, k1));
+    for (const double k1 : {-0.035, kUsualK1, 0.025}) {
+      if (!known) guesses.push_back(guess_of(circles, rim, k1));
+    }
   }
-  const std::optional<Alignment> aligned = align(pairs, guesses, frame, share_work);
+  const std::optional<Alignment> aligned = align(pairs, guesses, frame, known ? 1 : 4, share_work);
   if (!aligned) throw Refusal(kTooLittle);
   Problem problem{aligned->frame, aligned->matches, int(pairs.size()),
                   prior_of(circles, frame, guess_of(circles, kUsualRim, kUsualK1))};
+  if (known) hold(*known, problem.prior);
   Solution solution = solve(problem, aligned->values, std::vector<Ground>(pairs.size()), {20, 0.01, 0.1});
   const int wanted = pairs.size() == 1 ? 1280 : std::max(320, int(6400 / pairs.size()));
   for (int round = 0; round < kRounds; ++round) {
@@ -265,7 +311,7 @@ Estimate estimate(const std::vector<Pair>& pairs, const ShareWork& share_work) {
     if (problem.matches.size() < kLeastMatches) throw Refusal(kTooLittle);
     if (round == 0) {
       solution = solve_from_any_ground(problem, solution.values, share_work);
-      set_upright(pairs, circles, problem, solution);
+      if (!known) set_upright(pairs, circles, problem, solution);
     } else {
       solution = solve(problem, solution.values, solution.grounds, {1, 0.1, 0.3});
     }

@@ -1,6 +1,7 @@
 // From pictures to the camera.
 #pragma once
 
+#include <array>
 #include <optional>
 #include <vector>
 
@@ -24,7 +25,14 @@ struct Estimate {
   double kept = 0;             // share of the matches that are not wrong
 };
 
+// What there is to begin with.
+struct Known {
+  Values values{};
+  Frame frame;                           // of the pairs, with the mounts
+  std::array<bool, kParameters> held{};  // values that are not to change
+};
+
 // pairs: at least one, all of one size.  Throws Refusal.
-Estimate estimate(const std::vector<Pair>& pairs, const ShareWork& share_work);
+Estimate estimate(const std::vector<Pair>& pairs, const std::optional<Known>& known, const ShareWork& share_work);
 
 }  // namespace biseam::calibrate

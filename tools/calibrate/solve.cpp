@@ -93,6 +93,7 @@ class Solver {
 
   const State& state() const { return state_; }
   double cost() const { return cost_; }
+  double prior_cost() const { return prior_cost(state_); }
   const std::vector<Remainder>& remainders() const { return remainders_; }
 
   std::vector<Share> shares(const Scatter& scatter) const {
@@ -134,11 +135,16 @@ class Solver {
   int size() const { return kParameters + 3 * problem_.pairs; }
 
   double cost_of(const State& state, const std::vector<Remainder>& remainders, const Scatter& scatter) const {
-    double cost = 0;
+    double cost = prior_cost(state);
     for (std::size_t i = 0; i < remainders.size(); ++i) {
       const Ground& ground = state.grounds[std::size_t(problem_.matches[i].pair)];
       cost -= log_likelihood(remainders[i].off, parallax_of(ground, remainders[i].at), scatter);
     }
+    return cost;
+  }
+
+  double prior_cost(const State& state) const {
+    double cost = 0;
     const Prior& prior = problem_.prior;
     const auto add = [&](double z) { cost += 0.5 * z * z; };
     for (std::size_t p = 0; p < kParameters; ++p) {
@@ -289,7 +295,8 @@ Solution solve(const Problem& problem, const Values& guess, const std::vector<Gr
     if (still) break;
   }
   solver.descend(scatter);
-  return {solver.state().values, solver.state().grounds, scatter, solver.cost(), solver.covariance(scatter),
+  return {solver.state().values, solver.state().grounds, scatter,
+          solver.cost(),         solver.prior_cost(),    solver.covariance(scatter),
           solver.remainders(),   solver.shares(scatter)};
 }
 

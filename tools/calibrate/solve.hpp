@@ -23,8 +23,8 @@ struct Solution {
   Values values{};
   std::vector<Ground> grounds;  // of each pair
   Scatter scatter;
-  double cost = 0;
-  cv::Mat1d covariance;  // of the values
+  double cost = 0, prior_cost = 0;  // all of it, and what the prior has of it
+  cv::Mat1d covariance;             // of the values
   std::vector<Remainder> remainders;
   std::vector<Share> shares;
 };

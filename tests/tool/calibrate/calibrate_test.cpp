@@ -11,24 +11,6 @@ namespace {
 
 constexpr int kSide = 640;
 
-// Root mean square over the ring of the difference between both lenses' directions, in pixels of a 3840 panorama.
-double seam_error(const Camera& truth, const Camera& found) {
-  double sum = 0;
-  constexpr int kPlaces = 128;
-  const Projector true_lens[2] = {Projector(truth, 0), Projector(truth, 1)};
-  const Projector found_lens[2] = {Projector(found, 0), Projector(found, 1)};
-  for (int i = 0; i < kPlaces; ++i) {
-    Vec3 d[2];
-    for (int k = 0; k < 2; ++k) {
-      const ImagePoint at = true_lens[k].project(ring_direction(i * 2 * kPi / kPlaces, 0));
-      d[k] = found_lens[k].unproject(at.x, at.y);
-    }
-    const double x = d[0].x - d[1].x, y = d[0].y - d[1].y, z = d[0].z - d[1].z;
-    sum += (x * x + y * y + z * z) / kPlaces;
-  }
-  return std::sqrt(sum) * kPixelsPerRadian;
-}
-
 Camera with_mounts(Camera camera, int first, int second) {
   camera.lens[0].mount = first;
   camera.lens[1].mount = second;
@@ -37,7 +19,7 @@ Camera with_mounts(Camera camera, int first, int second) {
 
 TEST(Calibrate, OnePairOfFarThings) {
   const Camera camera = some_camera(kSide);
-  const Estimate found = estimate({photograph(camera)}, in_turn);
+  const Estimate found = estimate({photograph(camera)}, std::nullopt, in_turn);
   EXPECT_LT(seam_error(camera, found.camera), 1);
   EXPECT_GT(found.kept, 0.8);
 }
@@ -45,14 +27,39 @@ TEST(Calibrate, OnePairOfFarThings) {
 TEST(Calibrate, NearGroundDoesNotTurnLensOne) {
   Camera camera = some_camera(kSide);
   camera.baseline = 0.03;
-  EXPECT_LT(seam_error(camera, estimate({photograph(camera, 1.5)}, in_turn).camera), 1.5);
+  EXPECT_LT(seam_error(camera, estimate({photograph(camera, 1.5)}, std::nullopt, in_turn).camera), 1.5);
+}
+
+// Turned by the parallax below, a camera over a near ground looks much like one under a near ceiling.
+TEST(Calibrate, NearGroundLiesBelow) {
+  Camera camera = some_camera(kSide);
+  camera.baseline = 0.05;
+  const Estimate found = estimate({photograph(camera, 0.8)}, std::nullopt, in_turn);
+  EXPECT_GT(found.solution.grounds.front().y, 5);
+  EXPECT_NEAR(found.camera.lens[1].turn.pitch, camera.lens[1].turn.pitch, 0.3);
+}
+
+// A landscape under a clear sky.
+TEST(Calibrate, HalfARingIsEnough) {
+  const Camera camera = some_camera(kSide);
+  Pair pair = photograph(camera);
+  for (int k = 0; k < 2; ++k) {
+    const Projector lens(camera, k);
+    for (int y = 0; y < kSide; ++y) {
+      for (int x = 0; x < kSide; ++x) {
+        unsigned char& value = pair.lens[k](y, x);
+        if (value > 20 && lens.unproject(x, y).y < -0.1) value = 180;
+      }
+    }
+  }
+  EXPECT_LT(seam_error(camera, estimate({pair}, std::nullopt, in_turn).camera), 1.5);
 }
 
 TEST(Calibrate, MountsAreFound) {
   const int mounts[][2] = {{90, 270}, {90, 90}, {180, 180}, {270, 90}};
   for (const auto& mount : mounts) {
     const Camera camera = with_mounts(some_camera(kSide), mount[0], mount[1]);
-    const Estimate found = estimate({photograph(camera)}, in_turn);
+    const Estimate found = estimate({photograph(camera)}, std::nullopt, in_turn);
     EXPECT_EQ(found.camera.lens[0].mount, mount[0]);
     EXPECT_EQ(found.camera.lens[1].mount, mount[1]);
     EXPECT_LT(seam_error(camera, found.camera), 1);
@@ -73,14 +80,14 @@ std::vector<LumaPair> views(const std::vector<Pair>& pairs) {
 
 TEST(Calibrate, SameFindingHoweverTheWorkIsShared) {
   const std::vector<Pair> pairs = {photograph(some_camera(kSide)), photograph(some_camera(kSide), 3)};
-  const Finding first = calibrate(views(pairs), in_turn), second = calibrate(views(pairs), backwards);
+  const Finding first = calibrate(views(pairs), {}, in_turn), second = calibrate(views(pairs), {}, backwards);
   EXPECT_EQ(profile::write(first.settings), profile::write(second.settings));
   EXPECT_EQ(first.summary, second.summary);
 }
 
 void expect_refused(const std::vector<Pair>& pairs) {
   try {
-    calibrate(views(pairs), in_turn);
+    calibrate(views(pairs), {}, in_turn);
     ADD_FAILURE() << "not refused";
   } catch (const Refusal& refusal) {
     EXPECT_EQ(std::string(refusal.what()).find('\n'), std::string::npos);
@@ -107,6 +114,19 @@ TEST(Calibrate, NothingToSeeIsRefused) {
     for (unsigned char& value : picture) value = value > 40 ? 128 : 2;
   }
   expect_refused({pair});
+}
+
+TEST(Calibrate, CirclesAlone) {
+  const Camera camera = some_camera(kSide);
+  const profile::CameraSettings found = circles(views({photograph(camera)}), in_turn);
+  for (int k = 0; k < 2; ++k) {
+    const Lens& lens = camera.lens[k];
+    EXPECT_NEAR(found.lens[k].cx.value_or(0), lens.cx, 1);
+    EXPECT_NEAR(found.lens[k].cy.value_or(0), lens.cy, 1);
+    EXPECT_NEAR(found.lens[k].p.value_or(0) * kUsualFov / 2 * kDegree, radius(lens, lens.fov / 2 * kDegree), 2);
+  }
+  Pair dark{{cv::Mat1b(kSide, kSide, static_cast<unsigned char>(2)), cv::Mat1b(kSide, kSide, static_cast<unsigned char>(2))}};
+  EXPECT_FALSE(circles(views({dark}), in_turn).lens[0].p);
 }
 
 TEST(Calibrate, OddInputIsRefused) {

@@ -78,6 +78,24 @@ inline Camera some_camera(int size) {
   return camera;
 }
 
+// Root mean square over the ring of the difference between both lenses' directions, in pixels of a 3840 panorama.
+inline double seam_error(const Camera& truth, const Camera& found) {
+  double sum = 0;
+  constexpr int kPlaces = 128;
+  const Projector true_lens[2] = {Projector(truth, 0), Projector(truth, 1)};
+  const Projector found_lens[2] = {Projector(found, 0), Projector(found, 1)};
+  for (int i = 0; i < kPlaces; ++i) {
+    Vec3 d[2];
+    for (int k = 0; k < 2; ++k) {
+      const ImagePoint at = true_lens[k].project(ring_direction(i * 2 * kPi / kPlaces, 0));
+      d[k] = found_lens[k].unproject(at.x, at.y);
+    }
+    const double x = d[0].x - d[1].x, y = d[0].y - d[1].y, z = d[0].z - d[1].z;
+    sum += (x * x + y * y + z * z) / kPlaces;
+  }
+  return std::sqrt(sum) * kPixelsPerRadian;
+}
+
 // One after the other, or the last first.
 inline void in_turn(int pieces, const std::function<void(int)>& work) {
   for (int i = 0; i < pieces; ++i) work(i);

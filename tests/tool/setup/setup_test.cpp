@@ -11,7 +11,7 @@ namespace biseam::tool {
 namespace {
 
 std::pair<ExitCode, std::string> refusal(const std::string& profile) {
-  return test::failure_of([&] { make_setup(profile, {}, {{96, 96}, {96, 96}}); });
+  return test::failure_of([&] { make_setup(tool::read_camera(profile), {}, {{96, 96}, {96, 96}}); });
 }
 
 std::string written(const test::ScratchFolder& folder, const std::string& text) {
@@ -45,7 +45,7 @@ blend = {feather = 20}
 )");
   profile::CameraSettings given;
   given.width = 640;
-  const tool::Setup setup = make_setup(name, given, {{320, 320}, {960, 960}});
+  const tool::Setup setup = make_setup(tool::read_camera(name), given, {{320, 320}, {960, 960}});
   EXPECT_EQ(setup.width, 640);
   EXPECT_EQ(setup.profile, name);
   EXPECT_EQ(setup.blend.feather, 10);
@@ -64,11 +64,11 @@ blend = {feather = 20}
 TEST(Setup, ThePanoramaIsTwiceAsWideAsAnUprightPictureIsHigh) {
   profile::CameraSettings given;
   for (profile::LensSettings& lens : given.lens) lens.p = 100;
-  EXPECT_EQ(make_setup("", given, {{600, 500}, {600, 500}}).width, 1000);
-  EXPECT_EQ(make_setup("", given, {{600, 502}, {600, 502}}).width, 1000);
+  EXPECT_EQ(make_setup(tool::KnownCamera(), given, {{600, 500}, {600, 500}}).width, 1000);
+  EXPECT_EQ(make_setup(tool::KnownCamera(), given, {{600, 502}, {600, 502}}).width, 1000);
   given.lens[0].mount = 90;
-  EXPECT_EQ(make_setup("", given, {{600, 500}, {600, 500}}).width, 1200);
-  EXPECT_EQ(make_setup("", given, {{16000, 16000}, {600, 500}}).width, 16384);
+  EXPECT_EQ(make_setup(tool::KnownCamera(), given, {{600, 500}, {600, 500}}).width, 1200);
+  EXPECT_EQ(make_setup(tool::KnownCamera(), given, {{16000, 16000}, {600, 500}}).width, 16384);
 }
 
 }  // namespace

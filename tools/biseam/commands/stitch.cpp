@@ -6,6 +6,7 @@
 #include "base/extension.hpp"
 #include "base/failure.hpp"
 #include "commands/commands.hpp"
+#include "commands/layout_options.hpp"
 #include "commands/number_range.hpp"
 #include "commands/stitch_options.hpp"
 #include "media/container.hpp"
@@ -44,6 +45,7 @@ void check_files(const StitchOptions& options) {
   check_distinct(inputs, {{"-o", options.output},
                           {"--show-seams", options.show_seams},
                           {"--seam-layer", options.seam_layer},
+                          {"--save-camera", options.save_camera},
                           {"--json", options.video.json}});
 }
 
@@ -61,29 +63,16 @@ int stitch(StitchOptions& options) {
   return int(ExitCode::done);
 }
 
-// The number of a name in place of it, as the option parser reads enumerations.
-CLI::Validator one_of(std::vector<std::string> names) {
-  const auto number = [names = std::move(names)](std::string& text) -> std::string {
-    const auto found = std::find(names.begin(), names.end(), text);
-    if (found == names.end()) {
-      std::string rule = "must be " + names.front();
-      for (std::size_t k = 1; k < names.size(); ++k) rule += (k + 1 < names.size() ? ", " : " or ") + names[k];
-      return rule;
-    }
-    text = std::to_string(found - names.begin());
-    return "";
-  };
-  return CLI::Validator(number, "");
-}
-
 // What only one of the engines knows, whatever the group it is listed in.
 constexpr const char* kRingOptions[] = {"--quality", "--look", "--light", "--jobs"};
 constexpr const char* kExactGroup = "Seams and blend of the exact engine (in columns of the panorama)";
 
+constexpr const char* kCameraGroup = "Camera (in place of the profile's values)";
+
 void add_camera_options(CLI::App& command, StitchOptions& options) {
   profile::CameraSettings& settings = options.settings;
   const auto add = [&](const char* name, auto& value, const char* type, const char* text) {
-    command.add_option(name, value, text)->type_name(type)->group("Camera (in place of the profile's values)");
+    command.add_option(name, value, text)->type_name(type)->group(kCameraGroup);
   };
   add("--centre0", options.centre[0], "X,Y", "lens 0's axis in its picture, pixels");
   add("--centre1", options.centre[1], "X,Y", "lens 1's axis in its picture");
@@ -171,6 +160,7 @@ std::string given_option(const CLI::App& command, IsOfKind is_of_kind) {
 
 void note_given(const CLI::App& command, StitchOptions& options) {
   options.video.given = given_option(command, [](const CLI::Option& o) { return o.get_group() == kVideoGroup; });
+  options.given_camera = given_option(command, [](const CLI::Option& o) { return o.get_group() == kCameraGroup; });
   options.given_exact = given_option(command, [](const CLI::Option& o) { return o.get_group() == kExactGroup; });
   options.given_ring = given_option(command, [](const CLI::Option& o) {
     return std::find(std::begin(kRingOptions), std::end(kRingOptions), o.get_name()) != std::end(kRingOptions);
@@ -194,12 +184,11 @@ void add_stitch_command(CLI::App& app, int& exit_code) {
   add("-o,--output", options->output, "FILE",
       "picture: .png, .jpg; clip: .mp4, .mov, .mkv, .y4m; raw frames: .nv12, or - for standard output")
       ->required();
-  add("--layout", options->layout, "auto|side-by-side|top-bottom", "of one input with both circles (by its shape)")
-      ->transform(one_of({"auto", "side-by-side", "top-bottom"}));
-  add("--streams", options->streams, "A,B",
-      "video streams of one input that hold a lens each, lens 0's first, counted from 0 among all its streams");
+  add_layout_options(*command, options->layout, options->streams);
   add("--size", options->size, "WIDTHxHEIGHT", "of raw NV12 input");
-  add("--camera", options->camera, "FILE", "profile of the camera (TOML)");
+  add("--camera", options->camera, "FILE|none",
+      "profile of the camera (TOML); none: don't look for the camera in the pictures");
+  add("--save-camera", options->save_camera, "FILE", "keep the profile of the camera that is found");
   add("--width", options->settings.width, "COLUMNS",
       "of the panorama, a multiple of 8 (the profile's, or twice a picture's height)");
   add("--show-seams", options->show_seams, "FILE", "also write the picture with the joined zone and its seams painted over it");

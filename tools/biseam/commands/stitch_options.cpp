@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "base/failure.hpp"
+#include "commands/layout_options.hpp"
 #include "picture/read_picture.hpp"
 #include "picture/write_picture.hpp"
 #include "text/time_text.hpp"
@@ -13,6 +14,7 @@ namespace {
 using namespace profile;
 
 constexpr Limits kLookLimits{-360, 360};
+constexpr const char* kNoCamera = "none";
 
 [[noreturn]] void refuse_value(const std::string& option, const std::string& rule) {
   throw Failure(ExitCode::usage, option + ": " + rule);
@@ -60,32 +62,29 @@ void check_engine(StitchOptions& options) {
   if (!options.look.empty()) parse_numbers<double>("--look", options.look, {&look.yaw, &look.pitch, &look.roll}, kLookLimits);
 }
 
-// "0,2"
-LensStreams parse_streams(const std::string& text) {
-  LensStreams streams{};
-  const char* const end = text.data() + text.size();
-  const auto [comma, first_error] = std::from_chars(text.data(), end, streams[0]);
-  if (first_error == std::errc() && comma != end && *comma == ',') {
-    const auto [after, error] = std::from_chars(comma + 1, end, streams[1]);
-    const bool differ = streams[0] >= 0 && streams[1] >= 0 && streams[0] != streams[1];
-    if (error == std::errc() && after == end && differ) return streams;
-  }
-  refuse_value("--streams", "'" + text + "': the numbers of two streams with a comma between are wanted, from 0");
+// Whoever says what the camera is like, and hosts of the exact engine, who can't have just any camera, need no search.
+bool finds_camera(const StitchOptions& options) {
+  return options.camera.empty() && options.given_camera.empty() && options.engine.kind == EngineKind::ring;
 }
 
-StreamChoice streams_of(const StitchOptions& options) {
-  StreamChoice choice{std::nullopt, options.layout == Layout::automatic};
-  if (options.streams.empty()) return choice;
-  if (options.layout != Layout::automatic) refuse_value("--streams", "with --layout one stream holds both circles");
-  if (options.inputs.size() == 2) refuse_value("--streams", "only for one input");
-  if (!options.size.empty()) refuse_value("--streams", "raw frames are one stream");
-  choice.wanted = parse_streams(options.streams);
-  return choice;
+void check_save_camera(const StitchOptions& options) {
+  if (options.save_camera.empty() || finds_camera(options)) return;
+  const std::string& reason = !options.camera.empty() ? "--camera" : options.given_camera;
+  refuse_value("--save-camera", "with " + (reason.empty() ? "--engine exact" : reason) + " no camera is looked for");
 }
 
 StitchSource source_of(const StitchOptions& options) {
-  StitchSource source{options.inputs, options.layout,   streams_of(options), std::nullopt,
-                      options.camera, options.settings, options.engine};
+  StitchSource source{options.inputs,
+                      options.layout,
+                      choose_streams(options.streams, options.layout, options.inputs.size(), !options.size.empty()),
+                      std::nullopt,
+                      {},
+                      false,
+                      options.save_camera,
+                      options.settings,
+                      options.engine};
+  if (options.camera != kNoCamera) source.profile = options.camera;
+  source.finds_camera = finds_camera(options);
   if (!options.size.empty()) source.raw_size = parse_size(options.size);
   return source;
 }
@@ -116,6 +115,7 @@ void check_stitch_options(StitchOptions& options) {
     parse_numbers<std::optional<double>>("--turn1", options.turn, {&lens1.yaw, &lens1.pitch, &lens1.roll}, kTurnLimits);
   }
   check_engine(options);
+  check_save_camera(options);
   if (settings.width && !is_panorama_width(*settings.width)) refuse_value("--width", "must be a multiple of 8, 64 to 16384");
   check_limits("--feather", settings.blend.feather, kColumnLimits);
   check_limits("--trans-width", settings.blend.trans_width, kColumnLimits);

@@ -25,10 +25,11 @@ struct VideoOptions {
 
 struct StitchOptions {
   std::vector<std::string> inputs;
-  std::string output, size, camera, show_seams, seam_layer;
+  std::string output, size, camera, save_camera, show_seams, seam_layer;
   std::string centre[2], turn, look, streams;
   Layout layout = Layout::automatic;
   EngineOptions engine;
+  std::string given_camera;             // one of the options that say what a camera is like, with its dashes; empty: none
   std::string given_ring, given_exact;  // one of the options that only the one engine has, with its dashes; empty: none
   bool metadata_360 = true;
   profile::CameraSettings settings;

@@ -26,12 +26,6 @@ auto checked(Work work) {
   }
 }
 
-profile::CameraSettings read_profile(const std::string& path) {
-  ByteSource source(path);
-  const std::vector<std::uint8_t> bytes = source.read_all(profile::kMostBytes + 1);  // one more tells that it is too long
-  return checked([&] { return profile::read({bytes.begin(), bytes.end()}, source.name()); });
-}
-
 profile::LensSettings lens_settings(const profile::CameraSettings& camera, int index, Size recorded, const std::string& path) {
   const profile::Size size{recorded.width, recorded.height};
   return checked([&] { return profile::scale_lens(camera.lens[index], camera.picture.value_or(size), size, path); });
@@ -39,14 +33,20 @@ profile::LensSettings lens_settings(const profile::CameraSettings& camera, int i
 
 }  // namespace
 
-Setup make_setup(const std::string& profile_path, const profile::CameraSettings& given, const Size (&recorded)[2]) {
-  const profile::CameraSettings camera = profile_path.empty() ? profile::CameraSettings() : read_profile(profile_path);
+KnownCamera read_camera(const std::string& path) {
+  ByteSource source(path);
+  const std::vector<std::uint8_t> bytes = source.read_all(profile::kMostBytes + 1);  // one more tells that it is too long
+  return {checked([&] { return profile::read({bytes.begin(), bytes.end()}, source.name()); }), path};
+}
+
+Setup make_setup(const KnownCamera& known, const profile::CameraSettings& given, const Size (&recorded)[2]) {
+  const profile::CameraSettings& camera = known.settings;
   Setup setup;
-  setup.profile = profile_path;
+  setup.profile = known.profile;
   setup.camera.size = sizeof setup.camera;
   setup.camera.baseline = camera.baseline.value_or(0);
   for (int k = 0; k < 2; ++k) {
-    profile::LensSettings settings = lens_settings(camera, k, recorded[k], profile_path);
+    profile::LensSettings settings = lens_settings(camera, k, recorded[k], known.profile);
     profile::replace_settings(settings, given.lens[k]);
     setup.camera.lens[k] = settle_lens(settings, recorded[k], k);
   }

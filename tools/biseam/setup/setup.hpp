@@ -16,8 +16,16 @@ struct Setup {
   std::string profile;           // path, or empty
 };
 
-// profile: path of a camera profile, or empty; given: what replaces its values; recorded: the sizes of both pictures.
-// Tells in notices what was assumed.
-Setup make_setup(const std::string& profile, const profile::CameraSettings& given, const Size (&recorded)[2]);
+// What is known of a camera before any option.
+struct KnownCamera {
+  profile::CameraSettings settings;
+  std::string profile;  // path of where it is from, or empty
+};
+
+// Throws Failure (input, settings).
+KnownCamera read_camera(const std::string& path);
+
+// given: what replaces the camera's values; recorded: the sizes of both pictures.  Tells in notices what was assumed.
+Setup make_setup(const KnownCamera& camera, const profile::CameraSettings& given, const Size (&recorded)[2]);
 
 }  // namespace biseam::tool

@@ -16,13 +16,6 @@ namespace {
 // Matched light is smooth over half a second; pictures may come unevenly.
 constexpr std::int64_t kLightLead = AV_TIME_BASE;
 
-std::unique_ptr<Container> open_file(const std::string& path, const ClipJob& job) {
-  std::optional<RawVideo> raw;
-  if (job.source.raw_size) raw = RawVideo{*job.source.raw_size, job.raw_rate};
-  if (!raw) refuse_raw_name(path);
-  return std::make_unique<Container>(path, raw);
-}
-
 void check_formats(const PairReader& clips, const FramePair& pair) {
   for (int k = 0; k < clips.clips(); ++k) {
     const auto format = AVPixelFormat(pair.picture[k]->format);
@@ -51,22 +44,6 @@ void check_colours(const PairReader& clips, const FramePair& pair) {
 }
 
 }  // namespace
-
-PairReader open_clips(const ClipJob& job, std::unique_ptr<Container> opened) {
-  const std::vector<std::string>& files = job.source.files;
-  if (!opened) opened = open_file(files.front(), job);
-  std::unique_ptr<ClipReader> first, second;
-  std::optional<LensStreams> lenses;
-  if (files.size() == 1) lenses = choose_lens_streams(*opened, job.source.streams);
-  if (lenses) {
-    first = std::make_unique<ClipReader>(std::move(opened), job.strict, *lenses, 0);
-    second = std::make_unique<ClipReader>(open_file(files.front(), job), job.strict, *lenses, 1);
-  } else {
-    first = std::make_unique<ClipReader>(std::move(opened), job.strict);
-    if (files.size() == 2) second = std::make_unique<ClipReader>(open_file(files.back(), job), job.strict);
-  }
-  return PairReader(std::move(first), std::move(second), job.offset);
-}
 
 ClipSource::ClipSource(PairReader clips, const ClipJob& job)
     : reader_(std::move(clips), job.part, job.seam_hold, job.source.engine.light == BISEAM_LIGHT_MATCH ? kLightLead : 0) {

@@ -11,9 +11,6 @@
 
 namespace biseam::tool {
 
-// first: the first file, if it was opened already.  Throws Failure (input).
-PairReader open_clips(const ClipJob& job, std::unique_ptr<Container> first);
-
 // The pairs of a part, the first one looked at before the others are read.
 class ClipSource {
  public:

@@ -29,13 +29,13 @@ LensPictures::LensPictures(const FramePair& pair, const LensLayout& layout, Fram
   for (int k = 0; k < 2; ++k) pictures_[k] = engine_picture(*frames_[k]);
 }
 
-ClipStitcher::ClipStitcher(const ClipJob& job, const FramePair& first, const std::string& name, const Colour& colour,
-                           AVRational rate)
+ClipStitcher::ClipStitcher(const ClipJob& job, const KnownCamera& camera, const FramePair& first, const std::string& name,
+                           const Colour& colour, AVRational rate)
     : layout_{job.source.layout, name, working_format(AVPixelFormat(first.picture[0]->format)), colour.siting},
       group_size_(job.seam_hold) {
   const LensPictures pictures(first, layout_, converter_);
   const auto& [lens0, lens1] = pictures.get();
-  setup_ = make_setup(job.source.profile, job.source.settings, {size_of(lens0), size_of(lens1)});
+  setup_ = make_setup(camera, job.source.settings, {size_of(lens0), size_of(lens1)});
   engine_ = open_engine(
       setup_, job.source.engine,
       {BiseamFormat(lens0.format), range_of(colour), engine_transfer(colour.transfer), rate.num > 0 ? av_q2d(rate) : 30});

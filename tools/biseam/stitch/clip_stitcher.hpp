@@ -44,9 +44,10 @@ class LensPictures {
 
 class ClipStitcher {
  public:
-  // first: a pair to look at; name: of the clip, for messages; colour: of its pictures; rate: of them a second, 0/1 if unknown.
-  // Throws Failure.
-  ClipStitcher(const ClipJob& job, const FramePair& first, const std::string& name, const Colour& colour, AVRational rate);
+  // camera: as far as it is known; first: a pair to look at; name: of the clip, for messages; colour: of its pictures; rate: of
+  // them a second, 0/1 if unknown.  Throws Failure.
+  ClipStitcher(const ClipJob& job, const KnownCamera& camera, const FramePair& first, const std::string& name,
+               const Colour& colour, AVRational rate);
 
   Size size() const { return {setup_.width, setup_.width / 2}; }  // of the panoramas
   AVPixelFormat format() const { return format_; }

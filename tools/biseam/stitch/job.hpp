@@ -24,6 +24,8 @@ struct StitchSource {
   StreamChoice streams;              // of one file
   std::optional<Size> raw_size;      // given: NV12 without a head
   std::string profile;               // path, or empty
+  bool finds_camera = false;         // where there is no profile
+  std::string save_camera;           // where what was found goes; empty: nowhere
   profile::CameraSettings settings;  // in place of the profile's values
   EngineOptions engine;
 };

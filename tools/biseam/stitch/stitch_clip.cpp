@@ -6,6 +6,8 @@
 #include "base/interrupt.hpp"
 #include "base/memory.hpp"
 #include "base/replace_file.hpp"
+#include "calibration/find_camera.hpp"
+#include "clip/read/open_clips.hpp"
 #include "clip/write/clip_writer.hpp"
 #include "clip/write/raw_writer.hpp"
 #include "stitch/clip_run.hpp"
@@ -72,15 +74,44 @@ void report(const RunReport& run, ReplacementFile* json_file) {
   json_file->commit();
 }
 
+ClipFiles files_of(const ClipJob& job) {
+  const StitchSource& source = job.source;
+  ClipFiles files{source.files, source.streams, std::nullopt, job.offset, job.strict};
+  if (source.raw_size) files.raw = RawVideo{*source.raw_size, job.raw_rate};
+  return files;
+}
+
+bool are_seekable(const PairReader& clips) {
+  for (int k = 0; k < clips.clips(); ++k) {
+    if (!clips.clip(k).container().is_seekable()) return false;
+  }
+  return true;
+}
+
+// Looked for all over the clips, whatever part of them is wanted; of a pipe only the first picture of the part can be had.
+KnownCamera camera_of(const StitchSource& job, const ClipFiles& files, const ClipSource& source) {
+  if (!job.profile.empty()) return read_camera(job.profile);
+  if (!job.finds_camera) return {};
+  const std::string& name = source.clips().clip(0).container().name();
+  std::vector<RecordedPair> pairs;
+  if (are_seekable(source.clips())) pairs = read_clip_pairs(files, job.layout, kUsualPairs);
+  const FramePair& first = source.first_picture();
+  if (pairs.empty()) pairs.emplace_back(*first.picture[0], first.picture[1].get(), job.layout, name);
+  return {find_camera(pairs, name, job.save_camera), ""};
+}
+
 }  // namespace
 
 int stitch_clip(const ClipJob& job, std::unique_ptr<Container> first) {
   const InterruptWatch watch;
-  ClipSource source(open_clips(job, std::move(first)), job);
+  ClipFiles files = files_of(job);
+  if (!first) first = open_first(files);
+  settle_streams(*first, files);
+  ClipSource source(open_clips(files, std::move(first)), job);
   const FramePair& pair = source.first_picture();
   const ClipReader& clip = source.clips().clip(0);
   const Colour colour = colour_of(*pair.picture[0], clip.stream());
-  ClipStitcher stitcher(job, pair, clip.container().name(), colour, clip.rate());
+  ClipStitcher stitcher(job, camera_of(job.source, files, source), pair, clip.container().name(), colour, clip.rate());
   const std::unique_ptr<FrameSink> sink = open_sink(job, facts_of(clip, colour, stitcher), source.part());
   const std::string output_kind = sink->settings_text();
   std::unique_ptr<ReplacementFile> json_file;  // early, so that a wrong name costs no time

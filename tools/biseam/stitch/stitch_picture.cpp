@@ -1,6 +1,7 @@
 #include "stitch/stitch_picture.hpp"
 
 #include "base/failure.hpp"
+#include "calibration/find_camera.hpp"
 #include "clip/write/panorama_pool.hpp"
 #include "media/frame_converter.hpp"
 #include "media/pixel_format.hpp"
@@ -79,6 +80,13 @@ void write_seams(const PictureJob& job, const Metadata& metadata, const Engine& 
   }
 }
 
+KnownCamera camera_of(const StitchSource& job, const Recorded& recorded) {
+  if (!job.profile.empty()) return read_camera(job.profile);
+  if (!job.finds_camera) return {};
+  const RecordedPair pair(*recorded.pictures[0], recorded.pictures[1].get(), job.layout, job.files.front());
+  return {find_camera({&pair, 1}, job.files.front(), job.save_camera), ""};
+}
+
 }  // namespace
 
 void stitch_picture(const PictureJob& job, std::unique_ptr<Container> first) {
@@ -86,7 +94,7 @@ void stitch_picture(const PictureJob& job, std::unique_ptr<Container> first) {
   read_pair(job.source, std::move(first), recorded);
   const auto size_of = [](const BiseamPicture& picture) { return Size{picture.width, picture.height}; };
   const Setup setup =
-      make_setup(job.source.profile, job.source.settings, {size_of(recorded.lens[0]), size_of(recorded.lens[1])});
+      make_setup(camera_of(job.source, recorded), job.source.settings, {size_of(recorded.lens[0]), size_of(recorded.lens[1])});
   const AVFrame& picture = *recorded.pictures[0];
   const BiseamRange range = is_full_range(picture) ? BISEAM_RANGE_FULL : BISEAM_RANGE_LIMITED;
   // Pictures are sRGB unless they say otherwise.

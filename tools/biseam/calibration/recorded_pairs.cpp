@@ -1,0 +1,129 @@
+#include "calibration/recorded_pairs.hpp"
+
+#include <algorithm>
+#include <optional>
+
+#include "base/failure.hpp"
+#include "base/interrupt.hpp"
+#include "media/frame_converter.hpp"
+#include "media/pixel_format.hpp"
+#include "picture/read_picture.hpp"
+
+namespace biseam::tool {
+namespace {
+
+// 8 bits of luma are in the first plane of NV12, whatever the working format was.
+Libav<AVFrame> nv12_of(const AVFrame& picture, const std::string& name) {
+  if (working_format(AVPixelFormat(picture.format)) == AV_PIX_FMT_NONE) {
+    throw Failure(ExitCode::input, name + ": pictures of its format can't be used");
+  }
+  return FrameConverter().convert(picture, AV_PIX_FMT_NV12);
+}
+
+calibrate::Luma luma_of(const BiseamPicture& picture) {
+  return {static_cast<const std::uint8_t*>(picture.planes[0]), picture.width, picture.height, picture.strides[0]};
+}
+
+// Two circles make a picture about twice as long as it is wide.
+bool has_both_circles(const AVFrame& picture) {
+  return 2 * std::max(picture.width, picture.height) >= 3 * std::min(picture.width, picture.height);
+}
+
+// The pictures of a clip at ascending times.  Where key frames lie closer together than what is wanted, they are taken;
+// otherwise everything up to the time is decoded, once.
+class Sampler {
+ public:
+  explicit Sampler(const ClipFiles& files) : files_(files), reader_(open_clips(files, open_first(files))) {}
+
+  // The times that the clip says it has, in microseconds; empty: it doesn't.
+  struct Span {
+    std::int64_t begin, duration;
+  };
+  std::optional<Span> span() const {
+    const Container& container = reader_.clip(0).container();
+    if (container->duration <= 0) return std::nullopt;
+    return Span{container->start_time == AV_NOPTS_VALUE ? 0 : container->start_time, container->duration};
+  }
+
+  // The first one.
+  std::optional<FramePair> first() { return next_picture(reader_); }
+
+  // One near the time that was not given yet.
+  std::optional<FramePair> near(std::int64_t time) {
+    PairReader sought = open_clips(files_, open_first(files_));
+    sought.start_at(time);
+    std::optional<FramePair> key = next_picture(sought);
+    if (key && time_of(*key, sought) > last_) {
+      reader_ = std::move(sought);
+      last_ = time_of(*key, reader_);
+      return key;
+    }
+    while (std::optional<FramePair> pair = next_picture(reader_)) {
+      last_ = time_of(*pair, reader_);
+      if (last_ + in_microseconds(pair->duration, reader_) > time) return pair;
+    }
+    return std::nullopt;
+  }
+
+ private:
+  static std::int64_t in_microseconds(std::int64_t time, const PairReader& reader) {
+    return av_rescale_q(time, reader.clip(0).stream().time_base, kMicroseconds);
+  }
+  static std::int64_t time_of(const FramePair& pair, const PairReader& reader) { return in_microseconds(pair.time, reader); }
+
+  static std::optional<FramePair> next_picture(PairReader& reader) {
+    while (std::optional<FramePair> pair = reader.next()) {
+      if (pair->picture[0]) return pair;
+    }
+    if (interrupted()) throw Failure(ExitCode::interrupted, "interrupted while the camera was looked for");
+    return std::nullopt;
+  }
+
+  const ClipFiles& files_;
+  PairReader reader_;
+  std::int64_t last_ = INT64_MIN;
+};
+
+}  // namespace
+
+RecordedPair::RecordedPair(const AVFrame& first, const AVFrame* second, Layout layout, const std::string& name) {
+  frames_[0] = nv12_of(first, name);
+  BiseamPicture pictures[2];
+  if (second == nullptr) {
+    split(*frames_[0], layout, name, pictures);
+  } else {
+    frames_[1] = nv12_of(*second, name);
+    for (int k = 0; k < 2; ++k) pictures[k] = engine_picture(*frames_[k]);
+  }
+  for (int k = 0; k < 2; ++k) luma_.lens[k] = luma_of(pictures[k]);
+}
+
+std::vector<RecordedPair> read_clip_pairs(const ClipFiles& files, Layout layout, int count) {
+  Sampler sampler(files);
+  std::vector<RecordedPair> pairs;
+  const auto take = [&](const std::optional<FramePair>& pair) {
+    if (pair) pairs.emplace_back(*pair->picture[0], pair->picture[1].get(), layout, files.paths.front());
+  };
+  if (const std::optional<Sampler::Span> span = sampler.span()) {
+    for (int i = 0; i < count; ++i) take(sampler.near(span->begin + span->duration * (2 * i + 1) / (2 * count)));
+  }
+  if (pairs.empty()) take(sampler.first());
+  return pairs;
+}
+
+std::vector<RecordedPair> read_picture_pairs(std::span<const std::string> paths, Layout layout) {
+  std::vector<RecordedPair> pairs;
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    const Libav<AVFrame> first = read_picture(paths[i]);
+    if (layout != Layout::automatic || has_both_circles(*first)) {
+      pairs.emplace_back(*first, nullptr, layout, paths[i]);
+      continue;
+    }
+    if (++i == paths.size()) throw Failure(ExitCode::usage, paths[i - 1] + ": shows one lens; the other's picture is missing");
+    const Libav<AVFrame> second = read_picture(paths[i]);
+    pairs.emplace_back(*first, second.get(), layout, paths[i]);
+  }
+  return pairs;
+}
+
+}  // namespace biseam::tool

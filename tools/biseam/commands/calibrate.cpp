@@ -1,0 +1,68 @@
+#include <memory>
+
+#include "base/distinct_files.hpp"
+#include "base/failure.hpp"
+#include "calibration/calibrate_camera.hpp"
+#include "commands/commands.hpp"
+#include "commands/layout_options.hpp"
+#include "commands/number_range.hpp"
+
+namespace biseam::tool {
+namespace {
+
+struct CalibrateOptions {
+  CalibrationJob job;
+  std::string streams;
+  std::vector<std::string> fixed;
+};
+
+void hold(const std::vector<std::string>& names, calibrate::Options& options) {
+  const struct {
+    const char* name;
+    bool& holds;
+  } kinds[] = {{"p", options.hold_scale}, {"k", options.hold_k}, {"centre", options.hold_centre}, {"turn", options.hold_turn}};
+  for (const std::string& name : names) {
+    bool known = false;
+    for (const auto& kind : kinds) {
+      if (name != kind.name) continue;
+      kind.holds = known = true;
+    }
+    if (!known) throw Failure(ExitCode::usage, "--fix: '" + name + "': p, k, centre and turn can be held");
+  }
+}
+
+void calibrate(CalibrateOptions& options) {
+  CalibrationJob& job = options.job;
+  hold(options.fixed, job.options);
+  if (!options.fixed.empty() && job.start.empty()) throw Failure(ExitCode::usage, "--fix: needs the values of --start");
+  std::vector<NamedFile> inputs = {{"--start", job.start}};
+  for (const std::string& file : job.files) inputs.push_back({"the input", file});
+  check_distinct(inputs, {{"-o", job.output}});
+  job.streams = choose_streams(options.streams, job.layout, job.files.size(), false);
+  calibrate_camera(job);
+}
+
+}  // namespace
+
+void add_calibrate_command(CLI::App& app) {
+  CLI::App* command = app.add_subcommand("calibrate", "find out what a camera is like from pictures or a clip that it took");
+  const auto options = std::make_shared<CalibrateOptions>();
+  CalibrationJob& job = options->job;
+  command
+      ->add_option("IN", job.files,
+                   "pictures with both circles, or one for each lens, lens 0's before lens 1's, any number of pairs; or a clip "
+                   "with both circles, or one for each lens")
+      ->type_name("FILE")
+      ->required();
+  const auto add = [&](const char* name, auto& value, const char* type, const char* text) {
+    return command->add_option(name, value, text)->type_name(type);
+  };
+  add("-o,--output", job.output, "FILE", "the profile (TOML), for stitch --camera; - is standard output")->required();
+  add("--from-frames", job.frames, "N", "pictures of a clip that are looked at, spread over it (20)")->check(in_range(1, 1000));
+  add_layout_options(*command, job.layout, options->streams);
+  add("--start", job.start, "FILE", "begin with a profile: its values are a guess, its mounts are taken over");
+  add("--fix", options->fixed, "p,k,centre,turn", "which values of that profile not to change")->delimiter(',');
+  command->callback([options] { calibrate(*options); });
+}
+
+}  // namespace biseam::tool
