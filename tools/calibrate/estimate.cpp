@@ -65,8 +65,8 @@ Circles find_circles(const std::vector<Pair>& pairs, const std::optional<Known>&
   }
   const cv::Mat1b& picture = pairs.front().lens[0];
   for (int k = 0; k < 2; ++k) {
-    const Circle& known = circles.found[k] ? *circles.found[k] : *circles.found[1 - k];
-    circles.used[k] = known;
+    const Circle& used = circles.found[k] ? *circles.found[k] : *circles.found[1 - k];
+    circles.used[k] = used;
     if (circles.found[k]) continue;
     circles.used[k].cx = (picture.cols - 1) / 2.0;
     circles.used[k].cy = (picture.rows - 1) / 2.0;

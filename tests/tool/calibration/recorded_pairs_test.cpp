@@ -1,0 +1,63 @@
+#include "calibration/recorded_pairs.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "picture/write_picture.hpp"
+#include "tool/support/clip_maker.hpp"
+#include "tool/support/expect_failure.hpp"
+#include "tool/support/scratch_folder.hpp"
+
+namespace biseam::tool {
+namespace {
+
+// Luma in steps, so that each frame of a lossless clip is known again.
+Nv12 flat(int width, int level) {
+  Nv12 picture(width, 64);
+  std::fill(picture.luma.begin(), picture.luma.end(), std::uint8_t(level));
+  std::fill(picture.chroma.begin(), picture.chroma.end(), std::uint8_t(128));
+  return picture;
+}
+
+TEST(RecordedPairs, PicturesWithBothCirclesOrOne) {
+  const test::ScratchFolder folder;
+  write_picture(folder / "both.png", flat(128, 40));
+  write_picture(folder / "one.png", flat(64, 80));
+  const std::vector<std::string> files = {folder / "both.png", folder / "one.png", folder / "one.png"};
+  const std::vector<RecordedPair> pairs = read_picture_pairs(files, Layout::automatic);
+  ASSERT_EQ(pairs.size(), 2u);
+  for (const RecordedPair& pair : pairs) {
+    for (const calibrate::Luma& luma : pair.luma().lens) {
+      EXPECT_EQ(luma.width, 64);
+      EXPECT_EQ(luma.height, 64);
+    }
+  }
+  const std::vector<std::string> alone = {folder / "one.png"};
+  EXPECT_EQ(test::failure_of([&] { read_picture_pairs(alone, Layout::automatic); }).first, ExitCode::usage);
+}
+
+TEST(RecordedPairs, SpreadOverAClip) {
+  const test::ScratchFolder folder;
+  std::vector<Nv12> frames;
+  for (int i = 0; i < 12; ++i) frames.push_back(flat(128, 20 * (i + 1)));
+  test::ClipSpec spec;
+  spec.options["g"] = "5";
+  test::write_clip(folder / "in.mkv", spec, frames);
+  ClipFiles files{{folder / "in.mkv"}, {}, std::nullopt};
+  settle_streams(*open_first(files), files);
+  for (const int count : {1, 3, 100}) {
+    const std::vector<RecordedPair> pairs = read_clip_pairs(files, Layout::automatic, count);
+    EXPECT_GE(pairs.size(), 1u);
+    EXPECT_LE(pairs.size(), std::size_t(std::min(count, 12)));
+    int last = -1;
+    for (const RecordedPair& pair : pairs) {  // none is given twice
+      const int level = pair.luma().lens[0].bytes[0];
+      EXPECT_GT(level, last);
+      last = level;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace biseam::tool

@@ -1,0 +1,28 @@
+// What `biseam calibrate` says to options that it can't use.
+#include <gtest/gtest.h>
+
+#include "tool/support/process.hpp"
+
+namespace biseam::test {
+namespace {
+
+std::string said(std::vector<std::string> words) {
+  words.insert(words.begin(), {BISEAM_TOOL, "calibrate"});
+  const Finished finished = run(words);
+  EXPECT_EQ(finished.exit_code, 2);
+  EXPECT_EQ(finished.out, "");
+  return finished.err;
+}
+
+TEST(CalibrateOptions, WhatIsHeldNeedsValuesAndAName) {
+  EXPECT_EQ(said({"a.png", "-o", "b.toml", "--fix", "p"}), "biseam: --fix: needs the values of --start\n");
+  EXPECT_EQ(said({"a.png", "-o", "b.toml", "--start", "c.toml", "--fix", "p,x"}),
+            "biseam: --fix: 'x': p, k, centre and turn can be held\n");
+}
+
+TEST(CalibrateOptions, StandardInputIsRefused) {
+  EXPECT_EQ(said({"-", "-o", "b.toml"}), "biseam: calibrate: standard input can't be sought, files are wanted\n");
+}
+
+}  // namespace
+}  // namespace biseam::test
