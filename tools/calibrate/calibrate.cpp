@@ -1,6 +1,7 @@
 #include "calibrate/calibrate.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 
@@ -43,19 +44,27 @@ std::string line(const char* format, Numbers... numbers) {
   return text;
 }
 
+constexpr int kOctants = 8;
+using Octants = std::array<double, kOctants>;  // pixels of a panorama 3840 wide; negative: no matches there
+
 // Root mean square, along the ring, of what is far or on a ground; along both where it is far.
-std::string octants_of(const Solution& solution) {
-  constexpr int kOctants = 8;
-  double square[kOctants] = {}, count[kOctants] = {};
+Octants octants_of(const Solution& solution) {
+  Octants square{}, count{};
   for (std::size_t i = 0; i < solution.remainders.size(); ++i) {
     const Remainder& remainder = solution.remainders[i];
-    const int octant = std::clamp(int((remainder.at.t + kPi) / (2 * kPi) * kOctants), 0, kOctants - 1);
+    const auto octant = std::size_t(std::clamp(int((remainder.at.t + kPi) / (2 * kPi) * kOctants), 0, kOctants - 1));
     const Share& share = solution.shares[i];
     square[octant] += share.good() * remainder.off.t * remainder.off.t + share.far * remainder.off.b * remainder.off.b;
     count[octant] += share.good() + share.far;
   }
+  Octants left;
+  for (std::size_t i = 0; i < kOctants; ++i) left[i] = count[i] < 1 ? -1 : std::sqrt(square[i] / count[i]);
+  return left;
+}
+
+std::string text_of(const Octants& octants) {
   std::string text = "pixels that are left in each eighth of the ring:";
-  for (int i = 0; i < kOctants; ++i) text += count[i] < 1 ? " -" : line(" %.2f", std::sqrt(square[i] / count[i]));
+  for (const double left : octants) text += left < 0 ? " -" : line(" %.2f", left);
   return text + "\n";
 }
 
@@ -72,7 +81,7 @@ std::string summary_of(const Estimate& found) {
   text += line("lens 1: yaw %.2f +-%.2f, pitch %.2f +-%.2f, roll %.2f +-%.2f\n", turn.yaw, off[kYaw], turn.pitch, off[kPitch],
                turn.roll, off[kRoll]);
   text += line("%zu matches, %.0f %% of them kept\n", found.matches.size(), 100 * found.kept);
-  return text + octants_of(found.solution);
+  return text + text_of(octants_of(found.solution));
 }
 
 std::vector<Pair> pictures_of(const std::vector<LumaPair>& pairs) {
@@ -151,7 +160,8 @@ Finding calibrate(const std::vector<LumaPair>& pairs, const Options& options, co
   std::optional<Known> known;
   if (options.start) known = known_of(options, pairs[0].lens[0]);
   const Estimate found = estimate(pictures_of(pairs), known, share_work);
-  return {settings_of(found.camera), summary_of(found), found.seam_deviation, found.kept};
+  const Octants left = octants_of(found.solution);
+  return {settings_of(found.camera), summary_of(found), *std::max_element(left.begin(), left.end()), found.kept};
 }
 
 profile::CameraSettings circles(const std::vector<LumaPair>& pairs, const ShareWork& share_work) {

@@ -41,9 +41,9 @@ struct Options {
 
 struct Finding {
   profile::CameraSettings settings;
-  std::string summary;        // lines: the camera, its standard deviations, the residual in each eighth of the ring
-  double seam_deviation = 0;  // pixels of a panorama 3840 wide: by how much the lenses may disagree about far things
-  double kept = 0;            // share of the matches that are explained
+  std::string summary;   // lines: the camera, its standard deviations, the residual in each eighth of the ring
+  double most_left = 0;  // pixels of a panorama 3840 wide: the largest residual of an eighth
+  double kept = 0;       // share of the matches that are explained
 };
 
 // All pictures of one size, at least one pair; the bytes are read during the call only.  The same pictures give the same

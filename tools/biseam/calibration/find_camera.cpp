@@ -37,11 +37,11 @@ void save_camera(const std::string& path, const calibrate::Finding& finding, std
 profile::CameraSettings find_camera(std::span<const RecordedPair> pairs, const std::string& name, const std::string& save) {
   try {
     const calibrate::Finding finding = calibrate_pairs(pairs, {});
-    char line[160];
-    std::snprintf(
-        line, sizeof line,
-        "camera found in %s: far things meet within %.2f pixels of a panorama 3840 wide, %.0f %% of the matches agree",
-        pairs_text(pairs.size()).c_str(), finding.seam_deviation, 100 * finding.kept);
+    char line[200];
+    std::snprintf(line, sizeof line,
+                  "camera found in %s: %.0f %% of the matches agree, within %.2f pixels of a panorama 3840 wide in the worst "
+                  "eighth of the ring",
+                  pairs_text(pairs.size()).c_str(), 100 * finding.kept, finding.most_left);
     notice(line);
     if (!save.empty()) save_camera(save, finding, pairs.size());
     return finding.settings;
