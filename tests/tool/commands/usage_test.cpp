@@ -32,6 +32,12 @@ TEST(Usage, UnknownOptionsAreNamedWithTheNearestOne) {
   EXPECT_EQ(said({"stitch", "a.png", "-o", "b.png", "--findpath", "8"}),
             "biseam: --findpath: no such option of stitch; is --findpath-width meant?\n");
   EXPECT_EQ(said({"tag", "a.png", "--colour"}), "biseam: --colour: no such option of tag; --help lists them\n");
+  EXPECT_EQ(said({"stitch", "a.png", "-o", "b.png", "--cx0", "1", "--cy0", "2"}),
+            "biseam: --cx0: no such option of stitch; --help lists them\n");
+}
+
+TEST(Usage, TooManyInputsAreCounted) {
+  EXPECT_EQ(said({"stitch", "a.png", "b.png", "c.png", "-o", "d.png"}), "biseam: IN: 3 are given, 2 are the most\n");
 }
 
 TEST(Usage, NumbersHaveRangesThatCanBeRead) {

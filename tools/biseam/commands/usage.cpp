@@ -81,18 +81,31 @@ std::string conversion_trouble(const std::string& line) {
          "' is not a number it can take";
 }
 
+// "IN: At Most 2 required but received 3"
+std::string count_trouble(const std::string& line) {
+  const std::string before = ": At Most ", between = " required but received ";
+  const std::size_t most = line.find(before), given = line.find(between);
+  if (most == line.npos || given == line.npos) return line;
+  const std::size_t digits = most + before.size();
+  return line.substr(0, most) + ": " + line.substr(given + between.size()) + " are given, " +
+         line.substr(digits, given - digits) + " are the most";
+}
+
 }  // namespace
 
 std::string usage_trouble(const CLI::App& app, const CLI::ParseError& error) {
   const auto code = CLI::ExitCodes(error.get_exit_code());
   if (code == CLI::ExitCodes::ConversionError) return conversion_trouble(error.what());
-  if (code != CLI::ExitCodes::RequiredError && code != CLI::ExitCodes::ExtrasError) return error.what();
+  // Values of an option that there isn't are taken for inputs, of which there are too many then.
+  const bool is_miscounted = code == CLI::ExitCodes::ArgumentMismatch;
+  if (code != CLI::ExitCodes::RequiredError && code != CLI::ExitCodes::ExtrasError && !is_miscounted) return error.what();
   const std::vector<CLI::App*> chosen = app.get_subcommands();
   const CLI::App& command = chosen.empty() ? app : *chosen.front();
   const Names unknown = command.remaining();
   const auto option = std::find_if(unknown.begin(), unknown.end(), is_option);
   if (chosen.empty() && !unknown.empty() && !is_option(unknown.front())) return command_trouble(app, unknown.front());
   if (option != unknown.end()) return option_trouble(command, *option);
+  if (is_miscounted) return count_trouble(error.what());
   if (chosen.empty()) return command_trouble(app, "");
   return unknown.empty() ? error.what() : unknown.front() + ": is one argument too many for " + command.get_name();
 }
