@@ -100,8 +100,10 @@ CameraError check_camera(const Camera& camera) noexcept {
   const double seen = overlap(camera) / kDegree;
   if (seen >= kLeastOverlap) return {};
   // Rounded down: what is too little doesn't read as if it were enough.
-  return error("overlap is %.2f degrees: each lens must see %g or more beyond the plane between them, all round",
-               std::floor(seen * 100) / 100, kLeastOverlap);
+  return error(
+      "overlap is %.2f degrees: each lens must see %g or more beyond the plane between them, all round; "
+      "p is too large, fov too small, or the circle cut off",
+      std::floor(seen * 100) / 100, kLeastOverlap);
 }
 
 }  // namespace biseam

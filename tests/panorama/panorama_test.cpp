@@ -91,9 +91,13 @@ TEST(PanoramaCamera, EveryRuleBrokenAloneIsNamed) {
 TEST(PanoramaCamera, LensesMustOverlapAllRound) {
   BiseamCamera camera = Door().camera;
   camera.lens[0].fov = camera.lens[1].fov = 181;
-  expect_refused(camera, "overlap is 0.49 degrees: each lens must see 1 or more beyond the plane between them, all round");
+  expect_refused(camera,
+                 "overlap is 0.49 degrees: each lens must see 1 or more beyond the plane between them, all round; "
+                 "p is too large, fov too small, or the circle cut off");
   camera.lens[0].fov = camera.lens[1].fov = 181.998;  // which rounding to the nearest would call 1
-  expect_refused(camera, "overlap is 0.99 degrees: each lens must see 1 or more beyond the plane between them, all round");
+  expect_refused(camera,
+                 "overlap is 0.99 degrees: each lens must see 1 or more beyond the plane between them, all round; "
+                 "p is too large, fov too small, or the circle cut off");
   camera = Door().camera;
   camera.lens[1].cx += 8;  // the circle is cut off by the picture's right edge
   BiseamError error = unwritten();
