@@ -245,30 +245,30 @@ void biseam_panorama_seam(const BiseamPanorama* panorama, double* seam) {
 }
 
 size_t biseam_panorama_state_size(const BiseamPanorama* panorama) {
-  return panorama == nullptr ? 0 : biseam::ring::state_bytes(*panorama->engine);
+  return panorama == nullptr ? 0 : state_bytes(state_of(*panorama->engine));
 }
 
 void biseam_panorama_save(const BiseamPanorama* panorama, void* state) {
-  if (panorama != nullptr) biseam::ring::save_state(*panorama->engine, state);
+  if (panorama != nullptr) save_state(state_of(*panorama->engine), state);
 }
 
 int32_t biseam_panorama_load(BiseamPanorama* panorama, const void* state, size_t size, BiseamError* error) {
   if (panorama == nullptr) return report(error, kInvalidOptions, "panorama is NULL: must be what biseam_panorama_open gave");
   if (state == nullptr) return report(error, kInvalidOptions, "state is NULL: must be what biseam_panorama_save gave");
-  const size_t wanted = biseam::ring::state_bytes(*panorama->engine);
+  const size_t wanted = state_bytes(state_of(*panorama->engine));
   if (size != wanted) return report(error, kInvalidOptions, "state has %zu bytes: must be %zu", size, wanted);
-  if (!biseam::ring::load_state(*panorama->engine, state)) {
+  if (!load_state(state_of(*panorama->engine), state)) {
     return report(error, kInvalidOptions, "state is of another version, camera or choice of options");
   }
   return report(error, BISEAM_OK, "%s", "");
 }
 
 void biseam_panorama_reset(BiseamPanorama* panorama) {
-  if (panorama != nullptr) biseam::ring::reset_state(*panorama->engine);
+  if (panorama != nullptr) forget(state_of(*panorama->engine));
 }
 
 int32_t biseam_panorama_history(const BiseamPanorama* panorama) {
-  return panorama == nullptr ? 0 : biseam::ring::history(*panorama->engine);
+  return panorama == nullptr ? 0 : history(state_of(*panorama->engine));
 }
 
 size_t biseam_panorama_memory(const BiseamPanorama* panorama) {

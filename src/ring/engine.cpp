@@ -13,6 +13,7 @@
 #include "ring/paint.hpp"
 #include "ring/pool.hpp"
 #include "ring/ring_shape.hpp"
+#include "ring/state.hpp"
 
 namespace biseam::ring {
 
@@ -39,14 +40,6 @@ Tone tone_of(const EngineConfig& config) noexcept {
 
 bool same(const Turn& a, const Turn& b) noexcept { return a.yaw == b.yaw && a.pitch == b.pitch && a.roll == b.roll; }
 
-// What a state has to agree in with the engine that loads it.
-struct StateHead {
-  static constexpr uint32_t kVersion = 1;
-  uint32_t size, version;
-  StripShape strip;
-  int32_t light_span;
-};
-
 }  // namespace
 
 class Engine {
@@ -63,19 +56,18 @@ class Engine {
   const RingShape& ring() const noexcept { return ring_; }
   void read_seam(double* seam) const noexcept;
   size_t bytes() const noexcept { return sizeof(Engine) + block_bytes_; }
-  size_t state_bytes() const noexcept { return sizeof(StateHead) + (match_ != nullptr ? sizeof(LightState) : 0); }
-  void save_state(void* state) const noexcept;
-  bool load_state(const void* state) noexcept;
-  void reset_state() noexcept;
-  int history() const noexcept { return match_ != nullptr ? match_->state.memory.span : 0; }
+  StateParts state() noexcept {
+    if (match_ == nullptr) return {ring_.strip, nullptr, nullptr};
+    return {ring_.strip, &scene_, &match_->memory};
+  }
 
  private:
-  StateHead state_head() const noexcept;
   void plan_strip(const PictureFormat& format) noexcept;
   void look(const Turn& turn) noexcept;
   void describe_planes(const PicturePlanes fisheyes[2], const PicturePlanes& panorama) noexcept;
   void describe_strips(const PicturePlanes fisheyes[2]) noexcept;
   void take_seam(const double* seam) noexcept;
+  void watch_scene() noexcept;
   void match_light() noexcept;
   void run_strips_and_lens_blocks() noexcept;
 
@@ -103,6 +95,7 @@ class Engine {
   PaintMemory* memories_;
   LightMatch* match_ = nullptr;  // null: light isn't matched
   MatchNodes match_nodes_;
+  SceneWatch scene_{};
 
   // What the mesh, the blocks and the strips' plan were made for.
   bool looked_ = false, planned_ = false;
@@ -281,10 +274,15 @@ void Engine::fill_match_row(void* engine, int part, int) noexcept {
   fill_match_nodes(e.match_->field, e.ring_.strip, e.mesh_, part, e.match_nodes_);
 }
 
+// What goes on from frame to frame ends at a cut.
+void Engine::watch_scene() noexcept {
+  if (scene_.changes(strip_views_.strips, ring_.strip)) forget(match_->memory);
+}
+
 // Before the strips are compared, and before anything is painted.
 void Engine::match_light() noexcept {
   pool_.run(measure_light, this, kSectors);
-  settle_light(*match_, ring_.strip, match_->state.scene.changes(strip_views_.strips, ring_.strip));
+  settle_light(*match_, ring_.strip);
   pool_.run(fill_match_row, this, mesh_shape_.rows);
 }
 
@@ -310,7 +308,10 @@ void Engine::run_ring_block(void* engine, int part, int thread) noexcept {
 
 void Engine::run_strips_and_lens_blocks() noexcept {
   for (const StripStep step : {StripStep::reduce, StripStep::unroll, StripStep::compare}) {
-    if (step == StripStep::compare && match_ != nullptr) match_light();
+    if (step == StripStep::compare && match_ != nullptr) {
+      watch_scene();
+      match_light();
+    }
     step_ = step;
     pool_.run(run_strip_part, this, strip_parts(strip_plan_, step));
   }
@@ -336,34 +337,6 @@ void Engine::read_seam(double* seam) const noexcept {
   for (int t = 0; t < shape.length; ++t) {
     seam[t] = planned_ ? (strip_views_.path[t] / 65536.0 - 0.5 * (shape.width - 1)) * 360 / shape.length : 0;
   }
-}
-
-StateHead Engine::state_head() const noexcept {
-  return {static_cast<uint32_t>(state_bytes()), StateHead::kVersion, ring_.strip,
-          match_ != nullptr ? match_->state.memory.span : 0};
-}
-
-void Engine::save_state(void* state) const noexcept {
-  char* const bytes = static_cast<char*>(state);
-  const StateHead head = state_head();
-  std::memcpy(bytes, &head, sizeof head);
-  if (match_ != nullptr) std::memcpy(bytes + sizeof head, &match_->state, sizeof match_->state);
-}
-
-bool Engine::load_state(const void* state) noexcept {
-  const char* const bytes = static_cast<const char*>(state);
-  const StateHead head = state_head();
-  if (std::memcmp(bytes, &head, sizeof head) != 0) return false;
-  if (match_ == nullptr) return true;
-  LightState light;
-  std::memcpy(&light, bytes + sizeof head, sizeof light);
-  if (!is_valid(light, match_->state.memory.span)) return false;
-  match_->state = light;
-  return true;
-}
-
-void Engine::reset_state() noexcept {
-  if (match_ != nullptr) forget(match_->state);
 }
 
 void Engine::stitch(const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const Turn& turn,
@@ -405,11 +378,7 @@ int seam_length(const Engine& engine) noexcept { return engine.ring().strip.leng
 
 void read_seam(const Engine& engine, double* seam) noexcept { engine.read_seam(seam); }
 
-size_t state_bytes(const Engine& engine) noexcept { return engine.state_bytes(); }
-void save_state(const Engine& engine, void* state) noexcept { engine.save_state(state); }
-bool load_state(Engine& engine, const void* state) noexcept { return engine.load_state(state); }
-void reset_state(Engine& engine) noexcept { engine.reset_state(); }
-int history(const Engine& engine) noexcept { return engine.history(); }
+StateParts state_of(Engine& engine) noexcept { return engine.state(); }
 
 size_t engine_bytes(const Engine& engine) noexcept { return engine.bytes(); }
 

@@ -7,6 +7,7 @@
 #include "camera/camera.hpp"
 #include "ring/format.hpp"
 #include "ring/light/tone.hpp"
+#include "ring/state.hpp"
 #include "ring/strip/strips.hpp"
 
 namespace biseam::ring {
@@ -49,14 +50,8 @@ double ring_degrees(const Engine& engine) noexcept;
 int seam_length(const Engine& engine) noexcept;
 void read_seam(const Engine& engine, double* seam) noexcept;
 
-// What past frames have to say about the next one, in bytes that begin with their number (uint32_t).  load_state refuses what
-// another kind of engine saved, and changes nothing then.
-size_t state_bytes(const Engine& engine) noexcept;
-void save_state(const Engine& engine, void* state) noexcept;
-bool load_state(Engine& engine, const void* state) noexcept;
-void reset_state(Engine& engine) noexcept;
-// How many past frames have a say, at most.
-int history(const Engine& engine) noexcept;
+// What past frames have to say about the next one.
+StateParts state_of(Engine& engine) noexcept;
 
 // What the engine holds beyond the pictures, in bytes.
 size_t engine_bytes(const Engine& engine) noexcept;

@@ -15,44 +15,13 @@ void hold(int16_t* samples, int count) noexcept {
   for (int i = 0; i < count; ++i) samples[i] = std::clamp(samples[i], int16_t{0}, static_cast<int16_t>(kMaxFine));
 }
 
-bool is_valid(const SectorLight& light) noexcept {
-  constexpr int32_t kMostCount = 1 << 16, kMostLog = 2 * kLogOne;
-  constexpr int64_t kMostSum = int64_t{1} << 50;
-  for (const int32_t log : light.logs) {
-    if (log < -kMostLog || log > kMostLog) return false;
-  }
-  return light.count >= 0 && light.count <= kMostCount && light.slope_xx >= 0 && light.slope_xx <= kMostSum &&
-         light.slope_xy >= -kMostSum && light.slope_xy <= kMostSum;
-}
-
 }  // namespace
-
-void forget(LightState& state) noexcept {
-  state.scene.any = 0;
-  forget(state.memory);
-}
-
-bool is_valid(const LightState& state, int span) noexcept {
-  const LightMemory& memory = state.memory;
-  if (memory.span != span || memory.filled < 0 || memory.filled > span || memory.next < 0 || memory.next >= span) return false;
-  for (int i = 0; i < memory.filled; ++i) {
-    for (const SectorLight& light : memory.frames[i].sectors) {
-      if (!is_valid(light)) return false;
-    }
-  }
-  for (const RingImage& image : state.scene.last) {
-    for (const int32_t cell : image.cells) {
-      if (cell < 0 || cell > kMaxFine) return false;
-    }
-  }
-  return true;
-}
 
 void start_light_match(const Tone& tone, StripShape strip, double rate, LightMatch& match) noexcept {
   match.tone = tone;
   fill_logs(tone, match.logs);
-  match.state = {};
-  match.state.memory.span = light_span(rate);
+  match.memory = {};
+  match.memory.span = light_span(rate);
   plan_match_field(strip, match.field);
 }
 
@@ -64,10 +33,9 @@ void measure_light_part(LightMatch& match, const StripPlan& plan, const StripVie
   match.frame.sectors[sector] = measure_sector(strips, match.tone, match.logs, sector);
 }
 
-void settle_light(LightMatch& match, StripShape strip, bool is_cut) noexcept {
-  if (is_cut) forget(match.state.memory);
-  remember(match.state.memory, match.frame);
-  fill_match_field(model_of(match.state.memory), match.tone, strip, match.field);
+void settle_light(LightMatch& match, StripShape strip) noexcept {
+  remember(match.memory, match.frame);
+  fill_match_field(model_of(match.memory), match.tone, strip, match.field);
 }
 
 void match_strips(const LightMatch& match, const StripPlan& plan, const StripViews& views, int first_row,

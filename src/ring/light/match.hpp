@@ -3,25 +3,15 @@
 
 #include "ring/light/match_field.hpp"
 #include "ring/light/measure.hpp"
-#include "ring/light/scene_cut.hpp"
 #include "ring/strip/strip_memory.hpp"
 
 namespace biseam::ring {
 
-// What goes on from frame to frame.
-struct LightState {
-  SceneWatch scene;
-  LightMemory memory;
-};
-void forget(LightState& state) noexcept;
-// Whether a state from outside can be gone on from.
-bool is_valid(const LightState& state, int span) noexcept;
-
 struct LightMatch {
   Tone tone;
   LogTable logs;
-  LightFrame frame;  // of the present one
-  LightState state;
+  LightFrame frame;    // of the present one
+  LightMemory memory;  // what goes on from frame to frame
   MatchField field;
 };
 
@@ -30,7 +20,7 @@ void start_light_match(const Tone& tone, StripShape strip, double rate, LightMat
 
 // The steps of a frame; parts of the first and the last may run at the same time.
 void measure_light_part(LightMatch& match, const StripPlan& plan, const StripViews& views, int sector) noexcept;
-void settle_light(LightMatch& match, StripShape strip, bool is_cut) noexcept;
+void settle_light(LightMatch& match, StripShape strip) noexcept;
 // Strips of samples [first_row, end_row) in matched light.
 void match_strips(const LightMatch& match, const StripPlan& plan, const StripViews& views, int first_row, int end_row) noexcept;
 

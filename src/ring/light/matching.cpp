@@ -52,6 +52,16 @@ double whole_of(const Sector* sectors, int channel, int filled) noexcept {
   return std::clamp(whole * count / (count + kDoubt * filled), -kMostWhole, kMostWhole);
 }
 
+bool is_valid(const SectorLight& light) noexcept {
+  constexpr int32_t kMostCount = 1 << 16, kMostLog = 2 * kLogOne;
+  constexpr int64_t kMostSum = int64_t{1} << 50;
+  for (const int32_t log : light.logs) {
+    if (log < -kMostLog || log > kMostLog) return false;
+  }
+  return light.count >= 0 && light.count <= kMostCount && light.slope_xx >= 0 && light.slope_xx <= kMostSum &&
+         light.slope_xy >= -kMostSum && light.slope_xy <= kMostSum;
+}
+
 }  // namespace
 
 int light_span(double rate) noexcept {
@@ -64,6 +74,16 @@ void remember(LightMemory& memory, const LightFrame& frame) noexcept {
   memory.frames[memory.next] = frame;
   memory.next = (memory.next + 1) % memory.span;
   memory.filled = std::min(memory.filled + 1, memory.span);
+}
+
+bool is_valid(const LightMemory& memory, int span) noexcept {
+  if (memory.span != span || memory.filled < 0 || memory.filled > span || memory.next < 0 || memory.next >= span) return false;
+  for (int i = 0; i < memory.filled; ++i) {
+    for (const SectorLight& light : memory.frames[i].sectors) {
+      if (!is_valid(light)) return false;
+    }
+  }
+  return true;
 }
 
 LightModel model_of(const LightMemory& memory) noexcept {

@@ -24,6 +24,8 @@ int light_span(double rate) noexcept;
 
 void forget(LightMemory& memory) noexcept;
 void remember(LightMemory& memory, const LightFrame& frame) noexcept;
+// Whether a memory from outside can be gone on from.
+bool is_valid(const LightMemory& memory, int span) noexcept;
 
 // Logs of lens 1's factor against lens 0's, in 1/kLogOne.
 struct LightModel {

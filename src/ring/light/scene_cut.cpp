@@ -44,6 +44,17 @@ RingImage ring_image(const int16_t* luma, StripShape shape) noexcept {
   return image;
 }
 
+void forget(SceneWatch& watch) noexcept { watch = {}; }
+
+bool is_valid(const SceneWatch& watch) noexcept {
+  for (const RingImage& image : watch.last) {
+    for (const int32_t cell : image.cells) {
+      if (cell < 0 || cell > kMaxFine) return false;
+    }
+  }
+  return true;
+}
+
 bool is_other_scene(const RingImage& before, const RingImage& after) noexcept {
   constexpr int64_t n = RingImage::kCells, kLeastChange = 4 * 6;
   const Moments m = moments_of(before, after);

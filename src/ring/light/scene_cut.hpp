@@ -33,5 +33,8 @@ struct SceneWatch {
     return changed;
   }
 };
+void forget(SceneWatch& watch) noexcept;
+// Whether a watch from outside can be gone on with.
+bool is_valid(const SceneWatch& watch) noexcept;
 
 }  // namespace biseam::ring

@@ -316,7 +316,7 @@ TEST(MatchedLight, OfAPartEqualsTheWholeAfterItsHistory) {
   EngineConfig config = matching_config();
   config.rate = 10;
   OwnEngine whole(config), part(config);
-  ASSERT_EQ(ring::history(whole.engine()), 5);
+  ASSERT_EQ(history(state_of(whole.engine())), 5);
   const auto scenes = walk(12);
   for (std::size_t i = 0; i < scenes.size(); ++i) {
     Fisheyes fisheyes = film_of(config).of(scenes[i]);
@@ -340,15 +340,15 @@ TEST(MatchedLight, GoesOnFromASavedState) {
     Fisheyes fisheyes = film_of(config).of(scenes[i]);
     engine.stitch(fisheyes);
   }
-  std::vector<char> state(ring::state_bytes(engine.engine()));
-  ring::save_state(engine.engine(), state.data());
-  ASSERT_TRUE(ring::load_state(other.engine(), state.data()));
+  std::vector<char> state(state_bytes(state_of(engine.engine())));
+  save_state(state_of(engine.engine()), state.data());
+  ASSERT_TRUE(load_state(state_of(other.engine()), state.data()));
   Fisheyes fisheyes = film_of(config).of(scenes[5]);
   const OwnPicture wanted = engine.stitch(fisheyes);
   EXPECT_TRUE(same(other.stitch(fisheyes), wanted));
   OwnEngine fresh(config);
   EXPECT_FALSE(same(fresh.stitch(fisheyes), wanted));
-  ring::reset_state(other.engine());
+  forget(state_of(other.engine()));
   OwnEngine another(config);
   EXPECT_TRUE(same(other.stitch(fisheyes), another.stitch(fisheyes)));
 }

@@ -1,0 +1,87 @@
+#include "ring/state.hpp"
+
+#include <cstdint>
+#include <cstring>
+
+namespace biseam::ring {
+
+namespace {
+
+// What a state has to agree in with the engine that loads it.
+struct StateHead {
+  static constexpr uint32_t kVersion = 2;
+  uint32_t size, version;
+  StripShape strip;
+  int32_t light_span;
+};
+
+StateHead head_of(const StateParts& parts) noexcept {
+  return {static_cast<uint32_t>(state_bytes(parts)), StateHead::kVersion, parts.strip,
+          parts.light != nullptr ? parts.light->span : 0};
+}
+
+template <class Part>
+size_t bytes_of(const Part* part) noexcept {
+  return part != nullptr ? sizeof *part : 0;
+}
+
+template <class Part>
+void put(char*& to, const Part* part) noexcept {
+  if (part == nullptr) return;
+  std::memcpy(to, part, sizeof *part);
+  to += sizeof *part;
+}
+
+template <class Part>
+void take(const char*& from, Part* part) noexcept {
+  if (part == nullptr) return;
+  std::memcpy(part, from, sizeof *part);
+  from += sizeof *part;
+}
+
+template <class Part, class... Rules>
+bool is_valid_part(const char*& from, const Part* part, Rules... rules) noexcept {
+  if (part == nullptr) return true;
+  Part read;
+  take(from, &read);
+  return is_valid(read, rules...);
+}
+
+bool is_valid_state(const StateParts& parts, const char* from) noexcept {
+  const StateHead wanted = head_of(parts);
+  if (std::memcmp(from, &wanted, sizeof wanted) != 0) return false;
+  from += sizeof wanted;
+  return is_valid_part(from, parts.scene) && is_valid_part(from, parts.light, wanted.light_span);
+}
+
+}  // namespace
+
+int history(const StateParts& parts) noexcept { return parts.light != nullptr ? parts.light->span : 0; }
+
+void forget(const StateParts& parts) noexcept {
+  if (parts.scene != nullptr) forget(*parts.scene);
+  if (parts.light != nullptr) forget(*parts.light);
+}
+
+size_t state_bytes(const StateParts& parts) noexcept {
+  return sizeof(StateHead) + bytes_of(parts.scene) + bytes_of(parts.light);
+}
+
+void save_state(const StateParts& parts, void* state) noexcept {
+  char* to = static_cast<char*>(state);
+  const StateHead head = head_of(parts);
+  put(to, &head);
+  put(to, parts.scene);
+  put(to, parts.light);
+}
+
+bool load_state(const StateParts& parts, const void* state) noexcept {
+  const char* from = static_cast<const char*>(state);
+  if (!is_valid_state(parts, from)) return false;
+  from += sizeof(StateHead);
+  take(from, parts.scene);
+  take(from, parts.light);
+  return true;
+}
+
+}  // namespace biseam::ring
