@@ -257,6 +257,10 @@ void add_quality(std::vector<Kernel>& kernels, const std::string& name) {
                                 call_widened<Case{SampleType::bytes, quality, 8}>, 64, 1, few));
   kernels.push_back(make_kernel("sample " + name + " byte pairs, widened", kSampleRow,
                                 call_widened<Case{SampleType::byte_pairs, quality, 8}>, 64, 1, few));
+  kernels.push_back(make_kernel("sample " + name + " bytes, widened, fine", kSampleRow,
+                                call_widened<Case{SampleType::bytes, quality, 8, SampleOutput::fine}>, 64, 1, few));
+  kernels.push_back(make_kernel("sample " + name + " byte pairs, widened, fine", kSampleRow,
+                                call_widened<Case{SampleType::byte_pairs, quality, 8, SampleOutput::fine}>, 64, 1, few));
   kernels.push_back(make_kernel("sample " + name + " words, widened", kSampleRow,
                                 call_widened<Case{SampleType::words, quality, 12}>, 64, 1, few));
   kernels.push_back(make_kernel("sample " + name + " word pairs, widened", kSampleRow,

@@ -11,7 +11,7 @@ using SampleRow = void(const SampleJob& job, const int32_t* x, const int32_t* y,
 
 SampleRow sample_row_scalar, sample_row_neon, sample_row_avx2, sample_row_avx512;
 
-// Of bytes, at most 16 x 16 taps.  False: not such a job, nothing is done.
+// Of bytes, at most 24 x 24 taps.  False: not such a job, nothing is done.
 bool sample_widened_avx512(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination, int count) noexcept;
 
 extern const Variants<SampleRow> kSampleRow;
