@@ -42,11 +42,24 @@ TEST(SceneCommand, ExposureDifferenceBrightensLens0AndDarkensLens1) {
   EXPECT_EQ(mean("b/truth.png"), mean("a/truth.png"));
 }
 
+TEST(SceneCommand, PlacardsStandWhereBothLensesSeeThem) {
+  const ScratchFolder folder;
+  ASSERT_EQ(run_tool({"scene", "-o", folder / "a", "--width", "64", "--fisheye-size", "64"}).message, "");
+  ASSERT_EQ(run_tool({"scene", "-o", folder / "b", "--width", "64", "--fisheye-size", "64", "--placards", "0.5"}).message, "");
+  for (const char* name : {"truth.png", "fisheye0.png", "fisheye1.png"}) {
+    const Luma without = luma_of(*read_picture(folder / ("a/" + std::string(name)))),
+               with = luma_of(*read_picture(folder / ("b/" + std::string(name))));
+    EXPECT_NE(without.codes, with.codes) << name;
+  }
+}
+
 TEST(SceneCommand, RefusesWhatStitchCouldNotUse) {
   const ScratchFolder folder;
   EXPECT_EQ(run_tool({"scene", "-o", folder / "s", "--width", "500"}).exit_code, 2);
   EXPECT_EQ(run_tool({"scene", "-o", folder / "s", "--fisheye-size", "301"}).exit_code, 2);
   EXPECT_EQ(run_tool({"scene", "-o", folder / "s", "--fov", "170"}).exit_code, 2);
+  EXPECT_EQ(run_tool({"scene", "-o", folder / "s", "--placards", "0.2"}).exit_code, 2);
+  EXPECT_EQ(run_tool({"scene", "-o", folder / "s", "--placards", "5"}).exit_code, 2);
   EXPECT_TRUE(folder.names().empty());
 }
 

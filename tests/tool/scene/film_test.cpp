@@ -15,8 +15,8 @@ int count_differences(const Frame& a, const Frame& b) {
   return count;
 }
 
-void expect_films_as_rendered(const View& view) {
-  Place place;
+void expect_films_as_rendered(const View& view, double placards) {
+  Place place(placards);
   place.go_to(0.25);
   const Film film(view, place);
   const Frame first = render(place, view);
@@ -29,11 +29,13 @@ void expect_films_as_rendered(const View& view) {
   }
 }
 
-TEST(Film, ShowsThePanoramaThatIsRendered) { expect_films_as_rendered(view_of(PanoramaView{192, 96})); }
+TEST(Film, ShowsThePanoramaThatIsRendered) {
+  for (const double placards : {0.0, 1.2}) expect_films_as_rendered(view_of(PanoramaView{192, 96}), placards);
+}
 
 TEST(Film, ShowsTheFisheyesThatAreRendered) {
   for (const int index : {0, 1}) {
-    expect_films_as_rendered(view_of(Fisheye::fitting(index, 120, 195 * std::numbers::pi / 180), 0.1));
+    expect_films_as_rendered(view_of(Fisheye::fitting(index, 120, 195 * std::numbers::pi / 180), 0.1), index);
   }
 }
 

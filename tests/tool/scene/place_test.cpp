@@ -48,7 +48,7 @@ TEST(Place, BallsAreMetWhereTheyAreAtThatTime) {
   Place moving;
   for (const double seconds : {0.0, 0.4, 1.3, 7.7}) {
     moving.go_to(seconds);
-    for (const Shape& ball : moving.balls()) {
+    for (const Shape& ball : moving.moving()) {
       const Ray ray{{0, 0, 0}, normalised(ball.a)};
       EXPECT_NEAR(moving.distance_along(ray), length(ball.a) - ball.b.x, 1e-9) << seconds;
     }
@@ -63,7 +63,7 @@ TEST(Place, BallsCastShadowsOnTheFloor) {
     const double seconds = 0.1 * step;
     moving.go_to(seconds);
     later.go_to(seconds + 2);
-    for (const Shape& ball : moving.balls()) {
+    for (const Shape& ball : moving.moving()) {
       const Vec3 sun = towards_sun(), spot = ball.a - sun * ((ball.a.y - kEyeHeight) / sun.y);
       const Ray ray{{0, 0, 0}, normalised(spot)};
       const auto sees_floor = [&](const Place& at) { return std::abs(at.distance_along(ray) - length(spot)) < 1e-6; };

@@ -194,5 +194,20 @@ TEST(Bounds, HoldTheShapeAndTouchIt) {
   expect(none, egg.low, egg.high);
 }
 
+TEST(Shapes, LieInTheSphereAroundThem) {
+  test::RandomSource random;
+  const auto any = [&] { return double(random.real_between(-2, 2)); };
+  for (const Shape& shape : solids()) {
+    const Sphere around = sphere_around(shape);
+    double farthest = 0;
+    for (int n = 0; n < 20000; ++n) {
+      const Vec3 at{any(), any(), any()};
+      if (is_between_ends(shape, at) && beyond(shape, at) < 0) farthest = std::max(farthest, length(at - around.centre));
+    }
+    EXPECT_LE(farthest, around.radius);
+    EXPECT_GT(farthest, around.radius * 0.5);
+  }
+}
+
 }  // namespace
 }  // namespace biseam::scene

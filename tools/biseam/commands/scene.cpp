@@ -7,12 +7,13 @@
 #include "commands/number_range.hpp"
 #include "profile/settings.hpp"
 #include "scene/make_scene.hpp"
+#include "scene/placards.hpp"
 
 namespace biseam::tool {
 namespace {
 
 struct SceneOptions {
-  scene::SceneJob job{.folder = "", .rig = {1920, 1080, 0, 0, 0, 0, 1}, .frames = {}};
+  scene::SceneJob job{.folder = "", .rig = {1920, 1080, 0, 0, 0, 0, 1, 0}, .frames = {}};
   double field_of_view = 195;  // degrees
 };
 
@@ -40,6 +41,10 @@ void add_scene_command(CLI::App& app) {
   command->add_option("--fov", options->field_of_view, "degrees across the image circle (195)")->check(in_range(182.0, 280.0));
   command->add_option("--baseline", options->job.rig.baseline, "metres between the two entrance pupils (0)")
       ->check(in_range(0.0, 0.5));
+  command
+      ->add_option("--placards", options->job.rig.placards,
+                   "metres to two lettered placards, one at either seam, that swing over it in clips (none)")
+      ->check(in_range(scene::kLeastPlacardDistance, scene::kMostPlacardDistance));
   command
       ->add_option("--exposure-difference", options->job.rig.exposure_difference,
                    "stops by which lens 0 is the brighter one (0)")

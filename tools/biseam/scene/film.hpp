@@ -15,10 +15,10 @@ class Film {
   Frame picture(const Place& place) const;
 
  private:
-  bool is_touched(const Pixel& first, const Ray& ray, const Shape& ball) const;
+  bool is_touched(const Pixel& first, const Ray& ray, const Shape& shape) const;
 
   View view_;
-  ThrownBalls balls_;
+  std::vector<Shape> shown_;  // what moves, in the first picture
   std::vector<Pixel> first_;  // row by row
 };
 

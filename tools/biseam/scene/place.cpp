@@ -9,7 +9,20 @@ namespace biseam::scene {
 // Metres that a ray travels at least, so that it doesn't meet again what it starts from.
 static constexpr double kLeast = 1e-4;
 
-Place::Place() : yard_(build_courtyard()), tree_(yard_.shapes) {}
+Place::Place(double placards)
+    : yard_(build_courtyard()),
+      tree_(yard_.shapes),
+      placards_(placards > 0 ? std::make_unique<const Placards>(placards) : nullptr) {
+  go_to(0);
+}
+
+void Place::go_to(double seconds) {
+  const ThrownBalls balls = thrown_balls(seconds);
+  moving_.assign(balls.begin(), balls.end());
+  if (!placards_) return;
+  const auto standing = placards_->at(seconds);
+  moving_.insert(moving_.end(), standing.begin(), standing.end());
+}
 
 Hit Place::first_hit(const Ray& ray) const {
   const Beam beam(ray);
@@ -17,15 +30,15 @@ Hit Place::first_hit(const Ray& ray) const {
   static constexpr Shape floor{Solid::box, {-200, kEyeHeight, -200}, {200, kEyeHeight + 1, 200}, {Material::floor}};
   if (ray.direction.y > 0) meet(floor, beam, kLeast, hit);
   tree_.meet(beam, hit);
-  for (const Shape& ball : balls_) meet(ball, beam, kLeast, hit);
+  for (const Shape& shape : moving_) meet(shape, beam, kLeast, hit);
   return hit;
 }
 
 bool Place::in_shade(Vec3 position, Vec3 normal) const {
   const Beam beam({position + normal * kLeast, towards_sun()});
   Hit hit;
-  for (const Shape& ball : balls_) {
-    if (meet(ball, beam, kLeast, hit)) return true;
+  for (const Shape& shape : moving_) {
+    if (meet(shape, beam, kLeast, hit)) return true;
   }
   return tree_.blocks(beam);
 }

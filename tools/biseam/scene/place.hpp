@@ -1,7 +1,11 @@
 // The light that reaches the camera from the courtyard and the sky over it.
 #pragma once
 
+#include <memory>
+#include <vector>
+
 #include "scene/courtyard.hpp"
+#include "scene/placards.hpp"
 #include "scene/shape_tree.hpp"
 #include "scene/thrown_balls.hpp"
 
@@ -16,11 +20,14 @@ struct Sight {
 
 class Place {
  public:
-  Place();
+  // placards: metres to those that stand on the seams; 0: there are none.
+  explicit Place(double placards = 0);
 
   // Everything is put where it is so many seconds after the start.
-  void go_to(double seconds) { balls_ = thrown_balls(seconds); }
-  const ThrownBalls& balls() const { return balls_; }
+  void go_to(double seconds);
+
+  // What moves: the thrown balls, then the placards.
+  const std::vector<Shape>& moving() const { return moving_; }
 
   // What comes in along a ray; sample_angle: width of the cone that the ray stands for, radians.
   Sight look(const Ray& ray, double sample_angle) const;
@@ -36,7 +43,8 @@ class Place {
 
   Courtyard yard_;
   ShapeTree tree_;
-  ThrownBalls balls_ = thrown_balls(0);
+  std::unique_ptr<const Placards> placards_;
+  std::vector<Shape> moving_;
 };
 
 }  // namespace biseam::scene

@@ -105,4 +105,10 @@ Bounds bounds_of(const Shape& shape) {
   return {{shape.a.x - radius, shape.a.y, shape.a.z - radius}, {shape.a.x + radius, shape.b.y, shape.a.z + radius}};
 }
 
+Sphere sphere_around(const Shape& shape) {
+  if (shape.solid == Solid::ellipsoid) return {shape.a, std::max({shape.b.x, shape.b.y, shape.b.z})};
+  const Bounds box = bounds_of(shape);
+  return {(box.low + box.high) * 0.5, 0.5 * length(box.high - box.low)};
+}
+
 }  // namespace biseam::scene

@@ -44,4 +44,11 @@ struct Bounds {
 };
 Bounds bounds_of(const Shape& shape);
 
+// A ball around a shape.
+struct Sphere {
+  Vec3 centre;
+  double radius;
+};
+Sphere sphere_around(const Shape& shape);
+
 }  // namespace biseam::scene

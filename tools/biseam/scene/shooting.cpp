@@ -28,6 +28,7 @@ Shooting::Shooting(const Rig& rig)
     : rig_(rig),
       lenses_{Fisheye::fitting(0, rig.fisheye_size, rig.field_of_view),
               Fisheye::fitting(1, rig.fisheye_size, rig.field_of_view)},
+      place_(rig.placards),
       truth_(view_of(PanoramaView{rig.panorama_width, rig.panorama_width / 2}), place_),
       fisheyes_{Film(view_of(lenses_[0], rig.baseline), place_), Film(view_of(lenses_[1], rig.baseline), place_)} {}
 

@@ -16,6 +16,7 @@ struct Rig {
   double exposure_difference;        // stops
   double noise;                      // standard deviation, code values
   std::uint64_t seed;
+  double placards = 0;  // metres to those on the seams; 0: none
 };
 
 // The true panorama, both fisheyes, and these side by side.
