@@ -32,12 +32,26 @@ Camera camera_in(const std::string& path) {
   return camera;
 }
 
+// The profile of one picture, in a folder that is kept as long as the program runs.
+struct Calibrated {
+  ScratchFolder folder;
+  std::string pair = folder / "pair.png", profile = folder / "found.toml";
+  Finished finished;
+  Calibrated() {
+    write_picture(pair, both_circles(photographed()));
+    finished = run_tool("calibrate", {pair, "-o", profile});
+  }
+};
+
+const Calibrated& calibrated() {
+  static const Calibrated once;
+  return once;
+}
+
 TEST(CalibrateCommand, ProfileOfAPicture) {
-  const ScratchFolder folder;
-  write_picture(folder / "pair.png", both_circles(photographed()));
-  const Finished finished = run_tool("calibrate", {folder / "pair.png", "-o", folder / "found.toml"});
+  const Finished& finished = calibrated().finished;
   ASSERT_EQ(finished.exit_code, 0) << finished.err;
-  EXPECT_LT(calibrate::seam_error(calibrate::some_camera(kSide), camera_in(folder / "found.toml")), 1.5);
+  EXPECT_LT(calibrate::seam_error(calibrate::some_camera(kSide), camera_in(calibrated().profile)), 1.5);
   for (const char* told : {"lens 0: centre ", "lens 1: yaw ", " matches, ", "each eighth of the ring:"}) {
     EXPECT_NE(finished.out.find(told), std::string::npos) << told;
   }
@@ -56,12 +70,11 @@ TEST(CalibrateCommand, OneFileForEachLensTellsTheSame) {
 
 TEST(CalibrateCommand, HeldValuesStay) {
   const ScratchFolder folder;
-  write_picture(folder / "pair.png", both_circles(photographed()));
-  ASSERT_EQ(run_tool("calibrate", {folder / "pair.png", "-o", folder / "first.toml"}).exit_code, 0);
-  const Finished again = run_tool(
-      "calibrate", {folder / "pair.png", "--start", folder / "first.toml", "--fix", "p,k", "-o", folder / "again.toml"});
+  ASSERT_EQ(calibrated().finished.exit_code, 0);
+  const Finished again =
+      run_tool("calibrate", {calibrated().pair, "--start", calibrated().profile, "--fix", "p,k", "-o", folder / "again.toml"});
   ASSERT_EQ(again.exit_code, 0) << again.err;
-  const Camera first = camera_in(folder / "first.toml"), second = camera_in(folder / "again.toml");
+  const Camera first = camera_in(calibrated().profile), second = camera_in(folder / "again.toml");
   for (int k = 0; k < 2; ++k) {
     EXPECT_NEAR(second.lens[k].p, first.lens[k].p, 1e-3);
     EXPECT_NEAR(second.lens[k].k[0], first.lens[k].k[0], 1e-6);

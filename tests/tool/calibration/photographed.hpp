@@ -14,7 +14,7 @@
 
 namespace biseam::tool {
 
-inline constexpr int kSide = 480;  // of a lens's picture
+inline constexpr int kSide = 320;  // of a lens's picture
 
 inline Nv12 gray(int width, int height) {
   Nv12 picture(width, height);
