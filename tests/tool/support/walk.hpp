@@ -1,7 +1,9 @@
 // A short stay in the virtual courtyard, where two balls fly over the seams, as a camera with two fisheyes sees it.
 #pragma once
 
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "picture/encode.hpp"
@@ -16,16 +18,20 @@ inline constexpr int kWalkWidth = 240;  // of the panoramas
 // The circle of 195 degrees just fits.
 inline FisheyeView walk_view() { return {120, 120, 59.5, 59.5, 60 / radians(97.5)}; }
 
-// Ten steps a second.  The pupils of the lenses lie apart, so that there is a seam to search.
-inline tool::Nv12 walk_lens(int index, int step) {
+// Ten steps a second.  The pupils of the lenses lie apart, so that there is a seam to search.  Pictures are kept, as most tests
+// begin with the same ones.
+inline const tool::Nv12& walk_lens(int index, int step) {
   using namespace scene;
+  static std::map<std::pair<int, int>, tool::Nv12> kept;
+  tool::Nv12& seen = kept[{index, step}];
+  if (seen.width > 0) return seen;
   static Place place;
   const auto view = [](int lens) { return view_of(Fisheye::fitting(lens, kWalkWidth / 2, radians(195)), 0.1); };
   static const Film films[2] = {Film(view(0), place), Film(view(1), place)};
   place.go_to(step / 10.0);
   tool::Rgb picture(kWalkWidth / 2, kWalkWidth / 2);
   picture.bytes = develop(films[index].picture(place), {});
-  return tool::to_nv12(picture);
+  return seen = tool::to_nv12(picture);
 }
 
 // The second picture beside the first, or below.
