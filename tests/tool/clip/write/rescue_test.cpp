@@ -13,7 +13,7 @@ namespace {
 
 using namespace test;
 
-constexpr int kFrames = 400;  // 16 seconds
+constexpr int kFrames = 160;  // more than 6 seconds
 constexpr int kPeriod = 8;    // after so many they repeat
 
 std::string y4m_frames(int frames) {
@@ -59,13 +59,13 @@ class Rescue : public testing::TestWithParam<const char*> {};
 TEST_P(Rescue, WhatIsLeftPlaysAsItIs) {
   const std::string name = std::string("out.") + GetParam();
   const ScratchFolder folder, whole;
-  const std::string left = kill_run(folder, name, 200000);
+  const std::string left = kill_run(folder, name, 80000);
   const Finished finished =
       run_stitch(with({"-", "-o", whole / name, "--preset", "ultrafast"}, known_lenses()), y4m_frames(kFrames));
   EXPECT_EQ(finished.exit_code, 0) << finished.err;
   const ClipProbe rescued(folder / left), expected(whole / name);
   EXPECT_TRUE(rescued.spherical);
-  ASSERT_GE(rescued.pictures.size(), 100u);
+  ASSERT_GE(rescued.pictures.size(), 40u);
   ASSERT_LE(rescued.pictures.size(), expected.pictures.size());
   for (std::size_t k = 0; k < rescued.pictures.size(); ++k) {
     EXPECT_EQ(raw_bytes(rescued.pictures[k]), raw_bytes(expected.pictures[k])) << k;
@@ -77,7 +77,7 @@ INSTANTIATE_TEST_SUITE_P(Clips, Rescue, testing::Values("mkv", "mp4", "mov"), []
 
 TEST(RescueOfRawFrames, AreWholeToTheLast) {
   const ScratchFolder folder, whole;
-  const std::string left = kill_run(folder, "out.y4m", 4 << 20);
+  const std::string left = kill_run(folder, "out.y4m", 2 << 20);
   const Finished finished = run_stitch(with({"-", "-o", whole / "out.y4m"}, known_lenses()), y4m_frames(kFrames));
   EXPECT_EQ(finished.exit_code, 0) << finished.err;
   const std::string rescued = read_bytes(folder / left), expected = read_bytes(whole / "out.y4m");
