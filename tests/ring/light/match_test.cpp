@@ -177,7 +177,7 @@ double front_against_back(const OwnPicture& panorama) {
   return sum / (width / 4 * (height / 3));
 }
 
-TEST(MatchedLight, IsStillInRest) {
+TEST(MatchedLightAccuracy, IsStillInRest) {
   LitScene scene = uneven(gravel);
   scene.noise = 2;
   const EngineConfig config = matching_config();
@@ -192,7 +192,7 @@ TEST(MatchedLight, IsStillInRest) {
   for (std::size_t i = 1; i < means.size(); ++i) EXPECT_NEAR(means[i], means[i - 1], 0.1) << i;
 }
 
-TEST(MatchedLight, FollowsACutAtOnceAndADriftWithinHalfASecond) {
+TEST(MatchedLightAccuracy, FollowsACutAtOnceAndADriftWithinHalfASecond) {
   const EngineConfig config = matching_config();
   OwnEngine engine(config);
   LitScene before = uneven(gravel);
@@ -224,7 +224,7 @@ TEST(MatchedLight, FollowsACutAtOnceAndADriftWithinHalfASecond) {
   EXPECT_NE(at_first, at_last);
 }
 
-TEST(MatchedLight, AFlashOrABlackFrameIsNoCut) {
+TEST(MatchedLightAccuracy, AFlashOrABlackFrameIsNoCut) {
   const EngineConfig config = matching_config();
   OwnEngine engine(config), undisturbed(config);
   LitScene scene = uneven(gravel), flash = scene;
