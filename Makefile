@@ -27,8 +27,9 @@ demo: install-packages
 	@cmake --build --preset release --target biseam_tool
 	@scripts/demo.sh $(BUILD)
 
+TESTS :=
 test: build
-	@scripts/test.sh release
+	@scripts/test.sh release $(TESTS)
 
 check-long: build
 	@scripts/install_packages.sh cross
