@@ -4,9 +4,6 @@
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 
-#include <chrono>
-#include <thread>
-
 #include "tool/support/clip_maker.hpp"
 #include "tool/support/clip_probe.hpp"
 #include "tool/support/run_clip.hpp"
@@ -127,7 +124,7 @@ TEST(StitchClip, AnInterruptBeforeTheFirstPictureLeavesNothing) {
   const ScratchFolder folder;
   Started started(frames_from_pipe(folder / "out.mp4"));
   started.send(endless_frames().substr(0, 100));
-  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  started.wait_until_read();
   started.signal(SIGINT);
   const Finished finished = started.finish();
   EXPECT_EQ(finished.exit_code, 130) << finished.err;

@@ -1,6 +1,7 @@
 // A program that is still running.
 #pragma once
 
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 
 #include <chrono>
@@ -39,6 +40,16 @@ class Started {
       if (count <= 0) return;
       sent += std::size_t(count);
     }
+  }
+
+  // Until all that was sent through a pipe is read, or a while is over.
+  void wait_until_read() const {
+    for (int tries = 0; tries < 3000; ++tries) {
+      int unread = 1;
+      if (::ioctl(in_.ends[1], FIONREAD, &unread) == 0 && unread == 0) return;
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    ADD_FAILURE() << "nothing is read";
   }
 
   // Until a file in the folder that was not there before holds something, or a while is over.
