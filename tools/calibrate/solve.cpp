@@ -10,11 +10,6 @@ namespace {
 
 constexpr double kGroundDeviation = 20;  // pixels, of a ground's parallax before anything is known
 
-double parallax_of(const Ground& ground, const RingPoint& at) {
-  const Vec3 d = ring_direction(at.t, at.b);
-  return std::max(0.0, d.x * ground.x + d.y * ground.y + d.z * ground.z);
-}
-
 // Logarithm of the measured radius of a rim / the one that the values give.
 double rim_residual(const Values& values, const Problem& problem, int lens) {
   const Camera camera = camera_of(values, problem.frame);
@@ -107,8 +102,8 @@ class Solver {
     return parallax_of(state_.grounds[std::size_t(problem_.matches[i].pair)], remainders_[i].at);
   }
 
-  // Of the values.  Neighbouring matches err together, so that their number alone would promise too much: the slopes of whole
-  // places tell by how much.
+  // Of values and grounds.  Neighbouring matches err together, so that their number alone would promise too much: the slopes of
+  // whole places tell by how much.
   cv::Mat1d covariance(const Scatter& scatter) const {
     constexpr int kSectors = 32;
     const Normal normal = equations(scatter);
@@ -128,7 +123,7 @@ class Solver {
     const cv::Mat1d robust = inverse * scattered.matrix * inverse;
     double factor = 1;
     for (int p = 0; p < kParameters; ++p) factor = std::max(factor, robust(p, p) / inverse(p, p));
-    return cv::Mat1d(inverse(cv::Rect(0, 0, kParameters, kParameters)) * factor);
+    return inverse * factor;
   }
 
  private:
@@ -282,6 +277,11 @@ Scatter refitted(const Solver& solver, const Scatter& before, double least_noise
 }
 
 }  // namespace
+
+double parallax_of(const Ground& ground, const RingPoint& at) {
+  const Vec3 d = ring_direction(at.t, at.b);
+  return std::max(0.0, d.x * ground.x + d.y * ground.y + d.z * ground.z);
+}
 
 Solution solve(const Problem& problem, const Values& guess, const std::vector<Ground>& grounds, Scatter scatter) {
   constexpr double kLeastNoise = 0.05;
