@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <opencv2/imgproc.hpp>
 
+#include "calibrate/doubt.hpp"
+#include "calibrate/explain.hpp"
 #include "calibrate/match.hpp"
 #include "calibrate/strip.hpp"
+#include "calibrate/upright.hpp"
 #include "camera/rules.hpp"
 
 namespace biseam::calibrate {
@@ -16,7 +18,8 @@ constexpr double kCircleDeviation = 0.002;   // of radii, relative
 constexpr double kCentreDeviation = 0.0003;  // of the axis from the circle's middle, in radii
 constexpr double kUsualK1 = -0.005;
 constexpr std::size_t kLeastMatches = 40;
-constexpr int kRounds = 3;  // of strips by a better camera
+constexpr double kAlikeError = 0.04;  // pixels of the pictures by which neighbouring matches may be off together
+constexpr int kRounds = 3;            // of strips by a better camera
 constexpr double kLeastKept = 0.4;
 constexpr const char* kTooLittle = "too few things are seen by both lenses, or they don't fit together";
 constexpr double kMostSeamDeviation = 1.0, kMostWorstDeviation = 3.0;
@@ -142,6 +145,7 @@ std::vector<Match> match_pairs(const std::vector<Pair>& pairs, const Values& val
   });
   std::vector<Match> matches;
   for (const std::vector<Match>& part : found) matches.insert(matches.end(), part.begin(), part.end());
+  compare_doubts(matches);
   return matches;
 }
 
@@ -166,12 +170,11 @@ void judge_seams(Estimate& estimate) {
       b(i, p) = slopes[std::size_t(i)].b[std::size_t(p)];
     }
   }
-  const cv::Mat1d covariance = estimate.solution.covariance(cv::Rect(0, 0, kParameters, kParameters));
   double sum = 0, octant[8] = {};
   for (int i = 0; i < kPlaces; ++i) {
     double variance = 0;
     for (const cv::Mat1d& rows : {t, b}) {
-      const cv::Mat1d row = rows.row(i), product = row * covariance * row.t();
+      const cv::Mat1d row = rows.row(i), product = row * estimate.solution.covariance * row.t();
       variance += product(0, 0);
     }
     sum += variance / kPlaces;
@@ -179,88 +182,6 @@ void judge_seams(Estimate& estimate) {
   }
   estimate.seam_deviation = std::sqrt(sum);
   estimate.worst_deviation = std::sqrt(*std::max_element(octant, octant + 8));
-}
-
-// Whether the ground is far and lens 1 turned, or near and lens 1 straight, is hard to tell from one pair, and the way from one
-// to the other is long.  The turn is therefore found first from what parallax does not reach: places along t, and that nothing
-// is beyond infinity.  Then the likeliest of several grounds, below or above: turned by its parallax, one looks much like the
-// other opposite.  Neighbouring matches err together, so that they count less against the prior than their number.
-Solution solve_from_any_ground(const Problem& problem, const Values& guess, const ShareWork& share_work) {
-  constexpr int kDirections = 8;
-  Problem turn = problem;
-  for (std::size_t p = 0; p < kParameters; ++p) {
-    if (p < kCx0 || p > kRoll) turn.prior.deviations[p] = kHeld;
-  }
-  std::vector<Ground> grounds(1);
-  for (const double parallax : {1.0, 6.0}) {  // pixels
-    for (int i = 0; i < kDirections; ++i) {
-      const SineCosine t = sine_cosine(i * 2 * kPi / kDirections);
-      grounds.push_back({parallax * t.cosine, parallax * t.sine, 0});
-    }
-  }
-  const std::size_t pairs = std::size_t(problem.pairs);
-  const Values start = solve(turn, guess, std::vector<Ground>(pairs), {3, 0.1, 0.98, true}).values;
-  std::vector<Solution> solutions(grounds.size());
-  share_work(int(grounds.size()), [&](int i) {
-    solutions[std::size_t(i)] = solve(problem, start, std::vector<Ground>(pairs, grounds[std::size_t(i)]), {2, 0.1, 0.3});
-  });
-  constexpr double kMatchesThatErrTogether = 4;
-  const auto cost = [](const Solution& solution) {
-    return solution.prior_cost + (solution.cost - solution.prior_cost) / kMatchesThatErrTogether;
-  };
-  return *std::min_element(solutions.begin(), solutions.end(),
-                           [&](const Solution& a, const Solution& b) { return cost(a) < cost(b); });
-}
-
-// Where the light comes from, in the world's x and y: most often from above.
-cv::Point2d bright_side(const std::vector<Pair>& pairs, const Circles& circles, const Frame& frame) {
-  constexpr int kSide = 64;
-  cv::Point2d bright(0, 0);
-  for (int k = 0; k < 2; ++k) {
-    const Circle& circle = circles.used[k];
-    const double across = double(frame.width) / kSide, down = double(frame.height) / kSide;
-    cv::Point2d sum(0, 0);
-    cv::Mat1b small;
-    for (const Pair& pair : pairs) {
-      cv::resize(pair.lens[k], small, {kSide, kSide}, 0, 0, cv::INTER_AREA);
-      for (int y = 0; y < kSide; ++y) {
-        for (int x = 0; x < kSide; ++x) {
-          const cv::Point2d off(((x + 0.5) * across - circle.cx) / circle.radius,
-                                ((y + 0.5) * down - circle.cy) / circle.radius);
-          if (off.dot(off) < 0.8) sum += small(y, x) * off;
-        }
-      }
-    }
-    const Vec3 upright = transposed(rotation_about_z(frame.mount[k])) * Vec3{sum.x, sum.y, 0};
-    bright += cv::Point2d(k == 0 ? -upright.x : upright.x, upright.y);
-  }
-  return bright;
-}
-
-// Quarter turns, clockwise as lens 1 looks, after which a direction in x and y points down rather than where it does.
-int quarters_to(cv::Point2d down) {
-  const double lower[4] = {down.y, down.x, -down.y, -down.x};
-  const int turns = int(std::max_element(lower, lower + 4) - lower);
-  return lower[turns] < 1.2 * lower[0] ? 0 : turns;
-}
-
-// The overlap tells how the pictures are turned against each other, not what is up.  Light comes from above, and what is near
-// is most often the ground below; but it may be a wall, and the sun may stand low.  The camera is turned by quarters where
-// nothing speaks against it.
-void set_upright(const std::vector<Pair>& pairs, const Circles& circles, Problem& problem, Solution& solution) {
-  constexpr double kLeastParallax = 0.6;  // pixels
-  const int turns = quarters_to(-bright_side(pairs, circles, problem.frame));
-  cv::Point2d near(0, 0);
-  for (const Ground& ground : solution.grounds) near += cv::Point2d(ground.x, ground.y) / double(solution.grounds.size());
-  if (turns == 0 || (cv::norm(near) >= kLeastParallax && quarters_to(near) != turns)) return;
-  problem.frame.mount[0] = (problem.frame.mount[0] + 90 * turns) % 360;
-  problem.frame.mount[1] = (problem.frame.mount[1] + 360 - 90 * turns) % 360;
-  for (int i = 0; i < turns; ++i) {
-    const double yaw = solution.values[kYaw];
-    solution.values[kYaw] = solution.values[kPitch];
-    solution.values[kPitch] = -yaw;
-    for (Ground& ground : solution.grounds) ground = {-ground.y, ground.x, ground.z};
-  }
 }
 
 // A lens's axis meets its picture close to the middle of the circle.
@@ -302,27 +223,33 @@ Estimate estimate(const std::vector<Pair>& pairs, const std::optional<Known>& kn
   if (!aligned) throw Refusal(kTooLittle);
   Problem problem{aligned->frame, aligned->matches, int(pairs.size()),
                   prior_of(circles, frame, guess_of(circles, kUsualRim, kUsualK1))};
+  problem.prior.down = dark_side(pairs, circles.used, problem.frame);
+  problem.alike_error = kAlikeError * kPixelsPerRadian / std::exp(aligned->values[kScale]);
   if (known) hold(*known, problem.prior);
-  Solution solution = solve(problem, aligned->values, std::vector<Ground>(pairs.size()), {20, 0.01, 0.1});
+  const Solution solution = solve(problem, aligned->values, std::vector<Ground>(pairs.size()), {20, 0.01, 0.1});
   const int wanted = pairs.size() == 1 ? 1280 : std::max(320, int(6400 / pairs.size()));
+  Explanations explanations;
+  Values values = solution.values;
   for (int round = 0; round < kRounds; ++round) {
     const int margin = round == 0 ? 12 : 4;
     const Search search{margin, margin, margin + 24, 8, wanted, 0.8, true};
-    problem.matches = match_pairs(pairs, solution.values, problem.frame, search, share_work);
+    problem.matches = match_pairs(pairs, values, problem.frame, search, share_work);
     if (problem.matches.size() < kLeastMatches) throw Refusal(kTooLittle);
     if (round == 0) {
-      solution = solve_from_any_ground(problem, solution.values, share_work);
-      if (!known) set_upright(pairs, circles, problem, solution);
+      explanations = explain(problem, values, share_work);
+      if (!known) set_upright(problem, explanations);
     } else {
-      solution = solve(problem, solution.values, solution.grounds, {1, 0.1, 0.3});
+      explanations = explain_again(problem, explanations);
     }
+    values = explanations.better().values;
   }
-  Estimate found{camera_of(aligned->values, problem.frame),
-                 camera_of(solution.values, problem.frame),
+  Solution better = explanations.better();
+  better.covariance = covariance_of(explanations);
+  Estimate found{camera_of(better.values, problem.frame),
                  problem.frame,
                  {circles.found[0], circles.found[1]},
                  std::move(problem.matches),
-                 std::move(solution)};
+                 std::move(better)};
   for (int p = 0; p < kParameters; ++p) found.deviations[std::size_t(p)] = std::sqrt(found.solution.covariance(p, p));
   found.kept = 1 - found.solution.scatter.wrong;
   judge_seams(found);

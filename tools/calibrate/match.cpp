@@ -113,20 +113,22 @@ bool search_window(const Strip& first, const Strip& second, const Search& search
   const cv::Point to = region.tl() + best + cv::Point(half, half);
   const cv::Rect window(to.x - half, to.y - half, side, side);
   if (cv::countNonZero(second.seen(window)) < side * side) return false;
-  match = {{cv::Point2d(from), cv::Point2d(to)}, score};
+  match = {{cv::Point2d(from), cv::Point2d(to)}, score, {1, 1}};
   return true;
 }
 
 bool refine(const Strip& first, const Strip& second, const Search& search, StripMatch& match) {
-  match.score = track(first.light, match.at[0], second.light, match.at[1], search.half_window);
-  if (match.score < search.least_score) return false;
+  const Tracked there = track(first.light, match.at[0], second.light, match.at[1], search.half_window);
+  if (there.score < search.least_score) return false;
+  match.score = there.score;
+  match.deviation = there.deviation;
   const int x = int(std::lround(match.at[1].x)), y = int(std::lround(match.at[1].y)), half = search.half_window;
   if (!second.seen(y - half, x - half) || !second.seen(y - half, x + half) || !second.seen(y + half, x - half) ||
       !second.seen(y + half, x + half)) {
     return false;
   }
   cv::Point2d back = match.at[0];
-  if (track(second.light, match.at[1], first.light, back, search.half_window) < search.least_score) return false;
+  if (track(second.light, match.at[1], first.light, back, search.half_window).score < search.least_score) return false;
   const cv::Point2d off = back - match.at[0];
   if (off.dot(off) > kMostReturn * kMostReturn) return false;
   match.at[0] += 0.5 * off;  // the mean of both ways
@@ -135,10 +137,10 @@ bool refine(const Strip& first, const Strip& second, const Search& search, Strip
 
 }  // namespace
 
-double track(const cv::Mat1f& first, cv::Point2d from, const cv::Mat1f& second, cv::Point2d& to, int half_window) {
+Tracked track(const cv::Mat1f& first, cv::Point2d from, const cv::Mat1f& second, cv::Point2d& to, int half_window) {
   constexpr int kMostSteps = 30;
   constexpr double kRest = 0.003;  // pixels
-  if (!holds(first, from, half_window + 1)) return -1;
+  if (!holds(first, from, half_window + 1)) return {};
   thread_local std::vector<float> wanted, window, left, right, upper, lower;
   sample_window(first, from, half_window, wanted);
   sample_window(first, from - cv::Point2d(1, 0), half_window, left);
@@ -151,7 +153,7 @@ double track(const cv::Mat1f& first, cv::Point2d from, const cv::Mat1f& second, 
     square += double(value) * value;
   }
   const double deviation = std::sqrt(std::max(0.0, square - sum * sum / double(wanted.size())));
-  if (!normalise(wanted)) return -1;
+  if (!normalise(wanted)) return {};
   cv::Matx22d tensor(0, 0, 0, 0);
   for (std::size_t i = 0; i < wanted.size(); ++i) {
     const double gx = 0.5 * (right[i] - left[i]) / deviation, gy = 0.5 * (lower[i] - upper[i]) / deviation;
@@ -163,11 +165,11 @@ double track(const cv::Mat1f& first, cv::Point2d from, const cv::Mat1f& second, 
   }
   tensor(1, 0) = tensor(0, 1);
   const double determinant = cv::determinant(tensor);
-  if (determinant < 1e-9) return -1;
+  if (determinant < 1e-9) return {};
   for (int step = 0; step < kMostSteps; ++step) {
-    if (!holds(second, to, half_window)) return -1;
+    if (!holds(second, to, half_window)) return {};
     sample_window(second, to, half_window, window);
-    if (!normalise(window)) return -1;
+    if (!normalise(window)) return {};
     cv::Vec2d right_side(0, 0);
     for (std::size_t i = 0; i < wanted.size(); ++i) {
       const double difference = double(wanted[i]) - window[i];
@@ -180,12 +182,17 @@ double track(const cv::Mat1f& first, cv::Point2d from, const cv::Mat1f& second, 
     if (length > 1.5) move *= 1.5 / length;
     to += cv::Point2d(move[0], move[1]);
     if (length < kRest) {
-      if (!holds(second, to, half_window)) return -1;
+      if (!holds(second, to, half_window)) return {};
       sample_window(second, to, half_window, window);
-      return normalise(window) ? product(wanted, window) : -1;
+      if (!normalise(window)) return {};
+      Tracked tracked{product(wanted, window), {}};
+      // What differs is noise in every sample, and moves the window the less the steeper its edges are.
+      const double noise = std::max(0.0, 2 - 2 * tracked.score) / double(window.size());
+      tracked.deviation = {std::sqrt(noise * tensor(1, 1) / determinant), std::sqrt(noise * tensor(0, 0) / determinant)};
+      return tracked;
     }
   }
-  return -1;
+  return {};
 }
 
 Match recorded(const StripMatch& match, const StripSize& size, const Projector (&lens)[2], int pair) {
@@ -194,6 +201,8 @@ Match recorded(const StripMatch& match, const StripSize& size, const Projector (
     const ImagePoint at = lens[k].project(ring_direction(size.t(match.at[k].x), size.b(match.at[k].y)));
     there.at[k] = {at.x, at.y};
   }
+  there.t_doubt = match.deviation.x;
+  there.b_doubt = match.deviation.y;
   return there;
 }
 

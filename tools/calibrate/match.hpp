@@ -11,7 +11,8 @@ namespace biseam::calibrate {
 // Pixels of a strip.
 struct StripMatch {
   cv::Point2d at[2];
-  double score;  // correlation of both windows, at most 1
+  double score;           // correlation of both windows, at most 1
+  cv::Point2d deviation;  // of at[1] - at[0], but for a factor that all matches share
 };
 
 struct Search {
@@ -29,8 +30,11 @@ std::vector<StripMatch> find_matches(const Strip& first, const Strip& second, co
 // Where the things of a match lie in the recorded pictures.
 Match recorded(const StripMatch& match, const StripSize& size, const Projector (&lens)[2], int pair);
 
-// Moves `to` to where the window of `second` shows what that of `first` shows at `from`.  Returns the correlation there; below
-// 0 where the window left the strip, or did not come to rest.
-double track(const cv::Mat1f& first, cv::Point2d from, const cv::Mat1f& second, cv::Point2d& to, int half_window);
+struct Tracked {
+  double score = -1;      // correlation of the windows; below 0 where one left the strip, or did not come to rest
+  cv::Point2d deviation;  // by what differs between the windows, and how sharp their edges are
+};
+// Moves `to` to where the window of `second` shows what that of `first` shows at `from`.
+Tracked track(const cv::Mat1f& first, cv::Point2d from, const cv::Mat1f& second, cv::Point2d& to, int half_window);
 
 }  // namespace biseam::calibrate

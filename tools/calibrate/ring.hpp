@@ -13,6 +13,7 @@ namespace biseam::calibrate {
 struct Match {
   int pair;
   cv::Point2d at[2];
+  double t_doubt = 1, b_doubt = 1;  // standard deviations of its residual, over what is usual for the matches
 };
 
 using Row = std::array<double, kParameters>;
@@ -35,9 +36,6 @@ struct Residual {
   double t, b;
 };
 inline constexpr double kPixelsPerRadian = 3840 / (2 * kPi);
-
-// By how much b counts more than it would in pixels of the panorama.
-double across_scale(const Camera& camera);
 
 struct Remainder {
   Residual off;

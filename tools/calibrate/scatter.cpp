@@ -19,30 +19,31 @@ struct Densities {
   double sum() const { return far + ground + near + wrong; }
 };
 
-Densities densities_of(const Residual& residual, double parallax, const Scatter& scatter) {
-  const double s = scatter.noise, t = (1 - scatter.wrong) * density(residual.t / s) / s;
+Densities densities_of(const Observed& observed, const Scatter& scatter) {
+  const double s = observed.b_noise, b = observed.off.b;
+  const double t = (1 - scatter.wrong) * density(observed.off.t / observed.t_noise) / observed.t_noise;
   const double still = t * (1 - scatter.near) / s;
-  const double near = below(residual.b / s) * below((kMostNear - residual.b) / s) / kMostNear;
-  return {kFarOverGround * still * density(residual.b / s), (1 - kFarOverGround) * still * density((residual.b - parallax) / s),
+  const double near = below(b / s) * below((kMostNear - b) / s) / kMostNear;
+  return {kFarOverGround * still * density(b / s), (1 - kFarOverGround) * still * density((b - observed.parallax) / s),
           t * scatter.near * near, scatter.wrong / kWrongArea};
 }
 
 }  // namespace
 
-Share share_of(const Residual& residual, double parallax, const Scatter& scatter) {
-  const Densities densities = densities_of(residual, parallax, scatter);
+Share share_of(const Observed& observed, const Scatter& scatter) {
+  const Densities densities = densities_of(observed, scatter);
   const double sum = densities.sum();
   return {densities.far / sum, densities.ground / sum, densities.near / sum};
 }
 
-double log_likelihood(const Residual& residual, double parallax, const Scatter& scatter) {
-  return std::log(densities_of(residual, parallax, scatter).sum());
+double log_likelihood(const Observed& observed, const Scatter& scatter) {
+  return std::log(densities_of(observed, scatter).sum());
 }
 
-Pull near_pull(double b, double share, const Scatter& scatter) {
-  const double z = b / scatter.noise;
+Pull near_pull(double b, double noise, double share) {
+  const double z = b / noise;
   const double ratio = z < -8 ? -z : density(z) / below(z);
-  return {share * std::max(0.0, ratio * (ratio + z)) / (scatter.noise * scatter.noise), -share * ratio / scatter.noise};
+  return {share * std::max(0.0, ratio * (ratio + z)) / (noise * noise), -share * ratio / noise};
 }
 
 }  // namespace biseam::calibrate

@@ -5,12 +5,14 @@
 
 namespace biseam::calibrate {
 
-// Part of the matches is wrong; the others are off by noise.  Of those, part is near by any parallax up to kMostNear, and the
-// rest is far away or lies on a ground.
+// Part of the matches is wrong; the others are off by noise, each as much as it is in doubt.  Of those, part is near by any
+// parallax up to kMostNear, and the rest is far away or lies on a ground.
 struct Scatter {
-  double noise = 4;  // pixels
+  double noise = 4;  // pixels, where the doubt is 1
   double wrong = 0.3, near = 0.3;
   bool near_known = false;
+  // Neighbours err alike, and so does what stands still before a camera on a tripod: so many matches tell as much as one alone.
+  double alike = 1;
 };
 inline constexpr double kMostNear = 40;        // pixels
 inline constexpr double kWrongArea = 60 * 60;  // square pixels where wrong matches lie
@@ -21,15 +23,20 @@ struct Share {
   double good() const { return far + ground + near; }
 };
 
-// parallax: pixels, of the ground where the match is; 0 where there is none.
-Share share_of(const Residual& residual, double parallax, const Scatter& scatter);
-double log_likelihood(const Residual& residual, double parallax, const Scatter& scatter);
+// A residual and its standard deviations; pixels.
+struct Observed {
+  Residual off;
+  double t_noise, b_noise;
+  double parallax;  // of the ground where the match is; 0 where there is none
+};
+Share share_of(const Observed& observed, const Scatter& scatter);
+double log_likelihood(const Observed& observed, const Scatter& scatter);
 
 // What a match asks of a quantity in the normal equations: a bound of the second derivative of its cost, and the first one.
 struct Pull {
   double stiffness, slope;
 };
 // Of what is near: its parallax may be anything that is not negative.
-Pull near_pull(double b, double share, const Scatter& scatter);
+Pull near_pull(double b, double noise, double share);
 
 }  // namespace biseam::calibrate

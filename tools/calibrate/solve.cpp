@@ -2,13 +2,40 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
 #include <utility>
 
 namespace biseam::calibrate {
 namespace {
 
-constexpr double kGroundDeviation = 20;  // pixels, of a ground's parallax before anything is known
+// What a ground's parallax is before anything is known: none, or the rarer the larger.  It costs so much a pixel below the
+// camera, above it, and beside it; without knowing what is below, the last anywhere.
+constexpr double kBelow = 0.02, kAbove = 1, kBeside = 0.05;
+constexpr double kSoft = 0.2;  // pixels, about which the cost bends
+
+Pull ground_pull(double parallax, double price) {
+  const double length = std::hypot(parallax, kSoft);
+  return {price / length, price * parallax / length};
+}
+double ground_cost(double parallax, double price) { return price * (std::hypot(parallax, kSoft) - kSoft); }
+
+// Directions that have a price of their own, with the prices to either side.
+struct Axis {
+  Vec3 along;
+  double forwards, backwards;
+  double price(double parallax) const { return parallax > 0 ? forwards : backwards; }
+};
+
+std::array<Axis, 3> ground_axes(const Vec3& down) {
+  if (down.x == 0 && down.y == 0)
+    return {{{{1, 0, 0}, kBeside, kBeside}, {{0, 1, 0}, kBeside, kBeside}, {{0, 0, 1}, kBeside, kBeside}}};
+  return {{{down, kBelow, kAbove}, {{-down.y, down.x, 0}, kBeside, kBeside}, {{0, 0, 1}, kBeside, kBeside}}};
+}
+
+double product(const Vec3& a, const Vec3& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+
+double parallax_of(const Ground& ground, const RingPoint& at) {
+  return std::max(0.0, product(ring_direction(at.t, at.b), ground));
+}
 
 // Logarithm of the measured radius of a rim / the one that the values give.
 double rim_residual(const Values& values, const Problem& problem, int lens) {
@@ -94,48 +121,43 @@ class Solver {
   std::vector<Share> shares(const Scatter& scatter) const {
     std::vector<Share> shares;
     shares.reserve(remainders_.size());
-    for (std::size_t i = 0; i < remainders_.size(); ++i) shares.push_back(share_of(remainders_[i].off, parallax(i), scatter));
+    for (std::size_t i = 0; i < remainders_.size(); ++i) shares.push_back(share_of(observed(i, scatter), scatter));
     return shares;
   }
 
-  double parallax(std::size_t i) const {
-    return parallax_of(state_.grounds[std::size_t(problem_.matches[i].pair)], remainders_[i].at);
+  std::vector<double> likelihoods(const Scatter& scatter) const {
+    std::vector<double> likelihoods;
+    likelihoods.reserve(remainders_.size());
+    for (std::size_t i = 0; i < remainders_.size(); ++i) likelihoods.push_back(log_likelihood(observed(i, scatter), scatter));
+    return likelihoods;
   }
 
-  // Of values and grounds.  Neighbouring matches err together, so that their number alone would promise too much: the slopes of
-  // whole places tell by how much.
+  // What is observed of a match at the solver's state.
+  Observed observed(std::size_t i, const Scatter& scatter) const { return observed(state_, remainders_, i, scatter); }
+
+  // Of the values.
   cv::Mat1d covariance(const Scatter& scatter) const {
-    constexpr int kSectors = 32;
     const Normal normal = equations(scatter);
     cv::Mat1d matrix = normal.matrix.clone(), right = normal.right.clone(), inverse;
     hold(matrix, right);
     cv::invert(matrix, inverse, cv::DECOMP_CHOLESKY);
-    const std::vector<Slopes> slopes = slopes_of(state_.values, problem_.frame, problem_.matches);
-    std::map<std::pair<int, int>, Normal> places;
-    for (std::size_t i = 0; i < remainders_.size(); ++i) {
-      const int pair = problem_.matches[i].pair, sector = int((remainders_[i].at.t + kPi) / (2 * kPi) * kSectors) % kSectors;
-      add_match(slopes[i], i, scatter, places.try_emplace({pair, sector}, size()).first->second);
-    }
-    Normal scattered(size());
-    add_priors(scattered);
-    for (const auto& place : places) scattered.matrix += place.second.right * place.second.right.t();
-    hold(scattered.matrix, right);
-    const cv::Mat1d robust = inverse * scattered.matrix * inverse;
-    double factor = 1;
-    for (int p = 0; p < kParameters; ++p) factor = std::max(factor, robust(p, p) / inverse(p, p));
-    return inverse * factor;
+    return inverse(cv::Rect(0, 0, kParameters, kParameters)).clone();
   }
 
  private:
   int size() const { return kParameters + 3 * problem_.pairs; }
 
+  Observed observed(const State& state, const std::vector<Remainder>& remainders, std::size_t i, const Scatter& scatter) const {
+    const Match& match = problem_.matches[i];
+    return {remainders[i].off, scatter.noise * match.t_doubt, scatter.noise * match.b_doubt,
+            parallax_of(state.grounds[std::size_t(match.pair)], remainders[i].at)};
+  }
+
   double cost_of(const State& state, const std::vector<Remainder>& remainders, const Scatter& scatter) const {
-    double cost = prior_cost(state);
-    for (std::size_t i = 0; i < remainders.size(); ++i) {
-      const Ground& ground = state.grounds[std::size_t(problem_.matches[i].pair)];
-      cost -= log_likelihood(remainders[i].off, parallax_of(ground, remainders[i].at), scatter);
-    }
-    return cost;
+    double cost = 0;
+    for (std::size_t i = 0; i < remainders.size(); ++i)
+      cost -= log_likelihood(observed(state, remainders, i, scatter), scatter);
+    return prior_cost(state) + cost / scatter.alike;
   }
 
   double prior_cost(const State& state) const {
@@ -149,25 +171,29 @@ class Solver {
       if (prior.circle[lens] > 0) add(rim_residual(state.values, problem_, lens) / prior.circle_deviation);
     }
     for (const Ground& ground : state.grounds) {
-      for (const double value : {ground.x, ground.y, ground.z}) add(value / kGroundDeviation);
+      for (const Axis& axis : axes_) {
+        const double parallax = product(axis.along, ground);
+        cost += ground_cost(parallax, axis.price(parallax));
+      }
     }
     return cost;
   }
 
   void add_match(const Slopes& slopes, std::size_t i, const Scatter& scatter, Normal& normal) const {
-    const Remainder& remainder = remainders_[i];
-    const double parallax_here = parallax(i), weight = 1 / (scatter.noise * scatter.noise);
-    const Share share = share_of(remainder.off, parallax_here, scatter);
-    normal.add(slopes.t, share.good() * weight, share.good() * weight * remainder.off.t);
-    const Pull near = near_pull(remainder.off.b, share.near, scatter);
-    normal.add(slopes.b, share.far * weight + near.stiffness, share.far * weight * remainder.off.b + near.slope);
-    if (parallax_here <= 0) {
-      normal.add(slopes.b, share.ground * weight, share.ground * weight * remainder.off.b);
+    const Observed seen = observed(i, scatter);
+    const Share share = share_of(seen, scatter);
+    const double counts = 1 / scatter.alike;
+    const double along = counts * share.good() / (seen.t_noise * seen.t_noise), across = counts / (seen.b_noise * seen.b_noise);
+    normal.add(slopes.t, along, along * seen.off.t);
+    const Pull near = near_pull(seen.off.b, seen.b_noise, share.near);
+    normal.add(slopes.b, share.far * across + counts * near.stiffness, share.far * across * seen.off.b + counts * near.slope);
+    if (seen.parallax <= 0) {
+      normal.add(slopes.b, share.ground * across, share.ground * across * seen.off.b);
       return;
     }
-    const Vec3 d = ring_direction(remainder.at.t, remainder.at.b);
-    normal.add(slopes.b, {-d.x, -d.y, -d.z}, kParameters + 3 * problem_.matches[i].pair, share.ground * weight,
-               share.ground * weight * (remainder.off.b - parallax_here));
+    const Vec3 d = ring_direction(remainders_[i].at.t, remainders_[i].at.b);
+    normal.add(slopes.b, {-d.x, -d.y, -d.z}, kParameters + 3 * problem_.matches[i].pair, share.ground * across,
+               share.ground * across * (seen.off.b - seen.parallax));
   }
 
   void add_priors(Normal& normal) const {
@@ -192,13 +218,11 @@ class Solver {
       const double weight = 1 / (prior.circle_deviation * prior.circle_deviation);
       normal.add(row, weight, weight * rim_residual(state_.values, problem_, lens));
     }
-    const double weight = 1 / (kGroundDeviation * kGroundDeviation);
     for (std::size_t i = 0; i < state_.grounds.size(); ++i) {
-      const double g[3] = {state_.grounds[i].x, state_.grounds[i].y, state_.grounds[i].z};
-      for (int j = 0; j < 3; ++j) {
-        const int place = kParameters + 3 * int(i) + j;
-        normal.matrix(place, place) += weight;
-        normal.right(place, 0) -= weight * g[j];
+      for (const Axis& axis : axes_) {
+        const double parallax = product(axis.along, state_.grounds[i]);
+        const Pull pull = ground_pull(parallax, axis.price(parallax));
+        normal.add({}, axis.along, kParameters + 3 * int(i), pull.stiffness, pull.slope);
       }
     }
   }
@@ -249,10 +273,33 @@ class Solver {
   }
 
   const Problem& problem_;
+  const std::array<Axis, 3> axes_ = ground_axes(problem_.prior.down);
   State state_;
   std::vector<Remainder> remainders_;
   double cost_ = 0;
 };
+
+// How many matches err alike: the sums over places of the ring, all pairs together, vary so many times as much as sums of what
+// errs independently.
+double alike_of(const Solver& solver, const Scatter& scatter, const std::vector<Share>& shares, double alike_error) {
+  constexpr int kPlaces = 64;
+  double sums[kPlaces][2] = {}, single = 0, counted = 0;
+  for (std::size_t i = 0; i < shares.size(); ++i) {
+    const Observed seen = solver.observed(i, scatter);
+    const Share& share = shares[i];
+    const int place = std::clamp(int((solver.remainders()[i].at.t / (2 * kPi) + 0.5) * kPlaces), 0, kPlaces - 1);
+    const double t = share.good() * seen.off.t / seen.t_noise;
+    const double b = (share.far * seen.off.b + share.ground * (seen.off.b - seen.parallax)) / seen.b_noise;
+    sums[place][0] += t;
+    sums[place][1] += b;
+    single += t * t + b * b;
+    counted += share.good() * scatter.noise * scatter.noise / (seen.b_noise * seen.b_noise);
+  }
+  const double least = 1 + counted / kPlaces * std::pow(alike_error / scatter.noise, 2);
+  double together = 0;
+  for (const auto& sum : sums) together += sum[0] * sum[0] + sum[1] * sum[1];
+  return std::max(least, together / std::max(1e-9, single));
+}
 
 // The parts and the noise that make the remainders most likely.
 Scatter refitted(const Solver& solver, const Scatter& before, double least_noise) {
@@ -260,32 +307,26 @@ Scatter refitted(const Solver& solver, const Scatter& before, double least_noise
   double still = 0, near = 0, square = 0, count = 0;
   for (std::size_t i = 0; i < shares.size(); ++i) {
     const Share& share = shares[i];
-    const Residual& off = solver.remainders()[i].off;
-    const double raised = off.b - solver.parallax(i);
+    const Observed seen = solver.observed(i, before);
+    const double raised = seen.off.b - seen.parallax, b = share.far * seen.off.b * seen.off.b + share.ground * raised * raised;
     still += share.far + share.ground;
     near += share.near;
-    square += share.good() * off.t * off.t + share.far * off.b * off.b + share.ground * raised * raised;
+    square += share.good() * seen.off.t * seen.off.t / (seen.t_noise * seen.t_noise) + b / (seen.b_noise * seen.b_noise);
     count += 2 * (share.far + share.ground) + share.near;
   }
   const double all = std::max(1.0, double(shares.size())), good = std::max(1e-9, still + near);
-  Scatter scatter;
-  scatter.noise = std::max(least_noise, std::sqrt(square / std::max(1.0, count)));
+  Scatter scatter = before;
+  scatter.noise = std::max(least_noise, before.noise * std::sqrt(square / std::max(1.0, count)));
   scatter.wrong = std::clamp(1 - good / all, 0.01, 0.9);
-  scatter.near_known = before.near_known;
-  scatter.near = before.near_known ? before.near : std::clamp(near / good, 0.05, 0.95);
+  if (!before.near_known) scatter.near = std::clamp(near / good, 0.05, 0.95);
   return scatter;
 }
 
 }  // namespace
 
-double parallax_of(const Ground& ground, const RingPoint& at) {
-  const Vec3 d = ring_direction(at.t, at.b);
-  return std::max(0.0, d.x * ground.x + d.y * ground.y + d.z * ground.z);
-}
-
 Solution solve(const Problem& problem, const Values& guess, const std::vector<Ground>& grounds, Scatter scatter) {
-  constexpr double kLeastNoise = 0.05;
-  constexpr int kRounds = 14;
+  constexpr double kLeastNoise = 0.02;
+  constexpr int kRounds = 14, kLastRounds = 3;
   Solver solver(problem, {guess, grounds});
   for (int round = 0; round < kRounds; ++round) {
     solver.descend(scatter);
@@ -294,10 +335,15 @@ Solution solve(const Problem& problem, const Values& guess, const std::vector<Gr
     scatter = next;
     if (still) break;
   }
+  for (int round = 0; round < kLastRounds; ++round) {
+    scatter.alike = alike_of(solver, scatter, solver.shares(scatter), problem.alike_error);
+    solver.descend(scatter);
+    scatter = refitted(solver, scatter, kLeastNoise);
+  }
   solver.descend(scatter);
   return {solver.state().values, solver.state().grounds, scatter,
           solver.cost(),         solver.prior_cost(),    solver.covariance(scatter),
-          solver.remainders(),   solver.shares(scatter)};
+          solver.remainders(),   solver.shares(scatter), solver.likelihoods(scatter)};
 }
 
 }  // namespace biseam::calibrate

@@ -33,6 +33,31 @@ TEST(Match, DisplacementIsFoundToHundredthsWhateverTheGain) {
   EXPECT_LT(std::sqrt(square), 0.04);
 }
 
+TEST(Match, DeviationsTellWhereNoiseIs) {
+  const double dx = 3.37, dy = 6.81;
+  Strip other = textured(dx, dy, 1);
+  const auto is_noisy = [](double x) { return x > kSize.columns() / 2.0; };
+  for (int y = 0; y < kSize.rows; ++y) {
+    for (int x = 0; x < kSize.columns(); ++x) {
+      other.light(y, x) += float((is_noisy(x) ? 0.4 : 0.02) * (hashed(x, y, 3) - 0.5));
+    }
+  }
+  double square[2] = {}, said[2] = {}, count[2] = {};
+  for (const StripMatch& match : find_matches(textured(0, 0, 1), other, kSize, {8, 4, 12, 8, 640, 0.8, true})) {
+    const cv::Point2d off = match.at[1] - match.at[0] - cv::Point2d(dx, dy);
+    const int noisy = is_noisy(match.at[1].x);
+    square[noisy] += off.dot(off);
+    said[noisy] += match.deviation.dot(match.deviation);
+    count[noisy] += 1;
+  }
+  for (int noisy = 0; noisy < 2; ++noisy) ASSERT_GT(count[noisy], 50);
+  const double there = std::sqrt(square[1] / count[1]), usual = std::sqrt(square[0] / count[0]);
+  const double said_there = std::sqrt(said[1] / count[1]), said_usual = std::sqrt(said[0] / count[0]);
+  EXPECT_GT(said_there, 2 * said_usual);
+  EXPECT_LT(there / usual, 2 * said_there / said_usual);
+  EXPECT_GT(there / usual, 0.3 * said_there / said_usual);
+}
+
 TEST(Match, CornersAreSpreadRoundTheRing) {
   const std::vector<StripMatch> matches =
       find_matches(textured(0, 0, 1), textured(1, 1, 1), kSize, {4, 4, 4, 8, 320, 0.8, true});

@@ -2,55 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include "tool/calibrate/world.hpp"
+#include "tool/calibrate/matches.hpp"
 
 namespace biseam::calibrate {
 namespace {
-
-constexpr Frame kFrame{960, 960, {90, 270}};
-
-Values some_values() {
-  Values values{};
-  values[kScale] = std::log(275.0);
-  values[kScaleRatio] = 0.01;
-  values[kK1] = -0.02;
-  values[kK2] = 0.001;
-  values[kK1Apart] = 0.002;
-  values[kCx0] = 478;
-  values[kCy0] = 481;
-  values[kCx1] = 483;
-  values[kCy1] = 476;
-  values[kYaw] = 1.5;
-  values[kPitch] = -2;
-  values[kRoll] = 0.7;
-  values[kRim] = 99;
-  return values;
-}
-
-// Far things all round, and such on a ground that displaces what is straight below by `parallax` pixels of a 3840 panorama.
-std::vector<Match> see(const Values& values, double parallax) {
-  const Camera camera = camera_of(values, kFrame);
-  const Projector lens[2] = {Projector(camera, 0), Projector(camera, 1)};
-  std::vector<Match> matches;
-  for (int i = 0; i < 400; ++i) {
-    const double t = i * 2.399963, b = 0.1 * (2 * hashed(i, 1, 2) - 1);
-    const double shift = parallax / kPixelsPerRadian * std::max(0.0, std::cos(b) * std::sin(t));
-    Match match{0, {}};
-    for (int k = 0; k < 2; ++k) {
-      const ImagePoint at = lens[k].project(ring_direction(t, b + (k == 0 ? 0.5 : -0.5) * shift));
-      match.at[k] = {at.x + 0.05 * (hashed(i, k, 3) - 0.5), at.y + 0.05 * (hashed(i, k, 4) - 0.5)};
-    }
-    matches.push_back(match);
-  }
-  return matches;
-}
-
-Prior wide_prior(const Values& middle) {
-  Prior prior;
-  prior.values = middle;
-  prior.deviations = {0.05, 0.01, 0.02, 0.003, 0.002, 0.0004, 0.3, 0.3, 0.3, 0.3, 4, 4, 4, 3};
-  return prior;
-}
 
 TEST(Solve, DerivativesAreThoseOfTheProjection) {
   const Values values = some_values();
@@ -97,10 +52,39 @@ TEST(Solve, GroundIsToldFromTurn) {
 
 TEST(Solve, NothingIsBeyondInfinity) {
   const Scatter scatter{0.5, 0.1, 0.9};
-  EXPECT_GT(share_of({0, 10}, 0, scatter).near, 0.9);
-  EXPECT_LT(share_of({0, -10}, 0, scatter).good(), 0.01);
-  EXPECT_NEAR(near_pull(10, 1, scatter).slope, 0, 1e-9);
-  EXPECT_LT(near_pull(-1, 1, scatter).slope, -1);  // the cost falls towards infinity
+  EXPECT_GT(share_of({{0, 10}, 0.5, 0.5, 0}, scatter).near, 0.9);
+  EXPECT_LT(share_of({{0, -10}, 0.5, 0.5, 0}, scatter).good(), 0.01);
+  EXPECT_NEAR(near_pull(10, 0.5, 1).slope, 0, 1e-9);
+  EXPECT_LT(near_pull(-1, 0.5, 1).slope, -1);  // the cost falls towards infinity
+}
+
+TEST(Solve, WhatIsInDoubtMayBeFurtherOff) {
+  const Scatter scatter{0.5, 0.1, 0.05};
+  EXPECT_LT(share_of({{0, -4}, 0.5, 0.5, 0}, scatter).good(), 0.1);
+  EXPECT_GT(share_of({{0, -4}, 0.5, 4, 0}, scatter).good(), 0.9);
+}
+
+// A camera on a tripod takes the same picture again and again, with the same errors: it knows no more than from the first.
+TEST(Solve, WhatStandsStillTellsOnce) {
+  constexpr int kPairs = 20;
+  const Values truth = some_values();
+  const Problem once{kFrame, see(truth, 0), 1, wide_prior(truth)};
+  Problem often = once;
+  often.pairs = kPairs;
+  for (int pair = 1; pair < kPairs; ++pair) {
+    for (Match match : once.matches) {
+      match.pair = pair;
+      often.matches.push_back(match);
+    }
+  }
+  const Solution first = solve(once, truth, std::vector<Ground>(1), {1, 0.1, 0.1});
+  const Solution last = solve(often, truth, std::vector<Ground>(kPairs), {1, 0.1, 0.1});
+  EXPECT_GT(last.scatter.alike, 0.7 * kPairs);
+  for (const int p : {kYaw, kPitch, kRoll}) {
+    const double ratio = std::sqrt(last.covariance(p, p) / first.covariance(p, p));
+    EXPECT_GT(ratio, 0.7) << "parameter " << p;
+    EXPECT_LT(ratio, 1.4) << "parameter " << p;
+  }
 }
 
 TEST(Solve, HeldValuesStay) {

@@ -60,12 +60,11 @@ export class Browser {
     this.#listeners.add(listener);
   }
 
-  // ready: an expression that is true once the page can be used.
-  async open(address, ready = "document.documentElement.dataset.ready") {
+  async open(address) {
     const { targetId } = await this.send("Target.createTarget", { url: "about:blank" });
     const { sessionId } = await this.send("Target.attachToTarget", { targetId, flatten: true });
     const page = new Page(this, sessionId, targetId);
-    await page.load(address, ready);
+    await page.load(address);
     return page;
   }
 
@@ -106,13 +105,13 @@ export class Page {
     return this.#browser.send(method, params, this.#session);
   }
 
-  async load(address, ready) {
+  async load(address) {
     for (const domain of ["Page", "Runtime", "Log", "Network"]) await this.send(`${domain}.enable`);
     await this.send("Emulation.setDeviceMetricsOverride", { ...SIZE, deviceScaleFactor: 1, mobile: false });
     const loaded = this.#loaded();
     await this.send("Page.navigate", { url: address });
     await loaded;
-    await this.until(ready);
+    await this.until("document.documentElement.dataset.ready");
   }
 
   #loaded() {

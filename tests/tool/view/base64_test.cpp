@@ -1,4 +1,4 @@
-#include "text/base64.hpp"
+#include "view/base64.hpp"
 
 #include <gtest/gtest.h>
 

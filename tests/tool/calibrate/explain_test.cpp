@@ -1,0 +1,71 @@
+#include "calibrate/explain.hpp"
+
+#include <gtest/gtest.h>
+
+#include "tool/calibrate/matches.hpp"
+
+namespace biseam::calibrate {
+namespace {
+
+Explanations explain_all(Problem problem) {
+  problem.alike_error = 0.05;
+  return explain(problem, problem.prior.values, in_turn);
+}
+
+TEST(Explain, NearGroundIsOne) {
+  const Values truth = some_values();
+  const Explanations found = explain_all({kFrame, see(truth, 12), 1, wide_prior(truth)});
+  EXPECT_TRUE(found.is_ground());
+  EXPECT_GT(found.better().grounds[0].y, 8);
+  EXPECT_NEAR(found.better().values[kPitch], truth[kPitch], 0.06);
+}
+
+TEST(Explain, FarThingsNeedNoGround) {
+  const Values truth = some_values();
+  const Explanations found = explain_all({kFrame, see(truth, 0), 1, wide_prior(truth)});
+  EXPECT_FALSE(found.is_ground());
+  EXPECT_EQ(found.better().grounds[0].y, 0);
+}
+
+// Tiles too fine for the pictures match at random, and in each picture of a tripod's clip at the same places.  A ground beyond
+// the rest of the ring and a turn would explain many of them.
+TEST(Explain, BadPlacesMakeNoGround) {
+  constexpr int kPairs = 3;
+  const Values truth = some_values();
+  std::vector<Match> matches = see(truth, 0);
+  for (std::size_t i = 0; i < matches.size(); ++i) {
+    Match& match = matches[i];
+    const RingPoint at = remainders_of(truth, kFrame, {match})[0].at;
+    if (at.t < -0.5 || at.t > 1.2) continue;
+    for (cv::Point2d& place : match.at) {
+      place.x += 1.5 * (hashed(int(i), 5, int(place.x)) - 0.7);
+      place.y += 1.5 * (hashed(int(i), 6, int(place.y)) - 0.7);
+    }
+    match.t_doubt = match.b_doubt = 4;
+  }
+  const std::size_t once = matches.size();
+  for (int pair = 1; pair < kPairs; ++pair) {
+    for (std::size_t i = 0; i < once; ++i) {
+      matches.push_back(matches[i]);
+      matches.back().pair = pair;
+    }
+  }
+  const Explanations found = explain_all({kFrame, matches, kPairs, wide_prior(truth)});
+  EXPECT_FALSE(found.is_ground());
+  EXPECT_NEAR(found.better().values[kYaw], truth[kYaw], 0.05);
+  EXPECT_NEAR(found.better().values[kPitch], truth[kPitch], 0.05);
+}
+
+// Where the other explanation is not ruled out, what it would change is part of the deviations.
+TEST(Explain, DeviationsCoverWhatIsUndecided) {
+  const Values truth = some_values();
+  Explanations found = explain_all({kFrame, see(truth, 12), 1, wide_prior(truth)});
+  const double sure = covariance_of(found)(kPitch, kPitch);
+  found.ground.cost = found.still.cost - 1.1 * Explanations::kLeastGain;
+  found.ground.scatter.alike = found.still.scatter.alike;
+  const double difference = found.still.values[kPitch] - found.ground.values[kPitch];
+  EXPECT_GT(covariance_of(found)(kPitch, kPitch) - sure, 0.2 * difference * difference);
+}
+
+}  // namespace
+}  // namespace biseam::calibrate

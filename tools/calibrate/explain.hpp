@@ -1,0 +1,46 @@
+// Whether matches are displaced by a near ground.
+#pragma once
+
+#include <algorithm>
+
+#include "calibrate/calibrate.hpp"
+#include "calibrate/solve.hpp"
+
+namespace biseam::calibrate {
+
+// Things are far away but for some that are near by chance, or near things lie on a ground.
+struct Explanations {
+  Solution still, ground;
+
+  // How much likelier the ground makes the matches, as a logarithm.
+  double gain() const {
+    const double alike = std::min(still.scatter.alike, ground.scatter.alike);
+    return cost_of(still, alike) - cost_of(ground, alike);
+  }
+  // By how many standard deviations that differs from nothing, if places of the ring vote independently: a few bad places look
+  // like a ground, too.
+  double votes() const;
+  bool is_ground() const { return gain() > kSureGain || (gain() > kLeastGain && votes() > kLeastVotes); }
+  const Solution& better() const { return is_ground() ? ground : still; }
+
+  // Solutions that take their matches for more or less alike don't compare as they are.
+  static double cost_of(const Solution& solution, double alike) {
+    return solution.prior_cost + (solution.cost - solution.prior_cost) * solution.scatter.alike / alike;
+  }
+  // Cameras without a baseline reached 12, those with 3 mm over a ground 1.5 m below 20, and with 15 mm more than 100.
+  static constexpr double kSureGain = 40, kLeastGain = 12, kLeastVotes = 2.5;
+};
+
+// Whether the ground is far and lens 1 turned, or near and lens 1 straight, is hard to tell from one pair, and the way from one
+// to the other is long.  The turn is therefore found first from what parallax does not reach: places along t, and that nothing
+// is beyond infinity.  Then the likeliest of several grounds, below or above: turned by its parallax, one looks much like the
+// other opposite.  Puts places in doubt, as doubt_places().
+Explanations explain(Problem& problem, const Values& guess, const ShareWork& share_work);
+
+// Again with better matches, which explain() or this explained `before` as they were then.
+Explanations explain_again(Problem& problem, const Explanations& before);
+
+// The covariance of the better explanation, and what the other one would change as far as it is not ruled out.
+cv::Mat1d covariance_of(const Explanations& found);
+
+}  // namespace biseam::calibrate
