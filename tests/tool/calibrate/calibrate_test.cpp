@@ -80,7 +80,7 @@ std::vector<LumaPair> views(const std::vector<Pair>& pairs) {
 
 TEST(Calibrate, SameFindingHoweverTheWorkIsShared) {
   constexpr int kSmallSide = 400;
-  const std::vector<Pair> pairs = {photograph(some_camera(kSmallSide)), photograph(some_camera(kSmallSide), 3)};
+  const std::vector<Pair> pairs = {photograph(some_camera(kSmallSide)), photograph(some_camera(kSmallSide), 1e9, 3)};
   const Finding first = calibrate(views(pairs), {}, in_turn), second = calibrate(views(pairs), {}, backwards);
   EXPECT_EQ(profile::write(first.settings), profile::write(second.settings));
   EXPECT_EQ(first.summary, second.summary);
