@@ -62,7 +62,7 @@ TEST(Page, NamesAreTextAndNothingElse) {
   const ScratchFolder folder;
   const PageFiles files{make_file(folder / "<\"&\\\n@@TITLE@@\x01.png", "foo"), nullptr};
   const std::string page = written(files);
-  EXPECT_NE(page.find("<title>&lt;\"&amp;\\\n@@TITLE@@\x01.png</title>"), page.npos);
+  EXPECT_NE(page.find("<title>&lt;&quot;&amp;\\\n@@TITLE@@\x01.png</title>"), page.npos);
   EXPECT_NE(page.find("{\"title\":\"\\u003c\\u0022&\\u005c\\u000a@@TITLE@@\\u0001.png\""), page.npos);
 }
 

@@ -5,27 +5,13 @@
 
 #include "base/byte_source.hpp"
 #include "base/failure.hpp"
-#include "view/base64.hpp"
+#include "text/base64.hpp"
+#include "text/html.hpp"
 
 namespace biseam::tool {
 namespace {
 
 constexpr std::size_t kPieceBytes = std::size_t(3) << 20;  // a multiple of 3, so that every piece is base64 of its own
-
-std::string escape_html(std::string_view text) {
-  std::string out;
-  for (const char c : text) {
-    if (c == '&')
-      out += "&amp;";
-    else if (c == '<')
-      out += "&lt;";
-    else if (c == '>')
-      out += "&gt;";
-    else
-      out += c;
-  }
-  return out;
-}
 
 // A JSON string that may stand in a script element.
 std::string quote_json(std::string_view text) {

@@ -1,4 +1,4 @@
-#include "view/base64.hpp"
+#include "text/base64.hpp"
 
 namespace biseam::tool {
 namespace {
