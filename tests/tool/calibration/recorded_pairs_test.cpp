@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "picture/frame_over.hpp"
 #include "picture/write_picture.hpp"
 #include "tool/support/clip_maker.hpp"
 #include "tool/support/expect_failure.hpp"
@@ -55,6 +56,45 @@ TEST(RecordedPairs, SpreadOverAClip) {
       const int level = pair.luma().lens[0].bytes[0];
       EXPECT_GT(level, last);
       last = level;
+    }
+  }
+}
+
+// Key frames lie now closer together, now further apart, than what is wanted.
+TEST(RecordedPairs, TwoClipsStayTogether) {
+  const test::ScratchFolder folder;
+  std::vector<Nv12> frames;
+  for (int i = 0; i < 120; ++i) frames.push_back(flat(64, 10 + 2 * i));
+  for (const char* distance : {"10", "70"}) {
+    test::ClipSpec spec;
+    spec.options["g"] = distance;
+    for (const char* name : {"0.mkv", "1.mkv"}) test::write_clip(folder / name, spec, frames);
+    ClipFiles files{{folder / "0.mkv", folder / "1.mkv"}, {}, std::nullopt};
+    settle_streams(*open_first(files), files);
+    const std::vector<RecordedPair> pairs = read_clip_pairs(files, Layout::automatic, 7);
+    EXPECT_EQ(pairs.size(), 7u);
+    int last = -1;
+    for (const RecordedPair& pair : pairs) {
+      const calibrate::LumaPair luma = pair.luma();
+      EXPECT_EQ(luma.lens[0].bytes[0], luma.lens[1].bytes[0]);
+      EXPECT_GT(luma.lens[0].bytes[0], last);
+      last = luma.lens[0].bytes[0];
+    }
+  }
+}
+
+// A picture whose lenses are of different colours.
+TEST(RecordedPairs, ColoursOfEachLens) {
+  Rgb both(128, 64);
+  for (std::size_t i = 0; i < both.bytes.size(); ++i) both.bytes[i] = std::uint8_t(i / 3 % 128 < 64 ? 200 : 40 + 60 * (i % 3));
+  const Nv12 picture = to_nv12(both);
+  const RecordedPair pair(*frame_over(picture), nullptr, Layout::side_by_side, "pair");
+  for (int k = 0; k < 2; ++k) {
+    const Rgb colours = pair.colours(k);
+    ASSERT_EQ(colours.width, 64);
+    ASSERT_EQ(colours.height, 64);
+    for (std::size_t i = 0; i < 3; ++i) {
+      EXPECT_NEAR(colours.bytes[3 * (32 * 64 + 32) + i], both.bytes[3 * (32 * 128 + 32 + 64 * std::size_t(k)) + i], 2);
     }
   }
 }

@@ -1,12 +1,14 @@
 #include "calibration/recorded_pairs.hpp"
 
 #include <algorithm>
+#include <new>
 #include <optional>
 
 #include "base/failure.hpp"
 #include "base/interrupt.hpp"
 #include "media/frame_converter.hpp"
 #include "media/pixel_format.hpp"
+#include "picture/frame_over.hpp"
 #include "picture/read_picture.hpp"
 
 namespace biseam::tool {
@@ -33,7 +35,8 @@ bool has_both_circles(const AVFrame& picture) {
 // otherwise everything up to the time is decoded, once.
 class Sampler {
  public:
-  explicit Sampler(const ClipFiles& files) : files_(files), reader_(open_clips(files, open_first(files))) {}
+  explicit Sampler(const ClipFiles& files)
+      : reader_(open_clips(files, open_first(files))), scout_(open_clips(files, open_first(files))) {}
 
   // The times that the clip says it has, in microseconds; empty: it doesn't.
   struct Span {
@@ -50,13 +53,14 @@ class Sampler {
 
   // One near the time that was not given yet.
   std::optional<FramePair> near(std::int64_t time) {
-    PairReader sought = open_clips(files_, open_first(files_));
-    sought.start_at(time);
-    std::optional<FramePair> key = next_picture(sought);
-    if (key && time_of(*key, sought) > last_) {
-      reader_ = std::move(sought);
-      last_ = time_of(*key, reader_);
-      return key;
+    if (time - kLeastStepBack > last_) {
+      scout_.start_at(time);
+      std::optional<FramePair> key = next_picture(scout_);
+      if (key && time_of(*key, scout_) > last_) {
+        std::swap(reader_, scout_);
+        last_ = time_of(*key, reader_);
+        return key;
+      }
     }
     while (std::optional<FramePair> pair = next_picture(reader_)) {
       last_ = time_of(*pair, reader_);
@@ -66,6 +70,8 @@ class Sampler {
   }
 
  private:
+  static constexpr std::int64_t kLeastStepBack = AV_TIME_BASE;  // of what start_at() finds
+
   static std::int64_t in_microseconds(std::int64_t time, const PairReader& reader) {
     return av_rescale_q(time, reader.clip(0).stream().time_base, kMicroseconds);
   }
@@ -79,8 +85,7 @@ class Sampler {
     return std::nullopt;
   }
 
-  const ClipFiles& files_;
-  PairReader reader_;
+  PairReader reader_, scout_;  // everything up to what was given last; what a key frame may give next
   std::int64_t last_ = INT64_MIN;
 };
 
@@ -88,14 +93,29 @@ class Sampler {
 
 RecordedPair::RecordedPair(const AVFrame& first, const AVFrame* second, Layout layout, const std::string& name) {
   frames_[0] = nv12_of(first, name);
-  BiseamPicture pictures[2];
   if (second == nullptr) {
-    split(*frames_[0], layout, name, pictures);
+    split(*frames_[0], layout, name, pictures_);
   } else {
     frames_[1] = nv12_of(*second, name);
-    for (int k = 0; k < 2; ++k) pictures[k] = engine_picture(*frames_[k]);
+    for (int k = 0; k < 2; ++k) pictures_[k] = engine_picture(*frames_[k]);
   }
-  for (int k = 0; k < 2; ++k) luma_.lens[k] = luma_of(pictures[k]);
+}
+
+calibrate::LumaPair RecordedPair::luma() const { return {{luma_of(pictures_[0]), luma_of(pictures_[1])}}; }
+
+Rgb RecordedPair::colours(int lens) const {
+  const BiseamPicture& picture = pictures_[lens];
+  Libav<AVFrame> view(av_frame_alloc());
+  if (!view) throw std::bad_alloc();
+  set_colour(*view, colour());
+  view->format = AV_PIX_FMT_NV12;
+  view->width = picture.width;
+  view->height = picture.height;
+  for (int plane = 0; plane < 2; ++plane) {
+    view->data[plane] = static_cast<std::uint8_t*>(picture.planes[plane]);
+    view->linesize[plane] = int(picture.strides[plane]);
+  }
+  return rgb_of(*view);
 }
 
 std::vector<RecordedPair> read_clip_pairs(const ClipFiles& files, Layout layout, int count) {

@@ -7,6 +7,8 @@
 
 #include "calibrate/calibrate.hpp"
 #include "clip/read/open_clips.hpp"
+#include "media/colour.hpp"
+#include "picture/picture.hpp"
 #include "picture/split.hpp"
 
 namespace biseam::tool {
@@ -17,11 +19,16 @@ class RecordedPair {
   // second: none where the first has both circles, laid out so; name: of the file, for messages.  Throws Failure (input).
   RecordedPair(const AVFrame& first, const AVFrame* second, Layout layout, const std::string& name);
 
-  calibrate::LumaPair luma() const { return luma_; }
+  calibrate::LumaPair luma() const;
+
+  // In NV12, as long as this lives.
+  const BiseamPicture (&pictures() const)[2] { return pictures_; }
+  Colour colour() const { return colour_of(*frames_[0]); }
+  Rgb colours(int lens) const;
 
  private:
   Libav<AVFrame> frames_[2];
-  calibrate::LumaPair luma_;
+  BiseamPicture pictures_[2];
 };
 
 // So many pictures at even distances, or as many as there are, of clips that can be sought and whose streams are settled; the

@@ -16,6 +16,9 @@ PairReader::PairReader(std::unique_ptr<ClipReader> first, std::unique_ptr<ClipRe
     : clips_{std::move(first), std::move(second)}, offset_(offset) {}
 
 void PairReader::start_at(std::int64_t time) {
+  current_.reset();
+  ahead_.reset();
+  started_ = false;
   clips_[0]->start_at(time);
   if (clips_[1]) clips_[1]->start_at(std::max<std::int64_t>(0, time - offset_ - AV_TIME_BASE));
 }
