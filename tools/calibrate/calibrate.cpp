@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 
 #include "calibrate/circle.hpp"
 #include "calibrate/estimate.hpp"
@@ -11,78 +10,6 @@
 
 namespace biseam::calibrate {
 namespace {
-
-// To as many digits as mean something.
-double rounded(double value, int digits) {
-  const double units = std::pow(10, digits);
-  return std::round(value * units) / units;
-}
-
-profile::CameraSettings settings_of(const Camera& camera) {
-  profile::CameraSettings settings;
-  settings.picture = profile::Size{camera.lens[0].width, camera.lens[0].height};
-  for (int k = 0; k < 2; ++k) {
-    const Lens& lens = camera.lens[k];
-    profile::LensSettings& to = settings.lens[k];
-    to.cx = rounded(lens.cx, 3);
-    to.cy = rounded(lens.cy, 3);
-    to.p = rounded(lens.p, 3);
-    to.k = {rounded(lens.k[0], 7), rounded(lens.k[1], 7), rounded(lens.k[2], 7)};
-    to.fov = rounded(lens.fov, 2);
-    to.mount = lens.mount;
-  }
-  settings.lens[1].yaw = rounded(camera.lens[1].turn.yaw, 4);
-  settings.lens[1].pitch = rounded(camera.lens[1].turn.pitch, 4);
-  settings.lens[1].roll = rounded(camera.lens[1].turn.roll, 4);
-  return settings;
-}
-
-template <class... Numbers>
-std::string line(const char* format, Numbers... numbers) {
-  char text[256];
-  std::snprintf(text, sizeof text, format, numbers...);
-  return text;
-}
-
-constexpr int kOctants = 8;
-using Octants = std::array<double, kOctants>;  // pixels of a panorama 3840 wide; negative: no matches there
-
-// Root mean square, along the ring, of what is far or on a ground; along both where it is far.
-Octants octants_of(const Solution& solution) {
-  Octants square{}, count{};
-  for (std::size_t i = 0; i < solution.remainders.size(); ++i) {
-    const Remainder& remainder = solution.remainders[i];
-    const auto octant = std::size_t(std::clamp(int((remainder.at.t + kPi) / (2 * kPi) * kOctants), 0, kOctants - 1));
-    const Share& share = solution.shares[i];
-    square[octant] += share.good() * remainder.off.t * remainder.off.t + share.far * remainder.off.b * remainder.off.b;
-    count[octant] += share.good() + share.far;
-  }
-  Octants left;
-  for (std::size_t i = 0; i < kOctants; ++i) left[i] = count[i] < 1 ? -1 : std::sqrt(square[i] / count[i]);
-  return left;
-}
-
-std::string text_of(const Octants& octants) {
-  std::string text = "pixels that are left in each eighth of the ring:";
-  for (const double left : octants) text += left < 0 ? " -" : line(" %.2f", left);
-  return text + "\n";
-}
-
-std::string summary_of(const Estimate& found) {
-  const Values& off = found.deviations;
-  std::string text;
-  for (int k = 0; k < 2; ++k) {
-    const Lens& lens = found.camera.lens[k];
-    const std::size_t x = k == 0 ? kCx0 : kCx1, y = k == 0 ? kCy0 : kCy1;
-    text += line("lens %d: centre %.1f +-%.1f, %.1f +-%.1f, p %.1f +-%.1f, k %.4f +-%.4f %.4f +-%.4f, mount %d\n", k, lens.cx,
-                 off[x], lens.cy, off[y], lens.p, lens.p * off[kScale], lens.k[0], off[kK1], lens.k[1], off[kK2], lens.mount);
-  }
-  const Turn& turn = found.camera.lens[1].turn;
-  text += line("lens 1: yaw %.2f +-%.2f, pitch %.2f +-%.2f, roll %.2f +-%.2f\n", turn.yaw, off[kYaw], turn.pitch, off[kPitch],
-               turn.roll, off[kRoll]);
-  text += line("%zu matches, %.0f %% of them kept\n", found.matches.size(), 100 * found.kept);
-  return text + text_of(octants_of(found.solution));
-}
 
 std::vector<Pair> pictures_of(const std::vector<LumaPair>& pairs) {
   std::vector<Pair> pictures(pairs.size());
@@ -159,9 +86,7 @@ Finding calibrate(const std::vector<LumaPair>& pairs, const Options& options, co
   check_sizes(pairs);
   std::optional<Known> known;
   if (options.start) known = known_of(options, pairs[0].lens[0]);
-  const Estimate found = estimate(pictures_of(pairs), known, share_work);
-  const Octants left = octants_of(found.solution);
-  return {settings_of(found.camera), summary_of(found), *std::max_element(left.begin(), left.end()), found.kept};
+  return finding_of(estimate(pictures_of(pairs), known, share_work));
 }
 
 profile::CameraSettings circles(const std::vector<LumaPair>& pairs, const ShareWork& share_work) {

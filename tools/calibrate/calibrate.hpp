@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "profile/settings.hpp"
+#include "calibrate/finding.hpp"
 
 namespace biseam::calibrate {
 
@@ -37,13 +37,6 @@ struct LumaPair {
 struct Options {
   std::optional<profile::CameraSettings> start;  // a guess of the camera, which has its mounts
   bool hold_scale = false, hold_k = false, hold_centre = false, hold_turn = false;  // of the start
-};
-
-struct Finding {
-  profile::CameraSettings settings;
-  std::string summary;   // lines: the camera, its standard deviations, the residual in each eighth of the ring
-  double most_left = 0;  // pixels of a panorama 3840 wide: the largest residual of an eighth
-  double kept = 0;       // share of the matches that are explained
 };
 
 // All pictures of one size, at least one pair; the bytes are read during the call only.  The same pictures give the same

@@ -170,11 +170,12 @@ void judge_seams(Estimate& estimate) {
       b(i, p) = slopes[std::size_t(i)].b[std::size_t(p)];
     }
   }
+  const cv::Mat1d covariance = estimate.solution.covariance(cv::Rect(0, 0, kParameters, kParameters));
   double sum = 0, octant[8] = {};
   for (int i = 0; i < kPlaces; ++i) {
     double variance = 0;
     for (const cv::Mat1d& rows : {t, b}) {
-      const cv::Mat1d row = rows.row(i), product = row * estimate.solution.covariance * row.t();
+      const cv::Mat1d row = rows.row(i), product = row * covariance * row.t();
       variance += product(0, 0);
     }
     sum += variance / kPlaces;
@@ -245,7 +246,8 @@ Estimate estimate(const std::vector<Pair>& pairs, const std::optional<Known>& kn
   }
   Solution better = explanations.better();
   better.covariance = covariance_of(explanations);
-  Estimate found{camera_of(better.values, problem.frame),
+  Estimate found{camera_of(aligned->values, problem.frame),
+                 camera_of(better.values, problem.frame),
                  problem.frame,
                  {circles.found[0], circles.found[1]},
                  std::move(problem.matches),

@@ -14,7 +14,7 @@ namespace biseam::calibrate {
 inline constexpr int kLeastSide = 160;  // pixels
 
 struct Estimate {
-  Camera camera;
+  Camera start, camera;  // the first guess, and what was found
   Frame frame;
   std::optional<Circle> circle[2];
   std::vector<Match> matches;  // to which the solution's remainders and shares belong

@@ -110,6 +110,8 @@ class Differentiator {
 
 }  // namespace
 
+double across_scale(const Camera& camera) { return steepness_of(camera).value; }
+
 std::vector<Remainder> remainders_of(const Values& values, const Frame& frame, const std::vector<Match>& matches) {
   const Camera camera = widened(values, frame);
   const Projector lens[2] = {Projector(camera, 0), Projector(camera, 1)};

@@ -37,6 +37,9 @@ struct Residual {
 };
 inline constexpr double kPixelsPerRadian = 3840 / (2 * kPi);
 
+// By how much b counts more than it would in pixels of the panorama.
+double across_scale(const Camera& camera);
+
 struct Remainder {
   Residual off;
   RingPoint at;  // by lens 0

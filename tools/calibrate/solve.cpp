@@ -33,10 +33,6 @@ std::array<Axis, 3> ground_axes(const Vec3& down) {
 
 double product(const Vec3& a, const Vec3& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
 
-double parallax_of(const Ground& ground, const RingPoint& at) {
-  return std::max(0.0, product(ring_direction(at.t, at.b), ground));
-}
-
 // Logarithm of the measured radius of a rim / the one that the values give.
 double rim_residual(const Values& values, const Problem& problem, int lens) {
   const Camera camera = camera_of(values, problem.frame);
@@ -135,13 +131,13 @@ class Solver {
   // What is observed of a match at the solver's state.
   Observed observed(std::size_t i, const Scatter& scatter) const { return observed(state_, remainders_, i, scatter); }
 
-  // Of the values.
+  // Of the values, then of the grounds.
   cv::Mat1d covariance(const Scatter& scatter) const {
     const Normal normal = equations(scatter);
     cv::Mat1d matrix = normal.matrix.clone(), right = normal.right.clone(), inverse;
     hold(matrix, right);
     cv::invert(matrix, inverse, cv::DECOMP_CHOLESKY);
-    return inverse(cv::Rect(0, 0, kParameters, kParameters)).clone();
+    return inverse;
   }
 
  private:
@@ -323,6 +319,10 @@ Scatter refitted(const Solver& solver, const Scatter& before, double least_noise
 }
 
 }  // namespace
+
+double parallax_of(const Ground& ground, const RingPoint& at) {
+  return std::max(0.0, product(ring_direction(at.t, at.b), ground));
+}
 
 Solution solve(const Problem& problem, const Values& guess, const std::vector<Ground>& grounds, Scatter scatter) {
   constexpr double kLeastNoise = 0.02;

@@ -19,13 +19,14 @@ inline constexpr double kHeld = 1e-9;
 
 // A flat ground, or wall, of one pair: direction * ground is the parallax there, in pixels, where it is positive.
 using Ground = Vec3;
+double parallax_of(const Ground& ground, const RingPoint& at);
 
 struct Solution {
   Values values{};
   std::vector<Ground> grounds;  // of each pair
   Scatter scatter;
   double cost = 0, prior_cost = 0;  // all of it, and what the prior has of it
-  cv::Mat1d covariance;             // of the values
+  cv::Mat1d covariance;             // of the values, then of the grounds
   std::vector<Remainder> remainders;
   std::vector<Share> shares;
   std::vector<double> likelihoods;  // logarithms, of the matches

@@ -31,6 +31,13 @@ Unroller::Unroller(const Camera& camera, int index, const StripSize& size) : see
   share_ = cv::max(share_, 1e-3f);
 }
 
+cv::Mat Unroller::samples(const cv::Mat& picture) const {
+  cv::Mat samples;
+  cv::remap(picture, samples, map_, weights_, cv::INTER_CUBIC, cv::BORDER_REPLICATE);
+  samples.setTo(cv::Scalar::all(0), ~seen_);
+  return samples;
+}
+
 Strip Unroller::unroll(const cv::Mat1b& picture) const {
   cv::Mat1b bytes;
   cv::remap(picture, bytes, map_, weights_, cv::INTER_CUBIC, cv::BORDER_REPLICATE);

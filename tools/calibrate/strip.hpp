@@ -32,6 +32,9 @@ class Unroller {
 
   Strip unroll(const cv::Mat1b& picture) const;
 
+  // A picture's samples as they are, of any number of channels; 0 where nothing is seen.
+  cv::Mat samples(const cv::Mat& picture) const;
+
  private:
   cv::Mat map_, weights_;
   cv::Mat1b seen_;

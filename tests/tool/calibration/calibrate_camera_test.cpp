@@ -57,6 +57,28 @@ TEST(CalibrateCommand, ProfileOfAPicture) {
   }
 }
 
+TEST(CalibrateCommand, ReportOfWhatIsInTheProfile) {
+  const ScratchFolder folder;
+  write_picture(folder / "pair.png", both_circles(photographed()));
+  const Finished finished =
+      run_tool("calibrate", {folder / "pair.png", "-o", folder / "found.toml", "--report", folder / "report.html"});
+  ASSERT_EQ(finished.exit_code, 0) << finished.err;
+  EXPECT_NE(read_bytes(folder / "report.html").find("<pre>" + read_bytes(folder / "found.toml") + "</pre>"), std::string::npos);
+}
+
+TEST(CalibrateCommand, RefusedCalibrationLeavesNeitherProfileNorReport) {
+  const ScratchFolder folder;
+  write_picture(folder / "covered.png", both_circles(covered()));
+  expect_refused(
+      run_tool("calibrate", {folder / "covered.png", "-o", folder / "found.toml", "--report", folder / "report.html"}), 3,
+      folder / "report.html");
+  EXPECT_FALSE(std::filesystem::exists(folder / "found.toml"));
+  write_picture(folder / "pair.png", both_circles(photographed()));
+  expect_refused(
+      run_tool("calibrate", {folder / "pair.png", "-o", folder / "found.toml", "--report", folder / "no/report.html"}), 4,
+      folder / "found.toml");
+}
+
 TEST(CalibrateCommand, OneFileForEachLensTellsTheSame) {
   const ScratchFolder folder;
   write_picture(folder / "pair.png", both_circles(photographed()));

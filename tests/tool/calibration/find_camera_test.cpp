@@ -38,6 +38,20 @@ TEST(StitchWithoutAProfile, CirclesAloneWhereThePicturesDoNotTell) {
   EXPECT_FALSE(std::filesystem::exists(folder / "b.png"));
 }
 
+// Both lenses look at a wall without anything on it.
+TEST(StitchWithoutAProfile, CirclesThatAreFoundAreTold) {
+  const ScratchFolder folder;
+  calibrate::Pair pair = photographed();
+  for (cv::Mat1b& picture : pair.lens) {
+    picture = picture.clone();
+    for (unsigned char& value : picture) value = value > 40 ? 128 : 2;
+  }
+  write_picture(folder / "wall.png", both_circles(pair));
+  const Finished finished = run_tool("stitch", {folder / "wall.png", "-o", folder / "a.png"});
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  EXPECT_TRUE(tells(finished, "the camera is not found, its image circles are, and taken for 195 degrees: ")) << finished.err;
+}
+
 TEST(StitchWithoutAProfile, NoneAndTheCamerasOptionsForbidTheSearch) {
   const ScratchFolder folder;
   write_picture(folder / "pair.png", both_circles(photographed()));

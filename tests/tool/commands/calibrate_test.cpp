@@ -24,5 +24,14 @@ TEST(CalibrateOptions, StandardInputIsRefused) {
   EXPECT_EQ(said({"-", "-o", "b.toml"}), "biseam: calibrate: standard input can't be sought, files are wanted\n");
 }
 
+TEST(CalibrateOptions, ReportNeedsAFileOfItsOwn) {
+  EXPECT_EQ(said({"a.png", "-o", "b.toml", "--report", "./b.toml"}),
+            "biseam: --report ./b.toml: is the same file as -o b.toml\n");
+  EXPECT_EQ(said({"a.png", "-o", "b.toml", "--report", "a.png"}),
+            "biseam: --report a.png: is the same file as the input a.png\n");
+  EXPECT_EQ(said({"a.png", "-o", "b.toml", "--report", "-"}),
+            "biseam: --report: needs a file, standard output is the profile's\n");
+}
+
 }  // namespace
 }  // namespace biseam::test

@@ -60,11 +60,12 @@ export class Browser {
     this.#listeners.add(listener);
   }
 
-  async open(address) {
+  // ready: an expression that is true once the page can be used.
+  async open(address, ready = "document.documentElement.dataset.ready") {
     const { targetId } = await this.send("Target.createTarget", { url: "about:blank" });
     const { sessionId } = await this.send("Target.attachToTarget", { targetId, flatten: true });
     const page = new Page(this, sessionId, targetId);
-    await page.load(address);
+    await page.load(address, ready);
     return page;
   }
 
@@ -105,13 +106,13 @@ export class Page {
     return this.#browser.send(method, params, this.#session);
   }
 
-  async load(address) {
+  async load(address, ready) {
     for (const domain of ["Page", "Runtime", "Log", "Network"]) await this.send(`${domain}.enable`);
     await this.send("Emulation.setDeviceMetricsOverride", { ...SIZE, deviceScaleFactor: 1, mobile: false });
     const loaded = this.#loaded();
     await this.send("Page.navigate", { url: address });
     await loaded;
-    await this.until("document.documentElement.dataset.ready");
+    await this.until(ready);
   }
 
   #loaded() {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "base/unfinished.hpp"
 
@@ -40,6 +41,10 @@ class ReplacementFile {
   int descriptor_ = -1;
   bool is_standard_output_ = false;
 };
+
+inline std::span<const std::uint8_t> text_bytes(std::string_view text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
 
 // Writes path whole or not at all.  Throws Failure (output).
 void replace_file(const std::string& path, std::span<const std::uint8_t> bytes);

@@ -4,7 +4,9 @@
 
 #include "base/failure.hpp"
 #include "base/interrupt.hpp"
+#include "base/replace_file.hpp"
 #include "calibration/find_camera.hpp"
+#include "calibration/report/page.hpp"
 #include "setup/setup.hpp"
 
 namespace biseam::tool {
@@ -22,6 +24,18 @@ std::vector<RecordedPair> read_pairs(const CalibrationJob& job) {
   return read_clip_pairs(files, job.layout, job.frames);
 }
 
+// Both or none.
+void write_outputs(const CalibrationJob& job, const calibrate::Finding& finding, std::span<const RecordedPair> pairs) {
+  const std::string profile = profile_of(finding, pairs.size());
+  if (job.report.empty()) return replace_file(job.output, text_bytes(profile));
+  const std::string page = report_page(finding, pairs, job.files, profile);
+  ReplacementFile output(job.output), report(job.report);
+  report.write(text_bytes(page));
+  output.write(text_bytes(profile));
+  report.commit();
+  output.commit();
+}
+
 }  // namespace
 
 void calibrate_camera(const CalibrationJob& job) {
@@ -32,7 +46,7 @@ void calibrate_camera(const CalibrationJob& job) {
   if (!job.start.empty()) options.start = read_camera(job.start).settings;
   try {
     const calibrate::Finding finding = calibrate_pairs(pairs, options);
-    save_camera(job.output, finding, pairs.size());
+    write_outputs(job, finding, pairs);
     if (job.output != "-") std::fputs(finding.summary.c_str(), stdout);
   } catch (const calibrate::Refusal& refusal) {
     throw Failure(ExitCode::input, job.files.front() + ": " + refusal.what());

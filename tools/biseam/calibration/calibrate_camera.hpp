@@ -16,13 +16,14 @@ struct CalibrationJob {
   Layout layout = Layout::automatic;
   StreamChoice streams;
   std::string output;          // the profile
+  std::string report;          // a page that shows what was found, or empty
   std::string start;           // the profile to begin from, or empty
   calibrate::Options options;  // but for the start
   int frames = 20;             // of a clip
 };
 
-// Writes the profile and prints what is known of the camera and how well.  Throws Failure, also when the pictures don't tell;
-// then nothing is written.
+// Writes the profile and the report, and prints what is known of the camera and how well.  Throws Failure, also when the
+// pictures don't tell; then nothing is written.
 void calibrate_camera(const CalibrationJob& job);
 
 }  // namespace biseam::tool

@@ -29,9 +29,8 @@ calibrate::Finding calibrate_pairs(std::span<const RecordedPair> pairs, const ca
   return calibrate::calibrate(lumas_of(pairs), options, share);
 }
 
-void save_camera(const std::string& path, const calibrate::Finding& finding, std::size_t pairs) {
-  const std::string text = profile::write(finding.settings, "Found in " + pairs_text(pairs) + ".\n" + finding.summary);
-  replace_file(path, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+std::string profile_of(const calibrate::Finding& finding, std::size_t pairs) {
+  return profile::write(finding.settings, "Found in " + pairs_text(pairs) + ".\n" + finding.summary);
 }
 
 profile::CameraSettings find_camera(std::span<const RecordedPair> pairs, const std::string& name, const std::string& save) {
@@ -41,15 +40,18 @@ profile::CameraSettings find_camera(std::span<const RecordedPair> pairs, const s
     std::snprintf(line, sizeof line,
                   "camera found in %s: %.0f %% of the matches agree, within %.2f pixels of a panorama 3840 wide in the worst "
                   "eighth of the ring",
-                  pairs_text(pairs.size()).c_str(), 100 * finding.kept, finding.most_left);
+                  pairs_text(pairs.size()).c_str(), 100 * finding.kept, finding.worst());
     notice(line);
-    if (!save.empty()) save_camera(save, finding, pairs.size());
+    if (!save.empty()) replace_file(save, text_bytes(profile_of(finding, pairs.size())));
     return finding.settings;
   } catch (const calibrate::Refusal& refusal) {
     if (!save.empty()) throw Failure(ExitCode::input, name + ": no camera to save: " + refusal.what());
-    notice(name + ": the camera is not found, lenses of 195 degrees are assumed: " + refusal.what());
+    const profile::CameraSettings settings = calibrate::circles(lumas_of(pairs), share);
+    const std::string assumed = settings.lens[0].p ? "its image circles are, and taken for 195 degrees: "
+                                                   : "lenses of 195 degrees are assumed, with circles that fit the pictures: ";
+    notice(name + ": the camera is not found, " + assumed + refusal.what());
+    return settings;
   }
-  return calibrate::circles(lumas_of(pairs), share);
 }
 
 }  // namespace biseam::tool

@@ -13,8 +13,8 @@ inline constexpr int kUsualPairs = 20;  // of a clip
 
 calibrate::Finding calibrate_pairs(std::span<const RecordedPair> pairs, const calibrate::Options& options);
 
-// Writes the profile of what was found in so many pairs.  Throws Failure (output).
-void save_camera(const std::string& path, const calibrate::Finding& finding, std::size_t pairs);
+// The profile of what was found in so many pairs.
+std::string profile_of(const calibrate::Finding& finding, std::size_t pairs);
 
 // In place of a profile: what is found, saved under a name unless that is empty; what the circles alone tell, where the
 // pictures don't tell enough.  A notice tells which.  name: of the recording.  Throws Failure (input) when a camera that isn't

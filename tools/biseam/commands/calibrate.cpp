@@ -35,9 +35,10 @@ void calibrate(CalibrateOptions& options) {
   CalibrationJob& job = options.job;
   hold(options.fixed, job.options);
   if (!options.fixed.empty() && job.start.empty()) throw Failure(ExitCode::usage, "--fix: needs the values of --start");
+  if (job.report == "-") throw Failure(ExitCode::usage, "--report: needs a file, standard output is the profile's");
   std::vector<NamedFile> inputs = {{"--start", job.start}};
   for (const std::string& file : job.files) inputs.push_back({"the input", file});
-  check_distinct(inputs, {{"-o", job.output}});
+  check_distinct(inputs, {{"-o", job.output}, {"--report", job.report}});
   job.streams = choose_streams(options.streams, job.layout, job.files.size(), false);
   calibrate_camera(job);
 }
@@ -58,6 +59,7 @@ void add_calibrate_command(CLI::App& app) {
     return command->add_option(name, value, text)->type_name(type);
   };
   add("-o,--output", job.output, "FILE", "the profile (TOML), for stitch --camera; - is standard output")->required();
+  add("--report", job.report, "FILE", "a page (HTML) that shows what was found and how well: seams, matches, numbers");
   add("--from-frames", job.frames, "N", "pictures of a clip that are looked at, spread over it (20)")->check(in_range(1, 1000));
   add_layout_options(*command, job.layout, options->streams);
   add("--start", job.start, "FILE", "begin with a profile: its values are a guess, its mounts are taken over");

@@ -68,7 +68,7 @@ void write_clips(const SceneJob& job, Shooting& shooting) {
 
 void write_profile(const SceneJob& job, const Shooting& shooting) {
   const std::string text = profile_text(shooting.lens(0), shooting.lens(1), job.rig.baseline, job.rig.panorama_width);
-  tool::replace_file(profile_path(job), {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+  tool::replace_file(profile_path(job), tool::text_bytes(text));
   tell(profile_path(job));
 }
 

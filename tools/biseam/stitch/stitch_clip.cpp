@@ -70,7 +70,7 @@ void report(const RunReport& run, ReplacementFile* json_file) {
   notice(summary_line(run.summary, run.seconds));
   if (!json_file) return;
   const std::string json = summary_json(run);
-  json_file->write({reinterpret_cast<const std::uint8_t*>(json.data()), json.size()});
+  json_file->write(text_bytes(json));
   json_file->commit();
 }
 

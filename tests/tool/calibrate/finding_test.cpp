@@ -1,0 +1,66 @@
+#include "calibrate/finding.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "calibrate/estimate.hpp"
+#include "profile/write.hpp"
+#include "tool/calibrate/world.hpp"
+
+namespace biseam::calibrate {
+namespace {
+
+constexpr int kSide = 480;
+
+Finding find(double baseline, double ground) {
+  Camera camera = some_camera(kSide);
+  camera.baseline = baseline;
+  return finding_of(estimate({photograph(camera, ground)}, std::nullopt, in_turn));
+}
+
+bool tells(const Finding& finding, const char* what) { return finding.summary.find(what) != std::string::npos; }
+
+TEST(Finding, BaselineShowsOverANearGround) {
+  constexpr double kShare = 0.05 / 0.8;
+  const Finding finding = find(0.05, 0.8);
+  ASSERT_TRUE(finding.baseline);
+  EXPECT_NEAR(finding.baseline->share, kShare, std::max(0.15 * kShare, 4 * finding.baseline->deviation));
+  EXPECT_TRUE(tells(finding, "baseline: 0.0")) << finding.summary;
+}
+
+TEST(Finding, FarThingsShowNoBaseline) {
+  const Finding finding = find(0.05, 1e9);
+  EXPECT_FALSE(finding.baseline);
+  EXPECT_TRUE(tells(finding, "baseline: none shows")) << finding.summary;
+}
+
+// What the eighths tell belongs to the matches that are handed out, and to the settings.
+TEST(Finding, MatchesAreWhatTheNumbersTell) {
+  const Finding finding = find(0, 1e9);
+  const auto kept = std::count_if(finding.matches.begin(), finding.matches.end(), [](const auto& match) { return match.kept; });
+  EXPECT_NEAR(double(kept) / double(finding.matches.size()), finding.kept, 0.05);
+  double square = 0;
+  for (const ExplainedMatch& match : finding.matches) {
+    if (match.kept) square += match.around * match.around;
+    EXPECT_EQ(match.match.pair, 0);
+  }
+  double left = 0;
+  for (const double octant : finding.left) left += octant * octant / kOctants;
+  EXPECT_LT(std::sqrt(square / double(kept)) * kPixelsPerRadian, 1.5 * std::sqrt(left));
+  EXPECT_EQ(finding.worst(), *std::max_element(finding.left.begin(), finding.left.end()));
+  for (int k = 0; k < 2; ++k) {
+    EXPECT_NEAR(*finding.settings.lens[k].cx, finding.camera.lens[k].cx, 5.01e-4);
+    EXPECT_NEAR(*finding.settings.lens[k].p, finding.camera.lens[k].p, 5.01e-4);
+    EXPECT_EQ(finding.start.lens[k].mount, finding.camera.lens[k].mount);
+  }
+  EXPECT_GT(seam_error(finding.camera, finding.start), 3);
+}
+
+TEST(Finding, RoundsToDecimals) {
+  EXPECT_EQ(rounded(1.23456, 3), 1.235);
+  EXPECT_EQ(rounded(-1.23456, 0), -1);
+}
+
+}  // namespace
+}  // namespace biseam::calibrate

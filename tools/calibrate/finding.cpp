@@ -1,0 +1,171 @@
+#include "calibrate/finding.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "calibrate/estimate.hpp"
+
+namespace biseam::calibrate {
+namespace {
+
+profile::CameraSettings settings_of(const Camera& camera) {
+  profile::CameraSettings settings;
+  settings.picture = profile::Size{camera.lens[0].width, camera.lens[0].height};
+  for (int k = 0; k < 2; ++k) {
+    const Lens& lens = camera.lens[k];
+    profile::LensSettings& to = settings.lens[k];
+    to.cx = rounded(lens.cx, 3);
+    to.cy = rounded(lens.cy, 3);
+    to.p = rounded(lens.p, 3);
+    to.k = {rounded(lens.k[0], 7), rounded(lens.k[1], 7), rounded(lens.k[2], 7)};
+    to.fov = rounded(lens.fov, 2);
+    to.mount = lens.mount;
+  }
+  settings.lens[1].yaw = rounded(camera.lens[1].turn.yaw, 4);
+  settings.lens[1].pitch = rounded(camera.lens[1].turn.pitch, 4);
+  settings.lens[1].roll = rounded(camera.lens[1].turn.roll, 4);
+  return settings;
+}
+
+template <class... Numbers>
+std::string line(const char* format, Numbers... numbers) {
+  char text[256];
+  std::snprintf(text, sizeof text, format, numbers...);
+  return text;
+}
+
+// Root mean square, along the ring, of what is far or on a ground; along both where it is far.
+Octants octants_of(const Solution& solution) {
+  Octants square{}, count{};
+  for (std::size_t i = 0; i < solution.remainders.size(); ++i) {
+    const Remainder& remainder = solution.remainders[i];
+    const auto octant = std::size_t(std::clamp(int((remainder.at.t + kPi) / (2 * kPi) * kOctants), 0, kOctants - 1));
+    const Share& share = solution.shares[i];
+    square[octant] += share.good() * remainder.off.t * remainder.off.t + share.far * remainder.off.b * remainder.off.b;
+    count[octant] += share.good() + share.far;
+  }
+  Octants left;
+  for (std::size_t i = 0; i < kOctants; ++i) left[i] = count[i] < 1 ? -1 : std::sqrt(square[i] / count[i]);
+  return left;
+}
+
+std::string text_of(const Octants& octants) {
+  std::string text = "pixels that are left in each eighth of the ring:";
+  for (const double left : octants) text += left < 0 ? " -" : line(" %.2f", left);
+  return text + "\n";
+}
+
+// The parts that are explained by nearness are far from 0 only on the positive side.
+std::vector<ExplainedMatch> matches_of(const Estimate& found) {
+  const Solution& solution = found.solution;
+  const double scale = across_scale(found.camera) * kPixelsPerRadian;
+  std::vector<ExplainedMatch> matches;
+  matches.reserve(found.matches.size());
+  for (std::size_t i = 0; i < found.matches.size(); ++i) {
+    const Remainder& remainder = solution.remainders[i];
+    const Share& share = solution.shares[i];
+    const double parallax = parallax_of(solution.grounds[std::size_t(found.matches[i].pair)], remainder.at);
+    double across = remainder.off.b;
+    if (share.near > std::max(share.far, share.ground)) {
+      across = std::min(across, 0.0);
+    } else if (share.ground > share.far) {
+      across -= parallax;
+    }
+    matches.push_back({found.matches[i], remainder.at, remainder.off.t / kPixelsPerRadian, across / scale, share.good() > 0.5});
+  }
+  return matches;
+}
+
+// Grounds as one column, their direction given: the mean of their parallaxes there, each counting as much as it is known.
+struct Mean {
+  double value, deviation;
+};
+Mean mean_along(const Vec3& direction, const std::vector<Ground>& grounds, const cv::Mat1d& covariance) {
+  const int pairs = int(grounds.size());
+  const double d[3] = {direction.x, direction.y, direction.z};
+  cv::Mat1d along(pairs, 3 * pairs, 0.0);
+  for (int i = 0; i < pairs; ++i) {
+    for (int j = 0; j < 3; ++j) along(i, 3 * i + j) = d[j];
+  }
+  const cv::Mat1d spread = along * covariance * along.t();
+  cv::Mat1d weights(1, pairs);
+  double sum = 0;
+  for (int i = 0; i < pairs; ++i) sum += weights(0, i) = 1 / spread(i, i);
+  Mean mean{0, 0};
+  for (int i = 0; i < pairs; ++i) {
+    weights(0, i) /= sum;
+    const Ground& ground = grounds[std::size_t(i)];
+    mean.value += weights(0, i) * (d[0] * ground.x + d[1] * ground.y + d[2] * ground.z);
+  }
+  mean.deviation = std::sqrt(cv::Mat1d(weights * spread * weights.t())(0, 0));
+  return mean;
+}
+
+// What nearness displaces grows from nothing, so that noise alone gives some ground in some direction.
+std::optional<Baseline> baseline_of(const Estimate& found) {
+  constexpr double kClear = 5;             // standard deviations
+  constexpr double kLeastParallax = 0.25;  // pixels
+  const std::vector<Ground>& grounds = found.solution.grounds;
+  const int size = 3 * int(grounds.size());
+  const cv::Mat1d covariance = found.solution.covariance(cv::Rect(kParameters, kParameters, size, size));
+  Vec3 sum{0, 0, 0};
+  for (const Ground& ground : grounds) sum = {sum.x + ground.x, sum.y + ground.y, sum.z + ground.z};
+  const double length = std::sqrt(sum.x * sum.x + sum.y * sum.y + sum.z * sum.z);
+  if (!(length > 0)) return std::nullopt;
+  const Mean mean = mean_along({sum.x / length, sum.y / length, sum.z / length}, grounds, covariance);
+  if (!(mean.value > std::max(kLeastParallax, kClear * mean.deviation))) return std::nullopt;
+  const double scale = across_scale(found.camera) * kPixelsPerRadian;
+  return Baseline{mean.value / scale, mean.deviation / scale};
+}
+
+std::string text_of(const std::optional<Baseline>& baseline) {
+  if (!baseline) return "baseline: none shows\n";
+  constexpr double kUsualHeight = 1500;  // millimetres
+  return line("baseline: %.4f +-%.4f of the distance of the ground or wall, %.0f mm if that is 1.5 m away\n", baseline->share,
+              baseline->deviation, kUsualHeight * baseline->share);
+}
+
+std::string summary_of(const Finding& finding) {
+  const Values& off = finding.deviations;
+  std::string text;
+  for (int k = 0; k < 2; ++k) {
+    const Lens& lens = finding.camera.lens[k];
+    const std::size_t x = k == 0 ? kCx0 : kCx1, y = k == 0 ? kCy0 : kCy1;
+    text += line("lens %d: centre %.1f +-%.1f, %.1f +-%.1f, p %.1f +-%.1f, k %.4f +-%.4f %.4f +-%.4f, mount %d\n", k, lens.cx,
+                 off[x], lens.cy, off[y], lens.p, lens.p * off[kScale], lens.k[0], off[kK1], lens.k[1], off[kK2], lens.mount);
+  }
+  const Turn& turn = finding.camera.lens[1].turn;
+  text += line("lens 1: yaw %.2f +-%.2f, pitch %.2f +-%.2f, roll %.2f +-%.2f\n", turn.yaw, off[kYaw], turn.pitch, off[kPitch],
+               turn.roll, off[kRoll]);
+  text += text_of(finding.baseline);
+  text += line("%zu matches, %.0f %% of them kept\n", finding.matches.size(), 100 * finding.kept);
+  return text + text_of(finding.left);
+}
+
+}  // namespace
+
+double rounded(double value, int digits) {
+  const double units = std::pow(10, digits);
+  return std::round(value * units) / units;
+}
+
+double ExplainedMatch::pixels() const { return std::hypot(around, across) * kPixelsPerRadian; }
+
+double Finding::worst() const { return *std::max_element(left.begin(), left.end()); }
+
+Finding finding_of(const Estimate& found) {
+  Finding finding{settings_of(found.camera),
+                  found.start,
+                  found.camera,
+                  found.deviations,
+                  octants_of(found.solution),
+                  found.kept,
+                  baseline_of(found),
+                  matches_of(found),
+                  ""};
+  finding.summary = summary_of(finding);
+  return finding;
+}
+
+}  // namespace biseam::calibrate
