@@ -119,7 +119,9 @@ typedef enum BiseamQuality {
 
 typedef enum BiseamSeam {
   BISEAM_SEAM_SEARCH = 0, /* where the lenses differ least, in every frame */
-  BISEAM_SEAM_MIDDLE      /* half way between the lenses */
+  BISEAM_SEAM_MIDDLE,     /* half way between the lenses */
+  BISEAM_SEAM_STEADY      /* where they have differed least in the last frames, since the last cut; goes to another place over
+                             some frames */
 } BiseamSeam;
 
 /* Which code is black, for the light of the lenses; the panorama's range is that of the pictures. */

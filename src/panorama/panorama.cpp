@@ -57,7 +57,7 @@ int32_t check_options(const BiseamPanoramaOptions& options, BiseamError* error) 
   if (const int32_t code = check_range(error, "format", options.format, BISEAM_NV12, BISEAM_GBRP12)) return code;
   if (const int32_t code = check_range(error, "quality", options.quality, BISEAM_QUALITY_FAST, BISEAM_QUALITY_BEST))
     return code;
-  if (const int32_t code = check_range(error, "seam", options.seam, BISEAM_SEAM_SEARCH, BISEAM_SEAM_MIDDLE)) return code;
+  if (const int32_t code = check_range(error, "seam", options.seam, BISEAM_SEAM_SEARCH, BISEAM_SEAM_STEADY)) return code;
   if (const int32_t code = check_range(error, "threads", options.threads, 0, biseam::ring::kMostThreads)) return code;
   if (const int32_t code = check_range(error, "range", options.range, BISEAM_RANGE_USUAL, BISEAM_RANGE_FULL)) return code;
   if (const int32_t code = check_range(error, "light", options.light, BISEAM_LIGHT_OFF, BISEAM_LIGHT_MATCH)) return code;
@@ -114,8 +114,9 @@ biseam::ring::EngineConfig engine_config(const biseam::Camera& camera, const Bis
           .full_range =
               options.range == BISEAM_RANGE_FULL || (options.range == BISEAM_RANGE_USUAL && is_usually_full(options.format)),
           .quality = static_cast<biseam::ring::Quality>(options.quality),
-          .seam = static_cast<biseam::ring::SeamMode>(options.seam),
+          .seam = options.seam == BISEAM_SEAM_MIDDLE ? biseam::ring::SeamMode::middle : biseam::ring::SeamMode::search,
           .threads = options.threads == 0 ? processors() : options.threads,
+          .steady_seam = options.seam == BISEAM_SEAM_STEADY,
           .match_light = options.light == BISEAM_LIGHT_MATCH,
           .transfer = static_cast<biseam::ring::Transfer>(options.transfer),
           .rate = options.rate};

@@ -23,9 +23,6 @@ constexpr size_t kAlignment = 64;
 
 constexpr size_t aligned(size_t bytes) noexcept { return (bytes + kAlignment - 1) / kAlignment * kAlignment; }
 
-// How much a seam is to keep to where it was, and to the middle, where nothing speaks for another place.
-constexpr SeamPull kPull{0, 4};
-
 Light light_of(const EngineConfig& config, int lens) noexcept {
   PictureFormat format;
   describe_format(config.format, 0, format);
@@ -57,11 +54,15 @@ class Engine {
   void read_seam(double* seam) const noexcept;
   size_t bytes() const noexcept { return sizeof(Engine) + block_bytes_; }
   StateParts state() noexcept {
-    if (match_ == nullptr) return {ring_.strip, nullptr, nullptr};
-    return {ring_.strip, &scene_, &match_->memory};
+    return {.strip = ring_.strip,
+            .seam_margin = strip_plan_.edge(),
+            .scene = goes_on() ? &scene_ : nullptr,
+            .light = match_ != nullptr ? &match_->memory : nullptr,
+            .seams = config_.steady_seam ? &seam_memory_ : nullptr};
   }
 
  private:
+  bool goes_on() const noexcept { return match_ != nullptr || config_.steady_seam; }
   void plan_strip(const PictureFormat& format) noexcept;
   void look(const Turn& turn) noexcept;
   void describe_planes(const PicturePlanes fisheyes[2], const PicturePlanes& panorama) noexcept;
@@ -95,6 +96,7 @@ class Engine {
   PaintMemory* memories_;
   LightMatch* match_ = nullptr;  // null: light isn't matched
   MatchNodes match_nodes_;
+  SeamMemory seam_memory_;  // of steady seams
   SceneWatch scene_{};
 
   // What the mesh, the blocks and the strips' plan were made for.
@@ -171,6 +173,10 @@ bool Engine::take_memory() noexcept {
     char* const mesh = pieces.take(mesh_bytes(mesh_shape_));
     blocks_ = reinterpret_cast<BlockPlan*>(pieces.take(static_cast<size_t>(block_count_) * sizeof(BlockPlan)));
     memories_ = reinterpret_cast<PaintMemory*>(pieces.take(static_cast<size_t>(config_.threads) * sizeof(PaintMemory)));
+    if (config_.steady_seam) {
+      char* const seams = pieces.take(seam_memory_bytes(ring_.strip));
+      if (pieces.block != nullptr) seam_memory_ = lay_out_seam_memory(ring_.strip, seams);
+    }
     if (config_.match_light) {
       match_ = reinterpret_cast<LightMatch*>(pieces.take(sizeof(LightMatch)));
       char* const nodes = pieces.take(match_node_bytes(mesh_shape_));
@@ -251,7 +257,7 @@ void Engine::describe_strips(const PicturePlanes fisheyes[2]) noexcept {
              .format = {format.bits, format.shift},
              .lights = lights_,
              .match = match_,
-             .seam = {config_.seam, kPull, nullptr}};
+             .seam = {config_.seam, config_.steady_seam ? &seam_memory_ : nullptr}};
   for (int lens = 0; lens < 2; ++lens) {
     for (int c = 0; c < strip_plan_.config.planes; ++c) {
       const Channel channel = find_channel(format, c);
@@ -276,7 +282,9 @@ void Engine::fill_match_row(void* engine, int part, int) noexcept {
 
 // What goes on from frame to frame ends at a cut.
 void Engine::watch_scene() noexcept {
-  if (scene_.changes(strip_views_.strips, ring_.strip)) forget(match_->memory);
+  if (!scene_.changes(strip_views_.strips, ring_.strip)) return;
+  if (match_ != nullptr) forget(match_->memory);
+  if (config_.steady_seam) forget(seam_memory_);
 }
 
 // Before the strips are compared, and before anything is painted.
@@ -308,10 +316,8 @@ void Engine::run_ring_block(void* engine, int part, int thread) noexcept {
 
 void Engine::run_strips_and_lens_blocks() noexcept {
   for (const StripStep step : {StripStep::reduce, StripStep::unroll, StripStep::compare}) {
-    if (step == StripStep::compare && match_ != nullptr) {
-      watch_scene();
-      match_light();
-    }
+    if (step == StripStep::compare && goes_on()) watch_scene();
+    if (step == StripStep::compare && match_ != nullptr) match_light();
     step_ = step;
     pool_.run(run_strip_part, this, strip_parts(strip_plan_, step));
   }

@@ -19,7 +19,8 @@ struct EngineConfig {
   bool full_range;    // black is 0
   Quality quality;
   SeamMode seam;
-  int threads;  // 1 .. kMostThreads
+  int threads;               // 1 .. kMostThreads
+  bool steady_seam = false;  // where it is searched
   bool match_light = false;
   Transfer transfer = Transfer::usual;
   double rate = 30;  // frames a second, for what is smooth in time

@@ -12,12 +12,12 @@ struct StateHead {
   static constexpr uint32_t kVersion = 2;
   uint32_t size, version;
   StripShape strip;
-  int32_t light_span;
+  int32_t light_span, has_seams;
 };
 
 StateHead head_of(const StateParts& parts) noexcept {
   return {static_cast<uint32_t>(state_bytes(parts)), StateHead::kVersion, parts.strip,
-          parts.light != nullptr ? parts.light->span : 0};
+          parts.light != nullptr ? parts.light->span : 0, parts.seams != nullptr ? 1 : 0};
 }
 
 template <class Part>
@@ -51,20 +51,27 @@ bool is_valid_state(const StateParts& parts, const char* from) noexcept {
   const StateHead wanted = head_of(parts);
   if (std::memcmp(from, &wanted, sizeof wanted) != 0) return false;
   from += sizeof wanted;
-  return is_valid_part(from, parts.scene) && is_valid_part(from, parts.light, wanted.light_span);
+  return is_valid_part(from, parts.scene) && is_valid_part(from, parts.light, wanted.light_span) &&
+         (parts.seams == nullptr || are_valid_seams(*parts.seams, parts.seam_margin, from));
 }
 
 }  // namespace
 
-int history(const StateParts& parts) noexcept { return parts.light != nullptr ? parts.light->span : 0; }
+int history(const StateParts& parts) noexcept {
+  const int light = parts.light != nullptr ? parts.light->span : 0;
+  const int seams = parts.seams != nullptr ? SeamMemory::kHistory : 0;
+  return light + seams;  // seams were searched in matched light
+}
 
 void forget(const StateParts& parts) noexcept {
   if (parts.scene != nullptr) forget(*parts.scene);
   if (parts.light != nullptr) forget(*parts.light);
+  if (parts.seams != nullptr) forget(*parts.seams);
 }
 
 size_t state_bytes(const StateParts& parts) noexcept {
-  return sizeof(StateHead) + bytes_of(parts.scene) + bytes_of(parts.light);
+  return sizeof(StateHead) + bytes_of(parts.scene) + bytes_of(parts.light) +
+         (parts.seams != nullptr ? parts.seams->kept_bytes() : 0);
 }
 
 void save_state(const StateParts& parts, void* state) noexcept {
@@ -73,6 +80,7 @@ void save_state(const StateParts& parts, void* state) noexcept {
   put(to, &head);
   put(to, parts.scene);
   put(to, parts.light);
+  if (parts.seams != nullptr) std::memcpy(to, parts.seams->count, parts.seams->kept_bytes());
 }
 
 bool load_state(const StateParts& parts, const void* state) noexcept {
@@ -81,6 +89,7 @@ bool load_state(const StateParts& parts, const void* state) noexcept {
   from += sizeof(StateHead);
   take(from, parts.scene);
   take(from, parts.light);
+  if (parts.seams != nullptr) go_on(*parts.seams, from);
   return true;
 }
 

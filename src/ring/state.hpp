@@ -5,15 +5,17 @@
 
 #include "ring/light/matching.hpp"
 #include "ring/light/scene_cut.hpp"
-#include "ring/strip/shape.hpp"
+#include "ring/strip/seam_memory.hpp"
 
 namespace biseam::ring {
 
 // Where an engine keeps it; null: it has nothing of the kind.
 struct StateParts {
   StripShape strip;
+  int seam_margin;  // rows
   SceneWatch* scene;
   LightMemory* light;
+  SeamMemory* seams;
 };
 
 // How many past frames have a say, at most.

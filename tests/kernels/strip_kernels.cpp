@@ -70,11 +70,10 @@ void call_seam_cost(KernelCall& call, SeamCostRow* fill) {
   const int width = std::max(1, call.size());
   const int16_t* rows[5];
   for (const int16_t*& row : rows) row = call.input<int16_t>(static_cast<std::size_t>(width), -kMaxFine, kMaxFine);
-  const SeamPull pull{call.number(0, 200), call.number(0, 200)};
-  const int last = call.number(0, width - 1);
+  const int pull = call.number(0, 200);
   uint16_t* cost = call.output<uint16_t>(static_cast<std::size_t>(width));
   const DifferenceRows differences{rows[0], rows[1], rows[2], {colour ? rows[3] : nullptr, colour ? rows[4] : nullptr}};
-  call.run([&] { fill(differences, pull, last, cost, width); });
+  call.run([&] { fill(differences, pull, cost, width); });
 }
 
 // Sizes are the width between limits that lean.

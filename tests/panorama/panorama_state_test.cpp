@@ -61,14 +61,14 @@ TEST_F(PanoramaState, OfOtherEnginesIsRefusedAndChangesNothing) {
   const std::string wanted = std::to_string(good.size());
   refuse(good, good.size() - 1, "state has " + std::to_string(good.size() - 1) + " bytes: must be " + wanted);
   refuse(good, 0, "state has 0 bytes: must be " + wanted);
-  for (const std::size_t at : {0, 4, 8, 12, 16}) {  // size, version, the strip's shape, the span
+  for (const std::size_t at : {0, 4, 8, 12, 16, 20}) {  // size, version, the strip's shape, the span, whether seams are steady
     std::vector<char> bad = good;
     bad[at] = static_cast<char>(bad[at] ^ 1);
     refuse(bad, bad.size(), "state is of another version, camera or choice of options");
   }
   const std::vector<char> wild(good.size(), '\x7f');
   std::vector<char> headed = wild;
-  std::memcpy(headed.data(), good.data(), 20);
+  std::memcpy(headed.data(), good.data(), 24);
   refuse(headed, headed.size(), "state is of another version, camera or choice of options");
   BiseamError error;
   EXPECT_EQ(biseam_panorama_load(panorama.get(), nullptr, good.size(), &error), BISEAM_INVALID_OPTIONS);
@@ -87,12 +87,14 @@ TEST_F(PanoramaState, OfNoHandleIsNothing) {
   EXPECT_EQ(byte, 'x');
 }
 
-TEST_F(PanoramaState, ReachesBackHalfASecond) {
+TEST_F(PanoramaState, ReachesBackAboutHalfASecond) {
   EXPECT_EQ(open().history(), 15);
   door_.options.rate = 24;
   EXPECT_EQ(open().history(), 12);
   door_.options.light = BISEAM_LIGHT_OFF;
   EXPECT_EQ(open().history(), 0);
+  door_.options.seam = BISEAM_SEAM_STEADY;
+  EXPECT_EQ(open().history(), 14);
 }
 
 }  // namespace

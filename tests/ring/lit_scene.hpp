@@ -17,12 +17,18 @@ namespace biseam::test {
 
 using Rgb = std::array<double, 3>;  // linear light, 0 .. 1
 
+// Grey light of a lens's own: across the ring from low to high (towards lens 1), round it within a half of t = 0; radians.
+struct Patch {
+  double low = 0, high = 0, around = 0, light = 0;
+};
+
 // What one lens does to the light.
 struct LensLight {
   double exposure = 0;  // EV
   Rgb balance = {1, 1, 1};
   double vignette = 0;             // share lost at 100 degrees from the axis
   double flare = 0, flare_at = 0;  // share of white added round this angle of the ring, radians
+  Patch patch;
 };
 
 // 500 K between 5500 and 5000 K, as ratios of linear light.
@@ -54,6 +60,8 @@ inline double recorded_by_bt709(double light) { return light < 0.018 ? 4.5 * lig
 
 // Light that falls into a lens at an angle (radians) from its axis, round the ring at t.
 inline Rgb lens_light(const LensLight& lens, Rgb light, double angle, double t) {
+  const double across = kPi / 2 - angle;  // of lens 1
+  if (across >= lens.patch.low && across < lens.patch.high && std::abs(t) < lens.patch.around) light.fill(lens.patch.light);
   const double rim = angle / (100 * kDegree), falloff = 1 - lens.vignette * rim * rim;
   const double apart = std::remainder(t - lens.flare_at, 2 * kPi);
   for (std::size_t c = 0; c < 3; ++c) {

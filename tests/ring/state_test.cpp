@@ -10,13 +10,18 @@ namespace {
 
 using namespace ring;
 
-// What an engine that matches light has, with something in it.
+constexpr StripShape kShape{48, 9};
+
+// What an engine has that matches light and keeps its seams steady, with something in it.
 struct Own {
   SceneWatch scene{};
   LightMemory light{};
+  std::vector<char> block = std::vector<char>(seam_memory_bytes(kShape) + 64);
+  SeamMemory seams =
+      lay_out_seam_memory(kShape, block.data() + (64 - reinterpret_cast<std::uintptr_t>(block.data()) % 64) % 64);
 
   explicit Own(int span = 4) { light.span = span; }
-  StateParts parts() { return {{960, 56}, &scene, &light}; }
+  StateParts parts() { return {kShape, 2, &scene, &light, &seams}; }
   void fill(int seed) {
     scene.any = 1;
     for (RingImage& image : scene.last) {
@@ -30,6 +35,8 @@ struct Own {
         sector.slope_xx = seed;
       }
       remember(light, frame);
+      remember_costs(seams, std::vector<uint16_t>(48 * 9, static_cast<uint16_t>(seed % 900)).data());
+      remember_path(seams, std::vector<int16_t>(48, static_cast<int16_t>(2 + seed % 5)).data());
     }
   }
   std::vector<char> saved() {
@@ -58,7 +65,7 @@ TEST(State, ComesBackAsItWasSaved) {
 }
 
 TEST(State, OfNothingIsItsHeadAlone) {
-  const StateParts parts{{960, 56}, nullptr, nullptr};
+  const StateParts parts{kShape, 2, nullptr, nullptr, nullptr};
   std::vector<char> state(state_bytes(parts));
   EXPECT_LT(state.size(), 64u);
   save_state(parts, state.data());
@@ -69,12 +76,13 @@ TEST(State, OfNothingIsItsHeadAlone) {
 
 TEST(State, IsForgottenAltogether) {
   Own own;
-  EXPECT_EQ(history(own.parts()), 4);
+  EXPECT_EQ(history(own.parts()), 4 + SeamMemory::kHistory);
   own.fill(1);
   forget(own.parts());
   EXPECT_EQ(own.scene.any, 0);
   EXPECT_EQ(own.light.filled, 0);
-  EXPECT_EQ(history(own.parts()), 4);
+  EXPECT_EQ(own.seams.count->filled, 0);
+  EXPECT_EQ(history(own.parts()), 4 + SeamMemory::kHistory);
 }
 
 TEST(State, OfOthersIsRefusedAndChangesNothing) {
@@ -85,9 +93,16 @@ TEST(State, OfOthersIsRefusedAndChangesNothing) {
   ASSERT_EQ(others.size(), before.size());
   EXPECT_FALSE(load_state(own.parts(), others.data())) << "another span";
   StateParts parts = other.parts();
-  parts.strip.width = 54;
+  parts.strip.width = 7;
   EXPECT_FALSE(load_state(parts, others.data())) << "another strip";
   EXPECT_EQ(own.saved(), before);
+  for (const bool light : {false, true}) {
+    StateParts some = other.parts();
+    light ? void(some.seams = nullptr) : void(some.light = nullptr);
+    EXPECT_LT(state_bytes(some), others.size());
+    EXPECT_EQ(history(some), light ? 5 : SeamMemory::kHistory);
+    EXPECT_FALSE(load_state(some, others.data())) << "other parts";
+  }
 }
 
 TEST(State, ThatNoEngineSavedIsRefusedAndChangesNothing) {
@@ -109,6 +124,7 @@ TEST(State, ThatNoEngineSavedIsRefusedAndChangesNothing) {
   refuse("the next beyond the last", [](Own& o) { o.light.next = 4; });
   refuse("samples below none", [](Own& o) { o.light.frames[2].sectors[kSectors - 1].count = -1; });
   refuse("light beyond measure", [](Own& o) { o.light.frames[0].sectors[0].logs[2] = 3 * kLogOne; });
+  refuse("a seam at the edge", [](Own& o) { o.seams.paths[1][7] = 1; });
   refuse("a negative square", [](Own& o) { o.light.frames[1].sectors[3].slope_xx = -1; });
 }
 

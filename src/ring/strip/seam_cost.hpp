@@ -6,12 +6,8 @@
 
 namespace biseam::ring {
 
-// How much a seam through a strip sample is disliked for where it is, in units of the difference it hides (1/64 code of 8 bits)
-// per sample of distance.
-struct SeamPull {
-  int hold;    // from the last path; 0 for none, at most kMaxPull
-  int middle;  // from the middle, at most kMaxPull
-};
+// How much a seam may be drawn to the strip's middle, at most: in units of the difference it hides (1/64 code of 8 bits) per
+// sample of distance.
 inline constexpr int kMaxPull = 1 << 16;
 
 // Differences of the lenses (lens 1 minus lens 0) round row t.
@@ -21,8 +17,8 @@ struct DifferenceRows {
 };
 
 // cost[b]: half of the luma difference, a quarter of each chroma difference and of the difference of either luma gradient (over
-// two samples, repeated at the strip's edges), plus the pulls; at most 65535.  last: the last path's row.
-using SeamCostRow = void(const DifferenceRows& rows, SeamPull pull, int last, uint16_t* cost, int width) noexcept;
+// two samples, repeated at the strip's edges), plus the pull to the middle; at most 65535.
+using SeamCostRow = void(const DifferenceRows& rows, int pull, uint16_t* cost, int width) noexcept;
 
 extern constinit const Variants<SeamCostRow> kSeamCostRow;
 

@@ -1,5 +1,6 @@
 #include "ring/strip/strips.hpp"
 
+#include "ring/strip/seam_cost.hpp"
 #include "ring/strip/seam_path.hpp"
 #include "ring/strip/unroll_rows.hpp"
 
@@ -8,6 +9,7 @@ namespace biseam::ring {
 namespace {
 
 constexpr int kUnrolledRows = 16;  // t of a part
+constexpr int kPull = 4;           // of a seam that is searched in one frame alone
 
 void reduce(const StripFrame& frame, int part) {
   const StripPlan& plan = *frame.plan;
@@ -95,20 +97,17 @@ void compare(const StripFrame& frame, int part) {
   }
 }
 
-void fill_cost(const StripFrame& frame) {
+void fill_cost(const StripFrame& frame, int pull) {
   const StripViews& views = *frame.views;
   const StripShape shape = frame.plan->config.shape;
   const bool colour = frame.plan->config.planes == 3;
-  const int32_t* last = frame.seam.last_path;
-  const SeamPull pull{last != nullptr ? frame.seam.pull.hold : 0, frame.seam.pull.middle};
   const auto row_of = [&](int plane, int t) {
     return views.difference[plane] + ptrdiff_t{(t + shape.length) % shape.length} * shape.width;
   };
   for (int t = 0; t < shape.length; ++t) {
     const DifferenceRows rows{
         row_of(0, t - 1), row_of(0, t), row_of(0, t + 1), {colour ? row_of(1, t) : nullptr, colour ? row_of(2, t) : nullptr}};
-    kSeamCostRow.best()(rows, pull, last != nullptr ? (last[t] + 32768) >> 16 : 0, views.cost + ptrdiff_t{t} * shape.width,
-                        shape.width);
+    kSeamCostRow.best()(rows, pull, views.cost + ptrdiff_t{t} * shape.width, shape.width);
   }
 }
 
@@ -116,9 +115,19 @@ void find_path(const StripFrame& frame) {
   const StripViews& views = *frame.views;
   const StripShape shape = frame.plan->config.shape;
   if (frame.seam.mode == SeamMode::search) {
-    fill_cost(frame);
+    SeamMemory* const memory = frame.seam.memory;
+    fill_cost(frame, memory != nullptr ? 0 : kPull);
+    if (memory != nullptr) {
+      remember_costs(*memory, views.cost);
+      fill_lasting_cost(*memory, views.cost);
+    }
     find_seam(shape, views.cost, frame.plan->edge(), views.search, views.rows);
-    for (int t = 0; t < shape.length; ++t) views.path[t] = int32_t{views.rows[t]} << 16;
+    if (memory != nullptr) {
+      remember_path(*memory, views.rows);
+      mean_path(*memory, views.path);
+    } else {
+      for (int t = 0; t < shape.length; ++t) views.path[t] = int32_t{views.rows[t]} << 16;
+    }
   } else if (frame.seam.mode == SeamMode::middle) {
     for (int t = 0; t < shape.length; ++t) views.path[t] = (shape.width - 1) << 15;
   }

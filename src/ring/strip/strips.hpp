@@ -5,7 +5,7 @@
 #include "ring/light.hpp"
 #include "ring/light/match.hpp"
 #include "ring/strip/picture.hpp"
-#include "ring/strip/seam_cost.hpp"
+#include "ring/strip/seam_memory.hpp"
 #include "ring/strip/strip_memory.hpp"
 
 namespace biseam::ring {
@@ -18,8 +18,7 @@ enum class SeamMode {
 
 struct SeamSettings {
   SeamMode mode;
-  SeamPull pull;
-  const int32_t* last_path;  // length rows, Q16, null for none; may be the views' own path
+  SeamMemory* memory;  // of the frames before, which a search adds to; null: every frame is searched alone
 };
 
 // A frame's strips: what they are made from and where they go.  Nothing is owned.

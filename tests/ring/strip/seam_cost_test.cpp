@@ -14,7 +14,7 @@ namespace biseam::test {
 
 using namespace biseam::ring;
 
-TEST(SeamCost, AddsDifferencesAndPulls) {
+TEST(SeamCost, AddsDifferencesAndAPull) {
   RandomSource random;
   for (int round = 0; round < 2000; ++round) {
     const int width = random.between(1, 90), greatest = random.between(0, 2) == 0 ? kMaxFine : 3000;
@@ -25,14 +25,13 @@ TEST(SeamCost, AddsDifferencesAndPulls) {
                                                                      : greatest * (1 - 2 * random.between(0, 1))));
     }
     const bool colour = random.between(0, 1) != 0;
-    const SeamPull pull{random.between(0, 1) * random.between(0, 300), random.between(0, 1) * random.between(0, 300)};
-    const int last = random.between(0, width - 1);
+    const int pull = random.between(0, 1) * random.between(0, 300);
     GuardedBlock<uint16_t> cost(static_cast<size_t>(width));
     kSeamCostRow.best()({rows[0].data(),
                          rows[1].data(),
                          rows[2].data(),
                          {colour ? rows[3].data() : nullptr, colour ? rows[4].data() : nullptr}},
-                        pull, last, cost.data(), width);
+                        pull, cost.data(), width);
     for (int b = 0; b < width; ++b) {
       const auto at = [&](int row, int i) {
         return double{static_cast<double>(rows[row][static_cast<size_t>(std::clamp(i, 0, width - 1))])};
@@ -40,8 +39,8 @@ TEST(SeamCost, AddsDifferencesAndPulls) {
       double differences =
           std::abs(at(1, b)) / 2 + std::abs(at(2, b) - at(0, b)) / 4 + std::abs(at(1, b + 1) - at(1, b - 1)) / 4;
       if (colour) differences += (std::abs(at(3, b)) + std::abs(at(4, b))) / 4;
-      const double pulls = pull.hold * std::abs(b - last) + std::floor(pull.middle * std::abs(b - (width - 1) / 2.0));
-      ASSERT_EQ(std::min(65535.0, std::floor(differences) + pulls), cost[static_cast<size_t>(b)]) << b << " of " << width;
+      const double pulled = std::floor(pull * std::abs(b - (width - 1) / 2.0));
+      ASSERT_EQ(std::min(65535.0, std::floor(differences) + pulled), cost[static_cast<size_t>(b)]) << b << " of " << width;
     }
   }
 }

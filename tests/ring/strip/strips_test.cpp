@@ -110,7 +110,7 @@ struct Strips {
   }
 };
 
-constexpr SeamSettings kSearch{SeamMode::search, {0, 4}, nullptr};
+constexpr SeamSettings kSearch{SeamMode::search, nullptr};
 
 }  // namespace
 
@@ -168,8 +168,7 @@ TEST(Strips, AreTheSameForEveryLayout) {
 
 TEST(Strips, OfGrayPicturesAreThoseOfLuma) {
   const Scene gray(240, 8, 0, Scene::Chroma::none), colour(240, 8, 0, Scene::Chroma::planes);
-  Strips of_gray({112, 20}, gray, {SeamMode::middle, {0, 0}, nullptr}),
-      of_colour({112, 20}, colour, {SeamMode::middle, {0, 0}, nullptr});
+  Strips of_gray({112, 20}, gray, {SeamMode::middle, nullptr}), of_colour({112, 20}, colour, {SeamMode::middle, nullptr});
   run_strips(of_gray.frame);
   run_strips(of_colour.frame);
   const std::vector<int16_t> luma = of_gray.all_corrections(), all = of_colour.all_corrections();
@@ -182,22 +181,35 @@ TEST(Strips, OfGrayPicturesAreThoseOfLuma) {
   EXPECT_EQ(searched.path().front(), searched.path().back());
 }
 
-TEST(Strips, HoldTheLastPathAsHardAsTheyAreAsked) {
+TEST(Strips, GoToAnotherSeamOverSomeFrames) {
   const Scene scene(240, 8, 0, Scene::Chroma::planes);
   Strips strips({112, 20}, scene, kSearch);
+  std::vector<char> bytes(seam_memory_bytes({112, 20}) + 64);
+  const size_t odd = reinterpret_cast<uintptr_t>(bytes.data()) % 64;
+  SeamMemory memory = lay_out_seam_memory({112, 20}, bytes.data() + (64 - odd) % 64);
+  strips.frame.seam.memory = &memory;
   run_strips(strips.frame);
   const std::vector<int32_t> free = strips.path();
-  std::vector<int32_t> last(113, 6 << 16);
-  strips.frame.seam = {SeamMode::search, {0, 4}, last.data()};
+  forget(memory);
+  const std::vector<uint16_t> nothing(112 * 20);
+  const std::vector<int16_t> last(112, 6);
+  for (int i = 0; i < SeamMemory::kFrames; ++i) {
+    remember_costs(memory, nothing.data());
+    remember_path(memory, last.data());
+  }
+  for (int i = 0; i < SeamMemory::kHistory; ++i) {
+    run_strips(strips.frame);
+    for (size_t t = 0; t < 112; ++t) {
+      int sum = 0;
+      for (const int16_t* path : memory.paths) sum += path[t];
+      ASSERT_EQ(strips.path()[t], (sum << 16) / SeamMemory::kFrames) << i;
+    }
+    if (i < SeamMemory::kFrames - 1) {
+      EXPECT_NE(strips.path(), free) << i;
+    }
+  }
   run_strips(strips.frame);
-  EXPECT_EQ(free, strips.path()) << "no pull";
-  strips.frame.seam.pull.hold = kMaxPull;
-  run_strips(strips.frame);
-  EXPECT_EQ(last, strips.path());
-  // In place, as a clip's next frame does it.
-  strips.frame.seam.last_path = strips.views.path;
-  run_strips(strips.frame);
-  EXPECT_EQ(last, strips.path());
+  EXPECT_EQ(strips.path(), free);
 }
 
 TEST(Strips, KeepTheSeamInsideTheRing) {
@@ -205,7 +217,7 @@ TEST(Strips, KeepTheSeamInsideTheRing) {
   for (int round = 0; round < 20; ++round) {
     const StripShape shape{16 * random.between(1, 9), random.between(kMinStripWidth, 40)};
     const Scene scene(2 * random.between(20, 80), 8, 0, Scene::Chroma::pairs);
-    Strips strips(shape, scene, {SeamMode::search, {0, random.between(0, 9)}, nullptr});
+    Strips strips(shape, scene, kSearch);
     run_strips(strips.frame);
     const std::vector<int32_t> path = strips.path();
     for (size_t t = 0; t < path.size(); ++t) {
