@@ -52,6 +52,10 @@ TEST(StitchOptions, WhatIsNotGivenHasAUsualValue) {
   EXPECT_EQ(job.source.engine.quality, BISEAM_QUALITY_GOOD);
   EXPECT_EQ(job.source.engine.threads, 0);
   EXPECT_EQ(job.seam_hold, 1);
+  EXPECT_TRUE(job.source.engine.steady_seams);
+  EXPECT_FALSE(picture_job(options).source.engine.steady_seams) << "pictures have no past";
+  options.video.seam_hold = 4;
+  EXPECT_FALSE(clip_job(options).source.engine.steady_seams);
   EXPECT_EQ(job.offset, 0);
   EXPECT_EQ(job.encoder.name, "libx264");
   EXPECT_TRUE(job.metadata_360);

@@ -52,7 +52,7 @@ TEST(ClipSource, RawFramesGoInAndOut) {
   const ScratchFolder folder;
   const auto pairs = walk(4);
   const std::string expected = stitch_singly(pairs, known_lenses());
-  const std::vector<std::string> clip = with({"--size", size_of_walk(), "--rate", "25"}, known_lenses());
+  const std::vector<std::string> clip = with({"--size", size_of_walk(), "--rate", "25"}, as_pictures());
   const Finished pipe = run_stitch(with({"-", "-o", "-"}, clip), raw_bytes(pairs));
   expect_success(pipe, 4);
   EXPECT_EQ(pipe.out, expected);
@@ -84,7 +84,7 @@ TEST(ClipSource, Y4mTellsRangeAndSiting) {
 
 TEST(ClipSource, ARawClipThatEndsInsideAFrameIsTold) {
   const auto pairs = walk(3);
-  const std::vector<std::string> clip = with({"-", "-o", "-", "--size", size_of_walk(), "--rate", "25"}, known_lenses());
+  const std::vector<std::string> clip = with({"-", "-o", "-", "--size", size_of_walk(), "--rate", "25"}, as_pictures());
   const std::string all = raw_bytes(pairs);
   const Finished finished = run_stitch(clip, all.substr(0, all.size() - 100));
   EXPECT_EQ(finished.exit_code, 0) << finished.err;
@@ -106,7 +106,7 @@ TEST(ClipSource, ARawClipNeedsItsRate) {
 TEST(ClipSource, AClipMayComeThroughAPipe) {
   const ScratchFolder folder;
   write_clip(folder / "in.mkv", {}, walk(4));
-  const Finished finished = run_stitch(with({"-", "-o", "-"}, known_lenses()), read_bytes(folder / "in.mkv"));
+  const Finished finished = run_stitch(with({"-", "-o", "-"}, as_pictures()), read_bytes(folder / "in.mkv"));
   expect_success(finished, 4);
   EXPECT_EQ(finished.out, stitch_singly(walk(4), known_lenses()));
 }

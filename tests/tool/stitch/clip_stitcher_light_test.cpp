@@ -55,13 +55,29 @@ TEST_F(MatchedClip, IsWhatTheLibraryMatches) {
 }
 
 TEST_F(MatchedClip, PartsEqualTheWhole) {
-  for (const std::vector<std::string>& hold : {std::vector<std::string>{}, {"--seam-hold", "7"}}) {
+  for (const std::vector<std::string>& hold :
+       {std::vector<std::string>{"--seams", "free"}, {"--seam-hold", "7"}, {"--seams", "steady"}}) {
     const std::vector<std::string> match = with({"--light", "match"}, hold);
     const std::string whole = stitched(clip_, match);
     EXPECT_EQ(stitched(clip_, with(match, {"--to", "0.2"})) + stitched(clip_, with(match, {"--from", "0.2", "--to", "1.32"})) +
                   stitched(clip_, with(match, {"--from", "1.32"})),
               whole);
   }
+}
+
+TEST_F(MatchedClip, SeamsAreSteadyUnlessTheyAreHeldOrFree) {
+  const auto movement = [&](const std::vector<std::string>& how) {
+    const Finished finished = run_stitch(with(with({clip_, "-o", folder_ / "out.mkv", "--json", "-"}, known_lenses()), how));
+    EXPECT_EQ(finished.exit_code, 0) << finished.err;
+    const std::string name = "\"seam_movement\": ";
+    return std::stod(finished.out.substr(finished.out.find(name) + name.size()));
+  };
+  const double steady = movement({"--seams", "steady"}), free = movement({"--seams", "free"});
+  EXPECT_LT(steady, 0.7 * free);
+  EXPECT_EQ(movement({}), steady);
+  EXPECT_EQ(movement({"--seam-hold", "4"}), movement({"--seam-hold", "4", "--seams", "free"}));
+  EXPECT_EQ(stitched(clip_, {}), stitch_by_library(pairs_, {.rate = 25}));
+  EXPECT_EQ(stitched(clip_, {"--seams", "free"}), stitch_by_library(pairs_, {.steady = false, .rate = 25}));
 }
 
 TEST_F(MatchedClip, IsNotForTheExactEngine) {

@@ -29,7 +29,7 @@ inline BiseamPicture right_half(BiseamPicture half) {
 struct ByLibrary {
   AVChromaLocation siting = AVCHROMA_LOC_LEFT;
   int hold = 1;  // frames with one seam
-  bool search = true;
+  bool search = true, steady = true;
   BiseamLight light = BISEAM_LIGHT_OFF;
   double rate = 30;  // pictures a second
 };
@@ -41,7 +41,7 @@ inline std::string stitch_by_library(std::vector<tool::Nv12> pairs, const ByLibr
   BiseamPanoramaOptions options = panorama_defaults();
   options.width = kWalkWidth;
   options.height = kWalkWidth / 2;
-  options.seam = how.search ? BISEAM_SEAM_SEARCH : BISEAM_SEAM_MIDDLE;
+  options.seam = !how.search ? BISEAM_SEAM_MIDDLE : how.steady && how.hold == 1 ? BISEAM_SEAM_STEADY : BISEAM_SEAM_SEARCH;
   options.light = how.light;
   options.rate = how.rate;
   Panorama panorama = Panorama::open(camera, options);

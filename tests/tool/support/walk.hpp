@@ -95,4 +95,7 @@ inline std::vector<std::string> known_lenses() {
   return {"--p0", p, "--p1", p};
 }
 
+// Of clips every picture of which is stitched like one alone.
+inline std::vector<std::string> as_pictures() { return with(known_lenses(), {"--seams", "free"}); }
+
 }  // namespace biseam::test

@@ -64,7 +64,7 @@ int stitch(StitchOptions& options) {
 }
 
 // What only one of the engines knows, whatever the group it is listed in.
-constexpr const char* kRingOptions[] = {"--quality", "--look", "--light", "--jobs"};
+constexpr const char* kRingOptions[] = {"--quality", "--look", "--light", "--seams", "--jobs"};
 constexpr const char* kExactGroup = "Seams and blend of the exact engine (in columns of the panorama)";
 
 constexpr const char* kCameraGroup = "Camera (in place of the profile's values)";
@@ -142,6 +142,9 @@ void add_video_options(CLI::App& command, VideoOptions& video) {
   add("--from", video.from, "TIME", "first moment stitched, seconds or [HH:]MM:SS[.frac]; times of the result count from it");
   add("--to", video.to, "TIME", "first moment not stitched any more");
   add("--frames", video.frames, "N", "at most so many frames")->check(in_range(1, kMostFrames));
+  add("--seams", video.seams, "free|steady",
+      "search every frame's anew, or keep to where the last ones' are (steady, free with --seam-hold)")
+      ->transform(one_of({"free", "steady"}));
   add("--seam-hold", video.seam_hold, "N", "search the seam in every N-th frame of the clip and keep it between (1)")
       ->check(in_range(1, 1000000));
   add("--json", video.json, "FILE", "write a summary of the run as one JSON object; - is standard output");

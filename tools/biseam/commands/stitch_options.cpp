@@ -148,6 +148,8 @@ ClipJob clip_job(const StitchOptions& options) {
   job.strict = video.strict;
   job.source.engine.threads = video.jobs.value_or(0);
   job.seam_hold = video.seam_hold;
+  job.source.engine.steady_seams =
+      video.seams.value_or(video.seam_hold > 1 ? SeamSearch::free : SeamSearch::steady) == SeamSearch::steady;
   job.output = options.output;
   job.json = video.json;
   job.encoder = {video.encoder, video.crf, video.preset, video.bitrate};

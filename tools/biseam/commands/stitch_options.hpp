@@ -12,11 +12,14 @@
 
 namespace biseam::tool {
 
+enum class SeamSearch { free, steady };
+
 struct VideoOptions {
   std::string rate, format, offset, from, to, preset, bitrate, json;  // empty: not given
   std::string encoder = "libx264";
   std::optional<double> crf;
   std::optional<int> jobs;
+  std::optional<SeamSearch> seams;
   int seam_hold = 1;
   std::optional<std::int64_t> frames;
   bool drop_streams = false, strict = false;

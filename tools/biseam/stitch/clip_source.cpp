@@ -13,8 +13,15 @@ extern "C" {
 namespace biseam::tool {
 namespace {
 
-// Matched light is smooth over half a second; pictures may come unevenly.
-constexpr std::int64_t kLightLead = AV_TIME_BASE;
+// What of a clip before a part has a say in it, microseconds.  Matched light is smooth over half a second; steady seams are
+// over 14 pictures, and were searched in matched light.  Pictures may come unevenly.
+std::int64_t lead_of(const EngineOptions& engine, AVRational rate) {
+  constexpr int kSeamPictures = 16;
+  if (engine.kind != EngineKind::ring) return 0;
+  const std::int64_t light = engine.light == BISEAM_LIGHT_MATCH ? AV_TIME_BASE : 0;
+  if (!engine.steady_seams) return light;
+  return light + (rate.num > 0 ? av_rescale_q(kSeamPictures, av_inv_q(rate), kMicroseconds) : AV_TIME_BASE);
+}
 
 void check_formats(const PairReader& clips, const FramePair& pair) {
   for (int k = 0; k < clips.clips(); ++k) {
@@ -43,10 +50,14 @@ void check_colours(const PairReader& clips, const FramePair& pair) {
   clips.clip(1).container().refuse("its colours are tagged otherwise than those of " + clips.clip(0).container().name());
 }
 
+PartReader part_of(PairReader clips, const ClipJob& job) {
+  const AVRational rate = clips.clip(0).rate();
+  return PartReader(std::move(clips), job.part, job.seam_hold, lead_of(job.source.engine, rate));
+}
+
 }  // namespace
 
-ClipSource::ClipSource(PairReader clips, const ClipJob& job)
-    : reader_(std::move(clips), job.part, job.seam_hold, job.source.engine.light == BISEAM_LIGHT_MATCH ? kLightLead : 0) {
+ClipSource::ClipSource(PairReader clips, const ClipJob& job) : reader_(part_of(std::move(clips), job)) {
   while (!has_picture()) {
     std::optional<FramePair> pair = reader_.next();
     if (!pair) refuse_emptiness(job.part);

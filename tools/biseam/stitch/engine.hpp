@@ -17,7 +17,8 @@ struct EngineOptions {
   BiseamQuality quality = BISEAM_QUALITY_GOOD;  // the ring engine's, as look is
   BiseamTurn look{0, 0, 0};                     // where the panorama's middle looks
   BiseamLight light = BISEAM_LIGHT_OFF;
-  int threads = 0;  // that share a frame; 0: one for each processor
+  bool steady_seams = false;  // where seams are searched
+  int threads = 0;            // that share a frame; 0: one for each processor
 };
 
 // What an engine has to know of the fisheye pictures' samples.

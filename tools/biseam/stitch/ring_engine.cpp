@@ -19,7 +19,8 @@ BiseamPanoramaOptions ring_options(const Setup& setup, const EngineOptions& opti
   all.format = samples.format;
   all.range = samples.range;
   all.quality = options.quality;
-  all.seam = setup.blend.search.value_or(true) ? BISEAM_SEAM_SEARCH : BISEAM_SEAM_MIDDLE;
+  const BiseamSeam searched = options.steady_seams ? BISEAM_SEAM_STEADY : BISEAM_SEAM_SEARCH;
+  all.seam = setup.blend.search.value_or(true) ? searched : BISEAM_SEAM_MIDDLE;
   all.threads = options.threads;
   all.light = options.light;
   all.transfer = samples.transfer;

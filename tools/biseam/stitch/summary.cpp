@@ -37,6 +37,7 @@ void add_engine(const EngineOptions& engine, JsonObject& settings) {
   settings.add("engine", engine.kind == EngineKind::exact ? "exact" : "ring");
   if (engine.kind == EngineKind::exact) return;
   settings.add("quality", quality_text(engine.quality));
+  settings.add("seams", engine.steady_seams ? "steady" : "free");
   settings.add("jobs", engine.threads == 0 ? processors() : engine.threads);
   settings.add("look_yaw", engine.look.yaw);
   settings.add("look_pitch", engine.look.pitch);

@@ -31,7 +31,7 @@ std::string expected_walk(int frames, int first = 0) {
 Finished stitch_two(const ScratchFolder& folder, const std::vector<std::string>& more = {}) {
   const std::vector<std::string> lossless = {"--crf", "0", "--preset", "ultrafast"};
   return run_stitch(
-      with(with(with({folder / "0.mp4", folder / "1.mp4", "-o", folder / "out.mp4"}, known_lenses()), lossless), more));
+      with(with(with({folder / "0.mp4", folder / "1.mp4", "-o", folder / "out.mp4"}, as_pictures()), lossless), more));
 }
 
 std::vector<std::int64_t> milliseconds(const std::vector<std::int64_t>& times) {
@@ -66,7 +66,7 @@ TEST(PairReader, TwoClipsAreTheSameAsOne) {
 TEST(PairReader, LensesOneAboveTheOther) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", {}, walk(3, false));
-  expect_success(stitch_clip(folder / "in.mp4", folder / "out.mp4", {"--layout", "top-bottom"}), 3);
+  expect_success(stitch_clip(folder / "in.mp4", folder / "out.mp4", {"--seams", "free", "--layout", "top-bottom"}), 3);
   EXPECT_EQ(raw_bytes(ClipProbe(folder / "out.mp4").pictures), expected_walk(3));
 }
 
@@ -144,7 +144,8 @@ TEST(PairReader, ClipsOfDifferentSizeAreStitchedLikeSuchPictures) {
   write_jpeg_like(folder / "0.mov", first);
   write_jpeg_like(folder / "1.mov", second);
   const std::vector<std::string> scales = {"--p0", std::to_string(walk_view().p), "--p1", std::to_string(view.p)};
-  expect_success(run_stitch(with({folder / "0.mov", folder / "1.mov", "-o", folder / "out.nv12"}, scales)), 1);
+  expect_success(run_stitch(with({folder / "0.mov", folder / "1.mov", "-o", folder / "out.nv12", "--seams", "free"}, scales)),
+                 1);
   const Finished pictures =
       run_stitch(with({folder / "0.mov", folder / "1.mov", "-o", folder / "out.png", "--no-360-metadata"}, scales));
   EXPECT_EQ(pictures.exit_code, 0) << pictures.err;

@@ -82,7 +82,8 @@ TEST(Part, AFarOneIsReachedWithoutDecodingEverything) {
   for (int k = 0; k < 40; ++k) spec.times.push_back(k * 12800);  // one a second
   const auto pairs = walk(40);
   write_clip(folder / "in.mp4", spec, pairs);
-  const Finished finished = stitch_clip(folder / "in.mp4", folder / "out.mp4", {"--from", "33", "--to", "35.5"});
+  const Finished finished =
+      stitch_clip(folder / "in.mp4", folder / "out.mp4", {"--seams", "free", "--from", "33", "--to", "35.5"});
   expect_success(finished, 3);
   EXPECT_EQ(raw_bytes(ClipProbe(folder / "out.mp4").pictures),
             stitch_singly({pairs[33], pairs[34], pairs[35]}, known_lenses()));
@@ -93,7 +94,7 @@ TEST(Part, OfAStreamThatCantBeSought) {
   const auto pairs = walk(6);
   write_clip(folder / "in.mkv", {}, pairs);
   const Finished finished =
-      run_stitch(with({"-", "-o", "-", "--from", "0.08", "--frames", "2"}, known_lenses()), read_bytes(folder / "in.mkv"));
+      run_stitch(with({"-", "-o", "-", "--from", "0.08", "--frames", "2"}, as_pictures()), read_bytes(folder / "in.mkv"));
   expect_success(finished, 2);
   EXPECT_EQ(finished.out, stitch_singly({pairs[2], pairs[3]}, known_lenses()));
 }
@@ -102,7 +103,7 @@ TEST(Part, OfRawFramesAndStreamsWithoutAnIndex) {
   const ScratchFolder folder;
   const auto pairs = walk(60);
   write_bytes(folder / "in.nv12", raw_bytes(pairs));
-  const std::vector<std::string> part = with({"--from", "2.2", "--frames", "2", "-o", "-"}, known_lenses());
+  const std::vector<std::string> part = with({"--from", "2.2", "--frames", "2", "-o", "-"}, as_pictures());
   const std::string expected = stitch_singly({pairs[55], pairs[56]}, known_lenses());
   EXPECT_EQ(run_stitch(with({folder / "in.nv12", "--size", "240x120", "--rate", "25"}, part)).out, expected);
   EXPECT_EQ(
@@ -125,7 +126,7 @@ TEST(Part, OfTwoClips) {
     write_clip(folder / (std::to_string(k) + ".mkv"), {}, lens[k]);
   }
   const Finished finished =
-      run_stitch(with({folder / "0.mkv", folder / "1.mkv", "-o", "-", "--from", "0.2", "--to", "0.3"}, known_lenses()));
+      run_stitch(with({folder / "0.mkv", folder / "1.mkv", "-o", "-", "--from", "0.2", "--to", "0.3"}, as_pictures()));
   EXPECT_EQ(finished.exit_code, 0) << finished.err;
   EXPECT_EQ(finished.out, stitch_singly({walk(8)[5], walk(8)[6], walk(8)[7]}, known_lenses()));
 }

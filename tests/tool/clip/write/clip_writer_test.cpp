@@ -38,7 +38,7 @@ INSTANTIATE_TEST_SUITE_P(Clip, Containers, testing::Values("mp4", "mov", "mkv"),
 TEST_P(Containers, PicturesAreThoseOfSingleStitches) {
   const auto pairs = walk(6);
   write_clip(name("in"), {}, pairs);
-  expect_success(stitch_clip(name("in"), name("out")), 6);
+  expect_success(stitch_clip(name("in"), name("out"), {"--seams", "free"}), 6);
   EXPECT_EQ(raw_bytes(ClipProbe(name("out")).pictures), stitch_singly(pairs, known_lenses()));
 }
 
@@ -330,7 +330,7 @@ TEST(ClipWriter, AnotherEncoderAndItsSettings) {
   const auto pairs = walk(3);
   write_clip(folder / "in.mkv", {}, pairs);
   const std::vector<std::string> lenses = known_lenses();
-  expect_success(run_stitch(with({folder / "in.mkv", "-o", folder / "ffv1.mkv", "--encoder", "ffv1"}, lenses)), 3);
+  expect_success(run_stitch(with({folder / "in.mkv", "-o", folder / "ffv1.mkv", "--encoder", "ffv1"}, as_pictures())), 3);
   const ClipProbe ffv1(folder / "ffv1.mkv");
   EXPECT_EQ(ffv1.only(AVMEDIA_TYPE_VIDEO).codec, "ffv1");
   EXPECT_EQ(raw_bytes(ffv1.pictures), stitch_singly(pairs, lenses));

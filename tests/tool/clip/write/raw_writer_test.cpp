@@ -112,11 +112,11 @@ TEST(RawWriter, OtherStreamsAreNamedBeforeRawFramesAreWritten) {
   ClipSpec spec;
   spec.sound = 0.2;
   write_clip(folder / "in.mp4", spec, walk(3));
-  const Finished refused = run_stitch(with({folder / "in.mp4", "-o", "-"}, known_lenses()));
+  const Finished refused = run_stitch(with({folder / "in.mp4", "-o", "-"}, as_pictures()));
   EXPECT_EQ(refused.exit_code, 4);
   EXPECT_EQ(refused.out, "");
   EXPECT_NE(refused.err.find("stream 1 (audio, aac)"), std::string::npos) << refused.err;
-  const Finished dropped = run_stitch(with({folder / "in.mp4", "-o", "-", "--drop-streams"}, known_lenses()));
+  const Finished dropped = run_stitch(with({folder / "in.mp4", "-o", "-", "--drop-streams"}, as_pictures()));
   EXPECT_EQ(dropped.exit_code, 0) << dropped.err;
   EXPECT_EQ(dropped.out, stitch_singly(walk(3), known_lenses()));
 }
