@@ -45,6 +45,7 @@ Drawn draw(Dice& dice, int size, bool with_baseline) {
   drawn.noise = dice.between(0, 3);
   const double baseline = dice.between(0, 0.035);
   drawn.camera.baseline = with_baseline ? baseline : 0;
+  drawn.stacked = dice.below(2) == 1;
   return drawn;
 }
 

@@ -14,6 +14,7 @@ struct Drawn {
   double vignette[2];   // part of the light that is lost at the rim
   double noise;         // standard deviation, code values
   double ground = 1.5;  // metres below
+  bool stacked;         // lens 0's picture above lens 1's, or to its left
 };
 
 // size: of one lens's square picture.

@@ -107,45 +107,50 @@ cv::Mat1b read_gray(const std::string& path, int width, int height) {
   return picture;
 }
 
-std::vector<std::pair<cv::Mat1b, cv::Mat1b>> film(const cv::Mat1b& panorama, const Drawn& drawn, int frames,
-                                                  std::uint64_t seed) {
+std::vector<Shot> film(const cv::Mat1b& panorama, const Drawn& drawn, int frames, std::uint64_t seed) {
   std::mt19937_64 state(seed);
   cv::Mat1b wide;
   cv::copyMakeBorder(panorama, wide, 8, 8, 0, 0, cv::BORDER_REPLICATE);
   cv::copyMakeBorder(wide, wide, 0, 0, 8, 8, cv::BORDER_WRAP);
   const Rays rays[2] = {rays_of(drawn, 0), rays_of(drawn, 1)};
-  std::vector<std::pair<cv::Mat1b, cv::Mat1b>> taken;
+  std::vector<Shot> shots;
   double yaw = 360 * uniform(state);
   for (int i = 0; i < frames; ++i) {
     const Turn turn{yaw, 16 * uniform(state) - 8, 16 * uniform(state) - 8};
     yaw += 3 + 9 * uniform(state);
-    const Matrix3 pose = rotation(turn);
-    cv::Mat1b first = expose(wide, rays[0], drawn, 0, pose, state);
-    taken.emplace_back(first, expose(wide, rays[1], drawn, 1, pose, state));
+    Shot shot{{}, rotation(turn)};
+    for (int k = 0; k < 2; ++k) shot.lens[k] = expose(wide, rays[k], drawn, k, shot.pose, state);
+    shots.push_back(shot);
   }
-  return taken;
+  return shots;
 }
 
-void encode(std::vector<std::pair<cv::Mat1b, cv::Mat1b>>& frames, int crf) {
-  const cv::Size size = frames.front().first.size();
+void encode(std::vector<Shot>& shots, bool stacked, int crf) {
+  const cv::Size size = shots.front().lens[0].size();
+  const cv::Size both_size = stacked ? cv::Size(size.width, 2 * size.height) : cv::Size(2 * size.width, size.height);
   const std::string file = std::filesystem::temp_directory_path() / ("film" + std::to_string(getpid()) + ".mkv");
   {
-    Pipe pipe("ffmpeg -v error -y -f rawvideo -pix_fmt gray -s " + std::to_string(2 * size.width) + "x" +
-                  std::to_string(size.height) + " -r 3 -i - -c:v libx264 -preset veryfast -threads 1 -crf " +
+    Pipe pipe("ffmpeg -v error -y -f rawvideo -pix_fmt gray -s " + std::to_string(both_size.width) + "x" +
+                  std::to_string(both_size.height) + " -r 3 -i - -c:v libx264 -preset veryfast -threads 1 -crf " +
                   std::to_string(crf) + " -pix_fmt yuv420p '" + file + "'",
               "w");
     cv::Mat1b both;
-    for (const auto& frame : frames) {
-      cv::hconcat(frame.first, frame.second, both);
+    for (const Shot& shot : shots) {
+      if (stacked) {
+        cv::vconcat(shot.lens[0], shot.lens[1], both);
+      } else {
+        cv::hconcat(shot.lens[0], shot.lens[1], both);
+      }
       std::fwrite(both.data, 1, both.total(), pipe.file);
     }
   }
   Pipe pipe("ffmpeg -v error -i '" + file + "' -pix_fmt gray -f rawvideo -", "r");
-  for (auto& frame : frames) {
-    cv::Mat1b both(size.height, 2 * size.width);
+  for (Shot& shot : shots) {
+    cv::Mat1b both(both_size);
     if (!read_all(pipe.file, both)) break;
-    frame.first = both(cv::Rect(0, 0, size.width, size.height)).clone();
-    frame.second = both(cv::Rect(size.width, 0, size.width, size.height)).clone();
+    const cv::Point second = stacked ? cv::Point(0, size.height) : cv::Point(size.width, 0);
+    shot.lens[0] = both(cv::Rect({0, 0}, size)).clone();
+    shot.lens[1] = both(cv::Rect(second, size)).clone();
   }
   pipe.close();
   std::filesystem::remove(file);

@@ -3,9 +3,9 @@
 
 #include <opencv2/core.hpp>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "camera/rotation.hpp"
 #include "cameras/draw.hpp"
 
 namespace biseam::bench {
@@ -13,11 +13,16 @@ namespace biseam::bench {
 // Gray, by ffmpeg; empty where the file can't be read.
 cv::Mat1b read_gray(const std::string& path, int width, int height);
 
-// frames: pairs of pictures, lens 0 first; the camera turns and sways from one to the next.
-std::vector<std::pair<cv::Mat1b, cv::Mat1b>> film(const cv::Mat1b& panorama, const Drawn& drawn, int frames,
-                                                  std::uint64_t seed);
+// What both lenses see at a time.
+struct Shot {
+  cv::Mat1b lens[2];
+  Matrix3 pose;  // from the camera's world to the panorama's
+};
 
-// Through an encoder and back, both lenses side by side.
-void encode(std::vector<std::pair<cv::Mat1b, cv::Mat1b>>& frames, int crf);
+// The camera turns and sways from one shot to the next.
+std::vector<Shot> film(const cv::Mat1b& panorama, const Drawn& drawn, int frames, std::uint64_t seed);
+
+// Through an encoder and back, both lenses in one picture.
+void encode(std::vector<Shot>& shots, bool stacked, int crf);
 
 }  // namespace biseam::bench

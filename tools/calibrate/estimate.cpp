@@ -14,8 +14,8 @@ namespace biseam::calibrate {
 namespace {
 
 constexpr double kUsualRim = 99;             // degrees
-constexpr double kCircleDeviation = 0.002;   // of radii, relative
-constexpr double kCentreDeviation = 0.0003;  // of the axis from the circle's middle, in radii
+constexpr double kCircleDeviation = 0.0005;  // of radii, relative
+constexpr double kCentreDeviation = 0.0001;  // of the axis from the circle's middle, in radii
 constexpr double kUsualK1 = -0.005;
 constexpr std::size_t kLeastMatches = 40;
 constexpr double kAlikeError = 0.04;  // pixels of the pictures by which neighbouring matches may be off together
@@ -89,6 +89,14 @@ Values guess_of(const Circles& circles, double rim, double k1) {
   values[kCy1] = circles.used[1].cy;
   values[kRim] = rim;
   return values;
+}
+
+// Lenses of one kind bend alike, the less they bend at all the more.
+void expect_lenses_alike(const Values& values, Problem& problem) {
+  constexpr double kApart = 0.06;  // of the terms
+  Values& deviations = problem.prior.deviations;
+  if (deviations[kK1Apart] > kHeld) deviations[kK1Apart] = std::hypot(0.0004, kApart * values[kK1]);
+  if (deviations[kK2Apart] > kHeld) deviations[kK2Apart] = std::hypot(0.00008, kApart * values[kK2]);
 }
 
 Prior prior_of(const Circles& circles, const Frame& frame, const Values& middle) {
@@ -233,6 +241,7 @@ Estimate estimate(const std::vector<Pair>& pairs, const std::optional<Known>& kn
   Values values = solution.values;
   for (int round = 0; round < kRounds; ++round) {
     const int margin = round == 0 ? 12 : 4;
+    if (round > 0) expect_lenses_alike(values, problem);
     const Search search{margin, margin, margin + 24, 8, wanted, 0.8, true};
     problem.matches = match_pairs(pairs, values, problem.frame, search, share_work);
     if (problem.matches.size() < kLeastMatches) throw Refusal(kTooLittle);
