@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <opencv2/imgproc.hpp>
+#include <utility>
+#include <vector>
 
 #include "biseam/panorama.hpp"
 #include "camera/projector.hpp"
@@ -93,6 +95,32 @@ double psnr(const cv::Mat1b& first, const cv::Mat1b& second, const cv::Mat1b& wh
 }
 
 }  // namespace
+
+double straightness_of(const Camera& truth, const Camera& found) {
+  constexpr int kSide = 48;
+  double square = 0, count = 0;
+  for (int k = 0; k < 2; ++k) {
+    const Lens& lens = truth.lens[k];
+    const Projector true_lens(truth, k), found_lens(found, k);
+    cv::Matx33d sum = cv::Matx33d::zeros(), left, right;
+    std::vector<std::pair<cv::Vec3d, cv::Vec3d>> all;
+    for (int i = 0; i < kSide * kSide; ++i) {
+      const double x = (i % kSide + 0.5) * lens.width / kSide, y = (i / kSide + 0.5) * lens.height / kSide;
+      if (std::hypot(x - lens.cx, y - lens.cy) > radius(lens, lens.fov / 2 * kDegree)) continue;
+      const Vec3 a = found_lens.unproject(x, y), b = true_lens.unproject(x, y);
+      all.push_back({{a.x, a.y, a.z}, {b.x, b.y, b.z}});
+      sum += all.back().second * all.back().first.t();
+    }
+    cv::Matx31d values;
+    cv::SVD::compute(sum, values, left, right);
+    for (const auto& [a, b] : all) {
+      const cv::Vec3d off = left * right * a - b;
+      square += off.dot(off);
+    }
+    count += double(all.size());
+  }
+  return std::sqrt(square / count) * 3840 / (2 * kPi);
+}
 
 Seams seams_of(const Camera& truth, const Camera& found) {
   const Projector true_lens[2] = {Projector(truth, 0), Projector(truth, 1)};

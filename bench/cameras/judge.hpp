@@ -14,6 +14,10 @@ struct Seams {
 // Where both lenses put far things on the ring, by the camera that was found.
 Seams seams_of(const Camera& truth, const Camera& found);
 
+// Root mean square over both lenses' whole fields, as near as a rotation of each lens comes to it; pixels of a panorama 3840
+// wide.
+double straightness_of(const Camera& truth, const Camera& found);
+
 // Decibels, in the overlap, between a panorama of far things and one that is stitched of a shot of it.
 struct Likeness {
   double by_truth, by_found;

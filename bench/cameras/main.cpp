@@ -18,7 +18,7 @@ namespace {
 
 struct Table {
   int refused = 0;
-  std::vector<double> seams, worst, loss, told, seconds;
+  std::vector<double> seams, worst, straight, loss, told, seconds;
 };
 
 double part(std::vector<double> values, double share) {
@@ -52,15 +52,18 @@ void measure(const cv::Mat1b& panorama, int seed, int pairs, int size, Table& ta
     const bench::Seams seams = bench::seams_of(drawn.camera, found.camera);
     table.seams.push_back(seams.all);
     table.worst.push_back(seams.worst);
+    table.straight.push_back(bench::straightness_of(drawn.camera, found.camera));
     table.told.push_back(seams.all / found.seam_deviation);
     const bench::Likeness likeness = bench::likeness_of(panorama, drawn, found.camera, std::uint64_t(seed));
     table.loss.push_back(likeness.by_truth - likeness.by_found);
     std::printf(
-        "seams %.2f (%.2f said) worst %.2f (%.2f) %.1f dB (%.1f by the true camera), %zu matches, noise %.2f alike %.1f, fov "
+        "seams %.2f (%.2f said) worst %.2f (%.2f) field %.2f, %.1f dB (%.1f by the true camera), %zu matches, noise %.2f alike "
+        "%.1f, fov "
         "%.1f, %.1f s%s\n",
-        seams.all, found.seam_deviation, seams.worst, found.worst_deviation, likeness.by_found, likeness.by_truth,
-        found.matches.size(), found.solution.scatter.noise, found.solution.scatter.alike, found.camera.lens[0].fov,
-        table.seconds.back(), found.camera.lens[0].mount == drawn.camera.lens[0].mount ? "" : ", not upright");
+        seams.all, found.seam_deviation, seams.worst, found.worst_deviation, table.straight.back(), likeness.by_found,
+        likeness.by_truth, found.matches.size(), found.solution.scatter.noise, found.solution.scatter.alike,
+        found.camera.lens[0].fov, table.seconds.back(),
+        found.camera.lens[0].mount == drawn.camera.lens[0].mount ? "" : ", not upright");
   } catch (const calibrate::Refusal& refusal) {
     ++table.refused;
     std::printf("refused: %s\n", refusal.what());
@@ -97,6 +100,7 @@ int main(int count, char** words) {
   std::printf("                 median     90 %%     95 %%    worst\n");
   print_row("seams, rms     ", table.seams);
   print_row("worst eighth   ", table.worst);
+  print_row("whole field    ", table.straight);
   print_row("seams over said", table.told);
   print_row("loss, dB       ", table.loss);
   print_row("seconds        ", table.seconds);

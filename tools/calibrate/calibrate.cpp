@@ -86,7 +86,11 @@ Finding calibrate(const std::vector<LumaPair>& pairs, const Options& options, co
   check_sizes(pairs);
   std::optional<Known> known;
   if (options.start) known = known_of(options, pairs[0].lens[0]);
-  return finding_of(estimate(pictures_of(pairs), known, share_work));
+  const Estimate found = estimate(pictures_of(pairs), known, share_work);
+  if (options.in_lens && found.tracks == 0) {
+    throw Refusal("from picture to picture the camera doesn't turn by a few degrees, so that only the ring is seen");
+  }
+  return finding_of(found);
 }
 
 profile::CameraSettings circles(const std::vector<LumaPair>& pairs, const ShareWork& share_work) {

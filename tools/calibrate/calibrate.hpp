@@ -36,6 +36,7 @@ struct LumaPair {
 
 struct Options {
   std::optional<profile::CameraSettings> start;  // a guess of the camera, which has its mounts
+  bool in_lens = false;                          // a camera that doesn't turn enough to see within its lenses is refused
   bool hold_scale = false, hold_k = false, hold_centre = false, hold_turn = false;  // of the start
 };
 

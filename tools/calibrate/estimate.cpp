@@ -5,9 +5,11 @@
 
 #include "calibrate/doubt.hpp"
 #include "calibrate/explain.hpp"
+#include "calibrate/in_lens.hpp"
 #include "calibrate/match.hpp"
 #include "calibrate/strip.hpp"
 #include "calibrate/upright.hpp"
+#include "calibrate/vectors.hpp"
 #include "camera/rules.hpp"
 
 namespace biseam::calibrate {
@@ -193,6 +195,16 @@ void judge_seams(Estimate& estimate) {
   estimate.worst_deviation = std::sqrt(*std::max_element(octant, octant + 8));
 }
 
+// Where the ground is seen, or expected.
+Vec3 below(const Problem& problem, const Solution& solution) {
+  constexpr double kLeastParallax = 0.5;  // pixels
+  Vec3 sum{0, 0, 0};
+  for (const Ground& ground : solution.grounds) sum = sum + (1.0 / problem.pairs) * ground;
+  if (dot(sum, sum) > kLeastParallax * kLeastParallax) return unit(sum);
+  const Vec3& down = problem.prior.down;
+  return dot(down, down) > 0 ? down : Vec3{0, 1, 0};
+}
+
 // A lens's axis meets its picture close to the middle of the circle.
 bool contradicts_circles(const Estimate& found) {
   constexpr double kMostOff = 0.012;  // of the radius
@@ -253,6 +265,17 @@ Estimate estimate(const std::vector<Pair>& pairs, const std::optional<Known>& kn
     }
     values = explanations.better().values;
   }
+  const bool holds = known && std::count(known->held.begin(), known->held.end(), true) > 0;
+  std::optional<InLens> in_lens;
+  if (!holds) in_lens = look_in_lenses(pairs, values, problem.frame, below(problem, explanations.better()), share_work);
+  if (in_lens) {
+    problem.prior.stiffness = in_lens->stiffness;
+    problem.prior.others = in_lens->values;
+    for (Solution* each : {&explanations.still, &explanations.ground}) take_in_lens(*in_lens, problem.frame, each->values);
+    problem.matches =
+        match_pairs(pairs, explanations.better().values, problem.frame, {4, 4, 28, 8, wanted, 0.8, true}, share_work);
+    explanations = explain_again(problem, explanations);
+  }
   Solution better = explanations.better();
   better.covariance = covariance_of(explanations);
   Estimate found{camera_of(aligned->values, problem.frame),
@@ -262,6 +285,7 @@ Estimate estimate(const std::vector<Pair>& pairs, const std::optional<Known>& kn
                  std::move(problem.matches),
                  std::move(better)};
   for (int p = 0; p < kParameters; ++p) found.deviations[std::size_t(p)] = std::sqrt(found.solution.covariance(p, p));
+  if (in_lens) found.tracks = in_lens->tracks;
   found.kept = 1 - found.solution.scatter.wrong;
   judge_seams(found);
   refuse_doubt(found);

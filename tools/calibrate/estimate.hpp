@@ -22,6 +22,7 @@ struct Estimate {
   Values deviations{};        // standard deviations of the solution's values
   double seam_deviation = 0;  // pixels of a 3840 panorama: by how much both lenses may disagree about far things, over the ring
   double worst_deviation = 0;  // in the worst eighth of it
+  std::size_t tracks = 0;      // within the lenses
   double kept = 0;             // share of the matches that are not wrong
 };
 

@@ -140,6 +140,7 @@ std::string summary_of(const Finding& finding) {
                turn.roll, off[kRoll]);
   text += text_of(finding.baseline);
   text += line("%zu matches, %.0f %% of them kept\n", finding.matches.size(), 100 * finding.kept);
+  if (finding.tracks > 0) text += line("%zu tracks within the lenses, as the camera turns\n", finding.tracks);
   return text + text_of(finding.left);
 }
 
@@ -155,15 +156,9 @@ double ExplainedMatch::pixels() const { return std::hypot(around, across) * kPix
 double Finding::worst() const { return *std::max_element(left.begin(), left.end()); }
 
 Finding finding_of(const Estimate& found) {
-  Finding finding{settings_of(found.camera),
-                  found.start,
-                  found.camera,
-                  found.deviations,
-                  octants_of(found.solution),
-                  found.kept,
-                  baseline_of(found),
-                  matches_of(found),
-                  ""};
+  Finding finding{settings_of(found.camera),  found.start, found.camera, found.deviations,
+                  octants_of(found.solution), found.kept,  found.tracks, baseline_of(found),
+                  matches_of(found),          ""};
   finding.summary = summary_of(finding);
   return finding;
 }

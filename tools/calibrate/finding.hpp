@@ -35,6 +35,7 @@ struct Finding {
   Values deviations{};               // standard deviations
   Octants left{};                    // what is left of the matches that are explained
   double kept = 0;                   // share of the matches that are explained
+  std::size_t tracks = 0;            // within the lenses; 0: the camera doesn't turn enough
   std::optional<Baseline> baseline;  // none where it doesn't show
   std::vector<ExplainedMatch> matches;
   std::string summary;  // lines: the camera, its standard deviations, the residual in each eighth of the ring

@@ -163,6 +163,10 @@ class Solver {
     for (std::size_t p = 0; p < kParameters; ++p) {
       if (prior.deviations[p] > kHeld) add((state.values[p] - prior.values[p]) / prior.deviations[p]);
     }
+    if (!prior.stiffness.empty()) {
+      const cv::Mat1d off = off_others(state.values);
+      cost += 0.5 * off.dot(prior.stiffness * off);
+    }
     for (int lens = 0; lens < 2; ++lens) {
       if (prior.circle[lens] > 0) add(rim_residual(state.values, problem_, lens) / prior.circle_deviation);
     }
@@ -173,6 +177,12 @@ class Solver {
       }
     }
     return cost;
+  }
+
+  cv::Mat1d off_others(const Values& values) const {
+    cv::Mat1d off(problem_.prior.stiffness.rows, 1);
+    for (int p = 0; p < off.rows; ++p) off(p, 0) = values[std::size_t(p)] - problem_.prior.others[std::size_t(p)];
+    return off;
   }
 
   void add_match(const Slopes& slopes, std::size_t i, const Scatter& scatter, Normal& normal) const {
@@ -200,6 +210,13 @@ class Solver {
       Row row{};
       row[p] = 1;
       normal.add(row, 1 / (deviation * deviation), (state_.values[p] - prior.values[p]) / (deviation * deviation));
+    }
+    if (!prior.stiffness.empty()) {
+      const cv::Mat1d pull = prior.stiffness * off_others(state_.values);
+      for (int p = 0; p < pull.rows; ++p) {
+        normal.right(p, 0) -= pull(p, 0);
+        for (int q = 0; q < pull.rows; ++q) normal.matrix(p, q) += prior.stiffness(p, q);
+      }
     }
     for (int lens = 0; lens < 2; ++lens) {
       if (prior.circle[lens] <= 0) continue;

@@ -14,6 +14,9 @@ struct Prior {
   double circle[2] = {0, 0};      // radii of the rims in pixels; 0: not found
   double circle_deviation = 0;    // of their logarithms
   Vec3 down{0, 0, 0};             // unit vector to where a ground is expected; 0: anywhere
+  // Of the first values: half of it times the square of how far they are from others is added to the cost; or empty.
+  cv::Mat1d stiffness;
+  Values others{};
 };
 inline constexpr double kHeld = 1e-9;
 

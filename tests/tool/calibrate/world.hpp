@@ -37,8 +37,11 @@ inline double light_from(const Vec3& d) {
   return 90 - 40 * d.y + 60 * noise_at(20 * d.x, 20 * d.y, 20 * d.z) + 50 * noise_at(50 * d.x + 9, 50 * d.y, 50 * d.z);
 }
 
-// A camera's pair of pictures of it, with a ground `ground` metres below; noise: standard deviation.
-inline Pair photograph(const Camera& camera, double ground = 1e9, double noise = 1) {
+// A camera's pair of pictures of it, with a ground `ground` metres below; noise: standard deviation; turned: from directions of
+// the camera's world to those of the place.
+inline Pair photograph(
+    const Camera& camera, double ground = 1e9, double noise = 1,
+    const std::function<Vec3(const Vec3&)>& turned = [](const Vec3& d) { return d; }) {
   std::mt19937 state(5);
   Pair pair;
   for (int k = 0; k < 2; ++k) {
@@ -58,7 +61,7 @@ inline Pair photograph(const Camera& camera, double ground = 1e9, double noise =
         const double inside = std::clamp((edge - std::hypot(x - lens.cx, y - lens.cy)) / 2 + 0.5, 0.0, 1.0);
         double grain = 0;
         for (int i = 0; i < 4; ++i) grain += double(state()) / 4294967296.0 - 0.5;
-        pair.lens[k](y, x) = cv::saturate_cast<unsigned char>(inside * light_from(d) + 2 + noise * 1.73 * grain);
+        pair.lens[k](y, x) = cv::saturate_cast<unsigned char>(inside * light_from(turned(d)) + 2 + noise * 1.73 * grain);
       }
     }
   }

@@ -18,6 +18,8 @@ TEST(CalibrateOptions, WhatIsHeldNeedsValuesAndAName) {
   EXPECT_EQ(said({"a.png", "-o", "b.toml", "--fix", "p"}), "biseam: --fix: needs the values of --start\n");
   EXPECT_EQ(said({"a.png", "-o", "b.toml", "--start", "c.toml", "--fix", "p,x"}),
             "biseam: --fix: 'x': p, k, centre and turn can be held\n");
+  EXPECT_EQ(said({"a.png", "-o", "b.toml", "--start", "c.toml", "--fix", "p", "--in-lens"}),
+            "biseam: --in-lens: finds what --fix holds\n");
 }
 
 TEST(CalibrateOptions, StandardInputIsRefused) {

@@ -35,6 +35,7 @@ void calibrate(CalibrateOptions& options) {
   CalibrationJob& job = options.job;
   hold(options.fixed, job.options);
   if (!options.fixed.empty() && job.start.empty()) throw Failure(ExitCode::usage, "--fix: needs the values of --start");
+  if (job.options.in_lens && !options.fixed.empty()) throw Failure(ExitCode::usage, "--in-lens: finds what --fix holds");
   if (job.report == "-") throw Failure(ExitCode::usage, "--report: needs a file, standard output is the profile's");
   std::vector<NamedFile> inputs = {{"--start", job.start}};
   for (const std::string& file : job.files) inputs.push_back({"the input", file});
@@ -62,6 +63,8 @@ void add_calibrate_command(CLI::App& app) {
   add("--report", job.report, "FILE", "a page (HTML) that shows what was found and how well: seams, matches, numbers");
   add("--from-frames", job.frames, "N", "pictures of a clip that are looked at, spread over it (20)")->check(in_range(1, 1000));
   add_layout_options(*command, job.layout, options->streams);
+  command->add_flag("--in-lens", job.options.in_lens,
+                    "refuse a camera that doesn't turn enough to tell scale and distortion apart");
   add("--start", job.start, "FILE", "begin with a profile: its values are a guess, its mounts are taken over");
   add("--fix", options->fixed, "p,k,centre,turn", "which values of that profile not to change")->delimiter(',');
   command->callback([options] { calibrate(*options); });

@@ -1,0 +1,74 @@
+#include "calibrate/in_lens.hpp"
+
+#include <gtest/gtest.h>
+
+#include "calibrate/estimate.hpp"
+#include "tool/calibrate/turned.hpp"
+
+namespace biseam::calibrate {
+namespace {
+
+constexpr Frame kFrame{kTurningSide, kTurningSide, {0, 0}};
+
+// Root mean square over a lens's field, rotations of the lens taken out, in pixels of a 3840 panorama.
+double straightness(const Camera& truth, const Camera& found, int lens) {
+  const Projector true_lens(truth, lens), found_lens(found, lens);
+  cv::Matx33d sum = cv::Matx33d::zeros();
+  std::vector<std::pair<Vec3, Vec3>> all;
+  for (int i = 0; i < 40; ++i) {
+    for (int j = 0; j < 40; ++j) {
+      const double x = (i + 0.5) * truth.lens[lens].width / 40, y = (j + 0.5) * truth.lens[lens].height / 40;
+      if (std::hypot(x - truth.lens[lens].cx, y - truth.lens[lens].cy) > radius(truth.lens[lens], kPi / 2)) continue;
+      all.emplace_back(found_lens.unproject(x, y), true_lens.unproject(x, y));
+      const auto& [a, b] = all.back();
+      sum += cv::Matx31d(b.x, b.y, b.z) * cv::Matx13d(a.x, a.y, a.z);
+    }
+  }
+  cv::Matx31d w;
+  cv::Matx33d u, vt;
+  cv::SVD::compute(sum, w, u, vt);
+  const cv::Matx33d turn = u * vt;
+  double square = 0;
+  for (const auto& [a, b] : all) {
+    const cv::Matx31d off = turn * cv::Matx31d(a.x, a.y, a.z) - cv::Matx31d(b.x, b.y, b.z);
+    square += off.dot(off) / double(all.size());
+  }
+  return std::sqrt(square) * kPixelsPerRadian;
+}
+
+TEST(InLens, TurningTellsScaleAndDistortionApart) {
+  const Camera camera = some_camera(kTurningSide);
+  const Values guess = rough_guess(camera);
+  const std::vector<Pair> pairs = film_turning(camera);
+  const std::optional<InLens> found = look_in_lenses(pairs, guess, kFrame, {0, 1, 0}, in_turn);
+  ASSERT_TRUE(found);
+  EXPECT_GT(found->tracks, 500u);
+  Values values = guess;
+  take_in_lens(*found, kFrame, values);
+  for (int k = 0; k < 2; ++k) {
+    const Camera before = camera_of(guess, kFrame), after = camera_of(values, kFrame);
+    EXPECT_GT(straightness(camera, before, k), 5);
+    EXPECT_LT(straightness(camera, after, k), 0.5);
+    EXPECT_NEAR(after.lens[k].p, camera.lens[k].p, 0.002 * camera.lens[k].p);
+    EXPECT_NEAR(after.lens[k].k[0], camera.lens[k].k[0], 0.002);
+  }
+  EXPECT_EQ(values[kPitch], guess[kPitch]);
+  const Lens before = camera_of(guess, kFrame).lens[0], after = camera_of(values, kFrame).lens[0];
+  EXPECT_NEAR(radius(after, after.fov / 2 * kDegree), radius(before, before.fov / 2 * kDegree), 0.01);
+
+  const Estimate whole = estimate(pairs, std::nullopt, in_turn);
+  EXPECT_GT(whole.tracks, 500u);
+  EXPECT_LT(seam_error(camera, whole.camera), 0.5);
+  for (int k = 0; k < 2; ++k) EXPECT_LT(straightness(camera, whole.camera, k), 0.5);
+  EXPECT_LT(whole.deviations[kScale], 0.002);
+}
+
+TEST(InLens, ACameraThatStandsTellsNothing) {
+  const Camera camera = some_camera(kTurningSide);
+  const Pair pair = photograph(camera);
+  EXPECT_FALSE(look_in_lenses({pair, pair}, rough_guess(camera), kFrame, {0, 1, 0}, in_turn));
+  EXPECT_FALSE(look_in_lenses({pair}, rough_guess(camera), kFrame, {0, 1, 0}, in_turn));
+}
+
+}  // namespace
+}  // namespace biseam::calibrate
