@@ -10,6 +10,7 @@
 
 #include "picture/picture.hpp"
 #include "tool/calibrate/world.hpp"
+#include "tool/support/places.hpp"
 #include "tool/support/process.hpp"
 
 namespace biseam::tool {
@@ -47,7 +48,7 @@ inline calibrate::Pair covered() {
 }
 
 inline test::Finished run_tool(const std::string& command, std::vector<std::string> arguments, const std::string& input = "") {
-  arguments.insert(arguments.begin(), {BISEAM_TOOL, command});
+  arguments.insert(arguments.begin(), {test::kTool, command});
   return test::run(std::move(arguments), input);
 }
 

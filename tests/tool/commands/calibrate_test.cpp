@@ -1,13 +1,14 @@
 // What `biseam calibrate` says to options that it can't use.
 #include <gtest/gtest.h>
 
+#include "tool/support/places.hpp"
 #include "tool/support/process.hpp"
 
 namespace biseam::test {
 namespace {
 
 std::string said(std::vector<std::string> words) {
-  words.insert(words.begin(), {BISEAM_TOOL, "calibrate"});
+  words.insert(words.begin(), {kTool, "calibrate"});
   const Finished finished = run(words);
   EXPECT_EQ(finished.exit_code, 2);
   EXPECT_EQ(finished.out, "");

@@ -5,6 +5,7 @@
 #include <set>
 #include <sstream>
 
+#include "tool/support/places.hpp"
 #include "tool/support/process.hpp"
 #include "tool/support/scratch_folder.hpp"
 
@@ -22,7 +23,7 @@ std::vector<std::string> lines_of(const std::string& text) {
 }
 
 std::string help(const std::vector<std::string>& command) {
-  std::vector<std::string> words = {BISEAM_TOOL};
+  std::vector<std::string> words = {kTool};
   words.insert(words.end(), command.begin(), command.end());
   words.push_back("--help");
   const Finished finished = run(words);
@@ -106,7 +107,7 @@ Names differences(const Options& help, const Options& page) {
 }
 
 std::string page_text() {
-  const std::string text = read_bytes(BISEAM_SOURCE_FOLDER "/docs/biseam.1");
+  const std::string text = read_bytes(std::string(kSourceFolder) + "/docs/biseam.1");
   EXPECT_FALSE(text.empty());
   return text;
 }

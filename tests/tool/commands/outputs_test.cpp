@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "picture/write_picture.hpp"
+#include "tool/support/places.hpp"
 #include "tool/support/process.hpp"
 #include "tool/support/scratch_folder.hpp"
 
@@ -13,6 +14,7 @@ namespace biseam::tool {
 namespace {
 
 using test::Finished;
+using test::kTool;
 using test::read_bytes;
 using test::write_bytes;
 
@@ -26,13 +28,13 @@ class Outputs : public testing::Test {
   }
 
   static Finished tool(std::vector<std::string> words) {
-    words.insert(words.begin(), BISEAM_TOOL);
+    words.insert(words.begin(), kTool);
     return test::run(std::move(words));
   }
 
   // redirection: as the shell writes it.
   static Finished tool(std::vector<std::string> words, const std::string& redirection) {
-    words.insert(words.begin(), {"/bin/sh", "-c", "exec \"$@\" " + redirection, "sh", BISEAM_TOOL});
+    words.insert(words.begin(), {"/bin/sh", "-c", "exec \"$@\" " + redirection, "sh", kTool});
     return test::run(std::move(words));
   }
 

@@ -1,13 +1,14 @@
 // What the tool says to a command line that it can't understand.
 #include <gtest/gtest.h>
 
+#include "tool/support/places.hpp"
 #include "tool/support/process.hpp"
 
 namespace biseam::test {
 namespace {
 
 std::string said(std::vector<std::string> words) {
-  words.insert(words.begin(), BISEAM_TOOL);
+  words.insert(words.begin(), kTool);
   const Finished finished = run(words);
   EXPECT_EQ(finished.exit_code, 2);
   EXPECT_EQ(finished.out, "");
@@ -62,7 +63,7 @@ TEST(Usage, NamesOfChoicesAreTold) {
 }
 
 TEST(Usage, TheVersionIsPrinted) {
-  const Finished finished = run({BISEAM_TOOL, "--version"});
+  const Finished finished = run({kTool, "--version"});
   EXPECT_EQ(finished.exit_code, 0);
   EXPECT_EQ(finished.out, "biseam " BISEAM_VERSION "\n");
 }

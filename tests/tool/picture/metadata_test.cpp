@@ -15,6 +15,7 @@ extern "C" {
 #include "picture/read_picture.hpp"
 #include "picture/write_picture.hpp"
 #include "tool/support/nv12_picture.hpp"
+#include "tool/support/places.hpp"
 #include "tool/support/process.hpp"
 #include "tool/support/scratch_folder.hpp"
 
@@ -22,6 +23,8 @@ namespace biseam::tool {
 namespace {
 
 using test::Finished;
+using test::kSourceFolder;
+using test::kTool;
 using test::read_bytes;
 
 constexpr int kWidth = 128;
@@ -96,7 +99,7 @@ class MetadataOf : public testing::TestWithParam<const char*> {
   }
 
   static Finished stitch(std::vector<std::string> arguments, const std::string& input = "") {
-    arguments.insert(arguments.begin(), {BISEAM_TOOL, "stitch", "--width", std::to_string(kWidth), "--no-search"});
+    arguments.insert(arguments.begin(), {kTool, "stitch", "--width", std::to_string(kWidth), "--no-search"});
     const Finished finished = test::run(std::move(arguments), input);
     EXPECT_EQ(finished.exit_code, 0) << finished.err;
     return finished;
@@ -249,7 +252,7 @@ TEST(Metadata, SenselessOrientationsCountAsNone) {
 
 // A real camera's maker notes, and everything else it writes.
 TEST(Metadata, OfARealCameraIsKept) {
-  const std::string samples = BISEAM_SOURCE_FOLDER "/../shared/samples/";
+  const std::string samples = std::string(kSourceFolder) + "/../shared/samples/";
   const std::string lens0 = samples + "volcano_lens0_3104x3000.jpg", lens1 = samples + "volcano_lens1_3104x3000.jpg";
   if (!std::filesystem::exists(lens0)) GTEST_SKIP() << "no sample pictures beside the project: " << lens0;
   const test::ScratchFolder folder;
@@ -257,7 +260,7 @@ TEST(Metadata, OfARealCameraIsKept) {
   ASSERT_GT(before->exifData().count(), 20);
   for (const char* name : {"out.jpg", "out.png"}) {
     const Finished finished =
-        test::run({BISEAM_TOOL, "stitch", lens0, lens1, "--fov", "195", "--width", "480", "--no-search", "-o", folder / name});
+        test::run({kTool, "stitch", lens0, lens1, "--fov", "195", "--width", "480", "--no-search", "-o", folder / name});
     ASSERT_EQ(finished.exit_code, 0) << finished.err;
     const auto after = open(folder / name);
     EXPECT_EQ(exif(*after, "Exif.Image.Orientation"), exif(*before, "Exif.Image.Orientation") == "none" ? "none" : "1");

@@ -7,6 +7,7 @@
 #include "picture/read_picture.hpp"
 #include "tool/support/clip_probe.hpp"
 #include "tool/support/nv12_picture.hpp"
+#include "tool/support/places.hpp"
 #include "tool/support/process.hpp"
 #include "tool/support/scratch_folder.hpp"
 #include "tool/support/started.hpp"
@@ -19,7 +20,7 @@ using namespace test;
 const std::vector<std::string> kStems = {"truth", "fisheye0", "fisheye1", "side_by_side"};
 
 Finished make_scene(const std::string& folder, const std::vector<std::string>& more) {
-  std::vector<std::string> words = {BISEAM_TOOL, "scene", "-o", folder, "--width", "160", "--fisheye-size", "96"};
+  std::vector<std::string> words = {kTool, "scene", "-o", folder, "--width", "160", "--fisheye-size", "96"};
   words.insert(words.end(), more.begin(), more.end());
   return run(words);
 }
@@ -84,9 +85,9 @@ TEST(SceneClips, ShowThingsThatMoveTheSameWayEveryTime) {
 
 TEST(SceneClips, StitchedComeNearTheTruthInEveryFrame) {
   const ScratchFolder folder;
-  run({BISEAM_TOOL, "scene", "-o", folder / "s", "--width", "512", "--fisheye-size", "288", "--frames", "3"});
-  const Finished stitched = run({BISEAM_TOOL, "stitch", folder / "s/side_by_side.mp4", "--camera", folder / "s/camera.toml",
-                                 "-o", folder / "p.mkv", "--crf", "0"});
+  run({kTool, "scene", "-o", folder / "s", "--width", "512", "--fisheye-size", "288", "--frames", "3"});
+  const Finished stitched = run({kTool, "stitch", folder / "s/side_by_side.mp4", "--camera", folder / "s/camera.toml", "-o",
+                                 folder / "p.mkv", "--crf", "0"});
   EXPECT_EQ(stitched.exit_code, 0) << stitched.err;
   const std::vector<Nv12> truth = pictures_of(folder / "s/truth.mp4"), panoramas = pictures_of(folder / "p.mkv");
   ASSERT_EQ(panoramas.size(), 3u);
@@ -134,8 +135,7 @@ TEST(SceneClips, LeaveNothingWhereTheyCantBeWritten) {
 
 TEST(SceneClips, LeaveNothingWhenInterrupted) {
   const ScratchFolder folder;
-  Started scene(
-      {BISEAM_TOOL, "scene", "-o", folder.path().string(), "--width", "160", "--fisheye-size", "96", "--frames", "100000"});
+  Started scene({kTool, "scene", "-o", folder.path().string(), "--width", "160", "--fisheye-size", "96", "--frames", "100000"});
   scene.wait_for_bytes_in(folder.path());
   scene.signal(SIGINT);
   const Finished finished = scene.finish();

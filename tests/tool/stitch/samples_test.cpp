@@ -6,6 +6,7 @@
 
 #include "picture/read_picture.hpp"
 #include "tool/support/nv12_picture.hpp"
+#include "tool/support/places.hpp"
 #include "tool/support/process.hpp"
 #include "tool/support/scratch_folder.hpp"
 
@@ -31,15 +32,16 @@ double jump(const Nv12& panorama, int column) {
 }
 
 void expect_whole_panorama(std::vector<std::string> names, const std::string& profile) {
-  std::vector<std::string> arguments = {BISEAM_TOOL, "stitch"};
+  std::vector<std::string> arguments = {test::kTool, "stitch"};
   for (const std::string& name : names) {
-    const std::string path = std::string(BISEAM_SOURCE_FOLDER "/../shared/samples/") + name;
+    const std::string path = std::string(test::kSourceFolder) + "/../shared/samples/" + name;
     if (!std::filesystem::exists(path)) GTEST_SKIP() << "no sample pictures beside the project: " << name;
     arguments.push_back(path);
   }
   const test::ScratchFolder folder;
-  const std::vector<std::string> rest = {
-      "--camera", BISEAM_SOURCE_FOLDER "/profiles/" + profile, "--width", std::to_string(kWidth), "-o", folder / "out.png"};
+  const std::vector<std::string> rest = {"--camera", std::string(test::kSourceFolder) + "/profiles/" + profile,
+                                         "--width",  std::to_string(kWidth),
+                                         "-o",       folder / "out.png"};
   arguments.insert(arguments.end(), rest.begin(), rest.end());
   const test::Finished finished = test::run(arguments);
   ASSERT_EQ(finished.exit_code, 0) << finished.err;
@@ -70,9 +72,9 @@ TEST(Samples, FittedCirclesAreEnoughToBeginWith) {
   };
   const test::ScratchFolder folder;
   for (const Camera& camera : cameras) {
-    std::vector<std::string> arguments = {BISEAM_TOOL, "stitch"};
+    std::vector<std::string> arguments = {test::kTool, "stitch"};
     for (const std::string& name : camera.names) {
-      arguments.push_back(std::string(BISEAM_SOURCE_FOLDER "/../shared/samples/") + name);
+      arguments.push_back(std::string(test::kSourceFolder) + "/../shared/samples/" + name);
       if (!std::filesystem::exists(arguments.back())) GTEST_SKIP() << "no sample pictures beside the project: " << name;
     }
     arguments.insert(arguments.end(), camera.options.begin(), camera.options.end());

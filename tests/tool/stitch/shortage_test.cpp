@@ -9,6 +9,7 @@
 #include "base/sanitized.hpp"
 #include "picture/encode.hpp"
 #include "tool/support/clip_maker.hpp"
+#include "tool/support/places.hpp"
 #include "tool/support/run_clip.hpp"
 #include "tool/support/scratch_folder.hpp"
 
@@ -43,7 +44,7 @@ class FailingRun {
   Finished run(const std::string& kind, int number) {
     return test::run(with(
         {"/usr/bin/timeout", "60", "/usr/bin/env", "LD_PRELOAD=" BISEAM_FAILING_CALLS, "COUNTED_CALLS=" + (folder_ / "calls"),
-         kind + "=" + std::to_string(number), BISEAM_TOOL, "stitch", input_, "-o", output_, "--no-search"},
+         kind + "=" + std::to_string(number), kTool, "stitch", input_, "-o", output_, "--no-search"},
         known_lenses()));
   }
 

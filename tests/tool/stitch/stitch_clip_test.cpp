@@ -6,6 +6,7 @@
 
 #include "tool/support/clip_maker.hpp"
 #include "tool/support/clip_probe.hpp"
+#include "tool/support/places.hpp"
 #include "tool/support/run_clip.hpp"
 #include "tool/support/scratch_folder.hpp"
 #include "tool/support/started.hpp"
@@ -59,7 +60,7 @@ TEST(StitchClip, AFileThatMayNotGrowLeavesNothing) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", related_pictures(), walk(kFrames));
   for (const std::string name : {"out.mp4", "out.mov", "out.mkv", "out.y4m"}) {
-    const Finished finished = run(with({"/usr/bin/prlimit", "--fsize=65536", BISEAM_TOOL, "stitch", folder / "in.mp4", "-o",
+    const Finished finished = run(with({"/usr/bin/prlimit", "--fsize=65536", kTool, "stitch", folder / "in.mp4", "-o",
                                         folder / name, "--drop-streams", "--crf", "0"},
                                        known_lenses()));
     expect_refusal(finished, 4, name + ": can't be written: File too large");
@@ -70,7 +71,7 @@ TEST(StitchClip, AFileThatMayNotGrowLeavesNothing) {
 TEST(StitchClip, AFullDeviceIsTold) {
   const ScratchFolder folder;
   write_clip(folder / "in.mkv", {}, walk(2));
-  const Finished finished = run(with({BISEAM_TOOL, "stitch", folder / "in.mkv", "-o", "-"}, known_lenses()), "", "/dev/full");
+  const Finished finished = run(with({kTool, "stitch", folder / "in.mkv", "-o", "-"}, known_lenses()), "", "/dev/full");
   expect_refusal(finished, 4, "standard output: can't be written: No space left on device");
 }
 
@@ -78,7 +79,7 @@ TEST(StitchClip, AFullDeviceIsTold) {
 std::string endless_frames() { return raw_bytes(walk(1)); }
 
 std::vector<std::string> frames_from_pipe(const std::string& output) {
-  return with({BISEAM_TOOL, "stitch", "-", "--size", "240x120", "--rate", "25", "-o", output, "--preset", "ultrafast"},
+  return with({kTool, "stitch", "-", "--size", "240x120", "--rate", "25", "-o", output, "--preset", "ultrafast"},
               known_lenses());
 }
 

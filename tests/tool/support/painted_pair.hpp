@@ -7,6 +7,7 @@
 
 #include "picture/encode.hpp"
 #include "tool/support/nv12_picture.hpp"
+#include "tool/support/places.hpp"
 #include "tool/support/process.hpp"
 #include "tool/support/scratch_folder.hpp"
 #include "tool/support/sphere.hpp"
@@ -20,7 +21,7 @@ inline Finished stitch(std::vector<std::string> arguments, const std::string& in
   if (std::find(arguments.begin(), arguments.end(), "--camera") == arguments.end()) {
     arguments.insert(arguments.begin(), {"--camera", "none"});
   }
-  arguments.insert(arguments.begin(), {BISEAM_TOOL, "stitch"});
+  arguments.insert(arguments.begin(), {kTool, "stitch"});
   return run(std::move(arguments), input, out_path);
 }
 

@@ -8,6 +8,7 @@
 
 #include "picture/encode.hpp"
 #include "scene/film.hpp"
+#include "tool/support/places.hpp"
 #include "tool/support/process.hpp"
 #include "tool/support/sphere.hpp"
 
@@ -74,7 +75,7 @@ inline std::vector<std::string> with(std::vector<std::string> words, const std::
 }
 
 inline Finished run_stitch(const std::vector<std::string>& arguments, const std::string& input = "") {
-  return run(with({BISEAM_TOOL, "stitch"}, arguments), input);
+  return run(with({kTool, "stitch"}, arguments), input);
 }
 
 // Each pair stitched as a picture by itself.

@@ -6,13 +6,14 @@
 #include <string>
 #include <vector>
 
+#include "tool/support/places.hpp"
 #include "tool/support/process.hpp"
 #include "tool/support/scratch_folder.hpp"
 
 namespace biseam::test {
 
 inline Finished run_tag(std::vector<std::string> arguments) {
-  arguments.insert(arguments.begin(), {BISEAM_TOOL, "tag"});
+  arguments.insert(arguments.begin(), {kTool, "tag"});
   return run(std::move(arguments));
 }
 

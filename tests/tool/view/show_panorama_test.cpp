@@ -3,6 +3,7 @@
 
 #include <filesystem>
 
+#include "tool/support/places.hpp"
 #include "tool/support/process.hpp"
 #include "tool/support/started.hpp"
 #include "tool/view/run_view.hpp"
@@ -28,7 +29,7 @@ TEST(ShowPanorama, WritesTheSamePageToStandardOutput) {
   const ScratchFolder folder;
   const std::string panorama = make_panorama(folder);
   run_tool({"view", panorama, "-o", folder / "a.html"});
-  const Finished finished = run({BISEAM_TOOL, "view", panorama, "-o", "-"});
+  const Finished finished = run({kTool, "view", panorama, "-o", "-"});
   EXPECT_EQ(finished.exit_code, 0);
   EXPECT_TRUE(finished.out == read_bytes(folder / "a.html"));
 }
@@ -38,7 +39,7 @@ TEST(ShowPanorama, ASignalLeavesNothingOfThePage) {
   for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
     const ScratchFolder folder;
     std::filesystem::resize_file(make_panorama(folder), 300 << 20);
-    Started started({BISEAM_TOOL, "view", folder / "panorama.png", "-o", folder / "a.html"});
+    Started started({kTool, "view", folder / "panorama.png", "-o", folder / "a.html"});
     for (int tries = 0; tries < 3000 && folder.names().size() < 2; ++tries) {
       std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
@@ -65,7 +66,7 @@ TEST(ShowPanorama, APageThatCanNotBeWrittenLeavesNothing) {
   expect_refusal({"view", panorama, "-o", folder / "none/a.html"}, 4, "a.html: can't be created");
   std::filesystem::create_directory(folder / "b.html");
   expect_refusal({"view", panorama, "-o", folder / "b.html"}, 4, "b.html: is a folder");
-  const Finished full = run({BISEAM_TOOL, "view", panorama, "-o", "-"}, "", "/dev/full");
+  const Finished full = run({kTool, "view", panorama, "-o", "-"}, "", "/dev/full");
   EXPECT_EQ(full.exit_code, 4);
   EXPECT_NE(full.err.find("can't be written"), full.err.npos) << full.err;
   EXPECT_EQ(folder.names(), (std::vector<std::string>{"b.html", "panorama.png"}));

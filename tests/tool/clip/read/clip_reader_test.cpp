@@ -7,6 +7,7 @@
 #include "tool/support/by_library.hpp"
 #include "tool/support/clip_maker.hpp"
 #include "tool/support/clip_probe.hpp"
+#include "tool/support/places.hpp"
 #include "tool/support/run_clip.hpp"
 #include "tool/support/scratch_folder.hpp"
 
@@ -186,7 +187,7 @@ TEST(ClipReader, AnUnreadableFileIsNamed) {
   write_clip(folder / "in.mp4", related_pictures(), walk(2));
   std::filesystem::permissions(folder / "in.mp4", std::filesystem::perms::none);
   std::filesystem::permissions(folder.path(), std::filesystem::perms::all);
-  std::filesystem::copy(BISEAM_TOOL, folder / "tool");  // where any user can run it
+  std::filesystem::copy(kTool, folder / "tool");  // where any user can run it
   std::vector<std::string> command = {folder / "tool", "stitch", folder / "in.mp4", "-o", folder / "out.mp4"};
   if (geteuid() == 0) command = with({"/usr/bin/setpriv", "--reuid=65534", "--clear-groups"}, command);
   expect_refusal(run(command), 3, "in.mp4: can't be opened: Permission denied");

@@ -4,6 +4,7 @@
 #include <csignal>
 
 #include "tool/support/clip_probe.hpp"
+#include "tool/support/places.hpp"
 #include "tool/support/run_clip.hpp"
 #include "tool/support/scratch_folder.hpp"
 #include "tool/support/started.hpp"
@@ -44,7 +45,7 @@ std::string wait_for_bytes(const ScratchFolder& folder, std::uintmax_t bytes) {
 
 // The name of what is left by a run that is killed while it waits for more frames.
 std::string kill_run(const ScratchFolder& folder, const std::string& output, std::uintmax_t bytes) {
-  Started started(with({BISEAM_TOOL, "stitch", "-", "-o", folder / output, "--preset", "ultrafast"}, known_lenses()));
+  Started started(with({kTool, "stitch", "-", "-o", folder / output, "--preset", "ultrafast"}, known_lenses()));
   started.send(y4m_frames(kFrames));
   const std::string left = wait_for_bytes(folder, bytes);
   started.signal(SIGKILL);
