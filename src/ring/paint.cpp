@@ -108,6 +108,7 @@ void prepare_light(const Painting& painting, const BlockPlan& plan, int lens, co
 
 // Undoes what the lens did to the light of a row of fine samples.
 void undo_light(const Painting& painting, int lens, const PlaneBlock& samples, int row, PaintMemory& memory) noexcept {
+  int16_t* const fine = memory.fine[lens][row % kSharedRows];
   const Light& light = painting.lights[lens];
   if (!light.any) return;
   const int channels = channels_of(samples), *const channel = samples.format->channels;
@@ -117,10 +118,10 @@ void undo_light(const Painting& painting, int lens, const PlaneBlock& samples, i
   } else {
     row_of_band(bands[0], row, memory.factors, samples.columns);
   }
-  kLightRow.best()(memory.fine[lens], memory.factors, light.pivot[channel[0]], channels * samples.columns);
+  kLightRow.best()(fine, memory.factors, light.pivot[channel[0]], channels * samples.columns);
   if (light.tint[channel[0]] == 0 && light.tint[channel[1]] == 0) return;
-  const Tint tint{memory.luma, light.pivot[0], {light.tint[channel[0]], light.tint[channel[1]]}};
-  kTintRow.best()(memory.fine[lens], tint, channels, samples.columns);
+  const Tint tint{memory.luma[row % kSharedRows], light.pivot[0], {light.tint[channel[0]], light.tint[channel[1]]}};
+  kTintRow.best()(fine, tint, channels, samples.columns);
 }
 
 bool changes_light(const Painting& painting, int lens) noexcept {
@@ -136,14 +137,16 @@ void prepare_lights(const Painting& painting, const BlockPlan& plan, int lens, c
                 channels_of(samples) == 2, memory.match[lens]);
 }
 
-void change_light(const Painting& painting, const Block& block, int lens, const PlaneBlock& samples, int row,
+void change_light(const Painting& painting, const Block& block, int lens, const PlaneBlock& samples, int first_row, int rows,
                   PaintMemory& memory) noexcept {
   if (!changes_light(painting, lens)) return;
-  if (is_chroma(painting, samples)) find_luma(painting, samples, row, memory.luma);
-  undo_light(painting, lens, samples, row, memory);
+  if (is_chroma(painting, samples)) {
+    for (int i = 0; i < rows; ++i) find_luma(painting, samples, first_row + i, memory.luma[i]);
+  }
+  for (int i = 0; i < rows; ++i) undo_light(painting, lens, samples, first_row + i, memory);
   if (painting.match.nodes == nullptr) return;
-  match_block_row(painting.match, *painting.mesh, block, samples.format->grid, lens, row, memory.luma, memory.fine[lens],
-                  samples.columns, memory.match[lens]);
+  match_block_rows(painting.match, *painting.mesh, block, samples.format->grid, lens, first_row, memory.luma[0],
+                   memory.fine[lens][0], {rows, 2 * kBlockWidth}, samples.columns, memory.match[lens]);
 }
 
 // What a lens gives to a plane's samples in a block.
@@ -174,12 +177,21 @@ void keep_in_ring(const PlaneBlock& samples, int row, int32_t* added, PaintMemor
   kKeepWithin.best()(memory.away, memory.edge.low, memory.edge.high, added, channels * samples.columns);
 }
 
+// Rows that share their light, from first_row on.
+void sample_rows(const Painting& painting, const LensSamples& from, const PlaneBlock& samples, int first_row,
+                 PaintMemory& memory) noexcept {
+  const int rows = std::min(kSharedRows, samples.rows - first_row);
+  for (int i = 0; i < rows; ++i) {
+    const int at = (first_row + i) * kBlockWidth;
+    sample_row(from.job, memory.x[from.lens].values + at, memory.y[from.lens].values + at, memory.fine[from.lens][i],
+               samples.columns);
+  }
+  change_light(painting, *from.block, from.lens, samples, first_row, rows, memory);
+}
+
 void sample_fine(const Painting& painting, const LensSamples& from, const PlaneBlock& samples, int row,
                  PaintMemory& memory) noexcept {
-  const int at = row * kBlockWidth;
-  sample_row(from.job, memory.x[from.lens].values + at, memory.y[from.lens].values + at, memory.fine[from.lens],
-             samples.columns);
-  change_light(painting, *from.block, from.lens, samples, row, memory);
+  if (row % kSharedRows == 0) sample_rows(painting, from, samples, row, memory);
   const AnchorBand* const bands = memory.corrections[from.lens];
   if (channels_of(samples) == 2) {
     row_of_bands(bands[0], bands[1], row, memory.added[from.lens], samples.columns);
@@ -200,27 +212,30 @@ void find_weights(const Painting& painting, const PlaneBlock& samples, int row, 
   kWeighDistances.best()(memory.away, painting.ring.ramp.across, memory.weights, channels * samples.columns);
 }
 
-FineRow fine_row(const PaintMemory& memory, int lens) noexcept { return {memory.fine[lens], memory.added[lens]}; }
+FineRow fine_row(const PaintMemory& memory, int lens, int row) noexcept {
+  return {memory.fine[lens][row % kSharedRows], memory.added[lens]};
+}
 
-void store_row(const Painting& painting, int lens, const PlaneBlock& samples, const PaintMemory& memory,
-               uint8_t* out) noexcept {
+void store_row(const Painting& painting, int lens, const PlaneBlock& samples, int row, const PaintMemory& memory) noexcept {
+  uint8_t* const out = samples.row_of(painting, row);
   const int count = channels_of(samples) * samples.columns;
   if (is_words(samples.format->type)) {
     const Storage storage{painting.panorama.bits, painting.panorama.shift};
-    kStoreWords.best()(fine_row(memory, lens), storage, reinterpret_cast<uint16_t*>(out), count);
+    kStoreWords.best()(fine_row(memory, lens, row), storage, reinterpret_cast<uint16_t*>(out), count);
   } else {
-    kStoreBytes.best()(fine_row(memory, lens), out, count);
+    kStoreBytes.best()(fine_row(memory, lens, row), out, count);
   }
 }
 
-void mix_row(const Painting& painting, const PlaneBlock& samples, const PaintMemory& memory, uint8_t* out) noexcept {
+void mix_row(const Painting& painting, const PlaneBlock& samples, int row, const PaintMemory& memory) noexcept {
+  uint8_t* const out = samples.row_of(painting, row);
   const int count = channels_of(samples) * samples.columns;
   if (is_words(samples.format->type)) {
     const Storage storage{painting.panorama.bits, painting.panorama.shift};
-    kMixWords.best()(fine_row(memory, 0), fine_row(memory, 1), memory.weights, storage, reinterpret_cast<uint16_t*>(out),
-                     count);
+    kMixWords.best()(fine_row(memory, 0, row), fine_row(memory, 1, row), memory.weights, storage,
+                     reinterpret_cast<uint16_t*>(out), count);
   } else {
-    kMixBytes.best()(fine_row(memory, 0), fine_row(memory, 1), memory.weights, out, count);
+    kMixBytes.best()(fine_row(memory, 0, row), fine_row(memory, 1, row), memory.weights, out, count);
   }
 }
 
@@ -229,7 +244,7 @@ void paint_corrected(const Painting& painting, const BlockPlan& plan, int lens, 
   const LensSamples from = prepare_lens(painting, plan, lens, samples, memory);
   for (int row = 0; row < samples.rows; ++row) {
     sample_fine(painting, from, samples, row, memory);
-    store_row(painting, lens, samples, memory, samples.row_of(painting, row));
+    store_row(painting, lens, samples, row, memory);
   }
 }
 
@@ -240,25 +255,23 @@ void paint_mixed(const Painting& painting, const BlockPlan& plan, const PlaneBlo
     sample_fine(painting, from0, samples, row, memory);
     sample_fine(painting, from1, samples, row, memory);
     find_weights(painting, samples, row, memory);
-    mix_row(painting, samples, memory, samples.row_of(painting, row));
+    mix_row(painting, samples, row, memory);
   }
 }
 
 // Of a lens whose light has to be changed.
 void paint_lit(const Painting& painting, const BlockPlan& plan, int lens, const PlaneBlock& samples,
                PaintMemory& memory) noexcept {
-  const SampleJob job = job_of(painting, plan, lens, samples.plane, SampleOutput::fine);
+  const LensSamples from{job_of(painting, plan, lens, samples.plane, SampleOutput::fine), &plan.block, lens};
   prepare_lights(painting, plan, lens, samples, memory);
   std::fill_n(memory.added[lens], 2 * kBlockWidth, 0);
   for (int row = 0; row < samples.rows; ++row) {
-    const int at = row * kBlockWidth;
-    sample_row(job, memory.x[lens].values + at, memory.y[lens].values + at, memory.fine[lens], samples.columns);
-    change_light(painting, plan.block, lens, samples, row, memory);
-    uint8_t* const out = samples.row_of(painting, row);
+    if (row % kSharedRows == 0) sample_rows(painting, from, samples, row, memory);
     if (is_words(samples.format->type)) {
-      store_row(painting, lens, samples, memory, out);
+      store_row(painting, lens, samples, row, memory);
     } else {
-      kStoreFineBytes.best()(memory.fine[lens], out, channels_of(samples) * samples.columns);
+      kStoreFineBytes.best()(memory.fine[lens][row % kSharedRows], samples.row_of(painting, row),
+                             channels_of(samples) * samples.columns);
     }
   }
 }

@@ -46,13 +46,13 @@ struct PaintMemory {
   AnchorBand distances, across;
   AnchorBand corrections[2][2], light[2][2];  // of either lens, by the channels of a plane
   MatchBlock match[2];
-  // Of one row: a pair takes two places.
-  alignas(64) int16_t fine[2][2 * kBlockWidth];
+  // Of rows that share their light.  Of a row a pair takes two places.
+  alignas(64) int16_t fine[2][kSharedRows][2 * kBlockWidth];
+  alignas(64) int16_t luma[kSharedRows][kBlockWidth];
   alignas(64) int32_t added[2][2 * kBlockWidth];
   alignas(64) int32_t away[2 * kBlockWidth];
   alignas(64) int16_t weights[2 * kBlockWidth];
   alignas(64) int32_t factors[2 * kBlockWidth];
-  alignas(64) int16_t luma[kBlockWidth];
 };
 
 // A block that one lens covers alone.

@@ -8,9 +8,6 @@ namespace biseam::ring {
 
 namespace {
 
-// Light changes so little from row to row that some share what lies between them.
-constexpr int kSharedRows = 4;
-
 void hold(int16_t* samples, int count) noexcept {
   for (int i = 0; i < count; ++i) samples[i] = std::clamp(samples[i], int16_t{0}, static_cast<int16_t>(kMaxFine));
 }
@@ -44,22 +41,24 @@ void match_strips(const LightMatch& match, const StripPlan& plan, const StripVie
   MatchRows rows;
   for (int lens = 0; lens < 2; ++lens) {
     int16_t* const* const planes = views.strips[lens];
-    for (int t = first_row; t < end_row; ++t) {
+    for (int t = first_row; t < end_row; t += kSharedRows) {
       const ptrdiff_t at = ptrdiff_t{t} * shape.width;
-      if ((t - first_row) % kSharedRows == 0) match_strip_row(match.field, shape, lens, t + kSharedRows / 2, rows);
+      const SharedRows shared{std::min(kSharedRows, end_row - t), shape.width};
+      match_strip_row(match.field, shape, lens, t + kSharedRows / 2, rows);
       for (int plane = 0; plane < plan.config.planes; ++plane) {
         int16_t* const samples = planes[plane] + at;
         if (plane == 0 || match.tone.rgb) {
-          kMatchRow.best()(samples, rows.values[plane], match.tone, shape.width);
+          kMatchRows.best()(samples, shared, rows.values[plane], match.tone, shape.width);
         } else {
           const MatchChroma chroma{{rows.values[plane], nullptr},
                                    {rows.values[first_tint + plane - 1], nullptr},
                                    planes[0] + at,
+                                   shape.width,
                                    match.tone.black,
                                    match.tone.white};
-          kMatchChromaRow.best()(samples, chroma, 1, shape.width);
+          kMatchChromaRows.best()(samples, shared, chroma, 1, shape.width);
         }
-        hold(samples, shape.width);
+        hold(samples, shared.count * shape.width);
       }
     }
   }

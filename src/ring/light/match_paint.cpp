@@ -6,8 +6,6 @@ namespace biseam::ring {
 
 namespace {
 
-constexpr int kSharedRows = 4;
-
 // Where a run of samples begins among nodes.
 struct Start {
   int node, past;  // half pixels
@@ -59,25 +57,25 @@ void prepare_match(const MatchedLight& light, const Mesh& mesh, const Block& blo
   }
 }
 
-void match_block_row(const MatchedLight& light, const Mesh& mesh, const Block& block, const PlaneGrid& grid, int lens, int row,
-                     const int16_t* luma, int16_t* samples, int count, MatchBlock& made) noexcept {
-  // Light changes so little from row to row that some share what lies between them.
-  if (!made.flat && row % kSharedRows == 0) {
+void match_block_rows(const MatchedLight& light, const Mesh& mesh, const Block& block, const PlaneGrid& grid, int lens,
+                      int first_row, const int16_t* luma, int16_t* samples, SharedRows rows, int count,
+                      MatchBlock& made) noexcept {
+  if (!made.flat) {
     const int bits = mesh.shape.spacing_bits;
     const Start across = start_of(block.x, grid.half_x, bits),
-                down = start_of(block.y + ((row + kSharedRows / 2) << grid.bits_y), grid.half_y, bits);
+                down = start_of(block.y + ((first_row + kSharedRows / 2) << grid.bits_y), grid.half_y, bits);
     const ptrdiff_t first = index_of(mesh.shape, across.node, down.node);
     for (int v = 0; v < values_in_use(made); ++v) {
       if (v % 2 == 1 && made.channels == 1) continue;
       const int16_t* const upper = light.nodes->values[lens][made.values[v]] + first;
-      kSpreadNodes.best()({upper, upper + mesh.shape.columns, down.past, bits, across.past, 2 << grid.bits_x}, made.rows[v],
+      kSpreadNodes.best()({upper, upper + mesh.shape.columns, down.past, bits, across.past, 1 + grid.bits_x}, made.rows[v],
                           count);
     }
   }
-  if (made.values[2] < 0) return kMatchRow.best()(samples, made.rows[0], light.tone, count);
+  if (made.values[2] < 0) return kMatchRows.best()(samples, rows, made.rows[0], light.tone, count);
   const MatchChroma chroma{
-      {made.rows[0], made.rows[1]}, {made.rows[2], made.rows[3]}, luma, light.tone.black, light.tone.white};
-  kMatchChromaRow.best()(samples, chroma, made.channels, count);
+      {made.rows[0], made.rows[1]}, {made.rows[2], made.rows[3]}, luma, kBlockWidth, light.tone.black, light.tone.white};
+  kMatchChromaRows.best()(samples, rows, chroma, made.channels, count);
 }
 
 }  // namespace biseam::ring

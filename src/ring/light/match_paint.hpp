@@ -25,9 +25,10 @@ struct MatchBlock {
 void prepare_match(const MatchedLight& light, const Mesh& mesh, const Block& block, const PlaneGrid& grid, int lens,
                    const int (&channels)[2], bool pairs, MatchBlock& made) noexcept;
 
-// A row of fine samples, in place; rows come in order from 0 on.  luma: for chroma only, as it is shown at the same places,
-// fine.
-void match_block_row(const MatchedLight& light, const Mesh& mesh, const Block& block, const PlaneGrid& grid, int lens, int row,
-                     const int16_t* luma, int16_t* samples, int count, MatchBlock& made) noexcept;
+// Rows of fine samples from first_row on, in place.  luma: for chroma only, as it is shown at the same places, fine, in rows
+// kBlockWidth apart.  count: samples of each channel in a row.
+void match_block_rows(const MatchedLight& light, const Mesh& mesh, const Block& block, const PlaneGrid& grid, int lens,
+                      int first_row, const int16_t* luma, int16_t* samples, SharedRows rows, int count,
+                      MatchBlock& made) noexcept;
 
 }  // namespace biseam::ring

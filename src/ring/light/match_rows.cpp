@@ -38,50 +38,55 @@ BISEAM_LOOP int16_t matched_luma(int16_t given, int16_t factor, int16_t black, i
   return more >= 0 ? up : down;
 }
 
-BISEAM_LOOP void match_row(int16_t* samples, const int16_t* factors, const Tone& tone, int count) noexcept {
+BISEAM_LOOP void match_rows(int16_t* samples, SharedRows rows, const int16_t* factors, const Tone& tone, int count) noexcept {
   const int16_t black = static_cast<int16_t>(tone.black), white = static_cast<int16_t>(tone.white);
   const int16_t pivot = static_cast<int16_t>(tone.pivot);
-  BISEAM_TURNS_APART
-  for (ptrdiff_t i = 0; i < count; ++i) samples[i] = matched_luma(samples[i], factors[i], black, white, pivot);
+  for (const int16_t* const end = samples + rows.count * rows.stride; samples != end; samples += rows.stride) {
+    BISEAM_TURNS_APART
+    for (ptrdiff_t i = 0; i < count; ++i) samples[i] = matched_luma(samples[i], factors[i], black, white, pivot);
+  }
 }
 
-BISEAM_LOOP int16_t matched(int32_t sample, int32_t factor, int32_t share, int32_t luma, const MatchChroma& rows) {
+BISEAM_LOOP int16_t matched(int32_t sample, int32_t factor, int32_t share, int32_t luma, const MatchChroma& shared) {
   constexpr int32_t kMiddle = 1 << (kFineBits - 1), kFallsBy = 4, kHalf = kLightOne / 2;
-  const int32_t within = greater(0, lesser(luma - rows.black, kFallsBy * (rows.white - luma)));
+  const int32_t within = greater(0, lesser(luma - shared.black, kFallsBy * (shared.white - luma)));
   const int32_t tint = (within * share + kHalf) >> kLightBits, lit = ((sample - kMiddle) * factor + kHalf) >> kLightBits;
   return static_cast<int16_t>(held_in_16_bits(kMiddle + lit + tint));
 }
 
-BISEAM_LOOP void match_chroma_row(int16_t* samples, const MatchChroma& given, int channels, int count) noexcept {
-  const MatchChroma rows = given;
-  const int16_t *const f0 = rows.factors[0], *const f1 = rows.factors[1], *const s0 = rows.shares[0],
-                       *const s1 = rows.shares[1];
-  const int16_t* const luma = rows.luma;
-  if (channels == 2) {
-    BISEAM_TURNS_APART
-    for (ptrdiff_t i = 0; i < count; ++i) {
-      samples[2 * i] = matched(samples[2 * i], f0[i], s0[i], luma[i], rows);
-      samples[2 * i + 1] = matched(samples[2 * i + 1], f1[i], s1[i], luma[i], rows);
+BISEAM_LOOP void match_chroma_rows(int16_t* samples, SharedRows rows, const MatchChroma& given, int channels,
+                                   int count) noexcept {
+  const MatchChroma shared = given;
+  const int16_t *const f0 = shared.factors[0], *const f1 = shared.factors[1], *const s0 = shared.shares[0],
+                       *const s1 = shared.shares[1];
+  const int16_t* luma = shared.luma;
+  for (int row = 0; row < rows.count; ++row, samples += rows.stride, luma += shared.luma_stride) {
+    if (channels == 2) {
+      BISEAM_TURNS_APART
+      for (ptrdiff_t i = 0; i < count; ++i) {
+        samples[2 * i] = matched(samples[2 * i], f0[i], s0[i], luma[i], shared);
+        samples[2 * i + 1] = matched(samples[2 * i + 1], f1[i], s1[i], luma[i], shared);
+      }
+    } else {
+      BISEAM_TURNS_APART
+      for (ptrdiff_t i = 0; i < count; ++i) samples[i] = matched(samples[i], f0[i], s0[i], luma[i], shared);
     }
-  } else {
-    BISEAM_TURNS_APART
-    for (ptrdiff_t i = 0; i < count; ++i) samples[i] = matched(samples[i], f0[i], s0[i], luma[i], rows);
   }
 }
 
 BISEAM_LOOP void spread_nodes(const NodeRows& rows, int16_t* out, int count) noexcept {
-  const int32_t apart = 1 << rows.bits, half = 1 << (2 * rows.bits) >> 1;
+  const int32_t apart = 1 << rows.bits, half = 1 << (2 * rows.bits) >> 1, step = 1 << rows.step_bits;
   int place = rows.start;
   for (int i = 0; i < count;) {
     const int column = place >> rows.bits;
     const int32_t past = place - (column << rows.bits);
-    const int within = (apart - past + rows.step - 1) / rows.step, end = i + within < count ? i + within : count;
+    const int within = (apart - past + step - 1) >> rows.step_bits, end = i + within < count ? i + within : count;
     const int32_t left = rows.upper[column] * (apart - rows.below) + rows.lower[column] * rows.below;
     const int32_t right = rows.upper[column + 1] * (apart - rows.below) + rows.lower[column + 1] * rows.below;
-    const int32_t first = left * apart + (right - left) * past + half, rise = (right - left) * rows.step;
+    const int32_t first = left * apart + (right - left) * past + half, rise = (right - left) * step;
     BISEAM_TURNS_APART
     for (int k = i; k < end; ++k) out[k] = static_cast<int16_t>((first + rise * (k - i)) >> (2 * rows.bits));
-    place += (end - i) * rows.step;
+    place += (end - i) * step;
     i = end;
   }
 }
@@ -136,8 +141,8 @@ BISEAM_LOOP void luma_means(const LumaRows& rows, int16_t* out, int count) noexc
 
 }  // namespace
 
-constinit const Variants<MatchRow> kMatchRow = loop_versions<match_row, MatchRow>;
-constinit const Variants<MatchChromaRow> kMatchChromaRow = loop_versions<match_chroma_row, MatchChromaRow>;
+constinit const Variants<MatchLumaRows> kMatchRows = loop_versions<match_rows, MatchLumaRows>;
+constinit const Variants<MatchChromaRows> kMatchChromaRows = loop_versions<match_chroma_rows, MatchChromaRows>;
 constinit const Variants<SpreadNodes> kSpreadNodes = loop_versions<spread_nodes, SpreadNodes>;
 constinit const Variants<LumaMeans> kLumaMeans = loop_versions<luma_means, LumaMeans>;
 

@@ -19,7 +19,7 @@ double recorded_by_srgb(double light) { return light <= 0.0031308 ? 12.92 * ligh
 double light_of_srgb(double code) { return code <= 0.04045 ? code / 12.92 : std::pow((code + 0.055) / 1.055, 2.4); }
 
 // Codes of light that is g times as strong, by the transfer curves themselves.
-TEST(MatchRow, MultipliesLinearLight) {
+TEST(MatchRows, MultipliesLinearLight) {
   struct Curve {
     Transfer transfer;
     double (*record)(double);
@@ -35,7 +35,7 @@ TEST(MatchRow, MultipliesLinearLight) {
         const double exact = curve.record(std::exp2(stops) * curve.light(code));
         if (exact > 1 || (stops < 0 && code > 0.8)) continue;  // white has a rule of its own
         int16_t sample = int16_t(std::lround(64 * (16 + 219 * code)));
-        kMatchRow.scalar(&sample, &factor, tone, 1);
+        kMatchRows.scalar(&sample, {1, 1}, &factor, tone, 1);
         // The darkest codes, by a line whose slope is only about the light's: up to 5 % of 8 % of the range.
         ASSERT_NEAR(sample / 64.0, 16 + 219 * exact, code < 0.15 ? 2 : 0.05) << stops << " EV, code " << code;
       }
@@ -43,28 +43,28 @@ TEST(MatchRow, MultipliesLinearLight) {
   }
 }
 
-TEST(MatchRow, KeepsBlackAndWhite) {
+TEST(MatchRows, KeepsBlackAndWhite) {
   const Tone tone = make_tone(Transfer::bt709, false, false);
   for (int16_t factor = kLightOne * 3 / 5; factor <= kMostMatch; factor = int16_t(factor + 101)) {
     int16_t black = 16 << 6, white = 235 << 6, beyond = 250 << 6;
-    kMatchRow.scalar(&black, &factor, tone, 1);
+    kMatchRows.scalar(&black, {1, 1}, &factor, tone, 1);
     EXPECT_EQ(black, 16 << 6) << factor;
     if (factor >= kLightOne) continue;
-    kMatchRow.scalar(&white, &factor, tone, 1);
+    kMatchRows.scalar(&white, {1, 1}, &factor, tone, 1);
     EXPECT_EQ(white, 235 << 6) << factor;
-    kMatchRow.scalar(&beyond, &factor, tone, 1);
+    kMatchRows.scalar(&beyond, {1, 1}, &factor, tone, 1);
     EXPECT_EQ(beyond, 250 << 6) << factor;
   }
 }
 
-TEST(MatchRow, NeverTurnsTheOrderOfCodesRound) {
+TEST(MatchRows, NeverTurnsTheOrderOfCodesRound) {
   for (const Transfer transfer : {Transfer::bt709, Transfer::srgb, Transfer::power, Transfer::log}) {
     const Tone tone = make_tone(transfer, false, false);
     for (int16_t factor = kLightOne * 3 / 5; factor <= kMostMatch; factor = int16_t(factor + 97)) {
       int16_t before = INT16_MIN;
       for (int code = 0; code <= kMaxFine; code += 3) {
         int16_t sample = int16_t(code);
-        kMatchRow.scalar(&sample, &factor, tone, 1);
+        kMatchRows.scalar(&sample, {1, 1}, &factor, tone, 1);
         ASSERT_GE(sample, before) << factor << " at " << code;
         before = sample;
       }
@@ -72,12 +72,12 @@ TEST(MatchRow, NeverTurnsTheOrderOfCodesRound) {
   }
 }
 
-TEST(MatchChromaRow, TintsByLumaButNotWhite) {
+TEST(MatchChromaRows, TintsByLumaButNotWhite) {
   const int16_t factor = kLightOne, share = kLightOne / 16;
   const auto tinted = [&](int luma) {
     int16_t sample = 128 << 6;
     const int16_t fine = int16_t(luma << 6);
-    kMatchChromaRow.scalar(&sample, {{&factor, nullptr}, {&share, nullptr}, &fine, 16 << 6, 235 << 6}, 1, 1);
+    kMatchChromaRows.scalar(&sample, {1, 1}, {{&factor, nullptr}, {&share, nullptr}, &fine, 1, 16 << 6, 235 << 6}, 1, 1);
     return sample - (128 << 6);
   };
   EXPECT_EQ(tinted(16), 0);
@@ -86,6 +86,26 @@ TEST(MatchChromaRow, TintsByLumaButNotWhite) {
   EXPECT_EQ(tinted(225), 40 * 64 / 16);
   EXPECT_EQ(tinted(235), 0);
   EXPECT_EQ(tinted(255), 0);
+}
+
+// What stands between the rows stays as it is.
+TEST(MatchRows, GoFromRowToRow) {
+  const Tone tone = make_tone(Transfer::bt709, false, false);
+  const std::vector<int16_t> factors = {kLightOne * 3 / 4, kLightOne * 5 / 4};
+  std::vector<int16_t> samples, expected;
+  for (int i = 0; i < 9; ++i) samples.push_back(static_cast<int16_t>((40 + 20 * i) << 6));
+  expected = samples;
+  for (int row = 0; row < 3; ++row) kMatchRows.scalar(&expected[std::size_t(3 * row)], {1, 2}, factors.data(), tone, 2);
+  kMatchRows.scalar(samples.data(), {3, 3}, factors.data(), tone, 2);
+  EXPECT_EQ(samples, expected);
+  const std::vector<int16_t> luma = samples;
+  const std::vector<int16_t> shares = {kLightOne / 8, -kLightOne / 16};
+  MatchChroma chroma{{factors.data(), nullptr}, {shares.data(), nullptr}, luma.data(), 4, 16 << 6, 235 << 6};
+  kMatchChromaRows.scalar(samples.data(), {2, 3}, chroma, 1, 2);
+  for (int row = 0; row < 2; ++row, chroma.luma += 4) {
+    kMatchChromaRows.scalar(&expected[std::size_t(3 * row)], {1, 2}, chroma, 1, 2);
+  }
+  EXPECT_EQ(samples, expected);
 }
 
 TEST(LumaMeans, AreOfTheSamplesThatAChromaSampleStandsFor) {
@@ -107,7 +127,8 @@ TEST(LumaMeans, AreOfTheSamplesThatAChromaSampleStandsFor) {
 TEST(SpreadNodes, GoesLinearlyFromNodeToNode) {
   RandomSource random;
   for (int round = 0; round < 300; ++round) {
-    const int bits = random.between(0, 6), apart = 1 << bits, step = 2 << random.between(0, 1), count = random.between(1, 64);
+    const int bits = random.between(0, 6), apart = 1 << bits, step_bits = 1 + random.between(0, 1),
+              count = random.between(1, 64);
     std::vector<int16_t> upper, lower;
     for (int i = 0; i < 64 * 4 + 3; ++i) {
       upper.push_back(int16_t(random.between(-32767, 32767)));
@@ -115,9 +136,9 @@ TEST(SpreadNodes, GoesLinearlyFromNodeToNode) {
     }
     const int below = random.between(0, apart - 1), start = random.between(0, apart - 1);
     int16_t out[64];
-    kSpreadNodes.scalar({upper.data(), lower.data(), below, bits, start, step}, out, count);
+    kSpreadNodes.scalar({upper.data(), lower.data(), below, bits, start, step_bits}, out, count);
     for (int i = 0; i < count; ++i) {
-      const double place = double(start + i * step) / apart, past = place - std::floor(place);
+      const double place = double(start + (i << step_bits)) / apart, past = place - std::floor(place);
       const std::size_t column = std::size_t(place);
       const auto down = [&](std::size_t c) { return upper[c] + (lower[c] - upper[c]) * double(below) / apart; };
       ASSERT_EQ(out[i], std::floor(down(column) * (1 - past) + down(column + 1) * past + 0.5)) << bits << " " << i;
