@@ -56,7 +56,7 @@ TEST(InLens, TurningTellsScaleAndDistortionApart) {
   const Lens before = camera_of(guess, kFrame).lens[0], after = camera_of(values, kFrame).lens[0];
   EXPECT_NEAR(radius(after, after.fov / 2 * kDegree), radius(before, before.fov / 2 * kDegree), 0.01);
 
-  const Estimate whole = estimate(pairs, std::nullopt, in_turn);
+  const Estimate whole = estimate(pairs, Known{values, kFrame, {}}, in_turn);
   EXPECT_GT(whole.tracks, 500u);
   EXPECT_LT(seam_error(camera, whole.camera), 0.5);
   for (int k = 0; k < 2; ++k) EXPECT_LT(straightness(camera, whole.camera, k), 0.5);

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "clip/read/open_clips.hpp"
 #include "picture/frame_over.hpp"
 #include "picture/read_picture.hpp"
 #include "picture/write_picture.hpp"
@@ -61,6 +62,23 @@ TEST(PairReader, TwoClipsAreTheSameAsOne) {
   write_clip(folder / "1.mp4", {}, lens_walk(1, 5));
   expect_success(stitch_two(folder), 5);
   EXPECT_EQ(raw_bytes(ClipProbe(folder / "out.mp4").pictures), expected_walk(5));
+}
+
+// What was read before the start is forgotten, of both clips.
+TEST(PairReader, StartsOverWithBothClips) {
+  const ScratchFolder folder;
+  ClipSpec spec;
+  spec.options["g"] = "10";
+  std::vector<Nv12> pictures(200, Nv12(64, 64));
+  for (std::size_t i = 0; i < pictures.size(); ++i) std::fill(pictures[i].luma.begin(), pictures[i].luma.end(), 20 + i);
+  for (const char* name : {"0.mkv", "1.mkv"}) write_clip(folder / name, spec, pictures);
+  ClipFiles files{{folder / "0.mkv", folder / "1.mkv"}, {}, std::nullopt};
+  PairReader reader = open_clips(files, open_first(files));
+  for (int i = 0; i < 190; ++i) ASSERT_TRUE(reader.next());
+  reader.start_at(6 * AV_TIME_BASE);
+  const std::optional<FramePair> pair = reader.next();
+  ASSERT_TRUE(pair && pair->picture[0] && pair->picture[1]);
+  EXPECT_EQ(pair->picture[0]->data[0][0], pair->picture[1]->data[0][0]);
 }
 
 TEST(PairReader, LensesOneAboveTheOther) {

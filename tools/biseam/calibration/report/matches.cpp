@@ -2,21 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
+#include "calibration/report/formatted.hpp"
 #include "camera/projector.hpp"
 
 namespace biseam::tool {
 namespace {
 
 using calibrate::ExplainedMatch;
-
-template <class... Numbers>
-std::string text(const char* format, Numbers... numbers) {
-  char line[256];
-  std::snprintf(line, sizeof line, format, numbers...);
-  return line;
-}
 
 // A path's piece: from where the lens sees it towards where the other one does.
 std::string line_of(const ExplainedMatch& match, const Projector& projector, int lens) {
@@ -27,7 +20,7 @@ std::string line_of(const ExplainedMatch& match, const Projector& projector, int
   const ImagePoint from = projector.project(calibrate::ring_direction(match.at.t, match.at.b));
   const ImagePoint to = projector.project(calibrate::ring_direction(there.t, there.b));
   const cv::Point2d& at = match.match.at[lens];
-  return text("M%.1f %.1fl%.1f %.1f", at.x, at.y, kStretch * (to.x - from.x), kStretch * (to.y - from.y));
+  return formatted("M%.1f %.1fl%.1f %.1f", at.x, at.y, kStretch * (to.x - from.x), kStretch * (to.y - from.y));
 }
 
 std::string path_of(const std::string& name, const std::string& lines) {
@@ -57,13 +50,13 @@ std::string draw_matches(const calibrate::Finding& finding, int lens) {
     (match.kept ? kept[class_of(match.pixels())] : wrong) += line_of(match, projector, lens);
   }
   // The middle of the first pixel is at (0, 0).
-  std::string drawing = text("<svg viewBox=\"-0.5 -0.5 %d %d\" aria-hidden=\"true\" stroke-width=\"%.2f\">\n", shape.width,
-                             shape.height, shape.width / 480.0);
-  drawing += text("<circle class=\"rim\" cx=\"%.1f\" cy=\"%.1f\" r=\"%.1f\"/>\n", shape.cx, shape.cy,
-                  radius(shape, shape.fov / 2 * kDegree));
+  std::string drawing = formatted("<svg viewBox=\"-0.5 -0.5 %d %d\" aria-hidden=\"true\" stroke-width=\"%.2f\">\n", shape.width,
+                                  shape.height, shape.width / 480.0);
+  drawing += formatted("<circle class=\"rim\" cx=\"%.1f\" cy=\"%.1f\" r=\"%.1f\"/>\n", shape.cx, shape.cy,
+                       radius(shape, shape.fov / 2 * kDegree));
   const double arm = shape.width / 40.0;
-  drawing += text("<path class=\"rim\" d=\"M%.1f %.1fh%.1fM%.1f %.1fv%.1f\"/>\n", shape.cx - arm, shape.cy, 2 * arm, shape.cx,
-                  shape.cy - arm, 2 * arm);
+  drawing += formatted("<path class=\"rim\" d=\"M%.1f %.1fh%.1fM%.1f %.1fv%.1f\"/>\n", shape.cx - arm, shape.cy, 2 * arm,
+                       shape.cx, shape.cy - arm, 2 * arm);
   drawing += path_of("wrong", wrong);
   for (std::size_t i = 0; i < kClasses; ++i) drawing += path_of(class_name(i), kept[i]);
   return drawing + "</svg>\n";

@@ -2,8 +2,8 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 
+#include "calibration/report/formatted.hpp"
 #include "calibration/report/matches.hpp"
 
 namespace biseam::tool {
@@ -11,13 +11,6 @@ namespace {
 
 using calibrate::Finding;
 using calibrate::Octants;
-
-template <class... Numbers>
-std::string text(const char* format, Numbers... numbers) {
-  char line[400];
-  std::snprintf(line, sizeof line, format, numbers...);
-  return line;
-}
 
 // The shortest digits that stand for the number, as in the profile.
 std::string exact(double number) {
@@ -32,7 +25,7 @@ struct Known {
 
 std::string cell(const Known& known) {
   std::string out = "<td><b>" + known.value + "</b>";
-  if (known.deviation >= 0) out += text(" <i>&plusmn;&#8239;%.2g</i>", known.deviation);
+  if (known.deviation >= 0) out += formatted(" <i>&plusmn;&#8239;%.2g</i>", known.deviation);
   return out + "</td>";
 }
 
@@ -40,7 +33,7 @@ std::string row(const std::string& name, const Known& first, const Known& second
   return "<tr><th scope=\"row\">" + name + "</th>" + cell(first) + cell(second) + "</tr>\n";
 }
 
-std::string place_text(double left) { return left < 0 ? "&ndash;" : text("%.2f", left); }
+std::string place_text(double left) { return left < 0 ? "&ndash;" : formatted("%.2f", left); }
 
 }  // namespace
 
@@ -80,13 +73,13 @@ std::string octant_ring(const Octants& octants) {
   for (int i = 0; i < calibrate::kOctants; ++i) {
     const double left = octants[std::size_t(i)];
     const double begin = -kPi + i * kPi / 4 + kGap, end = -kPi + (i + 1) * kPi / 4 - kGap, middle = 0.5 * (begin + end);
-    out += text("<path class=\"%s\" d=\"M%.2f %.2fA%g %g 0 0 1 %.2f %.2fL%.2f %.2fA%g %g 0 0 0 %.2f %.2fz\"/>\n",
-                left < 0 ? "none" : class_name(class_of(left)).c_str(), kOuter * std::cos(begin), kOuter * std::sin(begin),
-                kOuter, kOuter, kOuter * std::cos(end), kOuter * std::sin(end), kInner * std::cos(end), kInner * std::sin(end),
-                kInner, kInner, kInner * std::cos(begin), kInner * std::sin(begin));
+    out += formatted("<path class=\"%s\" d=\"M%.2f %.2fA%g %g 0 0 1 %.2f %.2fL%.2f %.2fA%g %g 0 0 0 %.2f %.2fz\"/>\n",
+                     left < 0 ? "none" : class_name(class_of(left)).c_str(), kOuter * std::cos(begin), kOuter * std::sin(begin),
+                     kOuter, kOuter, kOuter * std::cos(end), kOuter * std::sin(end), kInner * std::cos(end),
+                     kInner * std::sin(end), kInner, kInner, kInner * std::cos(begin), kInner * std::sin(begin));
     const double at = 0.5 * (kInner + kOuter);
-    out += text("<text x=\"%.1f\" y=\"%.1f\">%s</text>\n", at * std::cos(middle), at * std::sin(middle) + 4.5,
-                place_text(left).c_str());
+    out += formatted("<text x=\"%.1f\" y=\"%.1f\">%s</text>\n", at * std::cos(middle), at * std::sin(middle) + 4.5,
+                     place_text(left).c_str());
   }
   return out + "</svg>\n";
 }

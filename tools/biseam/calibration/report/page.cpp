@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <filesystem>
 #include <opencv2/imgproc.hpp>
 
 #include "base/printable.hpp"
+#include "calibration/report/formatted.hpp"
 #include "calibration/report/matches.hpp"
 #include "calibration/report/numbers.hpp"
 #include "calibration/report/seams.hpp"
@@ -21,16 +21,9 @@ namespace {
 
 using calibrate::Finding;
 
-template <class... Numbers>
-std::string text(const char* format, Numbers... numbers) {
-  char line[600];
-  std::snprintf(line, sizeof line, format, numbers...);
-  return line;
-}
-
 std::string picture(const Rgb& samples, const std::string& shown, bool lossless) {
   const std::vector<std::uint8_t> bytes = lossless ? encode_png(samples) : encode_jpeg(samples);
-  return text("<img width=\"%d\" height=\"%d\" alt=\"", samples.width, samples.height) + escape_html(shown) +
+  return formatted("<img width=\"%d\" height=\"%d\" alt=\"", samples.width, samples.height) + escape_html(shown) +
          "\" src=\"data:image/" + (lossless ? "png" : "jpeg") + ";base64," + base64(bytes) + "\">";
 }
 
@@ -66,15 +59,15 @@ std::string facts(const Finding& finding, std::size_t pairs) {
     ++count;
   }
   std::string out = "<dl class=\"facts\">\n";
-  out += fact("Left at the seams", text("%.2f px", std::sqrt(sum / std::max(1.0, count))),
-              text("%.2f px in the worst eighth of the ring; of a panorama 3840 wide", finding.worst()));
-  out += fact("Matches kept", text("%.0f %%", 100 * finding.kept),
-              text("of %zu, in %zu pair%s of pictures", finding.matches.size(), pairs, pairs == 1 ? "" : "s"));
+  out += fact("Left at the seams", formatted("%.2f px", std::sqrt(sum / std::max(1.0, count))),
+              formatted("%.2f px in the worst eighth of the ring; of a panorama 3840 wide", finding.worst()));
+  out += fact("Matches kept", formatted("%.0f %%", 100 * finding.kept),
+              formatted("of %zu, in %zu pair%s of pictures", finding.matches.size(), pairs, pairs == 1 ? "" : "s"));
   if (finding.baseline) {
     constexpr double kUsualHeight = 1500;  // millimetres
-    out +=
-        fact("Distance of the lenses", text("%.2f %%", 100 * finding.baseline->share),
-             text("&plusmn;&#8239;%.2f %% of the distance of the ground or wall that shows it: %.0f mm if that is 1.5 m away",
+    out += fact(
+        "Distance of the lenses", formatted("%.2f %%", 100 * finding.baseline->share),
+        formatted("&plusmn;&#8239;%.2f %% of the distance of the ground or wall that shows it: %.0f mm if that is 1.5 m away",
                   100 * finding.baseline->deviation, kUsualHeight * finding.baseline->share));
   } else {
     out += fact("Distance of the lenses", "none shows", "nothing near enough is displaced");
@@ -94,9 +87,9 @@ std::string seams(const RecordedPair& pair, const Setup& setup) {
   }
   return section(
       "The seams at 100&#8239;%",
-      text("Parts of the panorama of one pair, %d pixels wide as a whole, stitched with the camera that was found. What "
-           "is far runs on without a step; what is near may be displaced, as the lenses see it from two places.",
-           setup.width),
+      formatted("Parts of the panorama of one pair, %d pixels wide as a whole, stitched with the camera that was found. What "
+                "is far runs on without a step; what is near may be displaced, as the lenses see it from two places.",
+                setup.width),
       out + "</div>\n");
 }
 
@@ -141,14 +134,14 @@ std::string key(const Finding& finding) {
   const std::array<std::size_t, kClasses> counts = count_classes(finding);
   const auto item = [](const std::string& name, const std::string& words, std::size_t count) {
     return "<li><svg viewBox=\"0 0 32 10\" aria-hidden=\"true\"><rect class=\"" + name +
-           "\" width=\"32\" height=\"10\" rx=\"5\"/></svg>" + words + text(": %zu", count) + "</li>\n";
+           "\" width=\"32\" height=\"10\" rx=\"5\"/></svg>" + words + formatted(": %zu", count) + "</li>\n";
   };
   std::string out = "<ul class=\"key\">\n";
   std::size_t kept = 0;
   for (std::size_t i = 0; i < kClasses; ++i) {
     const bool last = i == kClassEnds.size();
-    out += item(class_name(i), last ? text("%g px and more", kClassEnds[i - 1]) : text("less than %g px", kClassEnds[i]),
-                counts[i]);
+    out += item(class_name(i),
+                last ? formatted("%g px and more", kClassEnds[i - 1]) : formatted("less than %g px", kClassEnds[i]), counts[i]);
     kept += counts[i];
   }
   return out + item("wrong", "taken for wrong", finding.matches.size() - kept) + "</ul>\n";
@@ -165,10 +158,11 @@ std::string matches(const Finding& finding, const RecordedPair& pair) {
   }
   return section(
       "Matches on both circles",
-      text("Things that both lenses show, of all pairs. Each line leads from where a lens sees one towards where the other "
-           "lens says it is, drawn %d times as long, up to %d pixels of it; what nearness explains is taken out. Pixels are "
-           "those of a panorama 3840 wide.",
-           kStretch, kLongest),
+      formatted(
+          "Things that both lenses show, of all pairs. Each line leads from where a lens sees one towards where the other "
+          "lens says it is, drawn %d times as long, up to %d pixels of it; what nearness explains is taken out. Pixels are "
+          "those of a panorama 3840 wide.",
+          kStretch, kLongest),
       out + "</div>\n");
 }
 
@@ -180,8 +174,8 @@ std::string numbers(const Finding& finding, const std::string& profile) {
 }
 
 std::string file_list(const std::vector<std::string>& files) {
-  std::string out = text("<details><summary>%zu file%s looked at</summary><ul class=\"files\">\n", files.size(),
-                         files.size() == 1 ? "" : "s");
+  std::string out = formatted("<details><summary>%zu file%s looked at</summary><ul class=\"files\">\n", files.size(),
+                              files.size() == 1 ? "" : "s");
   for (const std::string& path : files) out += "<li>" + name_of(path) + "</li>\n";
   return out + "</ul></details>\n";
 }
@@ -204,7 +198,7 @@ std::string report_page(const Finding& finding, std::span<const RecordedPair> pa
   page += "<meta name=\"generator\" content=\"biseam\">\n<title>" + title +
           "</title>\n<link rel=\"icon\" href=\"data:,\">\n<style>" + kReportStyle +
           "</style>\n</head>\n<body>\n<header>\n<h1>" + title + "</h1>\n";
-  page += text("<p>Two lenses, pictures of %d &times; %d pixels each.</p>\n", size.width, size.height) + file_list(files) +
+  page += formatted("<p>Two lenses, pictures of %d &times; %d pixels each.</p>\n", size.width, size.height) + file_list(files) +
           "</header>\n<main>\n";
   page += facts(finding, pairs.size()) + seams(best, setup) + strips(finding, best, setup) + matches(finding, best) +
           numbers(finding, profile);
