@@ -136,6 +136,12 @@ typedef enum BiseamLight {
   BISEAM_LIGHT_MATCH    /* exposure, white balance and falloff are matched where the lenses meet, half by either lens */
 } BiseamLight;
 
+typedef enum BiseamNear {
+  BISEAM_NEAR_OFF = 0, /* each lens's view as it is: what is near is seen twice or cut off where the lenses meet */
+  BISEAM_NEAR_MATCH    /* what is near and lies on the ring is brought together: either lens's view is moved by half of what the
+                          lenses see it apart, within 22.5 degrees of the ring.  For lenses that lie apart */
+} BiseamNear;
+
 /* How codes stand for light, for what is matched. */
 typedef enum BiseamTransfer {
   BISEAM_TRANSFER_USUAL = 0, /* sRGB for three planes of anything, BT.709 for all others */
@@ -156,6 +162,7 @@ typedef struct BiseamPanoramaOptions {
   int32_t light;         /* BiseamLight; what is matched is smooth in time, and starts anew at cuts */
   int32_t transfer;      /* BiseamTransfer */
   double rate;           /* frames a second, for what is smooth in time: 1 to 1000 */
+  int32_t near;          /* BiseamNear; likewise smooth in time, anew at cuts */
 } BiseamPanoramaOptions;
 
 /* What is new with every frame. */
@@ -168,8 +175,7 @@ typedef struct BiseamFrame {
 typedef struct BiseamPanorama BiseamPanorama;
 
 /* Records with every default filled in: a panorama of 3840 x 1920 in NV12, good, with a searched seam, on all processors, 30
- * frames a second, light as it is;
- * pictures without size and planes; a view that is not turned. */
+ * frames a second, light and near things as they are; pictures without size and planes; a view that is not turned. */
 BISEAM_API BiseamPanoramaOptions biseam_panorama_defaults(void);
 BISEAM_API BiseamPicture biseam_picture_defaults(void);
 BISEAM_API BiseamFrame biseam_frame_defaults(void);

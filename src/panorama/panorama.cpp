@@ -64,6 +64,7 @@ int32_t check_options(const BiseamPanoramaOptions& options, BiseamError* error) 
   if (const int32_t code = check_range(error, "transfer", options.transfer, BISEAM_TRANSFER_USUAL, BISEAM_TRANSFER_LOG)) {
     return code;
   }
+  if (const int32_t code = check_range(error, "near", options.near, BISEAM_NEAR_OFF, BISEAM_NEAR_MATCH)) return code;
   if (options.rate >= 1 && options.rate <= 1000) return BISEAM_OK;
   return report(error, kInvalidOptions, "rate is %g: must be from 1 to 1000 frames a second", options.rate);
 }
@@ -118,6 +119,7 @@ biseam::ring::EngineConfig engine_config(const biseam::Camera& camera, const Bis
           .threads = options.threads == 0 ? processors() : options.threads,
           .steady_seam = options.seam == BISEAM_SEAM_STEADY,
           .match_light = options.light == BISEAM_LIGHT_MATCH,
+          .match_near = options.near == BISEAM_NEAR_MATCH,
           .transfer = static_cast<biseam::ring::Transfer>(options.transfer),
           .rate = options.rate};
 }
@@ -135,7 +137,8 @@ BiseamPanoramaOptions biseam_panorama_defaults(void) {
           .range = BISEAM_RANGE_USUAL,
           .light = BISEAM_LIGHT_OFF,
           .transfer = BISEAM_TRANSFER_USUAL,
-          .rate = 30};
+          .rate = 30,
+          .near = BISEAM_NEAR_OFF};
 }
 
 BiseamPicture biseam_picture_defaults(void) {

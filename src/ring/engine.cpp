@@ -10,6 +10,8 @@
 #include "ring/blocks.hpp"
 #include "ring/light.hpp"
 #include "ring/light/match.hpp"
+#include "ring/near/near.hpp"
+#include "ring/near/near_nodes.hpp"
 #include "ring/paint.hpp"
 #include "ring/pool.hpp"
 #include "ring/ring_shape.hpp"
@@ -58,11 +60,12 @@ class Engine {
             .seam_margin = strip_plan_.edge(),
             .scene = goes_on() ? &scene_ : nullptr,
             .light = match_ != nullptr ? &match_->memory : nullptr,
+            .near = near_ != nullptr ? &near_->memory : nullptr,
             .seams = config_.steady_seam ? &seam_memory_ : nullptr};
   }
 
  private:
-  bool goes_on() const noexcept { return match_ != nullptr || config_.steady_seam; }
+  bool goes_on() const noexcept { return match_ != nullptr || near_ != nullptr || config_.steady_seam; }
   void plan_strip(const PictureFormat& format) noexcept;
   void look(const Turn& turn) noexcept;
   void describe_planes(const PicturePlanes fisheyes[2], const PicturePlanes& panorama) noexcept;
@@ -70,10 +73,13 @@ class Engine {
   void take_seam(const double* seam) noexcept;
   void watch_scene() noexcept;
   void match_light() noexcept;
+  void match_near() noexcept;
   void run_strips_and_lens_blocks() noexcept;
 
   static void measure_light(void* engine, int part, int thread) noexcept;
   static void fill_match_row(void* engine, int part, int thread) noexcept;
+  static void measure_near(void* engine, int part, int thread) noexcept;
+  static void move_node_row(void* engine, int part, int thread) noexcept;
   static void run_strip_part(void* engine, int part, int thread) noexcept;
   static void run_seam_or_lens_block(void* engine, int part, int thread) noexcept;
   static void run_ring_block(void* engine, int part, int thread) noexcept;
@@ -96,7 +102,9 @@ class Engine {
   PaintMemory* memories_;
   LightMatch* match_ = nullptr;  // null: light isn't matched
   MatchNodes match_nodes_;
-  SeamMemory seam_memory_;  // of steady seams
+  SeamMemory seam_memory_;     // of steady seams
+  NearMatch* near_ = nullptr;  // null: near things stay apart
+  Mesh moved_mesh_;
   SceneWatch scene_{};
 
   // What the mesh, the blocks and the strips' plan were made for.
@@ -182,8 +190,14 @@ bool Engine::take_memory() noexcept {
       char* const nodes = pieces.take(match_node_bytes(mesh_shape_));
       if (pieces.block != nullptr) match_nodes_ = carve_match_nodes(mesh_shape_, nodes);
     }
+    char* moved = nullptr;
+    if (config_.match_near && can_find_disparities(near_shape(ring_.strip))) {
+      near_ = reinterpret_cast<NearMatch*>(pieces.take(sizeof(NearMatch)));
+      moved = pieces.take(moved_mesh_bytes(mesh_shape_));
+    }
     for (int32_t*& places : places_) places = reinterpret_cast<int32_t*>(pieces.take(strip_bytes));
     if (pieces.block != nullptr) mesh_ = carve_mesh(mesh_shape_, mesh);
+    if (moved != nullptr) moved_mesh_ = carve_moved_mesh(mesh_, moved);
     return pieces.used;
   };
   // The strips' plan depends on where their samples lie, so that their memory is a block of its own.
@@ -192,6 +206,7 @@ bool Engine::take_memory() noexcept {
   if (block_ == nullptr) return false;
   place({static_cast<char*>(block_)});
   if (match_ != nullptr) start_light_match(tone_of(config_), ring_.strip, config_.rate, *match_);
+  if (near_ != nullptr) start_near_match(ring_.strip, config_.rate, *near_);
   for (int lens = 0; lens < 2; ++lens) {
     fill_strip_positions(projectors_[lens], ring_.strip, places_[2 * lens], places_[2 * lens + 1]);
   }
@@ -257,6 +272,7 @@ void Engine::describe_strips(const PicturePlanes fisheyes[2]) noexcept {
              .format = {format.bits, format.shift},
              .lights = lights_,
              .match = match_,
+             .near = near_,
              .seam = {config_.seam, config_.steady_seam ? &seam_memory_ : nullptr}};
   for (int lens = 0; lens < 2; ++lens) {
     for (int c = 0; c < strip_plan_.config.planes; ++c) {
@@ -284,6 +300,7 @@ void Engine::fill_match_row(void* engine, int part, int) noexcept {
 void Engine::watch_scene() noexcept {
   if (!scene_.changes(strip_views_.strips, ring_.strip)) return;
   if (match_ != nullptr) forget(match_->memory);
+  if (near_ != nullptr) forget(near_->memory);
   if (config_.steady_seam) forget(seam_memory_);
 }
 
@@ -292,6 +309,25 @@ void Engine::match_light() noexcept {
   pool_.run(measure_light, this, kSectors);
   settle_light(*match_, ring_.strip);
   pool_.run(fill_match_row, this, mesh_shape_.rows);
+}
+
+void Engine::measure_near(void* engine, int part, int) noexcept {
+  const Engine& e = *static_cast<Engine*>(engine);
+  measure_near_part(*e.near_, e.strip_views_, part);
+}
+
+void Engine::move_node_row(void* engine, int part, int) noexcept {
+  const Engine& e = *static_cast<Engine*>(engine);
+  move_nodes(e.ring_, e.near_->displacement, e.projectors_, e.mesh_, part, e.moved_mesh_);
+}
+
+// Likewise.
+void Engine::match_near() noexcept {
+  pool_.run(measure_near, this, near_parts(*near_));
+  settle_near(*near_);
+  if (!near_->displacement.any) return;
+  pool_.run(move_node_row, this, mesh_shape_.rows);
+  painting_.mesh = &moved_mesh_;
 }
 
 void Engine::run_strip_part(void* engine, int part, int) noexcept {
@@ -318,6 +354,7 @@ void Engine::run_strips_and_lens_blocks() noexcept {
   for (const StripStep step : {StripStep::reduce, StripStep::unroll, StripStep::compare}) {
     if (step == StripStep::compare && goes_on()) watch_scene();
     if (step == StripStep::compare && match_ != nullptr) match_light();
+    if (step == StripStep::compare && near_ != nullptr) match_near();
     step_ = step;
     pool_.run(run_strip_part, this, strip_parts(strip_plan_, step));
   }

@@ -22,6 +22,7 @@ struct EngineConfig {
   int threads;               // 1 .. kMostThreads
   bool steady_seam = false;  // where it is searched
   bool match_light = false;
+  bool match_near = false;  // where the ring is wide enough
   Transfer transfer = Transfer::usual;
   double rate = 30;  // frames a second, for what is smooth in time
 };

@@ -7,15 +7,7 @@ namespace biseam::ring {
 
 namespace {
 
-// Half away from zero.
-inline std::int32_t rounded(double value) noexcept { return static_cast<std::int32_t>(value + (value < 0 ? -0.5 : 0.5)); }
-
-inline std::int32_t position(double pixels) noexcept {
-  const double low = pixels < -kFarthest ? -kFarthest : pixels;
-  return rounded((low > kFarthest ? kFarthest : low) * (1 << kPositionBits));
-}
-
-inline std::int32_t turn_of(double angle) noexcept { return rounded(angle * ((1 << kTurnBits) / (2 * kPi))); }
+inline std::int32_t turn_of(double angle) noexcept { return mesh_rounded(angle * ((1 << kTurnBits) / (2 * kPi))); }
 
 inline Vec3 direction(const NodeRow& row, std::ptrdiff_t i) noexcept {
   return {row.latitude.cosine * row.sines[i], row.latitude.sine, row.latitude.cosine * row.cosines[i]};
@@ -30,8 +22,8 @@ BISEAM_LOOP void lens_nodes(const NodeRow& nodes, const Projector& projector, co
   BISEAM_TURNS_APART
   for (std::ptrdiff_t i = 0; i < row.count; ++i) {
     const ImagePoint at = lens.image_of(to_picture * direction(row, i));
-    x[i] = position(at.x);
-    y[i] = position(at.y);
+    x[i] = mesh_position(at.x);
+    y[i] = mesh_position(at.y);
   }
 }
 

@@ -6,8 +6,18 @@
 
 #include "base/variants.hpp"
 #include "camera/projector.hpp"
+#include "ring/mesh.hpp"
 
 namespace biseam::ring {
+
+// Half away from zero.
+inline std::int32_t mesh_rounded(double value) noexcept { return static_cast<std::int32_t>(value + (value < 0 ? -0.5 : 0.5)); }
+
+// A node's position.
+inline std::int32_t mesh_position(double pixels) noexcept {
+  const double low = pixels < -kFarthest ? -kFarthest : pixels;
+  return mesh_rounded((low > kFarthest ? kFarthest : low) * (1 << kPositionBits));
+}
 
 // Directions that share a latitude, before the panorama is turned.
 struct NodeRow {

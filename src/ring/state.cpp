@@ -12,12 +12,16 @@ struct StateHead {
   static constexpr uint32_t kVersion = 2;
   uint32_t size, version;
   StripShape strip;
-  int32_t light_span, has_seams;
+  int32_t light_span, near_span, has_seams;
 };
 
 StateHead head_of(const StateParts& parts) noexcept {
-  return {static_cast<uint32_t>(state_bytes(parts)), StateHead::kVersion, parts.strip,
-          parts.light != nullptr ? parts.light->span : 0, parts.seams != nullptr ? 1 : 0};
+  return {static_cast<uint32_t>(state_bytes(parts)),
+          StateHead::kVersion,
+          parts.strip,
+          parts.light != nullptr ? parts.light->span : 0,
+          parts.near != nullptr ? parts.near->span : 0,
+          parts.seams != nullptr ? 1 : 0};
 }
 
 template <class Part>
@@ -52,25 +56,27 @@ bool is_valid_state(const StateParts& parts, const char* from) noexcept {
   if (std::memcmp(from, &wanted, sizeof wanted) != 0) return false;
   from += sizeof wanted;
   return is_valid_part(from, parts.scene) && is_valid_part(from, parts.light, wanted.light_span) &&
+         is_valid_part(from, parts.near, near_shape(parts.strip), wanted.near_span) &&
          (parts.seams == nullptr || are_valid_seams(*parts.seams, parts.seam_margin, from));
 }
 
 }  // namespace
 
 int history(const StateParts& parts) noexcept {
-  const int light = parts.light != nullptr ? parts.light->span : 0;
+  const int light = parts.light != nullptr ? parts.light->span : 0, near = parts.near != nullptr ? parts.near->span : 0;
   const int seams = parts.seams != nullptr ? SeamMemory::kHistory : 0;
-  return light + seams;  // seams were searched in matched light
+  return (light > near ? light : near) + seams;  // seams were searched in matched light, with near things together
 }
 
 void forget(const StateParts& parts) noexcept {
   if (parts.scene != nullptr) forget(*parts.scene);
   if (parts.light != nullptr) forget(*parts.light);
+  if (parts.near != nullptr) forget(*parts.near);
   if (parts.seams != nullptr) forget(*parts.seams);
 }
 
 size_t state_bytes(const StateParts& parts) noexcept {
-  return sizeof(StateHead) + bytes_of(parts.scene) + bytes_of(parts.light) +
+  return sizeof(StateHead) + bytes_of(parts.scene) + bytes_of(parts.light) + bytes_of(parts.near) +
          (parts.seams != nullptr ? parts.seams->kept_bytes() : 0);
 }
 
@@ -80,6 +86,7 @@ void save_state(const StateParts& parts, void* state) noexcept {
   put(to, &head);
   put(to, parts.scene);
   put(to, parts.light);
+  put(to, parts.near);
   if (parts.seams != nullptr) std::memcpy(to, parts.seams->count, parts.seams->kept_bytes());
 }
 
@@ -89,6 +96,7 @@ bool load_state(const StateParts& parts, const void* state) noexcept {
   from += sizeof(StateHead);
   take(from, parts.scene);
   take(from, parts.light);
+  take(from, parts.near);
   if (parts.seams != nullptr) go_on(*parts.seams, from);
   return true;
 }

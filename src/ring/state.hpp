@@ -5,6 +5,7 @@
 
 #include "ring/light/matching.hpp"
 #include "ring/light/scene_cut.hpp"
+#include "ring/near/displacement.hpp"
 #include "ring/strip/seam_memory.hpp"
 
 namespace biseam::ring {
@@ -15,6 +16,7 @@ struct StateParts {
   int seam_margin;  // rows
   SceneWatch* scene;
   LightMemory* light;
+  NearMemory* near;
   SeamMemory* seams;
 };
 

@@ -2,6 +2,7 @@
 // every compiler, thread count and instruction set: with a file name, compares with the lines of that file and fails on any
 // difference.
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
@@ -27,6 +28,7 @@ struct Case {
   bool lit = false;  // the lenses' light has to be undone
   int range = BISEAM_RANGE_USUAL;
   bool matched = false;  // the lenses' light, over three frames
+  bool near = false;     // things near, in views from lenses apart, over three frames
 };
 
 std::vector<Case> all_cases() {
@@ -87,6 +89,16 @@ std::vector<Case> all_cases() {
     c.matched = true;
     cases.push_back(c);
   }
+  for (const int format : {BISEAM_NV12, BISEAM_P010}) {
+    Case c{std::string("near_") + biseam::test::test_format(format).name};
+    c.format = format;
+    c.width = 1024;
+    c.height = 512;
+    c.picture = 512;
+    c.turn = {15, 25, -10};
+    c.near = true;
+    cases.push_back(c);
+  }
   return cases;
 }
 
@@ -105,8 +117,26 @@ int code_at(int lens, int channel, int x, int y, int highest) {
   return static_cast<int>((20 + shape + grain) * static_cast<uint32_t>(highest) / 255) + lens * 3;
 }
 
+// Where the lens sees 90 degrees from its axis in an equidistant picture of 204 degrees.
+double rim_of(int size) { return (size - 1) / 2.0 * 90 / 102; }
+
+// Checks that lens 1 sees round its axis and lens 0 from the other side, on the lower half farther in by what is given: in
+// doubles that are rounded one by one.
+int near_code_at(int lens, int channel, int x, int y, int size, double nearer, int highest) {
+  double across = x - (size - 1) / 2.0, down = y - (size - 1) / 2.0;
+  if (lens == 0) {
+    const double radius = std::sqrt(across * across + down * down), other = 2 * rim_of(size) - radius + (down > 0 ? nearer : 0);
+    across = -across * other / (radius + 1e-9);
+    down = down * other / (radius + 1e-9);
+  }
+  const uint32_t column = static_cast<uint32_t>(static_cast<int>(across / 6 + 1000));
+  const uint32_t row = static_cast<uint32_t>(static_cast<int>(down / 6 + 1000)), c = static_cast<uint32_t>(channel);
+  return static_cast<int>((40 + mix(column * 4099 + row + 77 * c) % 170) * static_cast<uint32_t>(highest) / 255);
+}
+
 // A pair with everything that its record can hold.
 BiseamCamera camera_of(const Case& k) {
+  if (k.near) return biseam::camera_of(k.picture, k.picture, 204);
   BiseamCamera camera = biseam::camera_of(k.picture, k.picture, 204);
   BiseamLens &a = camera.lens[0], &b = camera.lens[1];
   a.cx += 0.625;
@@ -142,6 +172,7 @@ std::string line_of(const Case& k, int threads) {
   options.seam = k.seam;
   options.range = k.range;
   options.threads = threads;
+  options.near = k.near ? BISEAM_NEAR_MATCH : BISEAM_NEAR_OFF;
   options.light = k.matched ? BISEAM_LIGHT_MATCH : BISEAM_LIGHT_OFF;
   biseam::Panorama panorama = biseam::Panorama::open(camera_of(k), options);
   if (!panorama) {
@@ -149,6 +180,14 @@ std::string line_of(const Case& k, int threads) {
     return "";
   }
   OwnPicture lens[2] = {{k.format, k.picture, k.picture, {}, k.siting}, {k.format, k.picture, k.picture, {}, k.siting}};
+  const auto fill_near = [&](double nearer) {
+    for (int i = 0; i < 2; ++i) {
+      lens[i].fill([&](int c, int x, int y) {
+        const int sub = c == 0 ? 1 : 2;
+        return near_code_at(i, c, x * sub, y * sub, k.picture, nearer, lens[i].format().highest());
+      });
+    }
+  };
   for (int i = 0; i < 2; ++i) {
     const int highest = lens[i].format().highest();
     // Smooth as well as dim in one lens, so that there is something to match.
@@ -159,7 +198,8 @@ std::string line_of(const Case& k, int threads) {
   BiseamFrame frame = biseam::frame_defaults();
   frame.turn = k.turn;
   const BiseamPicture fisheyes[2] = {lens[0].record(), lens[1].record()};
-  for (int i = 0; i < (k.matched ? 3 : 1); ++i) {
+  for (int i = 0; i < (k.matched || k.near ? 3 : 1); ++i) {
+    if (k.near) fill_near(5 + 2 * i);
     if (const biseam::PanoramaError error = panorama.stitch(fisheyes, to.record(), frame)) {
       std::fprintf(stderr, "%s: %s\n", k.name.c_str(), error.text);
       return "";

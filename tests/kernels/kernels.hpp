@@ -11,6 +11,7 @@ std::vector<Kernel> blend_kernels();
 std::vector<Kernel> exchange_kernels();
 std::vector<Kernel> format_kernels();
 std::vector<Kernel> light_kernels();
+std::vector<Kernel> near_kernels();
 std::vector<Kernel> remap_kernels();
 std::vector<Kernel> ring_kernels();
 std::vector<Kernel> sample_kernels();

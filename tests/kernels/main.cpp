@@ -125,8 +125,8 @@ int run(int argc, char** argv) {
 
 std::vector<Kernel> all_kernels() {
   std::vector<Kernel> all;
-  for (const auto& stage : {blend_kernels, exchange_kernels, format_kernels, light_kernels, remap_kernels, ring_kernels,
-                            sample_kernels, seam_kernels, strip_kernels, pyramid_kernels, table_kernels}) {
+  for (const auto& stage : {blend_kernels, exchange_kernels, format_kernels, light_kernels, near_kernels, remap_kernels,
+                            ring_kernels, sample_kernels, seam_kernels, strip_kernels, pyramid_kernels, table_kernels}) {
     for (Kernel& kernel : stage()) all.push_back(std::move(kernel));
   }
   return all;

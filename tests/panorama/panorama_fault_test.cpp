@@ -60,6 +60,7 @@ TEST(PanoramaHeap, FramesAskNothingOfIt) {
   door.options.threads = 3;
   door.options.light = BISEAM_LIGHT_MATCH;
   door.options.seam = BISEAM_SEAM_STEADY;
+  door.options.near = BISEAM_NEAR_MATCH;
   const Handle opened(biseam_panorama_open(&door.camera, &door.options, nullptr));
   OwnPicture lens0 = door.fisheye(0), lens1 = door.fisheye(1), to = door.panorama();
   BiseamPicture fisheyes[] = {lens0.record(), lens1.record()};

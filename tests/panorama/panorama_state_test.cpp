@@ -87,11 +87,15 @@ TEST_F(PanoramaState, OfNoHandleIsNothing) {
   EXPECT_EQ(byte, 'x');
 }
 
-TEST_F(PanoramaState, ReachesBackAboutHalfASecond) {
+TEST_F(PanoramaState, ReachesBackHalfASecondForLightAndAnEighthForNearThings) {
+  EXPECT_EQ(open().history(), 15);
+  door_.options.near = BISEAM_NEAR_MATCH;
   EXPECT_EQ(open().history(), 15);
   door_.options.rate = 24;
   EXPECT_EQ(open().history(), 12);
   door_.options.light = BISEAM_LIGHT_OFF;
+  EXPECT_EQ(open().history(), 3);
+  door_.options.near = BISEAM_NEAR_OFF;
   EXPECT_EQ(open().history(), 0);
   door_.options.seam = BISEAM_SEAM_STEADY;
   EXPECT_EQ(open().history(), 14);

@@ -152,6 +152,8 @@ TEST(PanoramaOptions, EveryRuleBrokenAloneIsNamed) {
       {"light is 2: must be from 0 to 1", [](Options& o) { o.light = 2; }},
       {"transfer is -1: must be from 0 to 4", [](Options& o) { o.transfer = -1; }},
       {"transfer is 5: must be from 0 to 4", [](Options& o) { o.transfer = 5; }},
+      {"near is -1: must be from 0 to 1", [](Options& o) { o.near = -1; }},
+      {"near is 2: must be from 0 to 1", [](Options& o) { o.near = 2; }},
       {"rate is 0.5: must be from 1 to 1000 frames a second", [](Options& o) { o.rate = 0.5; }},
       {"rate is 1001: must be from 1 to 1000 frames a second", [](Options& o) { o.rate = 1001; }},
       {"rate is nan: must be from 1 to 1000 frames a second", [](Options& o) { o.rate = kNaN; }},
@@ -438,6 +440,7 @@ TEST(Panorama, DefaultsAreWhatTheHeaderSays) {
   EXPECT_EQ(options.light, BISEAM_LIGHT_OFF);
   EXPECT_EQ(options.transfer, BISEAM_TRANSFER_USUAL);
   EXPECT_EQ(options.rate, 30);
+  EXPECT_EQ(options.near, BISEAM_NEAR_OFF);
   const BiseamCamera camera = camera_of(1920, 1080, 195);
   EXPECT_EQ(camera.baseline, 0);
   for (const BiseamLens& lens : camera.lens) {

@@ -16,16 +16,21 @@ constexpr StripShape kShape{48, 9};
 struct Own {
   SceneWatch scene{};
   LightMemory light{};
+  NearMemory near{};
   std::vector<char> block = std::vector<char>(seam_memory_bytes(kShape) + 64);
   SeamMemory seams =
       lay_out_seam_memory(kShape, block.data() + (64 - reinterpret_cast<std::uintptr_t>(block.data()) % 64) % 64);
 
-  explicit Own(int span = 4) { light.span = span; }
-  StateParts parts() { return {kShape, 2, &scene, &light, &seams}; }
+  explicit Own(int span = 4) { light.span = near.span = span; }
+  StateParts parts() { return {kShape, 2, &scene, &light, &near, &seams}; }
   void fill(int seed) {
     scene.any = 1;
     for (RingImage& image : scene.last) {
       for (int32_t& cell : image.cells) cell = seed++ % 1000;
+    }
+    for (int i = 0; i < 2; ++i) {
+      std::vector<int16_t> disparities(48, static_cast<int16_t>(seed++ % 1000));
+      remember(near_shape(kShape), disparities.data(), near);
     }
     for (int i = 0; i < 3; ++i) {
       LightFrame frame{};
@@ -58,6 +63,7 @@ TEST(State, ComesBackAsItWasSaved) {
   ASSERT_TRUE(load_state(to.parts(), state.data()));
   EXPECT_EQ(to.saved(), state);
   EXPECT_EQ(to.light.filled, 3);
+  EXPECT_EQ(to.near.filled, 2);
   // From any address.
   std::vector<char> odd(state.size() + 1);
   std::memcpy(odd.data() + 1, state.data(), state.size());
@@ -65,7 +71,7 @@ TEST(State, ComesBackAsItWasSaved) {
 }
 
 TEST(State, OfNothingIsItsHeadAlone) {
-  const StateParts parts{kShape, 2, nullptr, nullptr, nullptr};
+  const StateParts parts{kShape, 2, nullptr, nullptr, nullptr, nullptr};
   std::vector<char> state(state_bytes(parts));
   EXPECT_LT(state.size(), 64u);
   save_state(parts, state.data());
@@ -96,8 +102,12 @@ TEST(State, OfOthersIsRefusedAndChangesNothing) {
   parts.strip.width = 7;
   EXPECT_FALSE(load_state(parts, others.data())) << "another strip";
   EXPECT_EQ(own.saved(), before);
+  StateParts without = other.parts();
+  without.near = nullptr;
+  EXPECT_LT(state_bytes(without), others.size());
+  EXPECT_FALSE(load_state(without, others.data())) << "no near things";
   for (const bool light : {false, true}) {
-    StateParts some = other.parts();
+    StateParts some = without;
     light ? void(some.seams = nullptr) : void(some.light = nullptr);
     EXPECT_LT(state_bytes(some), others.size());
     EXPECT_EQ(history(some), light ? 5 : SeamMemory::kHistory);

@@ -90,6 +90,7 @@ void compare(const StripFrame& frame, int part) {
   const int count = kUnrolledRows * plan.config.shape.width, first = part * kUnrolledRows;
   const ptrdiff_t begin = ptrdiff_t{part} * count;
   if (frame.match != nullptr) match_strips(*frame.match, plan, views, first, first + kUnrolledRows);
+  if (frame.near != nullptr) match_near(*frame.near, plan, views, first, first + kUnrolledRows);
   for (int plane = 0; plane < plan.config.planes; ++plane) {
     const int16_t *strip0 = views.strips[0][plane] + begin, *strip1 = views.strips[1][plane] + begin;
     int16_t* difference = views.difference[plane] + begin;

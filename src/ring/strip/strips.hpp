@@ -4,6 +4,7 @@
 
 #include "ring/light.hpp"
 #include "ring/light/match.hpp"
+#include "ring/near/near.hpp"
 #include "ring/strip/picture.hpp"
 #include "ring/strip/seam_memory.hpp"
 #include "ring/strip/strip_memory.hpp"
@@ -30,6 +31,7 @@ struct StripFrame {
   SampleFormat format;
   const Light* lights;      // of either lens; null: there is none to undo
   const LightMatch* match;  // settled before strips are compared; null: light isn't matched
+  const NearMatch* near;    // likewise; null: near things stay apart
   SeamSettings seam;
 };
 
@@ -38,7 +40,7 @@ struct StripFrame {
 enum class StripStep : int {
   reduce,   // rims of the pictures, to about the strips' pitch
   unroll,   // strips
-  compare,  // strips in matched light, and their differences
+  compare,  // strips in matched light, with near things together, and their differences
   seam,     // part 0: path and weights; the others: pyramids of the differences
   blend,    // corrections
 };

@@ -82,7 +82,8 @@ struct Strips {
         plan(plan_strips(config(shape, scene), {positions.of(0), positions.of(1)})),
         block((strip_memory_bytes(plan) + 63) / 64 * 64, Placement::at_end, 0),
         views(lay_out_strips(plan, {positions.of(0), positions.of(1)}, block.data())),
-        frame{&plan, &views, {positions.of(0), positions.of(1)}, {}, {scene.depth, scene.shift}, nullptr, nullptr, seam} {
+        frame{&plan,   &views, {positions.of(0), positions.of(1)}, {}, {scene.depth, scene.shift}, nullptr, nullptr,
+              nullptr, seam} {
     for (int lens = 0; lens < 2; ++lens) {
       for (int plane = 0; plane < plan.config.planes; ++plane) frame.pictures[lens][plane] = scene.plane(lens, plane);
     }

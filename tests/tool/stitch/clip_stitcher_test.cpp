@@ -149,7 +149,7 @@ TEST(SeamHold, SeamsAreThoseOfEveryNthFrame) {
   write_clip(folder / "in.mkv", {}, pairs);
   for (const int hold : {1, 2, 5, 100}) {
     SCOPED_TRACE(hold);
-    EXPECT_EQ(held(folder / "in.mkv", hold), stitch_by_library(pairs, {.hold = hold}));
+    EXPECT_EQ(held(folder / "in.mkv", hold), stitch_by_library(pairs, {.hold = hold, .rate = 25}));
   }
   EXPECT_NE(held(folder / "in.mkv", 5), held(folder / "in.mkv", 1));
 }
@@ -200,7 +200,7 @@ TEST(SeamHold, ADamagedPictureWhereSeamsAreSearchedHasSeamsOfItsOwn) {
   std::fill_n(bytes.begin() + std::ptrdiff_t(bytes.find(packet.bytes)), packet.bytes.size(), '\xff');
   write_bytes(folder / "in.mov", bytes);
   pictures[3] = pictures[2];
-  EXPECT_EQ(held(folder / "in.mov", 3), stitch_by_library(pictures, {.siting = AVCHROMA_LOC_CENTER, .hold = 3}));
+  EXPECT_EQ(held(folder / "in.mov", 3), stitch_by_library(pictures, {.siting = AVCHROMA_LOC_CENTER, .hold = 3, .rate = 25}));
 }
 
 TEST(SeamHold, MustBeANumberOfFrames) {

@@ -31,7 +31,8 @@ struct ByLibrary {
   int hold = 1;  // frames with one seam
   bool search = true, steady = true;
   BiseamLight light = BISEAM_LIGHT_OFF;
-  double rate = 30;  // pictures a second
+  BiseamNear near = BISEAM_NEAR_MATCH;
+  double rate = 25;  // pictures a second, as clips of a walk have
 };
 
 // Frame by frame, raw and one after the other: panoramas of kWalkWidth from pairs side by side.
@@ -43,6 +44,7 @@ inline std::string stitch_by_library(std::vector<tool::Nv12> pairs, const ByLibr
   options.height = kWalkWidth / 2;
   options.seam = !how.search ? BISEAM_SEAM_MIDDLE : how.steady && how.hold == 1 ? BISEAM_SEAM_STEADY : BISEAM_SEAM_SEARCH;
   options.light = how.light;
+  options.near = how.near;
   options.rate = how.rate;
   Panorama panorama = Panorama::open(camera, options);
   EXPECT_TRUE(panorama);

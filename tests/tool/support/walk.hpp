@@ -96,7 +96,10 @@ inline std::vector<std::string> known_lenses() {
   return {"--p0", p, "--p1", p};
 }
 
+// Lenses whose views are taken as they are.
+inline std::vector<std::string> near_apart() { return with(known_lenses(), {"--near", "off"}); }
+
 // Of clips every picture of which is stitched like one alone.
-inline std::vector<std::string> as_pictures() { return with(known_lenses(), {"--seams", "free"}); }
+inline std::vector<std::string> as_pictures() { return with(near_apart(), {"--seams", "free"}); }
 
 }  // namespace biseam::test

@@ -64,7 +64,7 @@ int stitch(StitchOptions& options) {
 }
 
 // What only one of the engines knows, whatever the group it is listed in.
-constexpr const char* kRingOptions[] = {"--quality", "--look", "--light", "--seams", "--jobs"};
+constexpr const char* kRingOptions[] = {"--quality", "--look", "--light", "--near", "--seams", "--jobs"};
 constexpr const char* kExactGroup = "Seams and blend of the exact engine (in columns of the panorama)";
 
 constexpr const char* kCameraGroup = "Camera (in place of the profile's values)";
@@ -104,6 +104,13 @@ void add_engine_options(CLI::App& command, StitchOptions& options) {
       ->type_name("off|match")
       ->group(group)
       ->transform(one_of({"off", "match"}));
+  command
+      .add_option_function<std::string>(
+          "--near", [&options](const std::string& text) { options.engine.near = text == "on"; },
+          "bring things together that are near where the lenses meet (on, unless the profile's baseline is 0)")
+      ->type_name("on|off")
+      ->group(group)
+      ->check(CLI::IsMember({"on", "off"}));
   const auto add_switch = [&](const char* name, bool value, const char* text) {
     command
         .add_flag_callback(

@@ -13,7 +13,7 @@ constexpr double kPeriod = 4;  // seconds
 using Text = std::array<std::string_view, 4>;
 
 Board lettered(const Text& text, double distance, Vec3 ground, Vec3 ink) {
-  Board board{{}, kWidth * distance, kHeight * distance, 0.067 * distance, ground, ink};
+  Board board{{}, kWidth * distance, kHeight * distance, 0.056 * distance, ground, ink};
   for (const std::string_view line : text) board.lines.emplace_back(line);
   return board;
 }

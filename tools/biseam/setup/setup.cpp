@@ -45,6 +45,7 @@ Setup make_setup(const KnownCamera& known, const profile::CameraSettings& given,
   setup.profile = known.profile;
   setup.camera.size = sizeof setup.camera;
   setup.camera.baseline = camera.baseline.value_or(0);
+  setup.may_lie_apart = camera.baseline != 0.0;
   for (int k = 0; k < 2; ++k) {
     profile::LensSettings settings = lens_settings(camera, k, recorded[k], known.profile);
     profile::replace_settings(settings, given.lens[k]);

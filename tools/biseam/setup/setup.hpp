@@ -14,6 +14,7 @@ struct Setup {
   int width = 0;                 // of the panorama, which is half as high
   profile::BlendSettings blend;  // in columns of this width
   std::string profile;           // path, or empty
+  bool may_lie_apart = true;     // the lenses: unless the profile says that they don't
 };
 
 // What is known of a camera before any option.

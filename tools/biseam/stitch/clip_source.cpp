@@ -13,14 +13,15 @@ extern "C" {
 namespace biseam::tool {
 namespace {
 
-// What of a clip before a part has a say in it, microseconds.  Matched light is smooth over half a second; steady seams are
-// over 14 pictures, and were searched in matched light.  Pictures may come unevenly.
+// What of a clip before a part has a say in it, microseconds.  Matched light is smooth over half a second, what is near over an
+// eighth; steady seams are over 14 pictures, and were searched with both.  Pictures may come unevenly.
 std::int64_t lead_of(const EngineOptions& engine, AVRational rate) {
   constexpr int kSeamPictures = 16;
   if (engine.kind != EngineKind::ring) return 0;
-  const std::int64_t light = engine.light == BISEAM_LIGHT_MATCH ? AV_TIME_BASE : 0;
-  if (!engine.steady_seams) return light;
-  return light + (rate.num > 0 ? av_rescale_q(kSeamPictures, av_inv_q(rate), kMicroseconds) : AV_TIME_BASE);
+  const std::int64_t near = engine.near.value_or(true) ? AV_TIME_BASE / 4 : 0;
+  const std::int64_t before = engine.light == BISEAM_LIGHT_MATCH ? AV_TIME_BASE : near;
+  if (!engine.steady_seams) return before;
+  return before + (rate.num > 0 ? av_rescale_q(kSeamPictures, av_inv_q(rate), kMicroseconds) : AV_TIME_BASE);
 }
 
 void check_formats(const PairReader& clips, const FramePair& pair) {

@@ -83,10 +83,9 @@ TEST(Part, AFarOneIsReachedWithoutDecodingEverything) {
   const auto pairs = walk(40);
   write_clip(folder / "in.mp4", spec, pairs);
   const Finished finished =
-      stitch_clip(folder / "in.mp4", folder / "out.mp4", {"--seams", "free", "--from", "33", "--to", "35.5"});
+      stitch_clip(folder / "in.mp4", folder / "out.mp4", {"--seams", "free", "--near", "off", "--from", "33", "--to", "35.5"});
   expect_success(finished, 3);
-  EXPECT_EQ(raw_bytes(ClipProbe(folder / "out.mp4").pictures),
-            stitch_singly({pairs[33], pairs[34], pairs[35]}, known_lenses()));
+  EXPECT_EQ(raw_bytes(ClipProbe(folder / "out.mp4").pictures), stitch_singly({pairs[33], pairs[34], pairs[35]}, near_apart()));
 }
 
 TEST(Part, OfAStreamThatCantBeSought) {
@@ -96,7 +95,7 @@ TEST(Part, OfAStreamThatCantBeSought) {
   const Finished finished =
       run_stitch(with({"-", "-o", "-", "--from", "0.08", "--frames", "2"}, as_pictures()), read_bytes(folder / "in.mkv"));
   expect_success(finished, 2);
-  EXPECT_EQ(finished.out, stitch_singly({pairs[2], pairs[3]}, known_lenses()));
+  EXPECT_EQ(finished.out, stitch_singly({pairs[2], pairs[3]}, near_apart()));
 }
 
 TEST(Part, OfRawFramesAndStreamsWithoutAnIndex) {
@@ -104,7 +103,7 @@ TEST(Part, OfRawFramesAndStreamsWithoutAnIndex) {
   const auto pairs = walk(60);
   write_bytes(folder / "in.nv12", raw_bytes(pairs));
   const std::vector<std::string> part = with({"--from", "2.2", "--frames", "2", "-o", "-"}, as_pictures());
-  const std::string expected = stitch_singly({pairs[55], pairs[56]}, known_lenses());
+  const std::string expected = stitch_singly({pairs[55], pairs[56]}, near_apart());
   EXPECT_EQ(run_stitch(with({folder / "in.nv12", "--size", "240x120", "--rate", "25"}, part)).out, expected);
   EXPECT_EQ(
       run_stitch(with({folder / "in.nv12", "--size", "240x120", "--rate", "25", "-o", folder / "in.y4m", "--width", "240"},
@@ -113,9 +112,10 @@ TEST(Part, OfRawFramesAndStreamsWithoutAnIndex) {
       0);
   const ClipProbe y4m(folder / "in.y4m");
   const Finished finished =
-      run_stitch(with({folder / "in.y4m", "-o", "-", "--from", "2.2", "--frames", "2", "--no-search"}, known_lenses()));
+      run_stitch(with({folder / "in.y4m", "-o", "-", "--from", "2.2", "--frames", "2", "--no-search"}, near_apart()));
   EXPECT_EQ(finished.exit_code, 0) << finished.err;
-  EXPECT_EQ(finished.out, stitch_by_library({y4m.pictures[55], y4m.pictures[56]}, {.siting = y4m.siting, .search = false}));
+  EXPECT_EQ(finished.out, stitch_by_library({y4m.pictures[55], y4m.pictures[56]},
+                                            {.siting = y4m.siting, .search = false, .near = BISEAM_NEAR_OFF}));
 }
 
 TEST(Part, OfTwoClips) {
@@ -128,7 +128,7 @@ TEST(Part, OfTwoClips) {
   const Finished finished =
       run_stitch(with({folder / "0.mkv", folder / "1.mkv", "-o", "-", "--from", "0.2", "--to", "0.3"}, as_pictures()));
   EXPECT_EQ(finished.exit_code, 0) << finished.err;
-  EXPECT_EQ(finished.out, stitch_singly({walk(8)[5], walk(8)[6], walk(8)[7]}, known_lenses()));
+  EXPECT_EQ(finished.out, stitch_singly({walk(8)[5], walk(8)[6], walk(8)[7]}, near_apart()));
 }
 
 TEST(Part, BeyondTheEndIsRefused) {
