@@ -79,6 +79,14 @@ TEST(CalibrateCommand, RefusedCalibrationLeavesNeitherProfileNorReport) {
       folder / "found.toml");
 }
 
+TEST(CalibrateCommand, InLensNeedsACameraThatTurns) {
+  const ScratchFolder folder;
+  write_picture(folder / "pair.png", both_circles(photographed()));
+  const Finished finished = run_tool("calibrate", {folder / "pair.png", "--in-lens", "-o", folder / "found.toml"});
+  expect_refused(finished, 3, folder / "found.toml");
+  EXPECT_TRUE(tells(finished, "the camera doesn't turn")) << finished.err;
+}
+
 TEST(CalibrateCommand, OneFileForEachLensTellsTheSame) {
   const ScratchFolder folder;
   write_picture(folder / "pair.png", both_circles(photographed()));
