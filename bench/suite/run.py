@@ -11,6 +11,7 @@ import machine
 import plot
 import quality
 import report
+import seams
 from pictures import make_pictures
 from sections import CURVE, SIZES, Suite
 
@@ -33,6 +34,7 @@ def read_arguments():
 def sections(suite, sizes, curve, tool, quick):
     yield "analytic", lambda: {camera: {str(width): analytic.measure(suite, width, camera) for width in sizes}
                                for camera in analytic.CAMERAS}
+    yield "seams", lambda: seams.measure(tool, suite.out / "pictures", sizes[-1])
     yield "ring", lambda: {str(width): suite.ring(width) for width in sizes}
     yield "ring_curve", lambda: suite.ring_curve(curve)
     yield "contest", lambda: {str(width): suite.contest(width) for width in sizes}
@@ -68,6 +70,13 @@ def refuse_blur(analytic_sizes):
                 sys.exit(f"{name} at {width} is not sharp enough: {got}")
 
 
+def refuse_restless_seams(modes):
+    """Steady seams hold still, and hide as much as free ones."""
+    steady, free = modes["steady"], modes["free"]
+    if steady["columns"] > 0.05 or steady["flicker"] > 1.1 or steady["near"] < free["near"] - 0.1:
+        sys.exit(f"seams don't hold still: {modes}")
+
+
 def main():
     arguments = read_arguments()
     sizes, curve = (QUICK_SIZES, QUICK_SIZES) if arguments.quick else (SIZES, CURVE)
@@ -81,6 +90,7 @@ def main():
         results[name] = section()
         print(f"{name:13} {time.monotonic() - start:5.1f} s", flush=True)
     refuse_blur(results["analytic"]["virtual"])
+    refuse_restless_seams(results["seams"])
     refuse_other_pictures(results["contest"], results["clips"])
     if arguments.arm:
         results["arm"] = json.loads(arguments.arm.read_text())
