@@ -51,14 +51,12 @@ Explanations explain_again(Problem& problem, const Explanations& before) {
   const Solution& better = before.better();
   doubt_places(problem.matches, solve(problem, better.values, better.grounds, kScatter));
   return {solve(problem, before.still.values, before.still.grounds, kScatter),
-          solve(problem, before.ground.values, before.ground.grounds, kScatter)};
+          solve(problem, before.ground.values, before.ground.grounds, kScatter), before.evidence()};
 }
 
 cv::Mat1d covariance_of(const Explanations& found) {
   const Solution &better = found.better(), &other = found.is_ground() ? found.still : found.ground;
-  const double gain = std::max(found.gain() / Explanations::kSureGain,
-                               std::min(found.gain() / Explanations::kLeastGain, found.votes() / Explanations::kLeastVotes));
-  const double against = 3 * std::abs(gain - 1);
+  const double against = 5 * std::abs(found.evidence() - 1);
   const double share = 1 / (1 + std::exp(against));
   cv::Mat1d covariance = better.covariance.clone();
   for (int i = 0; i < kParameters; ++i) {

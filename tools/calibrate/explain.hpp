@@ -11,6 +11,7 @@ namespace biseam::calibrate {
 // Things are far away but for some that are near by chance, or near things lie on a ground.
 struct Explanations {
   Solution still, ground;
+  double earlier = 1e9;  // evidence, by other matches of the same pictures
 
   // How much likelier the ground makes the matches, as a logarithm.
   double gain() const {
@@ -20,7 +21,14 @@ struct Explanations {
   // By how many standard deviations that differs from nothing, if places of the ring vote independently: a few bad places look
   // like a ground, too.
   double votes() const;
-  bool is_ground() const { return gain() > kSureGain || (gain() > kLeastGain && votes() > kLeastVotes); }
+  // Above 1: there is a ground, by any matches of it.  What strains what is known beforehand is no fault of bad places, so that
+  // it counts twice.
+  double evidence() const { return std::min(earlier, own_evidence()); }
+  double own_evidence() const {
+    return std::max((gain() + still.prior_cost - ground.prior_cost) / kSureGain,
+                    std::min(gain() / kLeastGain, votes() / kLeastVotes));
+  }
+  bool is_ground() const { return evidence() > 1; }
   const Solution& better() const { return is_ground() ? ground : still; }
 
   // Solutions that take their matches for more or less alike don't compare as they are.
@@ -28,7 +36,7 @@ struct Explanations {
     return solution.prior_cost + (solution.cost - solution.prior_cost) * solution.scatter.alike / alike;
   }
   // Cameras without a baseline reached 12, those with 3 mm over a ground 1.5 m below 20, and with 15 mm more than 100.
-  static constexpr double kSureGain = 40, kLeastGain = 12, kLeastVotes = 2.5;
+  static constexpr double kSureGain = 30, kLeastGain = 12, kLeastVotes = 2.5;
 };
 
 // Whether the ground is far and lens 1 turned, or near and lens 1 straight, is hard to tell from one pair, and the way from one

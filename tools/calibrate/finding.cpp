@@ -126,6 +126,16 @@ std::string text_of(const std::optional<Baseline>& baseline) {
               baseline->deviation, kUsualHeight * baseline->share);
 }
 
+// Only the ends of the circles tell it, and what lenses usually are like.
+std::string text_of_view(const Lens (&lens)[2], double deviation) {
+  constexpr double kLeast = 185, kMost = 210, kMostDeviation = 5;  // degrees
+  const double fov = 0.5 * (lens[0].fov + lens[1].fov);
+  const char* doubt = fov < kLeast || fov > kMost  ? ", which is unusual: straight lines may not stay straight"
+                      : deviation > kMostDeviation ? "; it is not well known: straight lines may not stay straight"
+                                                   : "";
+  return line("angle of view: %.1f +-%.1f degrees%s\n", fov, deviation, doubt);
+}
+
 std::string summary_of(const Finding& finding) {
   const Values& off = finding.deviations;
   std::string text;
@@ -135,6 +145,7 @@ std::string summary_of(const Finding& finding) {
     text += line("lens %d: centre %.1f +-%.1f, %.1f +-%.1f, p %.1f +-%.1f, k %.4f +-%.4f %.4f +-%.4f, mount %d\n", k, lens.cx,
                  off[x], lens.cy, off[y], lens.p, lens.p * off[kScale], lens.k[0], off[kK1], lens.k[1], off[kK2], lens.mount);
   }
+  text += text_of_view(finding.camera.lens, 2 * off[kRim]);
   const Turn& turn = finding.camera.lens[1].turn;
   text += line("lens 1: yaw %.2f +-%.2f, pitch %.2f +-%.2f, roll %.2f +-%.2f\n", turn.yaw, off[kYaw], turn.pitch, off[kPitch],
                turn.roll, off[kRoll]);

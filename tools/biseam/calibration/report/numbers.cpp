@@ -58,7 +58,7 @@ std::string parameter_table(const Finding& finding) {
     add("k<sub>" + std::to_string(i + 1) + "</sub>",
         {{exact((*lens[0].k)[i]), deviation}, {exact((*lens[1].k)[i]), deviation}});
   }
-  add("angle of view, degrees", both(&LensSettings::fov, -1, -1));
+  add("angle of view, degrees", both(&LensSettings::fov, 2 * off[kRim], 2 * off[kRim]));
   add("mount, degrees", {{std::to_string(*lens[0].mount), -1}, {std::to_string(*lens[1].mount), -1}});
   const Known ideal{"&ndash;", -1};
   add("yaw, degrees", {ideal, {exact(*lens[1].yaw), off[kYaw]}});
