@@ -102,7 +102,7 @@ double psnr(const EngineConfig& config, const OwnPicture& panorama, const World&
 
 bool same(const OwnPicture& a, const OwnPicture& b) { return a.channel(0) == b.channel(0); }
 
-TEST(NearThings, AreBroughtTogether) {
+TEST(NearThingsAccuracy, AreBroughtTogether) {
   for (const double distance : {0.7, 1.0, 3.0}) {
     for (const int format : {BISEAM_GRAY8, BISEAM_P010}) {
       World world;
@@ -118,7 +118,7 @@ TEST(NearThings, AreBroughtTogether) {
   }
 }
 
-TEST(NearThings, AreFoundInLightThatDiffers) {
+TEST(NearThingsAccuracy, AreFoundInLightThatDiffers) {
   World world;
   world.distance = 1;
   world.gain1 = 0.75;
