@@ -72,13 +72,16 @@ TEST(PairReader, StartsOverWithBothClips) {
   std::vector<Nv12> pictures(200, Nv12(64, 64));
   for (std::size_t i = 0; i < pictures.size(); ++i) std::fill(pictures[i].luma.begin(), pictures[i].luma.end(), 20 + i);
   for (const char* name : {"0.mkv", "1.mkv"}) write_clip(folder / name, spec, pictures);
-  ClipFiles files{{folder / "0.mkv", folder / "1.mkv"}, {}, std::nullopt};
-  PairReader reader = open_clips(files, open_first(files));
-  for (int i = 0; i < 190; ++i) ASSERT_TRUE(reader.next());
-  reader.start_at(6 * AV_TIME_BASE);
-  const std::optional<FramePair> pair = reader.next();
-  ASSERT_TRUE(pair && pair->picture[0] && pair->picture[1]);
-  EXPECT_EQ(pair->picture[0]->data[0][0], pair->picture[1]->data[0][0]);
+  for (const int tenths : {4, 60}) {  // within the first second there is nothing to seek but the beginning
+    ClipFiles files{{folder / "0.mkv", folder / "1.mkv"}, {}, std::nullopt};
+    PairReader reader = open_clips(files, open_first(files));
+    for (int i = 0; i < 190; ++i) ASSERT_TRUE(reader.next());
+    reader.start_at(AV_TIME_BASE * tenths / 10);
+    const std::optional<FramePair> pair = reader.next();
+    ASSERT_TRUE(pair && pair->picture[0] && pair->picture[1]);
+    EXPECT_EQ(pair->picture[0]->data[0][0], pair->picture[1]->data[0][0]);
+    EXPECT_LE(pair->picture[0]->data[0][0], 20 + 25 * tenths / 10);
+  }
 }
 
 TEST(PairReader, LensesOneAboveTheOther) {

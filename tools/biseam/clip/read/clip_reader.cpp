@@ -60,7 +60,7 @@ void ClipReader::start_at(std::int64_t time) {
     ready_.push_front(*first);
     return;
   }
-  if (sought_ && !seek(start)) container_->refuse("its beginning can't be found again");
+  if ((sought_ || packets_read_ > 0) && !seek(start)) container_->refuse("its beginning can't be found again");
 }
 
 bool ClipReader::seek(std::int64_t time) {

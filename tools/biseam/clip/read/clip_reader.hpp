@@ -36,7 +36,7 @@ class ClipReader {
   ClipReader(std::unique_ptr<Container> container, bool strict, const LensStreams& lenses, int lens);
 
   // Starts over with a picture at the time or before it, in microseconds; damage before the time isn't counted.  For files that
-  // can be read at any place, before the first next(); others start at their beginning anyway.
+  // can be read at any place; others go on where they are, at first their beginning.
   void start_at(std::int64_t time);
 
   // None at the end, and after an interrupt once the decoder is empty.  A damaged picture is replaced by the one before it.
