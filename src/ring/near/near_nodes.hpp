@@ -15,9 +15,8 @@ Mesh carve_moved_mesh(const Mesh& mesh, void* block) noexcept;
 // Beyond the ring views are moved less and less, from 1/16 of a turn beyond it on not at all: 22.5 degrees.
 inline constexpr int32_t kNearFade = 1 << (kTurnBits - 4);
 
-// A row of nodes as the mesh has them, but for directions that are moved along b by the displacement, up in lens 0 and down in
-// lens
-// 1.  lenses: both.
+// A row of nodes as the mesh has them, but for directions that are moved along b by the displacement, up in lens 0 and down
+// in lens 1.  lenses: both.
 void move_nodes(const RingShape& ring, const Displacement& displacement, const Projector* lenses, const Mesh& mesh, int row,
                 const Mesh& moved) noexcept;
 
