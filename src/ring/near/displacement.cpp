@@ -53,7 +53,8 @@ void smooth(Ring& ring) noexcept {
 }  // namespace
 
 int near_span(double rate) noexcept {
-  return std::clamp(static_cast<int>(std::clamp(rate, 0.0, 1000.0) / 8 + 0.5), 1, NearMemory::kMostFrames);
+  const double known = rate > 0 ? std::min(rate, 1000.0) : 0;  // also where the rate is not a number
+  return std::clamp(static_cast<int>(known / 8 + 0.5), 1, NearMemory::kMostFrames);
 }
 
 void forget(NearMemory& memory) noexcept { memory.filled = memory.next = 0; }
