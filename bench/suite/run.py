@@ -34,7 +34,7 @@ def read_arguments():
 def sections(suite, sizes, curve, tool, quick):
     yield "analytic", lambda: {camera: {str(width): analytic.measure(suite, width, camera) for width in sizes}
                                for camera in analytic.CAMERAS}
-    yield "seams", lambda: seams.measure(tool, suite.out / "pictures", sizes[-1])
+    yield "seams", lambda: seams.measure(tool, suite.out / "pictures", seams.WIDTH)
     yield "ring", lambda: {str(width): suite.ring(width) for width in sizes}
     yield "ring_curve", lambda: suite.ring_curve(curve)
     yield "contest", lambda: {str(width): suite.contest(width) for width in sizes}
@@ -82,7 +82,7 @@ def main():
     sizes, curve = (QUICK_SIZES, QUICK_SIZES) if arguments.quick else (SIZES, CURVE)
     tool = arguments.build / "tools/biseam/biseam"
     make_pictures(tool, arguments.out / "pictures", rendered=sizes[0] // 2,
-                  sizes=sorted({width // 2 for width in (*sizes, *curve)}))
+                  sizes=sorted({width // 2 for width in (*sizes, *curve, seams.WIDTH)}))
     suite = Suite(arguments.build, arguments.out, rounds=2 if arguments.quick else ROUNDS, against=arguments.against)
     results = {"machine": machine.describe(), "rounds": suite.rounds, "against": arguments.against}
     for name, section in sections(suite, sizes, curve, tool, arguments.quick):

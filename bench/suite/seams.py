@@ -9,6 +9,7 @@ import quality
 from analytic import near_the_ring
 from pictures import to_nv12
 
+WIDTH = 1920  # in much smaller panoramas few samples of the strips average the noise
 FRAMES, SETTLED = 40, 16  # the first ones are not counted: steady seams are over 15
 NOISE = 2.0  # code values
 MODES = ("free", "steady")
