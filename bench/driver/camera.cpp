@@ -37,6 +37,8 @@ Camera camera_of_profile(const std::string& name) {
     std::copy_n(from.k.value().begin(), 3, lens.k);
     lens.fov = from.fov.value();
     lens.turn = {from.yaw.value_or(0), from.pitch.value_or(0), from.roll.value_or(0)};
+    if (from.vignette) std::copy(from.vignette->begin(), from.vignette->end(), lens.vignette);
+    if (from.gain) std::copy(from.gain->begin(), from.gain->end(), lens.gain);
   }
   return camera;
 }
@@ -65,7 +67,10 @@ BiseamCamera make_record(const Camera& camera) {
     to.p = lens.p;
     std::copy(std::begin(lens.k), std::end(lens.k), to.k);
     to.fov = lens.fov;
+    to.mount = lens.mount;
     to.turn = {lens.turn.yaw, lens.turn.pitch, lens.turn.roll};
+    std::copy(std::begin(lens.vignette), std::end(lens.vignette), to.vignette);
+    std::copy(std::begin(lens.gain), std::end(lens.gain), to.gain);
   }
   return record;
 }
