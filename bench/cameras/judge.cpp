@@ -8,6 +8,7 @@
 
 #include "biseam/panorama.hpp"
 #include "camera/projector.hpp"
+#include "driver/camera.hpp"
 
 namespace biseam::bench {
 namespace {
@@ -49,22 +50,6 @@ BiseamTurn turn_of(const Matrix3& matrix) {
   return {yaw, pitch, std::atan2(rest.m[1][0], rest.m[0][0]) / kDegree};
 }
 
-BiseamCamera public_camera(const Camera& camera) {
-  BiseamCamera made = camera_of(camera.lens[0].width, camera.lens[0].height, 195);
-  for (int k = 0; k < 2; ++k) {
-    const Lens& lens = camera.lens[k];
-    BiseamLens& to = made.lens[k];
-    to.mount = lens.mount;
-    to.cx = lens.cx;
-    to.cy = lens.cy;
-    to.p = lens.p;
-    std::copy(std::begin(lens.k), std::end(lens.k), to.k);
-    to.fov = lens.fov;
-    to.turn = {lens.turn.yaw, lens.turn.pitch, lens.turn.roll};
-  }
-  return made;
-}
-
 BiseamPicture picture_of(const cv::Mat1b& gray) {
   BiseamPicture picture = picture_defaults();
   picture.format = BISEAM_GRAY8;
@@ -81,7 +66,7 @@ cv::Mat1b stitch(const Shot& shot, const Camera& camera, const Matrix3& view, in
   options.width = width;
   options.height = width / 2;
   options.format = BISEAM_GRAY8;
-  Panorama panorama = Panorama::open(public_camera(camera), options);
+  Panorama panorama = Panorama::open(make_record(camera), options);
   cv::Mat1b made(width / 2, width);
   const BiseamPicture fisheyes[2] = {picture_of(shot.lens[0]), picture_of(shot.lens[1])};
   BiseamFrame frame = frame_defaults();
