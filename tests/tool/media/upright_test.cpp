@@ -170,7 +170,23 @@ TEST(Upright, ChromaStaysWhereItLies) {
   EXPECT_EQ(shown(AVCHROMA_LOC_UNSPECIFIED, 90, false), AVCHROMA_LOC_UNSPECIFIED);
 }
 
-// Luma of formats whose chroma can't be turned as it is.
+// Upside down, chroma of fewer columns than rows stays as it is.
+TEST(Upright, ChromaOfFewerColumnsIsKeptWhereThePictureStaysAsWide) {
+  const Libav<AVFrame> recorded = random_frame(AV_PIX_FMT_YUV422P, 12, 8);
+  Upright upright({180, false, false, {1, 1}}, *recorded, "clip");
+  const Libav<AVFrame> shown = upright.apply(*recorded);
+  ASSERT_EQ(shown->format, AV_PIX_FMT_YUV422P);
+  for (int component = 0; component < 3; ++component) {
+    const int width = component == 0 ? 12 : 6;
+    for (int y = 0; y < 8; ++y) {
+      for (int x = 0; x < width; ++x) {
+        EXPECT_EQ(sample(*shown, component, x, y), sample(*recorded, component, width - 1 - x, 7 - y)) << component;
+      }
+    }
+  }
+}
+
+// Luma of formats whose chroma can't be turned on its side as it is.
 TEST(Upright, ChromaOfFewerColumnsBecomesWhole) {
   const Libav<AVFrame> recorded = random_frame(AV_PIX_FMT_YUV422P10LE, 12, 8);
   for (int y = 0; y < 8; ++y) {
@@ -179,12 +195,12 @@ TEST(Upright, ChromaOfFewerColumnsBecomesWhole) {
       for (int x = 0; x < (k == 0 ? 12 : 6); ++x) row[x] = k == 0 ? row[x] & 1023 : 100 * k;
     }
   }
-  Upright upright({180, false, false, {1, 1}}, *recorded, "clip");
+  Upright upright({90, false, false, {1, 1}}, *recorded, "clip");
   const Libav<AVFrame> shown = upright.apply(*recorded);
   ASSERT_EQ(shown->format, AV_PIX_FMT_YUV444P10LE);
-  for (int y = 0; y < 8; ++y) {
-    for (int x = 0; x < 12; ++x) {
-      EXPECT_EQ(sample(*shown, 0, x, y), sample(*recorded, 0, 11 - x, 7 - y));
+  for (int y = 0; y < 12; ++y) {
+    for (int x = 0; x < 8; ++x) {
+      EXPECT_EQ(sample(*shown, 0, x, y), sample(*recorded, 0, y, 7 - x));
       EXPECT_EQ(sample(*shown, 1, x, y), 100u);
       EXPECT_EQ(sample(*shown, 2, x, y), 200u);
     }

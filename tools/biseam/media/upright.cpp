@@ -28,21 +28,21 @@ int step_of(const AVPixFmtDescriptor& format, int plane) {
   return step;
 }
 
-// All samples of a pixel lie together in their plane, and chroma is as fine across as down.
-bool can_be_turned(const AVPixFmtDescriptor& format) {
+// All samples of a pixel lie together in their plane, and chroma is as fine across as down where the picture comes on its side.
+bool can_be_turned(const AVPixFmtDescriptor& format, bool on_its_side) {
   constexpr std::uint64_t kOther =
       AV_PIX_FMT_FLAG_BITSTREAM | AV_PIX_FMT_FLAG_HWACCEL | AV_PIX_FMT_FLAG_PAL | AV_PIX_FMT_FLAG_BAYER;
-  if ((format.flags & kOther) != 0 || format.log2_chroma_w != format.log2_chroma_h) return false;
+  if ((format.flags & kOther) != 0 || (on_its_side && format.log2_chroma_w != format.log2_chroma_h)) return false;
   for (int k = 0; k < format.nb_components; ++k) {
     if (step_of(format, format.comp[k].plane) == 0) return false;
   }
   return true;
 }
 
-AVPixelFormat turnable_format(AVPixelFormat format) {
+AVPixelFormat turnable_format(AVPixelFormat format, bool on_its_side) {
   const AVPixFmtDescriptor& from = known(format);
   const int bits = from.comp[0].depth;
-  if (can_be_turned(from)) return format;
+  if (can_be_turned(from, on_its_side)) return format;
   if ((from.flags & (AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL)) != 0) return bits > 8 ? AV_PIX_FMT_GBRP16 : AV_PIX_FMT_GBRP;
   if (bits <= 8) return AV_PIX_FMT_YUV444P;
   return bits <= 10 ? AV_PIX_FMT_YUV444P10 : bits <= 12 ? AV_PIX_FMT_YUV444P12 : AV_PIX_FMT_YUV444P16;
@@ -69,8 +69,8 @@ struct Plane {
 Plane plane_of(const AVFrame& frame, int index) {
   const AVPixFmtDescriptor& format = known(frame.format);
   const bool is_chroma = (index == 1 || index == 2) && (format.flags & AV_PIX_FMT_FLAG_RGB) == 0;
-  const int shift = is_chroma ? format.log2_chroma_w : 0;
-  return {frame.data[index], frame.linesize[index], AV_CEIL_RSHIFT(frame.width, shift), AV_CEIL_RSHIFT(frame.height, shift)};
+  return {frame.data[index], frame.linesize[index], AV_CEIL_RSHIFT(frame.width, is_chroma ? format.log2_chroma_w : 0),
+          AV_CEIL_RSHIFT(frame.height, is_chroma ? format.log2_chroma_h : 0)};
 }
 
 template <std::size_t step>
@@ -133,7 +133,7 @@ Upright::Upright(const Display& display, const AVFrame& recorded, const std::str
                                        std::to_string(display.pixel.den) + " as wide as high, which is too much");
   }
   square_ = *square;
-  if (display.turn != 0 || display.mirrored) format_ = turnable_format(format_);
+  if (display.turn != 0 || display.mirrored) format_ = turnable_format(format_, display.turn % 180 != 0);
 }
 
 Libav<AVFrame> Upright::apply(const AVFrame& recorded) {
