@@ -37,6 +37,18 @@ TEST(Summary, AProgramCanReadIt) {
   EXPECT_EQ(json.back(), '\n');
 }
 
+TEST(Summary, TellsWhatTheLensesDifferIn) {
+  const ScratchFolder folder;
+  write_clip(folder / "in.mkv", {}, walk(1));
+  const auto json = [&](std::vector<std::string> options) {
+    options.insert(options.end(), {"--json", "-"});
+    return stitch_clip(folder / "in.mkv", folder / "out.mkv", options).out;
+  };
+  EXPECT_NE(json({}).find("\"near\": \"on\", \"light\": \"off\""), std::string::npos);
+  EXPECT_NE(json({"--near", "off", "--light", "match"}).find("\"near\": \"off\", \"light\": \"match\""), std::string::npos);
+  EXPECT_NE(json({"--engine", "exact"}).find("\"engine\": \"exact\", \"search\""), std::string::npos);
+}
+
 TEST(Summary, GoesToStandardOutputUnlessFramesAreThere) {
   const ScratchFolder folder;
   write_clip(folder / "in.mkv", {}, walk(2));

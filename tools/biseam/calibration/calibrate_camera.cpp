@@ -24,7 +24,7 @@ std::vector<RecordedPair> read_pairs(const CalibrationJob& job) {
   return read_clip_pairs(files, job.layout, job.frames);
 }
 
-// Both or none.
+// Both are whole on disk before either takes its name.
 void write_outputs(const CalibrationJob& job, const calibrate::Finding& finding, std::span<const RecordedPair> pairs) {
   const std::string profile = profile_of(finding, pairs.size());
   if (job.report.empty()) return replace_file(job.output, text_bytes(profile));

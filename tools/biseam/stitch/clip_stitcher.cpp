@@ -36,6 +36,7 @@ ClipStitcher::ClipStitcher(const ClipJob& job, const KnownCamera& camera, const 
   const LensPictures pictures(first, layout_, converter_);
   const auto& [lens0, lens1] = pictures.get();
   setup_ = make_setup(camera, job.source.settings, {size_of(lens0), size_of(lens1)});
+  matches_near_ = tool::matches_near(setup_, job.source.engine);
   engine_ = open_engine(
       setup_, job.source.engine,
       {BiseamFormat(lens0.format), range_of(colour), engine_transfer(colour.transfer), rate.num > 0 ? av_q2d(rate) : 30});

@@ -54,6 +54,7 @@ class ClipStitcher {
   std::uint64_t frame_bytes() const { return frame_bytes_; }  // of a pair and its panorama
 
   bool searches() const { return setup_.blend.search.value_or(true); }
+  bool matches_near() const { return matches_near_; }
 
   StitchedFrame stitch(FramePair pair);
 
@@ -64,6 +65,7 @@ class ClipStitcher {
   FrameConverter converter_;
   const int group_size_;  // pictures that share the seams found in the first of them
   Setup setup_;
+  bool matches_near_;
   AVPixelFormat format_;
   std::unique_ptr<Engine> engine_;
   std::optional<PanoramaPool> panoramas_;

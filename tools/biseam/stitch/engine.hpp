@@ -23,6 +23,10 @@ struct EngineOptions {
   int threads = 0;            // that share a frame; 0: one for each processor
 };
 
+inline bool matches_near(const Setup& setup, const EngineOptions& options) {
+  return options.near.value_or(setup.may_lie_apart);
+}
+
 // What an engine has to know of the fisheye pictures' samples.
 struct SampleKind {
   BiseamFormat format;

@@ -23,7 +23,7 @@ BiseamPanoramaOptions ring_options(const Setup& setup, const EngineOptions& opti
   all.seam = setup.blend.search.value_or(true) ? searched : BISEAM_SEAM_MIDDLE;
   all.threads = options.threads;
   all.light = options.light;
-  all.near = options.near.value_or(setup.may_lie_apart) ? BISEAM_NEAR_MATCH : BISEAM_NEAR_OFF;
+  all.near = matches_near(setup, options) ? BISEAM_NEAR_MATCH : BISEAM_NEAR_OFF;
   all.transfer = samples.transfer;
   all.rate = std::clamp(samples.rate, 1.0, 1000.0);
   return all;

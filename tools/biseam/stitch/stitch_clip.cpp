@@ -127,7 +127,8 @@ int stitch_clip(const ClipJob& job, std::unique_ptr<Container> first) {
     sink->finish();
     seconds = progress.seconds();
   }
-  report({summary, seconds, source.clips(), job, output_kind, stitcher.size(), stitcher.searches(), interrupted()},
+  report({summary, seconds, source.clips(), job, output_kind, stitcher.size(), stitcher.searches(), stitcher.matches_near(),
+          interrupted()},
          json_file.get());
   return int(interrupted() ? ExitCode::interrupted : ExitCode::done);
 }

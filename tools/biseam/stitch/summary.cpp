@@ -33,11 +33,13 @@ const char* quality_text(BiseamQuality quality) {
   return quality == BISEAM_QUALITY_FAST ? "fast" : quality == BISEAM_QUALITY_GOOD ? "good" : "best";
 }
 
-void add_engine(const EngineOptions& engine, JsonObject& settings) {
+void add_engine(const EngineOptions& engine, bool near, JsonObject& settings) {
   settings.add("engine", engine.kind == EngineKind::exact ? "exact" : "ring");
   if (engine.kind == EngineKind::exact) return;
   settings.add("quality", quality_text(engine.quality));
   settings.add("seams", engine.steady_seams ? "steady" : "free");
+  settings.add("near", near ? "on" : "off");
+  settings.add("light", engine.light == BISEAM_LIGHT_MATCH ? "match" : "off");
   settings.add("jobs", engine.threads == 0 ? processors() : engine.threads);
   settings.add("look_yaw", engine.look.yaw);
   settings.add("look_pitch", engine.look.pitch);
@@ -53,7 +55,7 @@ JsonObject settings_json(const RunReport& run) {
   settings.add("output_kind", run.output_kind);
   settings.add("layout", layout_text(source.layout));
   settings.add("size", size_text(run.size));
-  add_engine(source.engine, settings);
+  add_engine(source.engine, run.near, settings);
   settings.add("search", run.searches);
   settings.add("seam_hold", run.job.seam_hold);
   return settings;

@@ -35,6 +35,7 @@ struct RunReport {
   const std::string& output_kind;
   Size size;      // of the panorama
   bool searches;  // for seams
+  bool near;      // things are brought together
   bool interrupted;
 };
 
