@@ -1,5 +1,6 @@
 """The parts of the suite.  Each returns plain dictionaries for bench.json."""
 import re
+import statistics
 import subprocess
 
 import quality
@@ -9,6 +10,8 @@ from pictures import REAL_CAMERA
 SIZES = (3840, 1920)  # of the panorama's width; the first is what the README shows
 CURVE = (1920, 2880, 3840, 5760, 7680)
 SCALES = (1, 2, 4)
+STARTS = 7  # new processes for a first frame
+RING_OPTIONS = {"ring_good": {}, "ring_fast": {"quality": "fast"}, "ring_best": {"quality": "best"}, "ring_p010": {"format": "p010"}}
 OVERLAP = {"feather": 32, "trans_width": 64, "findpath_width": 64}  # at every size, unless scaled
 
 
@@ -59,16 +62,25 @@ class Suite:
         """Whole frames of the ring engine by a real camera, of the exact one, and of v360, by one thread and by two."""
         result = {}
         for threads in (2, 1):
-            def ring(**options):
-                return self.start("ring", width=width, camera=REAL_CAMERA, threads=threads, **options)
-            contestants = {"ring_good": ring(), "ring_fast": ring(quality="fast"), "ring_best": ring(quality="best"),
-                           "ring_p010": ring(format="p010"), "v360": self.start("v360", width=width, threads=threads),
+            def start(name):
+                return self.start("ring", width=width, camera=REAL_CAMERA, threads=threads, **RING_OPTIONS[name])
+            first = {name: self.first_frame(lambda: start(name)) for name in RING_OPTIONS}
+            contestants = {**{name: start(name) for name in RING_OPTIONS}, "v360": self.start("v360", width=width, threads=threads),
                            "v360_spline16": self.start("v360", width=width, threads=threads, interp="spline16")}
             if threads == 2:
                 contestants["exact"] = self.start("biseam", width=width)
-            first = {name: contestant.ask("start") for name, contestant in contestants.items() if name.startswith("ring")}
             result[str(threads)] = {"first": first, "frames": self.turns(contestants)}
         return result
+
+    def first_frame(self, start):
+        """Medians of what opening an engine and its first frame take in a new process, while nobody else loads anything."""
+        figures = {}
+        for _ in range(min(STARTS, self.rounds)):
+            contestant = start()
+            for figure, value in contestant.ask("start").items():
+                figures.setdefault(figure, []).append(value)
+            contestant.close()
+        return {figure: statistics.median(values) for figure, values in figures.items()}
 
     def ring_curve(self, widths):
         """Frames of the ring engine at many sizes, each from pictures of half the panorama's width."""
