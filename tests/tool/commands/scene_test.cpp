@@ -60,6 +60,14 @@ TEST(SceneCommand, RefusesWhatStitchCouldNotUse) {
   EXPECT_EQ(run_tool({"scene", "-o", folder / "s", "--fov", "170"}).exit_code, 2);
   EXPECT_EQ(run_tool({"scene", "-o", folder / "s", "--placards", "0.2"}).exit_code, 2);
   EXPECT_EQ(run_tool({"scene", "-o", folder / "s", "--placards", "5"}).exit_code, 2);
+  for (const std::string option : {"--exposure-difference", "--temperature-difference", "--vignette-difference", "--flare",
+                                   "--differ-from", "--exposure-drift", "--shake", "--turn"}) {
+    for (const char* value : {"-99999", "9999999999", "some"}) {
+      const test::Outcome outcome = run_tool({"scene", "-o", folder / "s", option, value});
+      EXPECT_EQ(outcome.exit_code, 2) << option << value;
+      EXPECT_NE(outcome.message.find(option), std::string::npos) << outcome.message;
+    }
+  }
   EXPECT_TRUE(folder.names().empty());
 }
 

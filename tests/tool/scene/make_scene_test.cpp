@@ -51,12 +51,13 @@ TEST(SceneClips, HaveEveryFrameAtItsTimeAndSayWhatTheyAre) {
     EXPECT_EQ(clip.matrix, AVCOL_SPC_BT470BG) << stem;
     EXPECT_EQ(clip.siting, AVCHROMA_LOC_CENTER) << stem;
   }
-  EXPECT_EQ(finished.out, told + folder / "s/camera.toml" + "\n");
+  EXPECT_EQ(finished.out, told + folder / "s/camera.toml" + "\n" + folder / "s/truth.json" + "\n");
 }
 
 TEST(SceneClips, BeginWithTheStillPictures) {
   const ScratchFolder folder;
-  const std::vector<std::string> camera = {"--baseline", "0.05", "--exposure-difference", "0.3", "--noise", "2", "--seed", "5"};
+  const std::vector<std::string> camera = {"--baseline", "0.05", "--exposure-difference", "0.3", "--noise", "2", "--seed", "5",
+                                           "--shake",    "1"};
   make_scene(folder / "still", camera);
   std::vector<std::string> filming = camera;
   filming.insert(filming.end(), {"--frames", "2"});
@@ -108,6 +109,26 @@ TEST(SceneClips, HaveOtherNoiseInEveryFrame) {
   std::size_t same = 0;
   for (std::size_t i = 0; i < frames[0].luma.size(); ++i) same += frames[0].luma[i] == frames[1].luma[i];
   EXPECT_LT(same, frames[0].luma.size() / 2);
+}
+
+TEST(SceneClips, TellHowEachFrameWasTaken) {
+  const ScratchFolder folder;
+  make_scene(folder / "s", {"--frames", "2", "--turn", "2.5"});
+  const std::string told = read_bytes(folder / "s/truth.json");
+  EXPECT_NE(told.find("\"time\": 0.0333333, \"yaw\": 2.5,"), std::string::npos) << told;
+  EXPECT_EQ(told.find("\"yaw\": 5"), std::string::npos) << told;
+}
+
+// `stitch --look` brings a turned camera's panorama to where the camera began.
+TEST(SceneClips, TurnAsTheTruthSays) {
+  const ScratchFolder folder;
+  run({kTool, "scene", "-o", folder / "s", "--width", "512", "--fisheye-size", "288", "--frames", "2", "--turn", "30"});
+  const std::vector<Nv12> truth = pictures_of(folder / "s/truth.mp4");
+  const Finished stitched = run({kTool, "stitch", folder / "s/side_by_side.mp4", "--camera", folder / "s/camera.toml", "--look",
+                                 "-30,0,0", "-o", folder / "p.mkv", "--crf", "0"});
+  EXPECT_EQ(stitched.exit_code, 0) << stitched.err;
+  const std::vector<float> p = codes(truth[0].luma), q = codes(pictures_of(folder / "p.mkv").at(1).luma);
+  EXPECT_GT(measure({{512, 256}, p, q}, all_columns(512)).weighted_psnr, 28);
 }
 
 TEST(SceneClips, RefuseFrameCountsThatAreNone) {

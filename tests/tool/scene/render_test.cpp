@@ -150,7 +150,7 @@ TEST(ForEachRow, TakesEveryRowOnce) {
 
 TEST(Develop, OneStopIsTwiceTheLight) {
   const Frame once{2, 1, {{0.1, 0.2, 0.05}, {0.3, 0.4, 0.01}}}, twice{2, 1, {{0.2, 0.4, 0.1}, {0.6, 0.8, 0.02}}};
-  EXPECT_EQ(develop(once, {1, 0, 0}), develop(twice, {}));
+  EXPECT_EQ(develop(once, {{2, 2, 2}, 0, 0}), develop(twice, {}));
   EXPECT_NE(develop(once, {}), develop(twice, {}));
 }
 
@@ -188,15 +188,15 @@ TEST(Develop, RisesWithTheLightAndHasNoStep) {
 
 TEST(Develop, NoiseDependsOnItsSeedAlone) {
   const Frame grey{64, 64, std::vector<Vec3>(64 * 64, {0.2, 0.2, 0.2})};
-  EXPECT_EQ(develop(grey, {0, 5, 7}), develop(grey, {0, 5, 7}));
-  EXPECT_NE(develop(grey, {0, 5, 7}), develop(grey, {0, 5, 8}));
+  EXPECT_EQ(develop(grey, {{1, 1, 1}, 5, 7}), develop(grey, {{1, 1, 1}, 5, 7}));
+  EXPECT_NE(develop(grey, {{1, 1, 1}, 5, 7}), develop(grey, {{1, 1, 1}, 5, 8}));
 }
 
 TEST(Develop, NoiseHasTheStandardDeviationAskedFor) {
   const Frame grey{200, 200, std::vector<Vec3>(200 * 200, {0.2, 0.2, 0.2})};
   const int quiet = develop(grey, {})[0];
   double sum = 0, squares = 0;
-  const std::vector<std::uint8_t> noisy = develop(grey, {0, 4, 3});
+  const std::vector<std::uint8_t> noisy = develop(grey, {{1, 1, 1}, 4, 3});
   for (const std::uint8_t code : noisy) sum += code - quiet, squares += (code - quiet) * (code - quiet);
   const double n = double(noisy.size());
   EXPECT_NEAR(sum / n, 0, 0.5) << "the quiet code is rounded";

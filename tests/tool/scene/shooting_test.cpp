@@ -8,7 +8,10 @@
 namespace biseam::scene {
 namespace {
 
-Rig small_rig() { return {128, 64, 195 * std::numbers::pi / 180, 0.05, 0, 0, 7}; }
+Rig small_rig() {
+  return {
+      .panorama_width = 128, .fisheye_size = 64, .field_of_view = 195 * std::numbers::pi / 180, .baseline = 0.05, .seed = 7};
+}
 
 double mean(const tool::Rgb& picture) {
   double sum = 0;
@@ -41,7 +44,7 @@ TEST(Shooting, PicturesHaveTheRigsSizesAndTheLastHoldsBothLenses) {
 
 TEST(Shooting, ShowsWhatIsRenderedAndDeveloped) {
   Rig rig = small_rig();
-  rig.exposure_difference = 0.5;
+  rig.light.exposure = 0.5;
   rig.noise = 2;
   Shooting shooting(rig);
   const Pictures all = shooting.take(3, 0.4);
@@ -52,7 +55,8 @@ TEST(Shooting, ShowsWhatIsRenderedAndDeveloped) {
     const Fisheye lens = Fisheye::fitting(index, 64, rig.field_of_view);
     EXPECT_EQ(shooting.lens(index).lens().p, lens.lens().p);
     EXPECT_EQ(shooting.lens(index).pupil(0.05).z, index == 0 ? 0.025 : -0.025);
-    const std::vector<std::uint8_t> quiet = develop(render(place, view_of(lens, 0.05)), {index == 0 ? 0.25 : -0.25, 0, 0});
+    const std::vector<std::uint8_t> quiet =
+        develop(render(place, view_of(lens, 0.05)), {Vec3{1, 1, 1} * std::exp2(index == 0 ? 0.25 : -0.25), 0, 0});
     const tool::Rgb& taken = all[std::size_t(1 + index)];
     double sum = 0, squares = 0, count = 0;
     for (std::size_t i = 0; i < quiet.size(); ++i) {
@@ -98,12 +102,44 @@ TEST(Shooting, NoiseIsAnotherOneInEveryFrameLensAndSeedAndNoneInTheTruth) {
 TEST(Shooting, ADifferenceOfExposureIsSharedByBothLenses) {
   Rig rig = small_rig();
   Shooting even(rig);
-  rig.exposure_difference = 1;
+  rig.light.exposure = 1;
   Shooting uneven(rig);
   const Pictures same = even.take(0, 0), other = uneven.take(0, 0);
   EXPECT_EQ(other[0].bytes, same[0].bytes);
   EXPECT_GT(mean(other[1]), mean(same[1]) + 5);
   EXPECT_LT(mean(other[2]), mean(same[2]) - 5);
+}
+
+TEST(Shooting, DifferencesOfLightBeginAtTheirFrameAndAreNoneInTheTruth) {
+  Rig rig = small_rig();
+  Shooting even(rig);
+  rig.light = {.exposure = 1, .drift = 0, .temperature = 500, .vignette = 0.2, .flare = 0.1, .from = 4};
+  Shooting uneven(rig);
+  const Pictures plain = even.take(3, 0.1), before = uneven.take(3, 0.1), after = uneven.take(4, 0.1);
+  for (std::size_t k = 0; k < 4; ++k) EXPECT_EQ(before[k].bytes, plain[k].bytes) << kPictureNames[k];
+  EXPECT_EQ(after[0].bytes, plain[0].bytes);
+  EXPECT_GT(mean(after[1]), mean(plain[1]) + 5);
+  EXPECT_LT(mean(after[2]), mean(plain[2]) - 5);
+}
+
+// What a camera that is turned shows at its middle, one that is not shows aside.
+TEST(Shooting, TurnsEverythingTogether) {
+  Rig rig = small_rig();
+  Shooting still(rig);
+  rig.motion.turn = 45;
+  Shooting turning(rig);
+  const Pictures first = still.take(2, 0.1), turned = turning.take(2, 0.1), start = turning.take(0, 0.1);
+  for (std::size_t k = 0; k < 4; ++k) EXPECT_EQ(start[k].bytes, first[k].bytes) << kPictureNames[k];
+  int near = 0, count = 0;
+  for (std::size_t y = 0; y < 64; ++y) {
+    for (std::size_t x = 0; x < 3 * 128; ++x, ++count) {
+      const int there = turned[0].bytes[y * 384 + x], here = first[0].bytes[y * 384 + (x + 3 * 32) % 384];
+      near += std::abs(there - here) < 8;
+    }
+  }
+  EXPECT_GT(near, 0.9 * count) << "a quarter to the right";
+  EXPECT_NE(turned[1].bytes, first[1].bytes);
+  EXPECT_NE(turned[2].bytes, first[2].bytes);
 }
 
 }  // namespace

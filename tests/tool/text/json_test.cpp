@@ -19,6 +19,15 @@ TEST(Json, TextsAreQuotedAndNumbersFinite) {
       "{\"name\": \"a \\\"b\\\"\\\\\\u000a\", \"count\": 3, \"rate\": 0.5, \"endless\": null, \"inner\": {\"on\": true}}");
 }
 
+TEST(Json, ArraysHoldNumbersAndObjects) {
+  JsonObject one, two, object;
+  one.add("n", 1);
+  object.add("none", std::vector<double>{});
+  object.add("numbers", std::vector<double>{0.5, -2, 1.0 / 0.0});
+  object.add("objects", std::vector<JsonObject>{one, two});
+  EXPECT_EQ(object.text(), "{\"none\": [], \"numbers\": [0.5, -2, null], \"objects\": [{\"n\": 1}, {}]}");
+}
+
 TEST(Json, FixedNumbersHaveSixDecimals) {
   JsonObject object;
   object.add_fixed("psnr", 31.25);

@@ -14,7 +14,7 @@ struct SceneJob {
   std::optional<int> frames;  // clips of so many frames in place of pictures
 };
 
-// Writes the pictures or clips, which kPictureNames names, and camera.toml; prints each one's path.  Throws Failure.
+// Writes the pictures or clips, which kPictureNames names, camera.toml and truth.json; prints each one's path.  Throws Failure.
 void make_scene(const SceneJob& job);
 
 }  // namespace biseam::scene

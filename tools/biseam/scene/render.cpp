@@ -78,11 +78,10 @@ Frame render(const Place& place, const View& view) {
 
 std::vector<std::uint8_t> develop(const Frame& frame, const Development& how) {
   std::vector<std::uint8_t> codes(frame.pixels.size() * 3);
-  const double gain = std::exp2(how.exposure);
   for_each_row(frame.height, [&](int y) {
     const std::size_t first = static_cast<std::size_t>(y) * frame.width;
     for (std::size_t i = first; i < first + frame.width; ++i) {
-      const Vec3 light = frame.pixels[i] * gain;
+      const Vec3 light = frame.pixels[i] * how.gain;
       double code[3] = {255 * code_of(light.x), 255 * code_of(light.y), 255 * code_of(light.z)};
       if (how.noise > 0) {
         const NormalPair a = normal_pair(how.seed, 2 * i), b = normal_pair(how.seed, 2 * i + 1);

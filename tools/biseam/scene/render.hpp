@@ -41,7 +41,7 @@ Frame render(const Place& place, const View& view);
 void for_each_row(int rows, const std::function<void(int)>& work);
 
 struct Development {
-  double exposure = 0;     // stops
+  Vec3 gain{1, 1, 1};      // of linear light
   double noise = 0;        // standard deviation, code values
   std::uint64_t seed = 0;  // of the noise
 };

@@ -6,17 +6,20 @@
 
 #include "picture/picture.hpp"
 #include "scene/film.hpp"
+#include "scene/lens_light.hpp"
+#include "scene/motion.hpp"
 
 namespace biseam::scene {
 
 struct Rig {
   int panorama_width, fisheye_size;  // pixels
   double field_of_view;              // radians
-  double baseline;                   // metres
-  double exposure_difference;        // stops
-  double noise;                      // standard deviation, code values
-  std::uint64_t seed;
-  double placards = 0;  // metres to those on the seams; 0: none
+  double baseline = 0;               // metres
+  double placards = 0;               // metres to those on the seams; 0: none
+  LightDifference light = {};
+  Motion motion = {};
+  double noise = 0;  // standard deviation, code values
+  std::uint64_t seed = 1;
 };
 
 // The true panorama, both fisheyes, and these side by side.
@@ -33,12 +36,14 @@ class Shooting {
   Pictures take(int frame, double seconds);
 
  private:
-  tool::Rgb take_fisheye(int index, int frame) const;
+  Frame look(std::size_t camera, int frame, double seconds) const;
+  tool::Rgb take_fisheye(int index, int frame, double seconds) const;
 
   const Rig rig_;
   const Fisheye lenses_[2];
   Place place_;
-  const Film truth_, fisheyes_[2];
+  const View views_[3];      // the truth's and the lenses'
+  std::vector<Film> films_;  // theirs, where the camera stands still
 };
 
 }  // namespace biseam::scene

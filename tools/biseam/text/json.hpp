@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace biseam::tool {
 
@@ -16,6 +17,8 @@ class JsonObject {
   void add_fixed(const std::string& name, double number);  // with six decimals
   void add(const std::string& name, bool value);
   void add(const std::string& name, const JsonObject& object);
+  void add(const std::string& name, const std::vector<double>& numbers);
+  void add(const std::string& name, const std::vector<JsonObject>& objects);
 
   std::string text() const { return "{" + members_ + "}"; }
 
