@@ -178,20 +178,19 @@ void keep_in_ring(const PlaneBlock& samples, int row, int32_t* added, PaintMemor
 }
 
 // Rows that share their light, from first_row on.
-void sample_rows(const Painting& painting, const LensSamples& from, const PlaneBlock& samples, int first_row,
-                 PaintMemory& memory) noexcept {
+void sample_shared_rows(const Painting& painting, const LensSamples& from, const PlaneBlock& samples, int first_row,
+                        PaintMemory& memory) noexcept {
   const int rows = std::min(kSharedRows, samples.rows - first_row);
-  for (int i = 0; i < rows; ++i) {
-    const int at = (first_row + i) * kBlockWidth;
-    sample_row(from.job, memory.x[from.lens].values + at, memory.y[from.lens].values + at, memory.fine[from.lens][i],
-               samples.columns);
-  }
+  const int at = first_row * kBlockWidth;
+  int16_t* const fine = memory.fine[from.lens][0];
+  sample_rows(from.job, {memory.x[from.lens].values + at, memory.y[from.lens].values + at, kBlockWidth,
+                         reinterpret_cast<uint8_t*>(fine), 2 * kBlockWidth * sizeof *fine, samples.columns, rows});
   change_light(painting, *from.block, from.lens, samples, first_row, rows, memory);
 }
 
 void sample_fine(const Painting& painting, const LensSamples& from, const PlaneBlock& samples, int row,
                  PaintMemory& memory) noexcept {
-  if (row % kSharedRows == 0) sample_rows(painting, from, samples, row, memory);
+  if (row % kSharedRows == 0) sample_shared_rows(painting, from, samples, row, memory);
   const AnchorBand* const bands = memory.corrections[from.lens];
   if (channels_of(samples) == 2) {
     row_of_bands(bands[0], bands[1], row, memory.added[from.lens], samples.columns);
@@ -266,7 +265,7 @@ void paint_lit(const Painting& painting, const BlockPlan& plan, int lens, const 
   prepare_lights(painting, plan, lens, samples, memory);
   std::fill_n(memory.added[lens], 2 * kBlockWidth, 0);
   for (int row = 0; row < samples.rows; ++row) {
-    if (row % kSharedRows == 0) sample_rows(painting, from, samples, row, memory);
+    if (row % kSharedRows == 0) sample_shared_rows(painting, from, samples, row, memory);
     if (is_words(samples.format->type)) {
       store_row(painting, lens, samples, row, memory);
     } else {
@@ -290,10 +289,8 @@ void paint_lens_block(const Painting& painting, const BlockPlan& plan, PaintMemo
       continue;
     }
     const SampleJob job = job_of(painting, plan, lens, plane, SampleOutput::samples);
-    for (int row = 0; row < samples.rows; ++row) {
-      const int at = row * kBlockWidth;
-      sample_row(job, memory.x[lens].values + at, memory.y[lens].values + at, samples.row_of(painting, row), samples.columns);
-    }
+    sample_rows(job, {memory.x[lens].values, memory.y[lens].values, kBlockWidth, samples.row_of(painting, 0),
+                      painting.planes[plane].stride, samples.columns, samples.rows});
   }
 }
 

@@ -107,53 +107,89 @@ void draw_odd(KernelCall& call, const SampleSource& source, int32_t* x, int32_t*
   for (int i = 0; i < count; ++i) x[i] = any(source.width), y[i] = any(source.height);
 }
 
-void run(KernelCall& call, const SampleJob& job, const int32_t* x, const int32_t* y, SampleRow* sample) {
-  const int count = call.size();
-  void* out = call.output<uint8_t>(static_cast<std::size_t>(count * output_bytes_of(job.source.type, job.output)));
-  call.run([&] { sample(job, x, y, out, count); });
+// Rows of as many positions as the call's size says, in memory of their own.
+struct Positions {
+  int32_t *x, *y;
+  int columns, rows, pitch;
+
+  explicit Positions(KernelCall& call)
+      : x(nullptr), y(nullptr), columns(call.size()), rows(any_rows(call)), pitch(columns + 3 * call.number(0, 1)) {
+    const auto count = static_cast<std::size_t>(pitch * (rows - 1) + columns);
+    x = call.input<int32_t>(count, 0, 0), y = call.input<int32_t>(count, 0, 0);
+  }
+
+  // draw: fills a row.
+  template <class Draw>
+  void draw(Draw draw) {
+    for (int j = 0; j < rows; ++j) draw(x + j * pitch, y + j * pitch);
+  }
+
+  // Rows below the first one, which go on from it as in a picture: in any direction, seldom with a jump.
+  void go_on(KernelCall& call, double longest) {
+    const Step down = any_step(call, longest);
+    const int jump = call.number(0, 4) == 0 ? call.number(1, rows) : rows, wide = call.number(1, 9);
+    for (int j = 1; j < rows; ++j) {
+      const double rise = j + (j >= jump ? wide : 0);
+      for (int i = 0; i < columns; ++i) {
+        x[j * pitch + i] = to_fixed(x[i] / 65536.0 + rise * down.x);
+        y[j * pitch + i] = to_fixed(y[i] / 65536.0 + rise * down.y);
+      }
+    }
+  }
+
+  static int any_rows(KernelCall& call) {
+    static constexpr int rows[] = {1, 2, 4, 4, 5, 8, 9};
+    return rows[call.number(0, 6)];
+  }
+};
+
+void run(KernelCall& call, const SampleJob& job, const Positions& at, SampleAll* sample) {
+  const int each = output_bytes_of(job.source.type, job.output), gap = 5 * call.number(0, 1);
+  const std::ptrdiff_t stride = (call.number(0, 3) == 0 ? -1 : 1) * (at.columns * each + gap);
+  uint8_t* const out = call.output<uint8_t>(static_cast<std::size_t>(std::abs(stride) * (at.rows - 1) + at.columns * each));
+  uint8_t* const first = stride < 0 ? out - stride * (at.rows - 1) : out;
+  call.run([&] { sample(job, {at.x, at.y, at.pitch, first, stride, at.columns, at.rows}); });
 }
 
 template <Case kind>
-void call_smooth(KernelCall& call, SampleRow* sample) {
+void call_smooth(KernelCall& call, SampleAll* sample) {
   const SampleSource source = any_plane(call, kind);
   const AxisWeights& weights = axis_weights(kind.quality, 0);
-  const std::size_t count = static_cast<std::size_t>(call.size());
-  int32_t *x = call.input<int32_t>(count, 0, 0), *y = call.input<int32_t>(count, 0, 0);
-  draw_smooth(call, source, 1.7, x, y, call.size());
-  run(call, {source, &weights, &weights, kind.output}, x, y, sample);
+  Positions at(call);
+  draw_smooth(call, source, 1.7, at.x, at.y, at.columns);
+  at.go_on(call, 1.7);
+  run(call, {source, &weights, &weights, kind.output}, at, sample);
 }
 
 template <Case kind>
-void call_odd(KernelCall& call, SampleRow* sample) {
+void call_odd(KernelCall& call, SampleAll* sample) {
   const SampleSource source = any_plane(call, kind);
   const AxisWeights& weights = axis_weights(kind.quality, 0);
-  const std::size_t count = static_cast<std::size_t>(call.size());
-  int32_t *x = call.input<int32_t>(count, 0, 0), *y = call.input<int32_t>(count, 0, 0);
-  draw_odd(call, source, x, y, call.size());
-  run(call, {source, &weights, &weights, kind.output}, x, y, sample);
+  Positions at(call);
+  at.draw([&](int32_t* x, int32_t* y) { draw_odd(call, source, x, y, at.columns); });
+  run(call, {source, &weights, &weights, kind.output}, at, sample);
 }
 
 template <Case kind>
-void call_scattered(KernelCall& call, SampleRow* sample) {
+void call_scattered(KernelCall& call, SampleAll* sample) {
   const SampleSource source = any_plane(call, kind);
   const AxisWeights& weights = axis_weights(kind.quality, 0);
-  const std::size_t count = static_cast<std::size_t>(call.size());
-  int32_t *x = call.input<int32_t>(count, 0, 0), *y = call.input<int32_t>(count, 0, 0);
-  draw_scattered(call, source, weights, x, y, call.size());
-  run(call, {source, &weights, &weights, kind.output}, x, y, sample);
+  Positions at(call);
+  at.draw([&](int32_t* x, int32_t* y) { draw_scattered(call, source, weights, x, y, at.columns); });
+  run(call, {source, &weights, &weights, kind.output}, at, sample);
 }
 
 // Every pair of widenings of both axes.
 template <Case kind>
-void call_widened(KernelCall& call, SampleRow* sample) {
+void call_widened(KernelCall& call, SampleAll* sample) {
   const SampleSource source = any_plane(call, kind);
   const int widest = call.number(0, 9) == 0 ? 14 : 6;
   const AxisWeights& across = axis_weights(kind.quality, call.number(0, widest));
   const AxisWeights& down = axis_weights(kind.quality, call.number(0, widest));
-  const std::size_t count = static_cast<std::size_t>(call.size());
-  int32_t *x = call.input<int32_t>(count, 0, 0), *y = call.input<int32_t>(count, 0, 0);
-  draw_smooth(call, source, 6, x, y, call.size());
-  run(call, {source, &across, &down, kind.output}, x, y, sample);
+  Positions at(call);
+  draw_smooth(call, source, 6, at.x, at.y, at.columns);
+  at.go_on(call, 6);
+  run(call, {source, &across, &down, kind.output}, at, sample);
 }
 
 // A row of a panorama of twice the picture's width, as an equidistant lens of 195 degrees gives it.  yaw turns the lens' axis
@@ -183,7 +219,7 @@ constexpr Look kLooks[] = {{0.1, 0.1, 0},   {0.8, 0.2, 0},    {1.45, 0.1, 0},   
 constexpr int kRows = 32, kBlock = 64;
 
 template <Case kind>
-void call_lens(KernelCall& call, SampleRow* sample) {
+void call_lens(KernelCall& call, SampleAll* sample) {
   const int size = is_pairs(kind.type) ? call.size() / 2 : call.size();
   const int shift = is_words(kind.type) ? 16 - kind.bits : 0, stride = size * bytes_of(kind.type);
   const uint8_t* bytes = call.input<uint8_t>(static_cast<std::size_t>(stride) * static_cast<std::size_t>(size), 0, 255);
@@ -201,21 +237,28 @@ void call_lens(KernelCall& call, SampleRow* sample) {
   const AxisWeights& weights = axis_weights(kind.quality, 0);
   const SampleJob job{source, &weights, &weights, kind.output};
   const std::size_t each = static_cast<std::size_t>(output_bytes_of(kind.type, kind.output));
-  uint8_t* out = call.output<uint8_t>(each * kBlock);
+  uint8_t* const out = call.output<uint8_t>(each * kBlock * kRows);
+  const auto below = static_cast<std::ptrdiff_t>(each * kBlock);
   call.run([&] {
-    for (std::size_t i = 0; i < x.size(); i += kBlock) sample(job, x.data() + i, y.data() + i, out, kBlock);
+    for (std::size_t i = 0; i < x.size(); i += kBlock * kRows) {
+      sample(job, {x.data() + i, y.data() + i, kBlock, out, below, kBlock, kRows});
+    }
   });
 }
 
 // Every second sample of the picture.
 template <Case kind>
-void call_reduced(KernelCall& call, SampleRow* sample) {
+void call_reduced(KernelCall& call, SampleAll* sample) {
   const SampleSource source = make_plane(call, kind, 2 * call.size() + 40, 60);
   const AxisWeights& weights = axis_weights(kind.quality, widening_for(2));
-  const std::size_t count = static_cast<std::size_t>(call.size());
-  int32_t *x = call.input<int32_t>(count, 0, 0), *y = call.input<int32_t>(count, 0, 0);
-  for (int i = 0; i < call.size(); ++i) x[i] = to_fixed(15.3 + 2.0 * i), y[i] = to_fixed(25 + 0.1 * i - 0.1 * (i / 100 * 100));
-  run(call, {source, &weights, &weights, kind.output}, x, y, sample);
+  Positions at(call);
+  for (int j = 0; j < at.rows; ++j) {
+    for (int i = 0; i < at.columns; ++i) {
+      at.x[j * at.pitch + i] = to_fixed(15.3 + 2.0 * i);
+      at.y[j * at.pitch + i] = to_fixed(25 + 2.0 * j + 0.1 * i - 0.1 * (i / 100 * 100));
+    }
+  }
+  run(call, {source, &weights, &weights, kind.output}, at, sample);
 }
 
 constexpr double kLensSamples = static_cast<double>(kRows) * kBlock * static_cast<double>(std::size(kLooks));
@@ -231,9 +274,9 @@ std::vector<int> row_sizes() {
 template <Case kind>
 void add_type(std::vector<Kernel>& kernels, const std::string& name) {
   kernels.push_back(
-      make_kernel("sample " + name + ", lens", kSampleRow, call_lens<kind>, 1920, kLensSamples / 1920, {64, 200}));
-  const auto add = [&](const std::string& kind_of_row, void (*call)(KernelCall&, SampleRow*)) {
-    kernels.push_back(make_kernel("sample " + name + kind_of_row, kSampleRow, call, 64, 1, row_sizes()));
+      make_kernel("sample " + name + ", lens", kSampleRows, call_lens<kind>, 1920, kLensSamples / 1920, {64, 200}));
+  const auto add = [&](const std::string& kind_of_row, void (*call)(KernelCall&, SampleAll*)) {
+    kernels.push_back(make_kernel("sample " + name + kind_of_row, kSampleRows, call, 64, 1, row_sizes()));
   };
   add(", smooth", call_smooth<kind>);
   add(", scattered", call_scattered<kind>);
@@ -249,21 +292,21 @@ void add_quality(std::vector<Kernel>& kernels, const std::string& name) {
   add_type<Case{SampleType::words, quality, 10}>(kernels, name + " words");
   add_type<Case{SampleType::word_pairs, quality, 10}>(kernels, name + " word pairs");
   const std::vector<int> few{0, 1, 3, 8, 15, 17, 33};
-  kernels.push_back(make_kernel("sample " + name + " bytes, half", kSampleRow,
+  kernels.push_back(make_kernel("sample " + name + " bytes, half", kSampleRows,
                                 call_reduced<Case{SampleType::bytes, quality, 8}>, 960, 1, few));
-  kernels.push_back(make_kernel("sample " + name + " byte pairs, half", kSampleRow,
+  kernels.push_back(make_kernel("sample " + name + " byte pairs, half", kSampleRows,
                                 call_reduced<Case{SampleType::byte_pairs, quality, 8}>, 480, 1, few));
-  kernels.push_back(make_kernel("sample " + name + " bytes, widened", kSampleRow,
+  kernels.push_back(make_kernel("sample " + name + " bytes, widened", kSampleRows,
                                 call_widened<Case{SampleType::bytes, quality, 8}>, 64, 1, few));
-  kernels.push_back(make_kernel("sample " + name + " byte pairs, widened", kSampleRow,
+  kernels.push_back(make_kernel("sample " + name + " byte pairs, widened", kSampleRows,
                                 call_widened<Case{SampleType::byte_pairs, quality, 8}>, 64, 1, few));
-  kernels.push_back(make_kernel("sample " + name + " bytes, widened, fine", kSampleRow,
+  kernels.push_back(make_kernel("sample " + name + " bytes, widened, fine", kSampleRows,
                                 call_widened<Case{SampleType::bytes, quality, 8, SampleOutput::fine}>, 64, 1, few));
-  kernels.push_back(make_kernel("sample " + name + " byte pairs, widened, fine", kSampleRow,
+  kernels.push_back(make_kernel("sample " + name + " byte pairs, widened, fine", kSampleRows,
                                 call_widened<Case{SampleType::byte_pairs, quality, 8, SampleOutput::fine}>, 64, 1, few));
-  kernels.push_back(make_kernel("sample " + name + " words, widened", kSampleRow,
+  kernels.push_back(make_kernel("sample " + name + " words, widened", kSampleRows,
                                 call_widened<Case{SampleType::words, quality, 12}>, 64, 1, few));
-  kernels.push_back(make_kernel("sample " + name + " word pairs, widened", kSampleRow,
+  kernels.push_back(make_kernel("sample " + name + " word pairs, widened", kSampleRows,
                                 call_widened<Case{SampleType::word_pairs, quality, 12}>, 64, 1, few));
 }
 

@@ -72,11 +72,27 @@ void sample_rest(const VectorKernel& kernel, const SampleJob& job, const int32_t
   }
 }
 
-constexpr Variants<SampleRow> kSampleRow{sample_row_scalar, BISEAM_ON_ARM(sample_row_neon), BISEAM_ON_X86_64(sample_row_avx2),
-                                         BISEAM_ON_X86_64(sample_row_avx512)};
+namespace {
 
-void sample_row(const SampleJob& job, const int32_t* x, const int32_t* y, void* destination, int count) noexcept {
-  kSampleRow.best()(job, x, y, destination, count);
+template <SampleRow row>
+void sample_each_row(const SampleJob& job, const SampleRows& rows) noexcept {
+  for (int i = 0; i < rows.rows; ++i) {
+    row(job, rows.x + i * rows.pitch, rows.y + i * rows.pitch, rows.results + i * rows.stride, rows.columns);
+  }
 }
+
+#if defined(BISEAM_X86_64)
+void sample_rows_avx512(const SampleJob& job, const SampleRows& rows) noexcept {
+  are_tiles(job) ? sample_tiles_avx512(job, rows) : sample_each_row<sample_row_avx512>(job, rows);
+}
+#endif
+
+}  // namespace
+
+constexpr Variants<SampleAll> kSampleRows{sample_each_row<sample_row_scalar>, BISEAM_ON_ARM(sample_each_row<sample_row_neon>),
+                                          BISEAM_ON_X86_64(sample_each_row<sample_row_avx2>),
+                                          BISEAM_ON_X86_64(sample_rows_avx512)};
+
+void sample_rows(const SampleJob& job, const SampleRows& rows) noexcept { kSampleRows.best()(job, rows); }
 
 }  // namespace biseam::ring

@@ -41,9 +41,18 @@ constexpr int output_bytes_of(SampleType type, SampleOutput output) {
   return (is_words(type) || output == SampleOutput::fine ? 2 : 1) * (is_pairs(type) ? 2 : 1);
 }
 
-// A sample for each of count positions.  x and y are in 1/65536 sample, integers are middles of samples; they may be anything
-// (near the ends of 32 bits they wrap).  Taps outside the picture are its nearest samples; nothing but the picture's samples is
-// read: no padding.  destination: count results, need not be aligned, apart from everything that is read.
-void sample_row(const SampleJob& job, const int32_t* x, const int32_t* y, void* destination, int count) noexcept;
+// Rows of positions and of the samples at them.  x and y are in 1/65536 sample, integers are middles of samples; they may be
+// anything (near the ends of 32 bits they wrap).
+struct SampleRows {
+  const int32_t *x, *y;
+  std::ptrdiff_t pitch;   // positions from a row to the next
+  uint8_t* results;       // need not be aligned; apart from everything that is read
+  std::ptrdiff_t stride;  // bytes from a row of results to the next, of any sign
+  int columns, rows;
+};
+
+// A sample for each position.  Taps outside the picture are its nearest samples; nothing but the picture's samples is read: no
+// padding.
+void sample_rows(const SampleJob& job, const SampleRows& rows) noexcept;
 
 }  // namespace biseam::ring

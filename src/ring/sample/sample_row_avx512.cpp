@@ -74,10 +74,6 @@ constexpr __mmask64 kFirstBytes = 0x1111111111111111;
 // The upper or lower parts of four taps' weights, or of two and nothing.
 template <int taps>
 BISEAM_STEP __m512i look_up_parts(const int8_t* parts, __m512i phases, int tap, int part) {
-  if constexpr (taps == 2) {  // twice
-    phases = look_up<taps>(phases, 0x5555555555555555, parts);
-    return look_up<taps>(phases, 0xAAAAAAAAAAAAAAAA, parts + Phases<taps>::kCount * 2);
-  }
   for (int k = 0; k < std::min(4, taps - tap); ++k) {
     phases = look_up<taps>(phases, kFirstBytes << k, part_of<taps>(parts, tap + k, part));
   }
@@ -99,17 +95,6 @@ BISEAM_STEP __m512i look_up_two(const int8_t* parts, __m512i phases, int tap, __
 template <int taps>
 BISEAM_STEP __m512i to_words(__m512i parts) {
   return _mm512_maddubs_epi16(_mm512_set1_epi16(taps > 2 ? 0x0180 : 0x0080), parts);
-}
-
-// 64 less the phase, and the phase: what two samples weigh, in 128ths of what the tables hold, alternately as bytes or words.
-BISEAM_STEP __m512i two_bytes(__m512i rounded) {
-  const __m512i turned = _mm512_ternarylogic_epi32(phases_of<2>(rounded), _mm512_set1_epi8(63), all(0x00ff00ff), 0x6a);
-  return _mm512_add_epi8(turned, all(0x00410041));  // (phase & 63) ^ 255 = 255 - phase
-}
-
-BISEAM_STEP __m512i two_words(__m512i rounded) {
-  const __m512i turned = _mm512_ternarylogic_epi32(phases_of<2>(rounded), all(0x003f003f), all(0x0000ffff), 0x6a);
-  return _mm512_add_epi16(turned, all(0x00000041));
 }
 
 template <SampleType type, int taps>
@@ -134,7 +119,7 @@ BISEAM_STEP Weights<type, taps> look_up_all(const int8_t* parts, __m512i columns
       weights.across[c][0] = to_words<taps>(found);
     } else {
       weights.across[c][0] = look_up_parts<taps>(parts, columns, 4 * c, 0);
-      if constexpr (taps > 2) weights.across[c][1] = look_up_parts<taps>(parts, columns, 4 * c, 1);
+      weights.across[c][1] = look_up_parts<taps>(parts, columns, 4 * c, 1);
     }
   }
   for (int k = 0; k < taps / 2; ++k) weights.down[k] = to_words<taps>(look_up_two<taps>(parts, rows, 2 * k, ~__mmask64{0}));
@@ -175,8 +160,7 @@ BISEAM_STEP void store(const Kernel<taps, output>& kernel, __m512i sum, uint8_t*
     return;
   }
   constexpr bool fine = output == SampleOutput::fine;
-  constexpr int units = Window<type, taps>::kWhole ? kTapBits - 6 : 0;  // weights are 64ths
-  constexpr int shift = kTapBits + (fine ? 0 : kFineBits - 8) - units;
+  constexpr int shift = kTapBits + (fine ? 0 : kFineBits - 8);
   const __m512i rounded = _mm512_srai_epi32(_mm512_add_epi32(sum, all(1 << (shift - 1))), shift);
   if constexpr (fine) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(destination), _mm512_cvtsepi32_epi16(rounded));
@@ -198,20 +182,15 @@ struct Places {
 template <SampleType type, int taps, SampleOutput output>
 BISEAM_STEP void finish_lanes(const Kernel<taps, output>& kernel, const Taps<type, taps>& picked, const Places& places,
                               uint8_t* destination) {
-  if constexpr (Window<type, taps>::kWhole) {
-    const __m512i across = _mm512_maddubs_epi16(picked.row[0][0], two_bytes(places.x));
-    return store<type>(kernel, _mm512_madd_epi16(across, two_words(places.y)), destination);
-  } else {
-    const auto weights = look_up_all<type, taps>(kernel.parts, phases_of<taps>(places.x), phases_of<taps>(places.y));
-    __m512i sum = _mm512_setzero_si512();
-    for (int k = 0; k < taps; k += 2) {
-      const __m512i upper = weigh_across<type, taps>(kernel.source, weights, picked.row[k]);
-      const __m512i lower = weigh_across<type, taps>(kernel.source, weights, picked.row[k + 1]);
-      const __m512i both = _mm512_mask_blend_epi16(0xAAAAAAAA, upper, _mm512_slli_epi32(lower, 16));
-      sum = _mm512_dpwssd_epi32(sum, both, weights.down[k / 2]);
-    }
-    store<type>(kernel, sum, destination);
+  const auto weights = look_up_all<type, taps>(kernel.parts, phases_of<taps>(places.x), phases_of<taps>(places.y));
+  __m512i sum = _mm512_setzero_si512();
+  for (int k = 0; k < taps; k += 2) {
+    const __m512i upper = weigh_across<type, taps>(kernel.source, weights, picked.row[k]);
+    const __m512i lower = weigh_across<type, taps>(kernel.source, weights, picked.row[k + 1]);
+    const __m512i both = _mm512_mask_blend_epi16(0xAAAAAAAA, upper, _mm512_slli_epi32(lower, 16));
+    sum = _mm512_dpwssd_epi32(sum, both, weights.down[k / 2]);
   }
+  store<type>(kernel, sum, destination);
 }
 
 // How a row's positions go.  They hardly bend within one, so that all of its vectors are sampled alike.
@@ -259,7 +238,7 @@ BISEAM_STEP bool sample_flat(const Kernel<taps, output>& kernel, const int32_t* 
   if (within(column, row, room, W::kFlatRows) != 0xFFFF) return false;
   const uint8_t* window = source.first + corner.row * source.stride + std::ptrdiff_t{corner.column} * Shape<type>::kUnit;
   ask_for_row(window, source.stride, taps + W::kFlatRows + 4);
-  const auto picked = pick_flat<type, taps>(window, source.stride, byte_indices<type, taps, W::kFlatBytes>(column, row));
+  const auto picked = pick_flat<type, taps>(window, source.stride, byte_indices<type, W::kFlatBytes>(column, row));
   finish_lanes(kernel, picked, places, destination);
   return true;
 }
@@ -287,7 +266,7 @@ BISEAM_STEP bool sample_steep(const Kernel<taps, output>& kernel, const int32_t*
     return source.first + corner.row * source.stride + std::ptrdiff_t{corner.column} * Shape<type>::kUnit;
   };
   const auto picked =
-      pick_steep<type, taps>(window(left), window(right), source.stride, byte_indices<type, taps, W::kSteepBytes>(column, row));
+      pick_steep<type, taps>(window(left), window(right), source.stride, byte_indices<type, W::kSteepBytes>(column, row));
   finish_lanes(kernel, picked, places, destination);
   return true;
 }
@@ -332,16 +311,23 @@ BISEAM_STEP void sample_type(const SampleJob& job, const int32_t* x, const int32
 }
 
 template <int taps>
+BISEAM_STEP void sample_words(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination, int count) {
+  if (is_pairs(job.source.type)) {
+    sample_type<SampleType::word_pairs, taps>(job, x, y, destination, count);
+  } else {
+    sample_type<SampleType::words, taps>(job, x, y, destination, count);
+  }
+}
+
+template <int taps>
 BISEAM_STEP void sample_taps(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination, int count) {
   switch (job.source.type) {
     case SampleType::bytes:
       return sample_type<SampleType::bytes, taps>(job, x, y, destination, count);
     case SampleType::byte_pairs:
       return sample_type<SampleType::byte_pairs, taps>(job, x, y, destination, count);
-    case SampleType::words:
-      return sample_type<SampleType::words, taps>(job, x, y, destination, count);
-    case SampleType::word_pairs:
-      return sample_type<SampleType::word_pairs, taps>(job, x, y, destination, count);
+    default:
+      return sample_words<taps>(job, x, y, destination, count);
   }
 }
 
@@ -351,7 +337,9 @@ BISEAM_AVX512 void sample_row_avx512(const SampleJob& job, const int32_t* x, con
                                      int count) noexcept {
   uint8_t* bytes = static_cast<uint8_t*>(destination);
   const AxisWeights& kernel = *job.across;
-  if (&kernel == job.down && kernel.phase_bits == 6) return sample_taps<2>(job, x, y, bytes, count);
+  // Bytes between two samples are sampled in tiles.
+  if (&kernel == job.down && kernel.phase_bits == 6 && is_words(job.source.type))
+    return sample_words<2>(job, x, y, bytes, count);
   if (&kernel == job.down && kernel.phase_bits == 7) {
     return kernel.taps == 4 ? sample_taps<4>(job, x, y, bytes, count) : sample_taps<6>(job, x, y, bytes, count);
   }

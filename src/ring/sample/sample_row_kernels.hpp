@@ -7,6 +7,11 @@
 // The versions behind sample_row.hpp, and what they share.
 namespace biseam::ring {
 
+using SampleAll = void(const SampleJob& job, const SampleRows& rows) noexcept;
+
+extern const Variants<SampleAll> kSampleRows;
+
+// One row of positions, and count results.
 using SampleRow = void(const SampleJob& job, const int32_t* x, const int32_t* y, void* destination, int count) noexcept;
 
 SampleRow sample_row_scalar, sample_row_neon, sample_row_avx2, sample_row_avx512;
@@ -14,7 +19,9 @@ SampleRow sample_row_scalar, sample_row_neon, sample_row_avx2, sample_row_avx512
 // Of bytes, at most 24 x 24 taps.  False: not such a job, nothing is done.
 bool sample_widened_avx512(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination, int count) noexcept;
 
-extern const Variants<SampleRow> kSampleRow;
+// Of bytes between two by two samples.
+SampleAll sample_tiles_avx512;
+bool are_tiles(const SampleJob& job) noexcept;
 
 // One vector of samples; false: these positions have to be sampled otherwise.
 using SampleLanes = bool(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination) noexcept;

@@ -23,13 +23,9 @@ struct Shape {
 
 BISEAM_STEP __m512i all(int32_t value) { return _mm512_set1_epi32(value); }
 
-// A lane's four bytes of four taps, or of two and the two below them, counted from the first tap's sample.
-template <SampleType type, int taps, int width>
+// A lane's four bytes of four taps, counted from the first tap's sample.
+template <SampleType type>
 BISEAM_STEP __m512i lane_bytes() {
-  if constexpr (taps == 2 && type == SampleType::bytes) return all(0x01000100 + 0x01010000 * width);
-  if constexpr (taps == 2 && type == SampleType::byte_pairs) {
-    return _mm512_set1_epi64(0x0301030102000200 + 0x0101000001010000 * width);
-  }
   switch (type) {
     case SampleType::bytes:
       return all(0x03020100);
@@ -50,9 +46,8 @@ struct Corner {
 
 template <SampleType type, int taps>
 struct Window {
-  static constexpr int kReach = taps * Shape<type>::kUnit;      // bytes of a lane's taps
-  static constexpr bool kWhole = taps == 2 && !is_words(type);  // a lane holds all its taps: two rows of two
-  static constexpr int kFlatBytes = 32, kFlatRows = kWhole ? 3 : 4, kSteepBytes = 16, kSteepRows = kWhole ? 7 : 8;
+  static constexpr int kReach = taps * Shape<type>::kUnit;  // bytes of a lane's taps
+  static constexpr int kFlatBytes = 32, kFlatRows = 4, kSteepBytes = 16, kSteepRows = 8;
 };
 
 // Row pairs, or rows by fours, from consecutive rows.
@@ -79,16 +74,15 @@ BISEAM_STEP __m512i load_4x16(const uint8_t* bytes, std::ptrdiff_t stride) {
 }
 
 // Where the lanes' bytes lie in a window of width bytes, for the first four taps.
-template <SampleType type, int taps, int width>
+template <SampleType type, int width>
 BISEAM_STEP __m512i byte_indices(__m512i column, __m512i row) {
   const __m512i index =
       _mm512_add_epi32(_mm512_mullo_epi32(row, all(width)), _mm512_mullo_epi32(column, all(Shape<type>::kUnit)));
   const __m512i each =
       _mm512_shuffle_epi8(index, _mm512_broadcast_i32x4(_mm_setr_epi8(0, 0, 0, 0, 4, 4, 4, 4, 8, 8, 8, 8, 12, 12, 12, 12)));
-  return _mm512_add_epi8(each, lane_bytes<type, taps, width>());
+  return _mm512_add_epi8(each, lane_bytes<type>());
 }
 
-// Where a lane holds all its taps they are those of row 0.
 template <SampleType type, int taps>
 struct Taps {
   static constexpr int kChunks = (taps + 3) / 4;
@@ -97,10 +91,6 @@ struct Taps {
 
 template <SampleType type, int taps>
 BISEAM_STEP Taps<type, taps> pick_flat(const uint8_t* window, std::ptrdiff_t stride, __m512i indices) {
-  if constexpr (Window<type, taps>::kWhole) {
-    const __m512i upper = load_2x32(window, stride), lower = load_2x32(window + 2 * stride, stride);
-    return {{{_mm512_permutex2var_epi8(upper, indices, lower)}}};
-  }
   __m512i pairs[taps + 2];
   for (int k = 0; k < taps + 2; ++k) pairs[k] = load_2x32(window + k * stride, stride);
   Taps<type, taps> picked;
@@ -145,12 +135,6 @@ BISEAM_STEP Fours<count> load_fours(const uint8_t* window, std::ptrdiff_t stride
 
 template <SampleType type, int taps>
 BISEAM_STEP Taps<type, taps> pick_steep(const uint8_t* left, const uint8_t* right, std::ptrdiff_t stride, __m512i indices) {
-  if constexpr (Window<type, taps>::kWhole) {
-    const __m512i upper[] = {load_4x16<4>(left, stride), load_4x16<4>(right, stride)};
-    const __m512i lower[] = {load_4x16<4>(left + 4 * stride, stride), load_4x16<4>(right + 4 * stride, stride)};
-    return {{{_mm512_mask_blend_epi32(0xFF00, _mm512_permutex2var_epi8(upper[0], indices, lower[0]),
-                                      _mm512_permutex2var_epi8(upper[1], indices, lower[1]))}}};
-  }
   const auto low = load_fours<taps + 4>(left, stride), high = load_fours<taps + 4>(right, stride);
   Taps<type, taps> picked;
   for (int c = 0; c < picked.kChunks; ++c) {

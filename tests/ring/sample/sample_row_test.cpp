@@ -72,11 +72,12 @@ struct Picture {
 };
 
 // Results as values: what was shifted up is shifted back.
-std::vector<int> sample(SampleRow* row, const Picture& picture, const AxisWeights& across, const AxisWeights& down,
+std::vector<int> sample(SampleAll* all, const Picture& picture, const AxisWeights& across, const AxisWeights& down,
                         SampleOutput output, const std::vector<int32_t>& x, const std::vector<int32_t>& y) {
   const SampleJob job{picture.source(), &across, &down, output};
   std::vector<uint8_t> bytes(x.size() * static_cast<std::size_t>(output_bytes_of(picture.format.type, output)));
-  row(job, x.data(), y.data(), bytes.data(), static_cast<int>(x.size()));
+  const int count = static_cast<int>(x.size());
+  all(job, {x.data(), y.data(), count, bytes.data(), 0, count, 1});
   std::vector<int> results(x.size() * static_cast<std::size_t>(picture.components()));
   for (std::size_t i = 0; i < results.size(); ++i) {
     if (output == SampleOutput::fine) {
@@ -154,8 +155,8 @@ TEST(SampleRow, IsTheFormulaWithinItsRoundings) {
         const AxisWeights &across = axis_weights(quality, widening), &down = axis_weights(quality, other);
         std::vector<int32_t> x(20), y(20);
         draw_positions(random, picture, x, y);
-        const auto samples = sample(sample_row_scalar, picture, across, down, SampleOutput::samples, x, y);
-        const auto fine = sample(sample_row_scalar, picture, across, down, SampleOutput::fine, x, y);
+        const auto samples = sample(kSampleRows.scalar, picture, across, down, SampleOutput::samples, x, y);
+        const auto fine = sample(kSampleRows.scalar, picture, across, down, SampleOutput::fine, x, y);
         const double scale = 1 << (kFineBits - format.bits);
         for (std::size_t i = 0; i < samples.size(); ++i) {
           const std::size_t at = i / static_cast<std::size_t>(picture.components());
@@ -181,10 +182,10 @@ TEST(SampleRow, KeepsFlatPicturesFlat) {
           const AxisWeights &across = axis_weights(quality, widening), &down = axis_weights(quality, random.between(0, 14));
           std::vector<int32_t> x(16), y(16);
           draw_positions(random, picture, x, y);
-          for (const int got : sample(kSampleRow.best(), picture, across, down, SampleOutput::samples, x, y)) {
+          for (const int got : sample(kSampleRows.best(), picture, across, down, SampleOutput::samples, x, y)) {
             ASSERT_EQ(got, value);
           }
-          for (const int got : sample(kSampleRow.best(), picture, across, down, SampleOutput::fine, x, y)) {
+          for (const int got : sample(kSampleRows.best(), picture, across, down, SampleOutput::fine, x, y)) {
             ASSERT_EQ(got, value << (kFineBits - format.bits));
           }
         }
@@ -203,7 +204,7 @@ TEST(SampleRow, ReadsSamplesAtTheirPlacesUnchanged) {
       for (int row = 0; row < 20; ++row) {
         for (int i = 0; i < 50; ++i) x[static_cast<std::size_t>(i)] = i * 65536, y[static_cast<std::size_t>(i)] = row * 65536;
         const AxisWeights& plain = axis_weights(quality, 0);
-        const auto got = sample(kSampleRow.best(), picture, plain, plain, SampleOutput::samples, x, y);
+        const auto got = sample(kSampleRows.best(), picture, plain, plain, SampleOutput::samples, x, y);
         for (std::size_t i = 0; i < got.size(); ++i) {
           ASSERT_EQ(got[i], picture.values[static_cast<std::size_t>(row) * got.size() + i]);
         }
@@ -221,7 +222,7 @@ TEST(SampleRow, KeepsRampsOfTenBits) {
     const AxisWeights& plain = axis_weights(quality, 0);
     std::vector<int32_t> x(640), y(640, 10 * 65536);
     for (int i = 0; i < 640; ++i) x[static_cast<std::size_t>(i)] = 10 * 65536 + i * 16384;
-    const auto got = sample(kSampleRow.best(), picture, plain, plain, SampleOutput::samples, x, y);
+    const auto got = sample(kSampleRows.best(), picture, plain, plain, SampleOutput::samples, x, y);
     for (int i = 0; i < 640; ++i) ASSERT_EQ(got[static_cast<std::size_t>(i)], 140 + i);
   }
 }
@@ -246,7 +247,7 @@ TEST(SampleRow, SumsFitAtTheWorst) {
               return counts ? picture.most() : 0;
             });
             const std::vector<int32_t> place(8, axis.before * 65536 + phase * (65536 >> axis.phase_bits));
-            const auto fine = sample(kSampleRow.best(), picture, axis, axis, SampleOutput::fine, place, place);
+            const auto fine = sample(kSampleRows.best(), picture, axis, axis, SampleOutput::fine, place, place);
             const double value = static_cast<double>(most) / kTapsOne / kTapsOne * (1 << (kFineBits - format.bits));
             for (const int got : fine) ASSERT_NEAR(got, value, 1.5 * 0.5 + 0.5);
             ASSERT_GE(value, -10240);
@@ -264,7 +265,7 @@ TEST(SampleRow, TakesWordsPastTheDepthForTheGreatest) {
   picture.fill([] { return 0xFFFF; });
   const AxisWeights& plain = axis_weights(Quality::good, 0);
   const std::vector<int32_t> place(20, 10 * 65536 + 12345);
-  for (const int got : sample(kSampleRow.best(), picture, plain, plain, SampleOutput::samples, place, place))
+  for (const int got : sample(kSampleRows.best(), picture, plain, plain, SampleOutput::samples, place, place))
     EXPECT_EQ(got, 1023);
 }
 
