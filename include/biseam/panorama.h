@@ -168,8 +168,11 @@ typedef struct BiseamPanoramaOptions {
 /* What is new with every frame. */
 typedef struct BiseamFrame {
   uint32_t size;
-  BiseamTurn turn;    /* where the panorama's middle looks */
-  const double* seam; /* the seam to take, as biseam_panorama_seam gives it; NULL: as the options say */
+  BiseamTurn turn;     /* where the panorama's middle looks */
+  const double* seam;  /* the seam to take, as biseam_panorama_seam gives it; NULL: as the guide or the options say */
+  uint64_t guide_size; /* of the guide, bytes */
+  const void* guide;   /* a guide to follow: light, near things and seam are not looked for, past frames have no say, and none
+                          of it is remembered; NULL: none */
 } BiseamFrame;
 
 typedef struct BiseamPanorama BiseamPanorama;
@@ -222,6 +225,32 @@ BISEAM_API void biseam_panorama_reset(BiseamPanorama* panorama);
 /* How many frames, at most, have an effect on the next one: when so many before a part of a clip are stitched, the part equals
  * the same frames of the whole. */
 BISEAM_API int32_t biseam_panorama_history(const BiseamPanorama* panorama);
+
+/* For whole clips: guides.  A guide says how light, near things and the seam are treated in one frame, as far as the options
+ * leave them to be found.  Every frame is measured, guides are smoothed with what comes later, and frames that follow them are
+ * the same however a clip is cut into parts:
+ *
+ *   for (every frame i) biseam_panorama_measure(panorama, fisheyes, guides[i], &error);
+ *   for (every frame i) biseam_panorama_smooth(panorama, guides, count, i, smoothed[i], &error);
+ *   for (any frame i) frame.guide = smoothed[i], biseam_panorama_stitch(panorama, fisheyes, &picture, &frame, &error);
+ *
+ * The bytes are the same on every processor and hold a sum of their own; they begin with their size, 4 bytes, the lowest first.
+ * They go with the camera and the options that they were measured with; format, quality, threads, transfer and rate may be
+ * others.  NULL has none: size 0. */
+BISEAM_API size_t biseam_panorama_guide_size(const BiseamPanorama* panorama);
+
+/* Looks at a frame as biseam_panorama_stitch does, past frames included, and paints nothing.  guide: room for guide_size
+ * bytes, written whole or, after an error, not at all.  Asks nothing of the heap. */
+BISEAM_API int32_t biseam_panorama_measure(BiseamPanorama* panorama, const BiseamPicture fisheyes[2], void* guide,
+                                           BiseamError* error);
+
+/* The guide of frame index smoothed in time, by those measured before and after it: count of them, in order.  Those that are
+ * more than guide_reach frames away, or beyond a cut, have no effect and needn't be there; neither are they looked at.
+ * smoothed: room for guide_size bytes apart from the guides, written whole or, after an error, not at all.  Leaves the handle
+ * as it is, and asks nothing of the heap. */
+BISEAM_API int32_t biseam_panorama_guide_reach(const BiseamPanorama* panorama);
+BISEAM_API int32_t biseam_panorama_smooth(const BiseamPanorama* panorama, const void* const* guides, int32_t count,
+                                          int32_t index, void* smoothed, BiseamError* error);
 
 /* Bytes that the handle holds; NULL holds none. */
 BISEAM_API size_t biseam_panorama_memory(const BiseamPanorama* panorama);

@@ -71,6 +71,20 @@ class Panorama {
   void reset() { biseam_panorama_reset(handle_); }
   std::int32_t history() const { return biseam_panorama_history(handle_); }
 
+  // See biseam_panorama_measure and biseam_panorama_smooth; guides: guide_size() bytes each.
+  std::size_t guide_size() const { return biseam_panorama_guide_size(handle_); }
+  std::int32_t guide_reach() const { return biseam_panorama_guide_reach(handle_); }
+  PanoramaError measure(const BiseamPicture (&fisheyes)[2], void* guide) {
+    PanoramaError error;
+    biseam_panorama_measure(handle_, fisheyes, guide, &error);
+    return error;
+  }
+  PanoramaError smooth(const void* const* guides, std::int32_t count, std::int32_t index, void* smoothed) const {
+    PanoramaError error;
+    biseam_panorama_smooth(handle_, guides, count, index, smoothed, &error);
+    return error;
+  }
+
   std::size_t memory() const { return biseam_panorama_memory(handle_); }
   BiseamPanorama* get() const { return handle_; }
 

@@ -3,6 +3,8 @@
 
 #include <unistd.h>
 
+#include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <new>
 
@@ -10,6 +12,7 @@
 #include "panorama/picture_rules.hpp"
 #include "panorama/records.hpp"
 #include "ring/engine.hpp"
+#include "ring/guide/smooth.hpp"
 #include "ring/pool.hpp"
 
 struct BiseamPanorama {
@@ -85,17 +88,40 @@ int32_t check_seam(BiseamError* error, const double* seam, int length) {
   return BISEAM_OK;
 }
 
-int32_t check_frame(const BiseamFrame* given, int seam_length, BiseamFrame& frame, BiseamError* error) {
+// name: of the field, with the guide's index where it is one of many.
+int32_t check_guide(BiseamError* error, const char* name, const biseam::ring::GuideShape& shape, const void* guide) {
+  switch (biseam::ring::check_guide(shape, guide)) {
+    case biseam::ring::GuideTrouble::none:
+      return BISEAM_OK;
+    case biseam::ring::GuideTrouble::other:
+      return report(error, kInvalidOptions, "%s is of another version, camera or choice of options", name);
+    case biseam::ring::GuideTrouble::damaged:
+      break;
+  }
+  return report(error, kInvalidOptions, "%s is damaged", name);
+}
+
+int32_t check_guide(BiseamError* error, const BiseamFrame& frame, const biseam::ring::GuideShape& shape) {
+  if (frame.guide == nullptr) return BISEAM_OK;
+  const size_t wanted = guide_bytes(shape);
+  if (frame.guide_size == wanted) return check_guide(error, "guide", shape, frame.guide);
+  return report(error, kInvalidOptions, "guide_size is %llu: must be %zu", static_cast<unsigned long long>(frame.guide_size),
+                wanted);
+}
+
+int32_t check_frame(const BiseamFrame* given, const biseam::ring::Engine& engine, BiseamFrame& frame, BiseamError* error) {
+  constexpr uint32_t kLeastSize = offsetof(BiseamFrame, guide_size);  // guides came later
   frame = biseam_frame_defaults();
   if (given == nullptr) return BISEAM_OK;
-  if (!read_record(given, biseam_frame_defaults(), sizeof(BiseamFrame), frame)) {
+  if (!read_record(given, biseam_frame_defaults(), kLeastSize, frame)) {
     return report(error, kInvalidOptions, "frame.size is %u: must be %zu, as biseam_frame_defaults gives it", given->size,
                   sizeof(BiseamFrame));
   }
   if (const int32_t code = check_turn(error, "yaw", frame.turn.yaw)) return code;
   if (const int32_t code = check_turn(error, "pitch", frame.turn.pitch)) return code;
   if (const int32_t code = check_turn(error, "roll", frame.turn.roll)) return code;
-  return check_seam(error, frame.seam, seam_length);
+  if (const int32_t code = check_seam(error, frame.seam, seam_length(engine))) return code;
+  return check_guide(error, frame, guide_shape(engine));
 }
 
 int processors() {
@@ -122,6 +148,25 @@ biseam::ring::EngineConfig engine_config(const biseam::Camera& camera, const Bis
           .match_near = options.near == BISEAM_NEAR_MATCH,
           .transfer = static_cast<biseam::ring::Transfer>(options.transfer),
           .rate = options.rate};
+}
+
+int32_t report_no_handle(BiseamError* error) {
+  return report(error, kInvalidOptions, "panorama is NULL: must be what biseam_panorama_open gave");
+}
+
+int32_t check_fisheyes(const BiseamPanorama& panorama, const BiseamPicture* fisheyes, biseam::ring::PicturePlanes (&planes)[2],
+                       BiseamError* error) {
+  constexpr const char* kNames[] = {"fisheyes[0]", "fisheyes[1]"};
+  for (int k = 0; k < 2; ++k) {
+    const biseam::Lens& lens = panorama.camera.lens[k];
+    if (const int32_t code = biseam::check_picture(fisheyes == nullptr ? nullptr : &fisheyes[k], kNames[k],
+                                                   panorama.options.format, lens.width, lens.height, planes[k], error)) {
+      return code;
+    }
+  }
+  if (planes[0].siting == planes[1].siting) return BISEAM_OK;
+  return report(error, BISEAM_INVALID_PICTURE, "fisheyes[1].siting is %d: must be that of fisheyes[0], %d", planes[1].siting,
+                planes[0].siting);
 }
 
 }  // namespace
@@ -151,7 +196,9 @@ BiseamPicture biseam_picture_defaults(void) {
           .strides = {}};
 }
 
-BiseamFrame biseam_frame_defaults(void) { return {.size = sizeof(BiseamFrame), .turn = {0, 0, 0}, .seam = nullptr}; }
+BiseamFrame biseam_frame_defaults(void) {
+  return {.size = sizeof(BiseamFrame), .turn = {0, 0, 0}, .seam = nullptr, .guide_size = 0, .guide = nullptr};
+}
 
 BiseamCamera biseam_camera_of(int32_t width, int32_t height, double fov) {
   const biseam::Lens lens = biseam::usual_lens(width, height, fov);
@@ -211,28 +258,17 @@ BiseamPanorama* biseam_panorama_open(const BiseamCamera* camera, const BiseamPan
 
 int32_t biseam_panorama_stitch(BiseamPanorama* panorama, const BiseamPicture fisheyes[2], const BiseamPicture* picture,
                                const BiseamFrame* frame, BiseamError* error) {
-  if (panorama == nullptr) return report(error, kInvalidOptions, "panorama is NULL: must be what biseam_panorama_open gave");
+  if (panorama == nullptr) return report_no_handle(error);
   const BiseamPanoramaOptions& options = panorama->options;
   biseam::ring::PicturePlanes planes[2], to;
-  constexpr const char* kNames[] = {"fisheyes[0]", "fisheyes[1]"};
-  for (int k = 0; k < 2; ++k) {
-    const biseam::Lens& lens = panorama->camera.lens[k];
-    if (const int32_t code = biseam::check_picture(fisheyes == nullptr ? nullptr : &fisheyes[k], kNames[k], options.format,
-                                                   lens.width, lens.height, planes[k], error)) {
-      return code;
-    }
-  }
-  if (planes[0].siting != planes[1].siting) {
-    return report(error, BISEAM_INVALID_PICTURE, "fisheyes[1].siting is %d: must be that of fisheyes[0], %d", planes[1].siting,
-                  planes[0].siting);
-  }
+  if (const int32_t code = check_fisheyes(*panorama, fisheyes, planes, error)) return code;
   if (const int32_t code =
           biseam::check_picture(picture, "panorama", options.format, options.width, options.height, to, error)) {
     return code;
   }
   BiseamFrame checked;
-  if (const int32_t code = check_frame(frame, biseam::ring::seam_length(*panorama->engine), checked, error)) return code;
-  biseam::ring::stitch(*panorama->engine, planes, to, turn_of(checked.turn), checked.seam);
+  if (const int32_t code = check_frame(frame, *panorama->engine, checked, error)) return code;
+  biseam::ring::stitch(*panorama->engine, planes, to, {turn_of(checked.turn), checked.seam, checked.guide});
   return report(error, BISEAM_OK, "%s", "");
 }
 
@@ -257,7 +293,7 @@ void biseam_panorama_save(const BiseamPanorama* panorama, void* state) {
 }
 
 int32_t biseam_panorama_load(BiseamPanorama* panorama, const void* state, size_t size, BiseamError* error) {
-  if (panorama == nullptr) return report(error, kInvalidOptions, "panorama is NULL: must be what biseam_panorama_open gave");
+  if (panorama == nullptr) return report_no_handle(error);
   if (state == nullptr) return report(error, kInvalidOptions, "state is NULL: must be what biseam_panorama_save gave");
   const size_t wanted = state_bytes(state_of(*panorama->engine));
   if (size != wanted) return report(error, kInvalidOptions, "state has %zu bytes: must be %zu", size, wanted);
@@ -273,6 +309,44 @@ void biseam_panorama_reset(BiseamPanorama* panorama) {
 
 int32_t biseam_panorama_history(const BiseamPanorama* panorama) {
   return panorama == nullptr ? 0 : history(state_of(*panorama->engine));
+}
+
+size_t biseam_panorama_guide_size(const BiseamPanorama* panorama) {
+  return panorama == nullptr ? 0 : guide_bytes(guide_shape(*panorama->engine));
+}
+
+int32_t biseam_panorama_measure(BiseamPanorama* panorama, const BiseamPicture fisheyes[2], void* guide, BiseamError* error) {
+  if (panorama == nullptr) return report_no_handle(error);
+  biseam::ring::PicturePlanes planes[2];
+  if (const int32_t code = check_fisheyes(*panorama, fisheyes, planes, error)) return code;
+  if (guide == nullptr) return report(error, kInvalidOptions, "guide is NULL: must be room for a guide");
+  biseam::ring::measure(*panorama->engine, planes, guide);
+  return report(error, BISEAM_OK, "%s", "");
+}
+
+int32_t biseam_panorama_guide_reach(const BiseamPanorama* panorama) {
+  return panorama == nullptr ? 0 : guide_reach(guide_shape(*panorama->engine));
+}
+
+int32_t biseam_panorama_smooth(const BiseamPanorama* panorama, const void* const* guides, int32_t count, int32_t index,
+                               void* smoothed, BiseamError* error) {
+  if (panorama == nullptr) return report_no_handle(error);
+  if (guides == nullptr) return report(error, kInvalidOptions, "guides is NULL: must be guides");
+  if (smoothed == nullptr) return report(error, kInvalidOptions, "smoothed is NULL: must be room for a guide");
+  if (index < 0 || index >= count) {
+    return report(error, kInvalidOptions, "index is %d: must be one of %d guides", index, count);
+  }
+  const biseam::ring::GuideShape shape = guide_shape(*panorama->engine);
+  const int32_t reach = guide_reach(shape), first = index > reach ? index - reach : 0;
+  const int32_t end = count - index > reach ? index + reach + 1 : count;
+  for (int32_t i = first; i < end; ++i) {
+    char name[32];
+    std::snprintf(name, sizeof name, "guides[%d]", i);
+    if (guides[i] == nullptr) return report(error, kInvalidOptions, "%s is NULL: must be a guide", name);
+    if (const int32_t code = check_guide(error, name, shape, guides[i])) return code;
+  }
+  smooth_guide(shape, guides + first, end - first, index - first, smoothed);
+  return report(error, BISEAM_OK, "%s", "");
 }
 
 size_t biseam_panorama_memory(const BiseamPanorama* panorama) {

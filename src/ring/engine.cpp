@@ -3,20 +3,10 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <initializer_list>
 #include <new>
 
-#include "camera/projector.hpp"
-#include "ring/blocks.hpp"
 #include "ring/channels.hpp"
-#include "ring/light.hpp"
-#include "ring/light/match.hpp"
-#include "ring/near/near.hpp"
-#include "ring/near/near_nodes.hpp"
-#include "ring/paint.hpp"
-#include "ring/pool.hpp"
-#include "ring/ring_shape.hpp"
-#include "ring/state.hpp"
+#include "ring/engine_parts.hpp"
 
 namespace biseam::ring {
 
@@ -41,83 +31,6 @@ Tone tone_of(const EngineConfig& config) noexcept {
 bool same(const Turn& a, const Turn& b) noexcept { return a.yaw == b.yaw && a.pitch == b.pitch && a.roll == b.roll; }
 
 }  // namespace
-
-class Engine {
- public:
-  explicit Engine(const EngineConfig& config) noexcept;
-  ~Engine() {
-    std::free(strip_block_);
-    std::free(block_);
-  }
-  Engine(const Engine&) = delete;
-  Engine& operator=(const Engine&) = delete;
-  bool take_memory() noexcept;
-  void stitch(const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const Turn& turn, const double* seam) noexcept;
-  const RingShape& ring() const noexcept { return ring_; }
-  void read_seam(double* seam) const noexcept;
-  size_t bytes() const noexcept { return sizeof(Engine) + block_bytes_; }
-  StateParts state() noexcept {
-    return {.strip = ring_.strip,
-            .seam_margin = strip_plan_.edge(),
-            .scene = goes_on() ? &scene_ : nullptr,
-            .light = match_ != nullptr ? &match_->memory : nullptr,
-            .near = near_ != nullptr ? &near_->memory : nullptr,
-            .seams = config_.steady_seam ? &seam_memory_ : nullptr};
-  }
-
- private:
-  bool goes_on() const noexcept { return match_ != nullptr || near_ != nullptr || config_.steady_seam; }
-  void plan_strip(const PictureFormat& format) noexcept;
-  void look(const Turn& turn) noexcept;
-  void describe_planes(const PicturePlanes fisheyes[2], const PicturePlanes& panorama) noexcept;
-  void describe_strips(const PicturePlanes fisheyes[2]) noexcept;
-  void take_seam(const double* seam) noexcept;
-  void watch_scene() noexcept;
-  void match_light() noexcept;
-  void match_near() noexcept;
-  void run_strips_and_lens_blocks() noexcept;
-
-  static void measure_light(void* engine, int part, int thread) noexcept;
-  static void fill_match_row(void* engine, int part, int thread) noexcept;
-  static void measure_near(void* engine, int part, int thread) noexcept;
-  static void move_node_row(void* engine, int part, int thread) noexcept;
-  static void run_strip_part(void* engine, int part, int thread) noexcept;
-  static void run_seam_or_lens_block(void* engine, int part, int thread) noexcept;
-  static void run_ring_block(void* engine, int part, int thread) noexcept;
-
-  EngineConfig config_;
-  Projector projectors_[2];
-  Light lights_[2];
-  MeshShape mesh_shape_;
-  RingShape ring_;
-  StripPlan strip_plan_;
-  Pool pool_;
-
-  void *block_ = nullptr, *strip_block_ = nullptr;
-  size_t block_bytes_ = 0;
-  Mesh mesh_;
-  BlockPlan* blocks_;
-  int lens_blocks_ = 0, block_count_;
-  int32_t* places_[4];  // strip positions: x and y of either lens
-  StripViews strip_views_;
-  PaintMemory* memories_;
-  LightMatch* match_ = nullptr;  // null: light isn't matched
-  MatchNodes match_nodes_;
-  SeamMemory seam_memory_;     // of steady seams
-  NearMatch* near_ = nullptr;  // null: near things stay apart
-  Mesh moved_mesh_;
-  SceneWatch scene_{};
-
-  // What the mesh, the blocks and the strips' plan were made for.
-  bool looked_ = false, planned_ = false;
-  Turn turn_;
-  int siting_ = 0;  // of the fisheye pictures
-
-  // Of the present frame.
-  Painting painting_;
-  StripFrame strips_;
-  StripStep step_;
-};
 
 Engine::Engine(const EngineConfig& config) noexcept
     : config_(config),
@@ -203,9 +116,15 @@ void Engine::look(const Turn& turn) noexcept {
   looked_ = true;
 }
 
-void Engine::describe_planes(const PicturePlanes fisheyes[2], const PicturePlanes& panorama) noexcept {
-  describe_format(config_.format, fisheyes[0].siting, painting_.picture);
+void Engine::describe_panorama(const PicturePlanes& panorama) noexcept {
   describe_format(config_.format, panorama.siting, painting_.panorama);
+  for (int plane = 0; plane < painting_.panorama.planes; ++plane) {
+    painting_.planes[plane] = {panorama.first[plane], panorama.strides[plane]};
+  }
+}
+
+void Engine::describe_fisheyes(const PicturePlanes fisheyes[2]) noexcept {
+  describe_format(config_.format, fisheyes[0].siting, painting_.picture);
   painting_.mesh = &mesh_;
   painting_.quality = config_.quality;
   painting_.lights = lights_;
@@ -222,7 +141,6 @@ void Engine::describe_planes(const PicturePlanes fisheyes[2], const PicturePlane
                                         .bits = static_cast<uint8_t>(painting_.picture.bits),
                                         .shift = static_cast<uint8_t>(painting_.picture.shift)};
     }
-    painting_.planes[plane] = {panorama.first[plane], panorama.strides[plane]};
   }
 }
 
@@ -266,19 +184,27 @@ void Engine::fill_match_row(void* engine, int part, int) noexcept {
   fill_match_nodes(e.match_->field, e.ring_.strip, e.mesh_, part, e.match_nodes_);
 }
 
-// What goes on from frame to frame ends at a cut.
-void Engine::watch_scene() noexcept {
-  if (!scene_.changes(strip_views_.strips, ring_.strip)) return;
+// What goes on from frame to frame ends at a cut.  Whether a scene begins.
+bool Engine::watch_scene() noexcept {
+  if (!goes_on()) return false;
+  const bool first = scene_.any == 0;
+  if (!scene_.changes(strip_views_.strips, ring_.strip)) return first;
   if (match_ != nullptr) forget(match_->memory);
   if (near_ != nullptr) forget(near_->memory);
   if (config_.steady_seam) forget(seam_memory_);
+  return true;
 }
 
-// Before the strips are compared, and before anything is painted.
-void Engine::match_light() noexcept {
+void Engine::find_light() noexcept {
+  if (match_ == nullptr) return;
   pool_.run(measure_light, this, kSectors);
   settle_light(*match_, ring_.strip);
-  pool_.run(fill_match_row, this, mesh_shape_.rows);
+}
+
+void Engine::find_near() noexcept {
+  if (near_ == nullptr) return;
+  pool_.run(measure_near, this, near_parts(*near_));
+  settle_near(*near_);
 }
 
 void Engine::measure_near(void* engine, int part, int) noexcept {
@@ -291,11 +217,14 @@ void Engine::move_node_row(void* engine, int part, int) noexcept {
   move_nodes(e.ring_, e.near_->displacement, e.projectors_, e.mesh_, part, e.moved_mesh_);
 }
 
+// Before anything is painted.
+void Engine::lay_light() noexcept {
+  if (match_ != nullptr) pool_.run(fill_match_row, this, mesh_shape_.rows);
+}
+
 // Likewise.
-void Engine::match_near() noexcept {
-  pool_.run(measure_near, this, near_parts(*near_));
-  settle_near(*near_);
-  if (!near_->displacement.any) return;
+void Engine::move_near() noexcept {
+  if (near_ == nullptr || !near_->displacement.any) return;
   pool_.run(move_node_row, this, mesh_shape_.rows);
   painting_.mesh = &moved_mesh_;
 }
@@ -320,18 +249,28 @@ void Engine::run_ring_block(void* engine, int part, int thread) noexcept {
   paint_ring_block(e.painting_, e.blocks_[e.lens_blocks_ + part], e.memories_[thread]);
 }
 
-void Engine::run_strips_and_lens_blocks() noexcept {
-  for (const StripStep step : {StripStep::reduce, StripStep::unroll, StripStep::compare}) {
-    if (step == StripStep::compare && goes_on()) watch_scene();
-    if (step == StripStep::compare && match_ != nullptr) match_light();
-    if (step == StripStep::compare && near_ != nullptr) match_near();
-    step_ = step;
-    pool_.run(run_strip_part, this, strip_parts(strip_plan_, step));
+void Engine::run_step(StripStep step) noexcept {
+  step_ = step;
+  pool_.run(run_strip_part, this, strip_parts(strip_plan_, step));
+}
+
+void Engine::run_strips_and_lens_blocks(const FrameChoice& choice) noexcept {
+  run_step(StripStep::reduce);
+  run_step(StripStep::unroll);
+  if (choice.guide != nullptr) {
+    follow({guide_shape(), choice.guide});
+  } else {
+    watch_scene();
+    find_light();
+    find_near();
   }
+  if (choice.seam != nullptr) take_seam(choice.seam);
+  lay_light();
+  move_near();
+  run_step(StripStep::compare);
   // The path is one thread's work for a while: the others have blocks to paint that don't wait for it.
   pool_.run(run_seam_or_lens_block, this, strip_parts(strip_plan_, StripStep::seam) + lens_blocks_);
-  step_ = StripStep::blend;
-  pool_.run(run_strip_part, this, strip_parts(strip_plan_, StripStep::blend));
+  run_step(StripStep::blend);
 }
 
 // Paths of strips count in strip samples from the strip's first one, Q16.
@@ -352,13 +291,12 @@ void Engine::read_seam(double* seam) const noexcept {
   }
 }
 
-void Engine::stitch(const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const Turn& turn,
-                    const double* seam) noexcept {
-  describe_planes(fisheyes, panorama);
-  if (!looked_ || !same(turn, turn_)) look(turn);
+void Engine::stitch(const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const FrameChoice& choice) noexcept {
+  describe_fisheyes(fisheyes);
+  describe_panorama(panorama);
+  if (!looked_ || !same(choice.turn, turn_)) look(choice.turn);
   describe_strips(fisheyes);
-  if (seam != nullptr) take_seam(seam);
-  run_strips_and_lens_blocks();
+  run_strips_and_lens_blocks(choice);
   pool_.run(run_ring_block, this, block_count_ - lens_blocks_);
 }
 
@@ -377,9 +315,9 @@ void close_engine(Engine* engine) noexcept {
   std::free(engine);
 }
 
-void stitch(Engine& engine, const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const Turn& turn,
-            const double* seam) noexcept {
-  engine.stitch(fisheyes, panorama, turn, seam);
+void stitch(Engine& engine, const PicturePlanes fisheyes[2], const PicturePlanes& panorama,
+            const FrameChoice& choice) noexcept {
+  engine.stitch(fisheyes, panorama, choice);
 }
 
 double ring_degrees(const Engine& engine) noexcept {

@@ -6,6 +6,7 @@
 
 #include "camera/camera.hpp"
 #include "ring/format.hpp"
+#include "ring/guide/guide.hpp"
 #include "ring/light/tone.hpp"
 #include "ring/state.hpp"
 #include "ring/strip/strips.hpp"
@@ -40,10 +41,18 @@ class Engine;
 Engine* open_engine(const EngineConfig& config) noexcept;
 void close_engine(Engine* engine) noexcept;
 
-// turn: where the panorama's middle looks.  seam: the path to take, as read_seam gives it, or null; what is too near to the
-// ring's edges is moved away from them.  Asks nothing of the heap.
-void stitch(Engine& engine, const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const Turn& turn,
-            const double* seam) noexcept;
+struct FrameChoice {
+  Turn turn;           // where the panorama's middle looks
+  const double* seam;  // the path to take, as read_seam gives it, or null; kept away from the ring's edges
+  const void* guide;   // a valid one to follow, whatever the frames before were like, or null
+};
+
+// Asks nothing of the heap.
+void stitch(Engine& engine, const PicturePlanes fisheyes[2], const PicturePlanes& panorama, const FrameChoice& choice) noexcept;
+
+// Looks at a frame as stitch() does and paints nothing.  guide: room for guide_bytes.
+GuideShape guide_shape(const Engine& engine) noexcept;
+void measure(Engine& engine, const PicturePlanes fisheyes[2], void* guide) noexcept;
 
 // Degrees of the ring beyond the plane between the lenses, on either side.
 double ring_degrees(const Engine& engine) noexcept;

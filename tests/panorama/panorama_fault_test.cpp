@@ -65,10 +65,15 @@ TEST(PanoramaHeap, FramesAskNothingOfIt) {
   OwnPicture lens0 = door.fisheye(0), lens1 = door.fisheye(1), to = door.panorama();
   BiseamPicture fisheyes[] = {lens0.record(), lens1.record()};
   const BiseamPicture picture = to.record();
+  std::vector<char> guide(biseam_panorama_guide_size(opened.panorama)), smoothed = guide;
+  const void* const guides[] = {guide.data()};
   const FailingHeap heap(0, true);
-  for (int i = 0; i < 4; ++i) {  // a first frame, the same again, another view, another siting
+  ASSERT_EQ(biseam_panorama_measure(opened.panorama, fisheyes, guide.data(), nullptr), BISEAM_OK);
+  ASSERT_EQ(biseam_panorama_smooth(opened.panorama, guides, 1, 0, smoothed.data(), nullptr), BISEAM_OK);
+  for (int i = 0; i < 5; ++i) {  // a first frame, the same again, another view, another siting, a guide
     BiseamFrame frame = biseam_frame_defaults();
     if (i >= 2) frame.turn.pitch = 40;
+    if (i >= 4) frame.guide = smoothed.data(), frame.guide_size = smoothed.size();
     if (i >= 3) fisheyes[0].siting = fisheyes[1].siting = BISEAM_SITING_MIDDLE;
     ASSERT_EQ(biseam_panorama_stitch(opened.panorama, fisheyes, &picture, &frame, nullptr), BISEAM_OK);
   }

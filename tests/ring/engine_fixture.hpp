@@ -72,15 +72,28 @@ class OwnEngine {
   explicit OwnEngine(const ring::EngineConfig& config) : config_(config), engine_(ring::open_engine(config)) {}
 
   OwnPicture stitch(Fisheyes& fisheyes, const Turn& turn = {}, RowLayout layout = {}, int siting = BISEAM_SITING_LEFT) {
-    OwnPicture panorama(config_.format, config_.width, config_.height, layout, siting);
+    return stitch(fisheyes, {turn, nullptr, nullptr}, layout, siting);
+  }
+  OwnPicture follow(Fisheyes& fisheyes, const std::vector<uint8_t>& guide) {
+    return stitch(fisheyes, {{}, nullptr, guide.data()}, {}, BISEAM_SITING_LEFT);
+  }
+  std::vector<uint8_t> measure(Fisheyes& fisheyes) {
+    std::vector<uint8_t> guide(guide_bytes(ring::guide_shape(*engine_)));
     const ring::PicturePlanes from[2] = {planes_of(fisheyes.lens[0]), planes_of(fisheyes.lens[1])};
-    ring::stitch(*engine_, from, planes_of(panorama), turn, nullptr);
-    EXPECT_TRUE(panorama.surroundings_untouched());
-    return panorama;
+    ring::measure(*engine_, from, guide.data());
+    return guide;
   }
   ring::Engine& engine() { return *engine_; }
 
  private:
+  OwnPicture stitch(Fisheyes& fisheyes, const ring::FrameChoice& choice, RowLayout layout, int siting) {
+    OwnPicture panorama(config_.format, config_.width, config_.height, layout, siting);
+    const ring::PicturePlanes from[2] = {planes_of(fisheyes.lens[0]), planes_of(fisheyes.lens[1])};
+    ring::stitch(*engine_, from, planes_of(panorama), choice);
+    EXPECT_TRUE(panorama.surroundings_untouched());
+    return panorama;
+  }
+
   struct Close {
     void operator()(ring::Engine* engine) const { ring::close_engine(engine); }
   };

@@ -35,6 +35,10 @@ void settle_light(LightMatch& match, StripShape strip) noexcept {
   fill_match_field(model_of(match.memory), match.tone, strip, match.field);
 }
 
+void follow_light(LightMatch& match, StripShape strip, const LightFrame& light) noexcept {
+  fill_match_field(model_of(&light, 1), match.tone, strip, match.field);
+}
+
 void match_strips(const LightMatch& match, const StripPlan& plan, const StripViews& views, int first_row,
                   int end_row) noexcept {
   const StripShape shape = plan.config.shape;

@@ -21,10 +21,10 @@ struct Sector {
   double count, logs[3];
 };
 
-Sector sum_of(const LightMemory& memory, int sector) noexcept {
+Sector sum_of(const LightFrame* frames, int frame_count, int sector) noexcept {
   int64_t count = 0, sums[3] = {};
-  for (int i = 0; i < memory.filled; ++i) {
-    const SectorLight& light = memory.frames[i].sectors[sector];
+  for (int i = 0; i < frame_count; ++i) {
+    const SectorLight& light = frames[i].sectors[sector];
     count += light.count;
     for (int c = 0; c < 3; ++c) sums[c] += int64_t{light.count} * light.logs[c];
   }
@@ -52,16 +52,6 @@ double whole_of(const Sector* sectors, int channel, int filled) noexcept {
   return std::clamp(whole * count / (count + kDoubt * filled), -kMostWhole, kMostWhole);
 }
 
-bool is_valid(const SectorLight& light) noexcept {
-  constexpr int32_t kMostCount = 1 << 16, kMostLog = 2 * kLogOne;
-  constexpr int64_t kMostSum = int64_t{1} << 50;
-  for (const int32_t log : light.logs) {
-    if (log < -kMostLog || log > kMostLog) return false;
-  }
-  return light.count >= 0 && light.count <= kMostCount && light.slope_xx >= 0 && light.slope_xx <= kMostSum &&
-         light.slope_xy >= -kMostSum && light.slope_xy <= kMostSum;
-}
-
 }  // namespace
 
 int light_span(double rate) noexcept {
@@ -76,6 +66,16 @@ void remember(LightMemory& memory, const LightFrame& frame) noexcept {
   memory.filled = std::min(memory.filled + 1, memory.span);
 }
 
+bool is_valid(const SectorLight& light) noexcept {
+  constexpr int32_t kMostCount = 1 << 16, kMostLog = 2 * kLogOne;
+  constexpr int64_t kMostSum = int64_t{1} << 50;
+  for (const int32_t log : light.logs) {
+    if (log < -kMostLog || log > kMostLog) return false;
+  }
+  return light.count >= 0 && light.count <= kMostCount && light.slope_xx >= 0 && light.slope_xx <= kMostSum &&
+         light.slope_xy >= -kMostSum && light.slope_xy <= kMostSum;
+}
+
 bool is_valid(const LightMemory& memory, int span) noexcept {
   if (memory.span != span || memory.filled < 0 || memory.filled > span || memory.next < 0 || memory.next >= span) return false;
   for (int i = 0; i < memory.filled; ++i) {
@@ -86,26 +86,26 @@ bool is_valid(const LightMemory& memory, int span) noexcept {
   return true;
 }
 
-LightModel model_of(const LightMemory& memory) noexcept {
+LightModel model_of(const LightFrame* frames, int count) noexcept {
   Sector sectors[kSectors];
-  for (int s = 0; s < kSectors; ++s) sectors[s] = sum_of(memory, s);
+  for (int s = 0; s < kSectors; ++s) sectors[s] = sum_of(frames, count, s);
   LightModel model{};
   for (int c = 0; c < 3; ++c) {
-    model.whole[c] = whole_of(sectors, c, memory.filled);
+    model.whole[c] = whole_of(sectors, c, count);
     for (int s = 0; s < kSectors; ++s) {
-      const double known = sectors[s].count / (sectors[s].count + kDoubt * memory.filled + 1);
+      const double known = sectors[s].count / (sectors[s].count + kDoubt * count + 1);
       model.rest[s][c] = std::clamp((sectors[s].logs[c] - model.whole[c]) * known, -kMostRest, kMostRest);
     }
   }
   int64_t xy = 0, xx = 0;
-  for (int i = 0; i < memory.filled; ++i) {
-    for (const SectorLight& light : memory.frames[i].sectors) {
+  for (int i = 0; i < count; ++i) {
+    for (const SectorLight& light : frames[i].sectors) {
       xy += light.slope_xy;
       xx += light.slope_xx;
     }
   }
-  model.slope = std::clamp(static_cast<double>(xy) / (static_cast<double>(xx) + kSlopeDoubt * memory.filled + 1), -kMostSlope,
-                           kMostSlope);
+  model.slope =
+      std::clamp(static_cast<double>(xy) / (static_cast<double>(xx) + kSlopeDoubt * count + 1), -kMostSlope, kMostSlope);
   return model;
 }
 

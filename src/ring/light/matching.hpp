@@ -24,6 +24,8 @@ int light_span(double rate) noexcept;
 
 void forget(LightMemory& memory) noexcept;
 void remember(LightMemory& memory, const LightFrame& frame) noexcept;
+// Whether light that comes from outside can have been measured, or be the mean of what was.
+bool is_valid(const SectorLight& light) noexcept;
 // Whether a memory from outside can be gone on from.
 bool is_valid(const LightMemory& memory, int span) noexcept;
 
@@ -33,6 +35,7 @@ struct LightModel {
   double rest[kSectors][3];  // what a sector has beyond it
   double slope;              // the same for a strip sample towards lens 1
 };
-LightModel model_of(const LightMemory& memory) noexcept;
+LightModel model_of(const LightFrame* frames, int count) noexcept;
+inline LightModel model_of(const LightMemory& memory) noexcept { return model_of(memory.frames, memory.filled); }
 
 }  // namespace biseam::ring

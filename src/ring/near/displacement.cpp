@@ -12,14 +12,6 @@ struct Ring {
   int32_t values[kMostSearchLength];
 };
 
-void find_mean(const NearMemory& memory, Ring& mean) noexcept {
-  for (int t = 0; t < mean.length; ++t) {
-    int32_t sum = memory.filled / 2;
-    for (int i = 0; i < memory.filled; ++i) sum += memory.frames[i][t];
-    mean.values[t] = memory.filled == 0 ? 0 : sum / memory.filled;
-  }
-}
-
 // What is near reaches a little over its edge, and falls off from there no faster than half of it may be.
 void spread(Ring& ring) noexcept {
   constexpr int kOver = 2;
@@ -78,9 +70,19 @@ bool is_valid(const NearMemory& memory, const NearShape& shape, int span) noexce
 }
 
 void displace(const NearShape& shape, const NearMemory& memory, Displacement& displacement) noexcept {
+  int16_t mean[kMostSearchLength];
+  for (int t = 0; t < shape.length; ++t) {
+    int32_t sum = memory.filled / 2;
+    for (int i = 0; i < memory.filled; ++i) sum += memory.frames[i][t];
+    mean[t] = static_cast<int16_t>(memory.filled == 0 ? 0 : sum / memory.filled);
+  }
+  displace(shape, mean, displacement);
+}
+
+void displace(const NearShape& shape, const int16_t* disparities, Displacement& displacement) noexcept {
   Ring ring;
   ring.length = shape.length;
-  find_mean(memory, ring);
+  std::copy_n(disparities, ring.length, ring.values);
   displacement.any = std::any_of(ring.values, ring.values + ring.length, [](int32_t value) { return value != 0; });
   if (!displacement.any) return;
   spread(ring);

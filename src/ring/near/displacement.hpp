@@ -32,8 +32,10 @@ struct Displacement {
 };
 
 // Along the ring a displacement changes by no more than kSteepest samples from sample to sample; it is never less than half of
-// the mean disparity but for what little smoothing takes, so that near things are moved as a whole.
+// the disparity but for what little smoothing takes, so that near things are moved as a whole.
 inline constexpr double kSteepest = 0.5;
+void displace(const NearShape& shape, const int16_t* disparities, Displacement& displacement) noexcept;
+// By the mean of the frames that count.
 void displace(const NearShape& shape, const NearMemory& memory, Displacement& displacement) noexcept;
 
 }  // namespace biseam::ring

@@ -24,6 +24,10 @@ void settle_near(NearMatch& match) noexcept {
   displace(match.shape, match.memory, match.displacement);
 }
 
+void follow_near(NearMatch& match, const int16_t* disparities) noexcept {
+  displace(match.shape, disparities, match.displacement);
+}
+
 void match_near(const NearMatch& match, const StripPlan& plan, const StripViews& views, int first_row, int end_row) noexcept {
   if (!match.displacement.any) return;
   const int width = plan.config.shape.width;

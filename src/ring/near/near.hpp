@@ -23,6 +23,8 @@ void start_near_match(StripShape strip, double rate, NearMatch& match) noexcept;
 int near_parts(const NearMatch& match) noexcept;
 void measure_near_part(NearMatch& match, const StripViews& views, int part) noexcept;
 void settle_near(NearMatch& match) noexcept;
+// In place of both: disparities that are known, whatever the memory says.
+void follow_near(NearMatch& match, const int16_t* disparities) noexcept;
 // Strips of samples [first_row, end_row) with near things together.
 void match_near(const NearMatch& match, const StripPlan& plan, const StripViews& views, int first_row, int end_row) noexcept;
 
