@@ -10,9 +10,6 @@ cd "$(dirname "$0")/../.."
 untested=(
   # Their functions are called by the tests of what lies behind them.
   src/stages/{blend,compose,format,image,lens}/door.cpp
-  # Parts of one whole, which match_test.cpp and calibrate_test.cpp test.
-  src/ring/light/match_{field,paint}.cpp
-  tools/calibrate/{align,estimate,model,ring,scatter,strip,upright}.cpp
   # Parts of the program alone, not of what tests are linked with.
   tools/biseam/{main,system_calls}.cpp
 )

@@ -7,25 +7,6 @@
 namespace biseam::calibrate {
 namespace {
 
-TEST(Solve, DerivativesAreThoseOfTheProjection) {
-  const Values values = some_values();
-  const std::vector<Match> matches = see(values, 8);
-  const std::vector<Slopes> slopes = slopes_of(values, kFrame, matches);
-  for (std::size_t p = 0; p < kRim; ++p) {
-    const double step = 1e-3 * kSteps[p];
-    Values low = values, high = values;
-    low[p] -= step;
-    high[p] += step;
-    const std::vector<Remainder> below = remainders_of(low, kFrame, matches), above = remainders_of(high, kFrame, matches);
-    for (std::size_t i = 0; i < matches.size(); ++i) {
-      const double t = (above[i].off.t - below[i].off.t) / (2 * step), b = (above[i].off.b - below[i].off.b) / (2 * step);
-      const double unit = 1 / kSteps[p];
-      EXPECT_NEAR(slopes[i].t[p], t, 0.002 * unit) << "parameter " << p;
-      EXPECT_NEAR(slopes[i].b[p], b, 0.002 * unit) << "parameter " << p;
-    }
-  }
-}
-
 TEST(Solve, FarThingsGiveBackTheTurnAndTheScale) {
   const Values truth = some_values();
   Values guess = truth;
@@ -48,20 +29,6 @@ TEST(Solve, GroundIsToldFromTurn) {
   const Solution solution = solve(problem, truth, {{0, 6, 0}}, {2, 0.1, 0.3});
   EXPECT_NEAR(solution.values[kPitch], truth[kPitch], 0.06);
   EXPECT_GT(solution.grounds[0].y, 8);
-}
-
-TEST(Solve, NothingIsBeyondInfinity) {
-  const Scatter scatter{0.5, 0.1, 0.9};
-  EXPECT_GT(share_of({{0, 10}, 0.5, 0.5, 0}, scatter).near, 0.9);
-  EXPECT_LT(share_of({{0, -10}, 0.5, 0.5, 0}, scatter).good(), 0.01);
-  EXPECT_NEAR(near_pull(10, 0.5, 1).slope, 0, 1e-9);
-  EXPECT_LT(near_pull(-1, 0.5, 1).slope, -1);  // the cost falls towards infinity
-}
-
-TEST(Solve, WhatIsInDoubtMayBeFurtherOff) {
-  const Scatter scatter{0.5, 0.1, 0.05};
-  EXPECT_LT(share_of({{0, -4}, 0.5, 0.5, 0}, scatter).good(), 0.1);
-  EXPECT_GT(share_of({{0, -4}, 0.5, 4, 0}, scatter).good(), 0.9);
 }
 
 // A camera on a tripod takes the same picture again and again, with the same errors: it knows no more than from the first.
