@@ -1,5 +1,7 @@
 #include "base/intrinsics.hpp"
 #include "ring/sample/sample_row_kernels.hpp"
+#include "ring/sample/weights_avx512.hpp"
+#include "ring/sample/windows_avx512.hpp"
 
 #if defined(BISEAM_X86_64)
 
@@ -7,31 +9,39 @@
 #include <cstdlib>
 #include <cstring>
 
-#define BISEAM_STEP [[gnu::always_inline]] BISEAM_AVX512 inline
-
-// Bytes between two by two samples, in tiles of four by four positions: however rows of the panorama are turned in the picture,
-// what a tile needs lies in a window of 8 rows of 16 bytes.  These are loaded whole, and the taps are taken out of registers
-// byte by byte.  A lane of 32 bits holds all taps of a sample, or of a component of a pair.
+// Bytes, in tiles of four by four positions: however rows of the panorama are turned in the picture, what a tile needs lies in
+// a window of some rows of 16 bytes.  These are loaded whole, and the taps are taken out of registers byte by byte.  A lane of
+// 32 bits is a sample, or a component of a pair.
 namespace biseam::ring {
 
 namespace {
 
 // Four tiles side by side are worked on together: their positions come from memory row by row.
 constexpr int kSide = 4, kTiles = 4, kColumns = kSide * kTiles;
-constexpr int kWindowBytes = 16, kWindowRows = 8;
-constexpr int kWeightBits = 6, kHalfPhase = 1 << (15 - kWeightBits);
+constexpr int kWindowBytes = 16;
+
+// unit: bytes of a column.  places: rows of the window that a first tap may lie in, at most 8.
+template <int unit_, int taps_, int places_>
+struct Tile {
+  static constexpr int kUnit = unit_, kTaps = taps_, kPlaces = places_;
+  static constexpr int kRows = kPlaces + kTaps - 1, kWindowColumns = kWindowBytes / kUnit;
+  static constexpr int kColumnPlaces = kWindowColumns - kTaps + 1;
+};
 
 struct Vectors {
   __m512i of[kTiles];
 };
 
-BISEAM_STEP __m512i all(int32_t value) { return _mm512_set1_epi32(value); }
 BISEAM_STEP __m512i all_bytes(int8_t value) { return _mm512_set1_epi8(value); }
 
-// Rounded to phases.
+// Of first taps, with their phases.
+template <int taps>
 BISEAM_STEP Vectors load_positions(const int32_t* positions, std::ptrdiff_t pitch) {
   Vectors rows;
-  for (int i = 0; i < kSide; ++i) rows.of[i] = _mm512_add_epi32(_mm512_loadu_si512(positions + i * pitch), all(kHalfPhase));
+  for (int i = 0; i < kSide; ++i) {
+    rows.of[i] =
+        _mm512_add_epi32(_mm512_loadu_si512(positions + i * pitch), all(Phases<taps>::kHalf - (Phases<taps>::kBefore << 16)));
+  }
   return rows;
 }
 
@@ -64,22 +74,15 @@ struct Corners {
   bool within;
 };
 
-template <int unit>
-BISEAM_STEP Corners corners_of(const SampleSource& source, const Vectors& x, const Vectors& y) {
-  constexpr int columns = kWindowBytes / unit;
-  const Range across = range_of(x), down = range_of(y);
-  const __m512i column = _mm512_min_epi32(across.least, all(source.width - columns));
-  const __m512i row = _mm512_min_epi32(down.least, all(source.height - kWindowRows));
+template <class Tile>
+BISEAM_STEP Corners corners_of(const SampleSource& source, const Range& across, const Range& down) {
+  const __m512i column = _mm512_min_epi32(across.least, all(source.width - Tile::kWindowColumns));
+  const __m512i row = _mm512_min_epi32(down.least, all(source.height - Tile::kRows));
   const __mmask16 inside = _mm512_cmpge_epi32_mask(_mm512_or_si512(column, row), _mm512_setzero_si512());
-  const __mmask16 narrow = _mm512_mask_cmplt_epi32_mask(inside, _mm512_sub_epi32(across.largest, column), all(columns - 1));
-  const __mmask16 low = _mm512_mask_cmplt_epi32_mask(narrow, _mm512_sub_epi32(down.largest, row), all(kWindowRows - 1));
+  const __mmask16 narrow =
+      _mm512_mask_cmplt_epi32_mask(inside, _mm512_sub_epi32(across.largest, column), all(Tile::kColumnPlaces));
+  const __mmask16 low = _mm512_mask_cmplt_epi32_mask(narrow, _mm512_sub_epi32(down.largest, row), all(Tile::kPlaces));
   return {column, row, low == 0xFFFF};
-}
-
-BISEAM_STEP __m512i load_four(const uint8_t* bytes, std::ptrdiff_t stride) {
-  const auto row = [=](int i) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i * stride)); };
-  const __m512i two = _mm512_inserti32x4(_mm512_castsi128_si512(row(0)), row(1), 1);
-  return _mm512_inserti32x4(_mm512_inserti32x4(two, row(2), 2), row(3), 3);
 }
 
 // The same 8 bits of both lanes of 64, from a bit on, in each of their bytes.
@@ -96,20 +99,85 @@ BISEAM_STEP __m512i first_bytes(__m512i x, __m512i y) {
   return unit == 1 ? first : _mm512_and_si512(first, all_bytes(0x1e | 0x60));
 }
 
+// Taps of rows k to k + 3 of a window lie in upper, of rows k + 4 to k + 7 in lower: how far to look for them.
+template <class Tile>
+struct TileRows {
+  static constexpr bool kOne = Tile::kRows <= 8;  // everything lies in one pair of vectors
+  __m512i fours[kOne ? 5 : Tile::kTaps + 4];
+
+  BISEAM_STEP TileRows(const uint8_t* window, std::ptrdiff_t stride) {
+    if constexpr (kOne) {
+      fours[0] = load_4x16<4>(window, stride);
+      fours[4] = load_4x16<4>(window + 4 * stride, stride);
+    } else {
+      const auto loaded = load_fours<Tile::kTaps + 4>(window, stride);
+      for (int k = 0; k < Tile::kTaps + 4; ++k) fours[k] = loaded.rows[k];
+    }
+  }
+
+  // Bytes k rows below those that first tells.
+  BISEAM_STEP __m512i row(__m512i first, int k) const {
+    if constexpr (!kOne) return _mm512_permutex2var_epi8(fours[k], first, fours[k + 4]);
+    return _mm512_permutex2var_epi8(fours[0], _mm512_add_epi8(first, all_bytes(static_cast<int8_t>(kWindowBytes * k))),
+                                    fours[4]);
+  }
+};
+
 // 64 less the phase, and the phase, alternately as bytes or words.
-BISEAM_STEP __m512i weights_across(__m512i x) {
+BISEAM_STEP __m512i two_weights_across(__m512i x) {
   const __m512i turned = _mm512_ternarylogic_epi32(bits_from<10>(x), all_bytes(63), all(0x00ff00ff), 0x6a);
   return _mm512_add_epi8(turned, all(0x00410041));  // (phase & 63) ^ 255 = 255 - phase
 }
 
-BISEAM_STEP __m512i weights_down(__m512i y) {
+BISEAM_STEP __m512i two_weights_down(__m512i y) {
   const __m512i turned = _mm512_ternarylogic_epi32(bits_from<10>(y), all(0x003f003f), all(0x0000ffff), 0x6a);
   return _mm512_add_epi16(turned, all(0x00000041));
 }
 
-template <SampleOutput output>
+// Sums of a tile, of each component.
+template <int unit>
+struct TileSums {
+  __m512i of[unit];
+};
+
+// All taps of a lane are four bytes: two rows of two.
+template <class Tile>
+BISEAM_STEP TileSums<Tile::kUnit> sum_two(const TileRows<Tile>& rows, __m512i x, __m512i y) {
+  constexpr int unit = Tile::kUnit;
+  const __m512i first = first_bytes<unit>(x, y), across = two_weights_across(x), down = two_weights_down(y);
+  TileSums<unit> sums;
+  for (int c = 0; c < unit; ++c) {
+    const __m512i taps = rows.row(_mm512_add_epi8(first, all(0x01000100 * unit + 0x10100000 + 0x01010101 * c)), 0);
+    sums.of[c] = _mm512_madd_epi16(_mm512_maddubs_epi16(taps, across), down);
+  }
+  return sums;
+}
+
+template <class Tile>
+BISEAM_STEP TileSums<Tile::kUnit> sum_more(const SampleSource& source, const int8_t* parts, const TileRows<Tile>& rows,
+                                           __m512i x, __m512i y) {
+  constexpr int unit = Tile::kUnit, taps = Tile::kTaps, bit = 16 - Phases<taps>::kBits;
+  const __m512i first = first_bytes<unit>(x, y);
+  const auto weights = look_up_all<SampleType::bytes, taps>(parts, bits_from<bit>(x), bits_from<bit>(y));
+  TileSums<unit> sums;
+  for (int c = 0; c < unit; ++c) {
+    const __m512i bytes = _mm512_add_epi8(first, all(0x03020100 * unit + 0x01010101 * c));
+    sums.of[c] = _mm512_setzero_si512();
+    for (int k = 0; k < taps; k += 2) {
+      const __m512i picked[2] = {rows.row(bytes, k), rows.row(bytes, k + 1)};
+      const __m512i upper = weigh_across<SampleType::bytes, taps>(source, weights, &picked[0]);
+      const __m512i lower = weigh_across<SampleType::bytes, taps>(source, weights, &picked[1]);
+      const __m512i both = _mm512_mask_blend_epi16(0xAAAAAAAA, upper, _mm512_slli_epi32(lower, 16));
+      sums.of[c] = _mm512_dpwssd_epi32(sums.of[c], both, weights.down[k / 2]);
+    }
+  }
+  return sums;
+}
+
+// Weights between two samples are 64ths both ways.
+template <int taps, SampleOutput output>
 BISEAM_STEP __m512i rounded(__m512i sum) {
-  constexpr int shift = 2 * kWeightBits - (output == SampleOutput::fine ? kFineBits - 8 : 0);
+  constexpr int shift = (taps == 2 ? 6 : kTapBits) + (output == SampleOutput::fine ? 0 : kFineBits - 8);
   return _mm512_srai_epi32(_mm512_add_epi32(sum, all(1 << (shift - 1))), shift);
 }
 
@@ -143,17 +211,24 @@ BISEAM_STEP void store_pairs(const Vectors& first, const Vectors& second, uint8_
       store_rows(_mm512_unpacklo_epi16(us, vs), results + 16 * i, stride);
       store_rows(_mm512_unpackhi_epi16(us, vs), results + 16 * i + 16, stride);
     } else {
-      store_rows(_mm512_or_si512(us, _mm512_slli_epi16(vs, 8)), results + 8 * i, stride);
+      const __m512i order = _mm512_broadcast_i32x4(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
+      store_rows(_mm512_shuffle_epi8(_mm512_packus_epi16(us, vs), order), results + 8 * i, stride);
     }
   }
 }
 
-// Sixteen columns of four rows; false: not all of them lie in windows, nothing is done.
-template <int unit, SampleOutput output>
-BISEAM_STEP bool sample_tiles(const SampleSource& source, const SampleRows& at) {
-  const Vectors x = load_positions(at.x, at.pitch), y = load_positions(at.y, at.pitch);
-  const Corners corners = corners_of<unit>(source, x, y);
-  if (!corners.within) return false;
+// What all tiles need to know of their job.  A copy: results are bytes, which might lie in the job as far as compilers know.
+template <int taps, SampleOutput output>
+struct TileKernel {
+  SampleSource source;
+  const int8_t* parts;
+};
+
+template <class Tile, SampleOutput output>
+BISEAM_STEP void sample_windows(const TileKernel<Tile::kTaps, output>& kernel, const Vectors& x, const Vectors& y,
+                                const Corners& corners, const SampleRows& at) {
+  constexpr int unit = Tile::kUnit, taps = Tile::kTaps;
+  const SampleSource& source = kernel.source;
   alignas(64) int32_t offsets[kSide * kTiles];
   _mm512_store_si512(offsets, _mm512_add_epi32(_mm512_mullo_epi32(corners.row, all(static_cast<int32_t>(source.stride))),
                                                _mm512_mullo_epi32(corners.column, all(unit))));
@@ -165,27 +240,52 @@ BISEAM_STEP bool sample_tiles(const SampleSource& source, const SampleRows& at) 
   const Vectors across = to_tiles(from_left), down = to_tiles(from_top);
   Vectors results[unit];
   for (int i = 0; i < kTiles; ++i) {
-    const uint8_t* const window = source.first + offsets[kSide * i];
-    const __m512i upper = load_four(window, source.stride), lower = load_four(window + 4 * source.stride, source.stride);
-    const __m512i first = first_bytes<unit>(across.of[i], down.of[i]);
-    const __m512i weights_x = weights_across(across.of[i]), weights_y = weights_down(down.of[i]);
-    for (int c = 0; c < unit; ++c) {
-      const __m512i bytes = _mm512_add_epi8(first, all(0x01000100 * unit + 0x10100000 + 0x01010101 * c));
-      const __m512i taps = _mm512_permutex2var_epi8(upper, bytes, lower);
-      results[c].of[i] = rounded<output>(_mm512_madd_epi16(_mm512_maddubs_epi16(taps, weights_x), weights_y));
+    const TileRows<Tile> rows(source.first + offsets[kSide * i], source.stride);
+    TileSums<unit> sums;
+    if constexpr (taps == 2) {
+      sums = sum_two(rows, across.of[i], down.of[i]);
+    } else {
+      sums = sum_more(source, kernel.parts, rows, across.of[i], down.of[i]);
     }
+    for (int c = 0; c < unit; ++c) results[c].of[i] = rounded<taps, output>(sums.of[c]);
   }
   if constexpr (unit == 1) {
     store_samples<output>(results[0], at.results, at.stride);
   } else {
     store_pairs<output>(results[0], results[1], at.results, at.stride);
   }
-  return true;
+}
+
+// Sixteen columns of four rows; false: not all of them lie in windows, nothing is done.
+template <int unit, int taps, SampleOutput output>
+BISEAM_STEP bool sample_tiles(const TileKernel<taps, output>& kernel, const SampleRows& at) {
+  using Low = Tile<unit, taps, 9 - taps>;
+  using High = Tile<unit, taps, 8>;
+  const Vectors x = load_positions<taps>(at.x, at.pitch), y = load_positions<taps>(at.y, at.pitch);
+  const Range across = range_of(x), down = range_of(y);
+  const Corners low = corners_of<Low>(kernel.source, across, down);
+  if (low.within) {
+    sample_windows<Low>(kernel, x, y, low, at);
+    return true;
+  }
+  if constexpr (taps == 2) return false;
+  const Corners high = corners_of<High>(kernel.source, across, down);
+  if (high.within) sample_windows<High>(kernel, x, y, high, at);
+  return high.within;
+}
+
+// Otherwise: windows of another kind, which the fewest taps do without.
+template <int taps>
+BISEAM_STEP void sample_by_rows(const SampleJob& job, const SampleRows& at) {
+  for (int j = 0; j < at.rows; ++j) {
+    (taps == 2 ? sample_row_avx2 : sample_row_avx512)(job, at.x + j * at.pitch, at.y + j * at.pitch, at.results + j * at.stride,
+                                                      at.columns);
+  }
 }
 
 // As many columns and rows as there are, by repeating the last ones.
-template <int unit, SampleOutput output>
-BISEAM_AVX512 void sample_rest(const SampleJob& job, const SampleRows& at) {
+template <int unit, int taps, SampleOutput output>
+BISEAM_AVX512 void sample_rest(const SampleJob& job, const TileKernel<taps, output>& kernel, const SampleRows& at) {
   int32_t x[kSide][kColumns], y[kSide][kColumns];
   uint8_t results[kSide][kColumns * output_bytes_of(SampleType::byte_pairs, SampleOutput::fine)];
   for (int j = 0; j < kSide; ++j) {
@@ -195,19 +295,17 @@ BISEAM_AVX512 void sample_rest(const SampleJob& job, const SampleRows& at) {
       y[j][i] = at.y[from];
     }
   }
-  if (sample_tiles<unit, output>(job.source, {x[0], y[0], kColumns, results[0], sizeof results[0], kColumns, kSide})) {
+  if (sample_tiles<unit>(kernel, {x[0], y[0], kColumns, results[0], sizeof results[0], kColumns, kSide})) {
     const int bytes = at.columns * output_bytes_of(job.source.type, output);
     for (int j = 0; j < at.rows; ++j) std::memcpy(at.results + j * at.stride, results[j], static_cast<std::size_t>(bytes));
   } else {
-    for (int j = 0; j < at.rows; ++j) {
-      sample_row_avx2(job, at.x + j * at.pitch, at.y + j * at.pitch, at.results + j * at.stride, at.columns);
-    }
+    sample_by_rows<taps>(job, at);
   }
 }
 
-template <int unit, SampleOutput output>
-BISEAM_AVX512 void sample_all(const SampleJob& given, const SampleRows& rows) {
-  const SampleJob job = given;  // results are bytes, which might lie in the job as far as compilers know
+template <int unit, int taps, SampleOutput output>
+BISEAM_AVX512 void sample_all(const SampleJob& job, const SampleRows& rows) {
+  const TileKernel<taps, output> kernel{job.source, job.across->parts};
   constexpr int bytes = output_bytes_of(unit == 1 ? SampleType::bytes : SampleType::byte_pairs, output);
   for (int j = 0; j < rows.rows; j += kSide) {
     for (int i = 0; i < rows.columns; i += kColumns) {
@@ -219,19 +317,27 @@ BISEAM_AVX512 void sample_all(const SampleJob& given, const SampleRows& rows) {
                           rows.stride,
                           std::min(kColumns, rows.columns - i),
                           std::min(kSide, rows.rows - j)};
-      const bool whole = at.columns == kColumns && at.rows == kSide;
-      if (!whole || !sample_tiles<unit, output>(job.source, at)) sample_rest<unit, output>(job, at);
+      if (at.columns < kColumns || at.rows < kSide) {
+        sample_rest<unit>(job, kernel, at);
+      } else if (!sample_tiles<unit>(kernel, at)) {
+        sample_by_rows<taps>(job, at);
+      }
     }
+  }
+}
+
+template <int unit, int taps>
+BISEAM_STEP void sample_taps(const SampleJob& job, const SampleRows& rows) {
+  if (job.output == SampleOutput::fine) {
+    sample_all<unit, taps, SampleOutput::fine>(job, rows);
+  } else {
+    sample_all<unit, taps, SampleOutput::samples>(job, rows);
   }
 }
 
 template <int unit>
 BISEAM_STEP void sample_unit(const SampleJob& job, const SampleRows& rows) {
-  if (job.output == SampleOutput::fine) {
-    sample_all<unit, SampleOutput::fine>(job, rows);
-  } else {
-    sample_all<unit, SampleOutput::samples>(job, rows);
-  }
+  job.across->taps == 2 ? sample_taps<unit, 2>(job, rows) : sample_taps<unit, 4>(job, rows);
 }
 
 }  // namespace
@@ -239,7 +345,8 @@ BISEAM_STEP void sample_unit(const SampleJob& job, const SampleRows& rows) {
 bool are_tiles(const SampleJob& job) noexcept {
   constexpr int64_t most = INT32_MAX / 2;
   const int64_t stride = job.source.stride;
-  return !is_words(job.source.type) && job.across == job.down && job.across->taps == 2 && std::abs(stride) <= most &&
+  return !is_words(job.source.type) && job.across == job.down &&
+         (job.across->taps == 2 || (job.across->taps == 4 && job.across->phase_bits == 7)) && std::abs(stride) <= most &&
          std::abs(stride) * job.source.height <= most;
 }
 

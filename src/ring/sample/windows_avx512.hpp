@@ -3,12 +3,11 @@
 
 #include "base/intrinsics.hpp"
 #include "ring/sample/sample_row.hpp"
+#include "ring/sample/weights_avx512.hpp"
 
 #if defined(BISEAM_X86_64)
 
 #include <algorithm>
-
-#define BISEAM_STEP [[gnu::always_inline]] BISEAM_AVX512 inline
 
 namespace biseam::ring {
 
@@ -20,8 +19,6 @@ struct Shape {
   static constexpr int kUnit = bytes_of(type);  // of a column
   static constexpr int kLanesEach = kUnit, kSamples = kLanes / kLanesEach;
 };
-
-BISEAM_STEP __m512i all(int32_t value) { return _mm512_set1_epi32(value); }
 
 // A lane's four bytes of four taps, counted from the first tap's sample.
 template <SampleType type>
