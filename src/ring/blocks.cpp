@@ -75,7 +75,8 @@ Widenings widenings_of(const Mesh& mesh, const LensNodes& nodes, const NodeRange
 BlockPlan plan_block(const Mesh& mesh, const Block& block, int32_t half_width, const PlaneGrid& chroma) noexcept {
   const NodeRange range = nodes_around(mesh.shape, block);
   // From a node to the farthest place that is nearest to it no angle changes by more than the way there.
-  const int32_t reach = static_cast<int32_t>(std::ldexp(1.0, kTurnBits + mesh.shape.spacing_bits - 1) / mesh.shape.width) + 1;
+  const int round = std::min(mesh.shape.width, 2 * mesh.shape.height);  // pixels round the sphere, where they are largest
+  const int32_t reach = static_cast<int32_t>(std::ldexp(1.0, kTurnBits + mesh.shape.spacing_bits - 1) / round) + 1;
   const Extremes b = extremes_of(mesh, mesh.b, range);
   BlockPlan plan{.block = block, .kind = BlockKind::ring, .luma = {}, .chroma = {}};
   if (b.least - reach > half_width) plan.kind = BlockKind::lens1;
