@@ -1,10 +1,13 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "biseam/stitcher.hpp"
@@ -67,5 +70,27 @@ struct Frame {
 
   Plane luma0, chroma0, luma1, chroma1, luma, chroma;
 };
+
+using Planes = std::vector<std::vector<uint8_t>>;
+
+inline Planes panorama_of(const Frame& frame) { return {frame.luma.bytes(), frame.chroma.bytes()}; }
+
+inline void blank(Frame& frame) {
+  std::memset(frame.luma.data(), 0x5a, frame.luma.size());
+  std::memset(frame.chroma.data(), 0x5a, frame.chroma.size());
+}
+
+inline Stitcher make(const StitchConfig& config, const StitcherOptions& options = {}) {
+  Result<Stitcher> made = Stitcher::create(config, options);
+  EXPECT_TRUE(made) << made.error().text();
+  return std::move(*made);
+}
+
+inline Planes stitch(Stitcher& stitcher, Frame& frame) {
+  blank(frame);
+  const Error error = frame.stitch(stitcher);
+  EXPECT_FALSE(error) << error.text();
+  return panorama_of(frame);
+}
 
 }  // namespace biseam::test

@@ -11,24 +11,14 @@
 namespace biseam {
 namespace {
 
-using test::Frame;
-using test::valid_config;
-
-using Planes = std::pair<std::vector<uint8_t>, std::vector<uint8_t>>;
-
-Stitcher make(const StitchConfig& config, const StitcherOptions& options = {}) {
-  Result<Stitcher> made = Stitcher::create(config, options);
-  EXPECT_TRUE(made) << made.error().text();
-  return std::move(*made);
-}
+using namespace test;
 
 Planes stitch(Stitcher& stitcher, Frame& frame, Seams seams) {
-  std::memset(frame.luma.data(), 0x5a, frame.luma.size());
-  std::memset(frame.chroma.data(), 0x5a, frame.chroma.size());
+  blank(frame);
   const Error error =
       stitcher.process({frame.luma0, frame.chroma0}, {frame.luma1, frame.chroma1}, {frame.luma, frame.chroma}, seams);
   EXPECT_FALSE(error) << error.text();
-  return {frame.luma.bytes(), frame.chroma.bytes()};
+  return panorama_of(frame);
 }
 
 std::vector<int32_t> weights_of(const Stitcher& stitcher, int index) {

@@ -46,7 +46,8 @@ inline bool same_bytes(Picture& a, Picture& b) {
 
 // One region, pixel by pixel, into planes that lie inside destination.
 inline void plain_region(const float* table, int table_width, int table_column, const ImageHeader& source,
-                  const ImageHeader& destination, int destination_column, int count, int first_row, int end_row, int y_factor) {
+                         const ImageHeader& destination, int destination_column, int count, int first_row, int end_row,
+                         int y_factor) {
   for (int y = first_row; y < end_row; y += 2) {
     for (int row = y; row <= y + 1 && row < destination.height; ++row) {
       for (int k = 0; k < count; ++k) {
