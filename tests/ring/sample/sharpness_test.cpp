@@ -85,7 +85,7 @@ Errors measure(const Scene& scene, const Plane& plane, Quality quality) {
       x[i] = static_cast<int32_t>((8u << 16) + random() % (384u << 16));
       y[i] = static_cast<int32_t>((8u << 16) + random() % (384u << 16));
     }
-    sample_row({plane.source(), &weights, &weights, SampleOutput::samples}, x, y, out, count);
+    sample_rows({plane.source(), &weights, &weights, SampleOutput::samples}, {x, y, count, out, count, count, 1});
     for (int i = 0; i < count; ++i) {
       const double error = out[i] - scene(x[i] / 65536.0, y[i] / 65536.0);
       squares += error * error, sum += error;
@@ -130,8 +130,9 @@ Left reduce(const Plane& plane, Quality quality, int widening, double scale) {
       x.push_back(static_cast<int32_t>(at * 65536)), y.push_back(static_cast<int32_t>(row * 65536));
     }
     std::vector<uint8_t> out(x.size());
-    sample_row({plane.source(), &weights, &weights, SampleOutput::samples}, x.data(), y.data(), out.data(),
-               static_cast<int>(x.size()));
+    const int count = static_cast<int>(x.size());
+    sample_rows({plane.source(), &weights, &weights, SampleOutput::samples},
+                {x.data(), y.data(), count, out.data(), count, count, 1});
     for (std::size_t i = 0; i < x.size(); ++i) {
       const double dx = std::fabs(x[i] / 65536.0 - kPlate / 2), dy = std::fabs(y[i] / 65536.0 - kPlate / 2);
       const double cycles = std::max(dx, dy) / kPlate * scale;  // of the finer axis, a panorama's pixel
