@@ -62,6 +62,12 @@ BISEAM_LOOP void keep_within(const int32_t* places, int32_t low, int32_t high, i
   for (ptrdiff_t i = 0; i < count; ++i) values[i] = places[i] < low || places[i] > high ? 0 : values[i];
 }
 
+void fill_band(const AnchorValues& anchors, AnchorCount count, AnchorBand& band) noexcept {
+  for (int j = 0; j < count.rows; ++j) {
+    kFillAnchorRow.best()(anchors.values + j * count.columns, band.values[j], count.columns - 1);
+  }
+}
+
 }  // namespace
 
 constinit const Variants<FillAnchorRow> kFillAnchorRow = loop_versions<fill_row, FillAnchorRow>;
@@ -77,11 +83,10 @@ void place_anchors(const Mesh& mesh, const Block& block, const PlaneGrid& grid, 
   ring_positions(mesh, block, grid, {kAnchorBits, count.columns, count.rows}, t, b);
   places.count = count;
   for (int j = 0; j < count.rows; ++j) {
-    int32_t *const t_row = t.values + j * kBlockWidth, *const b_row = b.values + j * kBlockWidth;
-    kToStripSamples.best()(shape, t_row, b_row, count.columns);
-    std::copy_n(t_row, count.columns, places.t.values[j]);
-    std::copy_n(b_row, count.columns, places.b.values[j]);
+    std::copy_n(t.values + j * kBlockWidth, count.columns, places.t.values + j * count.columns);
+    std::copy_n(b.values + j * kBlockWidth, count.columns, places.b.values + j * count.columns);
   }
+  kToStripSamples.best()(shape, places.t.values, places.b.values, count.all());
 }
 
 void place_anchors_in_picture(const Mesh& mesh, int lens, const Block& block, const PlaneGrid& grid,
@@ -91,17 +96,15 @@ void place_anchors_in_picture(const Mesh& mesh, int lens, const Block& block, co
   luma_positions(mesh, lens, block, grid, {kAnchorBits, count.columns, count.rows}, x, y);
   positions.count = count;
   for (int j = 0; j < count.rows; ++j) {
-    std::copy_n(x.values + j * kBlockWidth, count.columns, positions.x.values[j]);
-    std::copy_n(y.values + j * kBlockWidth, count.columns, positions.y.values[j]);
+    std::copy_n(x.values + j * kBlockWidth, count.columns, positions.x.values + j * count.columns);
+    std::copy_n(y.values + j * kBlockWidth, count.columns, positions.y.values + j * count.columns);
   }
 }
 
 void look_up_light(const Light& light, int channel, const AnchorPositions& positions, AnchorBand& band) noexcept {
-  int32_t row[kAnchorColumns];
-  for (int j = 0; j < positions.count.rows; ++j) {
-    kFindLight.best()(light, channel, positions.x.values[j], positions.y.values[j], row, positions.count.columns);
-    kFillAnchorRow.best()(row, band.values[j], positions.count.columns - 1);
-  }
+  AnchorValues found;
+  kFindLight.best()(light, channel, positions.x.values, positions.y.values, found.values, positions.count.all());
+  fill_band(found, positions.count, band);
 }
 
 // Between anchors h radians apart an angle that is filled in linearly in both directions errs by h^2 / 4 at most: what is less
@@ -111,41 +114,29 @@ RingEdge find_edge(const Mesh& mesh, const PlaneGrid& grid, StripShape shape, co
   const double down = kPi / mesh.shape.height * (kAnchorSpacing << grid.bits_y), apart = std::max(across, down);
   const int32_t margin = static_cast<int32_t>(apart * apart / 4 * shape.length / (2 * kPi) * 65536) + 2;
   RingEdge edge{false, margin, ((shape.width - 1) << 16) - margin};
-  for (int j = 0; j < places.count.rows; ++j) {
-    for (int i = 0; i < places.count.columns; ++i) {
-      edge.near = edge.near || places.b.values[j][i] < edge.low || places.b.values[j][i] > edge.high;
-    }
+  for (int i = 0; i < places.count.all(); ++i) {
+    edge.near = edge.near || places.b.values[i] < edge.low || places.b.values[i] > edge.high;
   }
   return edge;
 }
 
-void look_up_across(const AnchorPlaces& places, AnchorBand& band) noexcept {
-  for (int j = 0; j < places.count.rows; ++j) {
-    kFillAnchorRow.best()(places.b.values[j], band.values[j], places.count.columns - 1);
-  }
-}
+void look_up_across(const AnchorPlaces& places, AnchorBand& band) noexcept { fill_band(places.b, places.count, band); }
 
 void look_up_corrections(const int16_t* corrections, StripShape shape, const AnchorPlaces& places, AnchorBand& band) noexcept {
-  int16_t found[kAnchorColumns];
-  int32_t row[kAnchorColumns];
-  for (int j = 0; j < places.count.rows; ++j) {
-    kLookUpCorrections.best()(corrections, shape, places.t.values[j], places.b.values[j], found, places.count.columns);
-    std::copy_n(found, places.count.columns, row);
-    kFillAnchorRow.best()(row, band.values[j], places.count.columns - 1);
-  }
+  AnchorValues found;
+  kLookUpCorrections.best()(corrections, shape, places.t.values, places.b.values, found.values, places.count.all());
+  fill_band(found, places.count, band);
 }
 
 DistanceRange look_up_distances(const SeamRamp& ramp, const AnchorPlaces& places, AnchorBand& band) noexcept {
-  int32_t row[kAnchorColumns];
+  AnchorValues found;
   DistanceRange range{INT32_MAX, INT32_MIN};
-  for (int j = 0; j < places.count.rows; ++j) {
-    for (int i = 0; i < places.count.columns; ++i) {
-      row[i] = distance_from_seam(ramp, places.t.values[j][i], places.b.values[j][i]);
-      range.least = std::min(range.least, row[i]);
-      range.largest = std::max(range.largest, row[i]);
-    }
-    kFillAnchorRow.best()(row, band.values[j], places.count.columns - 1);
+  for (int i = 0; i < places.count.all(); ++i) {
+    found.values[i] = distance_from_seam(ramp, places.t.values[i], places.b.values[i]);
+    range.least = std::min(range.least, found.values[i]);
+    range.largest = std::max(range.largest, found.values[i]);
   }
+  fill_band(found, places.count, band);
   return range;
 }
 

@@ -17,10 +17,13 @@ inline constexpr int kAnchorColumns = kBlockWidth / kAnchorSpacing + 1, kAnchorR
 // Anchors of a block, as many rows and columns as surround its samples.  The first one lies on its first sample.
 struct AnchorCount {
   int columns, rows;
+
+  constexpr int all() const noexcept { return columns * rows; }
 };
 
+// Row after row, without gaps.
 struct AnchorValues {
-  int32_t values[kAnchorRows][kAnchorColumns];
+  int32_t values[kAnchorRows * kAnchorColumns];
 };
 
 // The same, filled in between along the rows: 4 times the values.

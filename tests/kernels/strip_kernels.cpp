@@ -136,7 +136,7 @@ void call_look_up_corrections(KernelCall& call, LookUpCorrections* look_up) {
   const int16_t* corrections = call.input<int16_t>(samples_of(kLookedUp), -kMaxCorrection, kMaxCorrection);
   const int32_t* t = call.input<int32_t>(count, -(96 << 16), (2 * 96 << 16) - 1);
   const int32_t* b = call.input<int32_t>(count, -(9 << 16), 65 << 16);
-  int16_t* out = call.output<int16_t>(count);
+  int32_t* out = call.output<int32_t>(count);
   call.run([&] { look_up(corrections, kLookedUp, t, b, out, call.size()); });
 }
 
@@ -166,7 +166,7 @@ std::vector<Kernel> strip_kernels() {
       make_kernel("ring subtract expanded", kSubtractExpanded, call_subtract_expanded, 56, 16),
       make_kernel("ring add expanded", kAddExpanded, call_add_expanded, 56, 16),
       make_kernel("ring correct", kCorrectRow, call_correct, 56),
-      make_kernel("ring look up corrections", kLookUpCorrections, call_look_up_corrections, 64),
+      make_kernel("ring look up corrections", kLookUpCorrections, call_look_up_corrections, 153),
   };
 }
 

@@ -55,12 +55,13 @@ TEST(Anchors, LieWhereTheirDirectionsAreOnTheStrip) {
             const RingPlace at = reference_ring(reference_direction(view, luma_x, luma_y));
             if (std::abs(at.b) > 0.3) continue;  // beyond any ring
             const double unit = shape.length / (2 * kPi);
-            const double off = std::remainder(places.t.values[j][i] / 65536.0 - at.t * unit, shape.length);
+            const double off =
+                std::remainder(places.t.values[j * places.count.columns + i] / 65536.0 - at.t * unit, shape.length);
             // The mesh's 0.005 pixels of a lens with 280 of them to the radian, on a strip of 25 samples to the radian.
             ASSERT_LE(std::abs(off), 0.01) << luma_x << ", " << luma_y;
-            ASSERT_NEAR(places.b.values[j][i] / 65536.0, at.b * unit + 0.5 * (shape.width - 1), 0.01);
-            ASSERT_GE(places.t.values[j][i], 0);
-            ASSERT_LT(places.t.values[j][i], shape.length << 16);
+            ASSERT_NEAR(places.b.values[j * places.count.columns + i] / 65536.0, at.b * unit + 0.5 * (shape.width - 1), 0.01);
+            ASSERT_GE(places.t.values[j * places.count.columns + i], 0);
+            ASSERT_LT(places.t.values[j * places.count.columns + i], shape.length << 16);
             ++compared;
           }
         }
@@ -78,8 +79,8 @@ AnchorPlaces random_places(RandomSource& random, StripShape shape) {
   places.count = {ring::kAnchorColumns, ring::kAnchorRows};
   for (int j = 0; j < ring::kAnchorRows; ++j) {
     for (int i = 0; i < ring::kAnchorColumns; ++i) {
-      places.t.values[j][i] = random.between(0, (shape.length << 16) - 1);
-      places.b.values[j][i] = random.between(-(3 << 16), (shape.width + 3) << 16);
+      places.t.values[j * places.count.columns + i] = random.between(0, (shape.length << 16) - 1);
+      places.b.values[j * places.count.columns + i] = random.between(-(3 << 16), (shape.width + 3) << 16);
     }
   }
   return places;
@@ -108,11 +109,8 @@ TEST(Anchors, CorrectionsAreMeansOfThoseOfFourAnchors) {
   std::vector<int16_t> strip(std::size_t(ring::strip_samples(kShape)));
   for (int16_t& s : strip) s = int16_t(random.between(-16383, 16383));
   const AnchorPlaces places = random_places(random, kShape);
-  int16_t at_anchors[ring::kAnchorRows][ring::kAnchorColumns];
-  for (int j = 0; j < ring::kAnchorRows; ++j) {
-    ring::kLookUpCorrections.best()(strip.data(), kShape, places.t.values[j], places.b.values[j], at_anchors[j],
-                                    ring::kAnchorColumns);
-  }
+  int32_t at_anchors[ring::kAnchorRows][ring::kAnchorColumns];
+  ring::kLookUpCorrections.best()(strip.data(), kShape, places.t.values, places.b.values, at_anchors[0], places.count.all());
   AnchorBand band;
   ring::look_up_corrections(strip.data(), kShape, places, band);
   expect_bilinear(band, [&](int j, int i) { return double(at_anchors[j][i]); });
@@ -128,10 +126,10 @@ TEST(Anchors, DistancesAreThoseFromTheSeam) {
   const ring::DistanceRange range = ring::look_up_distances({path.data(), kShape.length, 1 << 17}, places, band);
   for (int j = 0; j < ring::kAnchorRows; ++j) {
     for (int i = 0; i < ring::kAnchorColumns - 1; ++i) {
-      const int32_t t = places.t.values[j][i];
+      const int32_t t = places.t.values[j * places.count.columns + i];
       const std::size_t row = std::size_t(t >> 16);
       const double seam = path[row] + (path[row + 1] - path[row]) * ((t & 0xffff) / 65536.0);
-      ASSERT_NEAR(band.values[j][4 * i] / 4.0, places.b.values[j][i] - seam, 1);
+      ASSERT_NEAR(band.values[j][4 * i] / 4.0, places.b.values[j * places.count.columns + i] - seam, 1);
       ASSERT_LE(4 * range.least, band.values[j][4 * i]);
       ASSERT_GE(4 * range.largest, band.values[j][4 * i]);
     }

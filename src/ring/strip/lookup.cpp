@@ -1,15 +1,13 @@
 #include "ring/strip/lookup.hpp"
 
-#include "base/loop_versions.hpp"
-
 namespace biseam::ring {
 
 namespace {
 
-BISEAM_LOOP int32_t wrapped(int32_t t, int32_t turn) { return t < 0 ? t + turn : t >= turn ? t - turn : t; }
+int32_t wrapped(int32_t t, int32_t turn) { return t < 0 ? t + turn : t >= turn ? t - turn : t; }
 
-BISEAM_LOOP void look_up_corrections(const int16_t* corrections, StripShape shape, const int32_t* t, const int32_t* b,
-                                     int16_t* out, int count) noexcept {
+void look_up_corrections(const int16_t* corrections, StripShape shape, const int32_t* t, const int32_t* b, int32_t* out,
+                         int count) noexcept {
   const int32_t turn = shape.length << 16, last = (shape.width - 1) << 16;
   for (int i = 0; i < count; ++i) {
     const int32_t at_t = wrapped(t[i], turn), at_b = b[i] < 0 ? 0 : b[i] > last ? last : b[i];
@@ -20,12 +18,13 @@ BISEAM_LOOP void look_up_corrections(const int16_t* corrections, StripShape shap
     const int16_t* here = corrections + ptrdiff_t{row} * shape.width + column;
     const int16_t* after = corrections + ptrdiff_t{next} * shape.width + column;
     const int32_t near = here[0] * (256 - across) + here[1] * across, far = after[0] * (256 - across) + after[1] * across;
-    out[i] = static_cast<int16_t>((near * (256 - along) + far * along + 32768) >> 16);
+    out[i] = (near * (256 - along) + far * along + 32768) >> 16;
   }
 }
 
 }  // namespace
 
-constinit const Variants<LookUpCorrections> kLookUpCorrections = loop_versions<look_up_corrections, LookUpCorrections>;
+constinit const Variants<LookUpCorrections> kLookUpCorrections{look_up_corrections, nullptr,
+                                                               BISEAM_ON_X86_64(look_up_corrections_avx2)};
 
 }  // namespace biseam::ring

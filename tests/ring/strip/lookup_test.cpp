@@ -38,7 +38,7 @@ TEST(StripLookup, IsLinearBetweenCorrections) {
                                                          : kMaxCorrection * (1 - 2 * random.between(0, 1)));
     for (const int count : {0, 1, 7, 8, 15, 16, 17, 63, 64}) {
       const Places places(random, shape, count);
-      GuardedBlock<int16_t> out(static_cast<size_t>(count));
+      GuardedBlock<int32_t> out(static_cast<size_t>(count));
       kLookUpCorrections.best()(strip.data(), shape, places.t.data(), places.b.data(), out.data(), count);
       for (int i = 0; i < count; ++i) {
         const size_t at = static_cast<size_t>(i);
