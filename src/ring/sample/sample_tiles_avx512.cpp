@@ -303,6 +303,20 @@ BISEAM_AVX512 void sample_rest(const SampleJob& job, const TileKernel<taps, outp
   }
 }
 
+// Brings near what the tiles below will want, about: a block's rows lie one below the other.  There may be nothing; nothing is
+// read.
+template <int unit, int taps>
+BISEAM_STEP void ask_for_tiles(const SampleSource& source, const SampleRows& at) {
+  for (int i = 0; i < kTiles; ++i) {
+    const std::ptrdiff_t middle = (kSide + 1) * at.pitch + kSide * i + 1;
+    const std::ptrdiff_t offset = (at.y[middle] >> 16) * source.stride + std::ptrdiff_t{at.x[middle] >> 16} * unit;
+    for (int k = 1 - taps; k <= 1 + taps; ++k) {
+      const auto row = reinterpret_cast<uintptr_t>(source.first) + static_cast<uintptr_t>(offset + k * source.stride);
+      _mm_prefetch(reinterpret_cast<const char*>(row), _MM_HINT_T0);
+    }
+  }
+}
+
 template <int unit, int taps, SampleOutput output>
 BISEAM_AVX512 void sample_all(const SampleJob& job, const SampleRows& rows) {
   const TileKernel<taps, output> kernel{job.source, job.across->parts};
@@ -317,6 +331,7 @@ BISEAM_AVX512 void sample_all(const SampleJob& job, const SampleRows& rows) {
                           rows.stride,
                           std::min(kColumns, rows.columns - i),
                           std::min(kSide, rows.rows - j)};
+      if (at.columns == kColumns && rows.rows - j >= 2 * kSide) ask_for_tiles<unit, taps>(kernel.source, at);
       if (at.columns < kColumns || at.rows < kSide) {
         sample_rest<unit>(job, kernel, at);
       } else if (!sample_tiles<unit>(kernel, at)) {
