@@ -13,11 +13,26 @@ namespace {
 
 constexpr int32_t kFarthestFromSeam = 1 << 24;
 
-int32_t distance_from_seam(const SeamRamp& ramp, int32_t t, int32_t b) noexcept {
-  const int32_t row = t >> 16;
-  const int64_t rise = int64_t{ramp.path[row + 1] - ramp.path[row]} * (t & 0xffff);
-  const int32_t distance = b - (ramp.path[row] + static_cast<int32_t>(rise >> 16));
-  return std::clamp(distance, -kFarthestFromSeam, kFarthestFromSeam);
+BISEAM_LOOP void find_distances(const int32_t* path, const int32_t* t, const int32_t* b, int32_t* out, int count) noexcept {
+  BISEAM_TURNS_APART
+  for (ptrdiff_t i = 0; i < count; ++i) {
+    const int32_t row = t[i] >> 16, here = path[row];
+    const int64_t rise = int64_t{path[row + 1] - here} * (t[i] & 0xffff);
+    const int32_t distance = b[i] - (here + static_cast<int32_t>(rise >> 16));
+    const int32_t low = distance < -kFarthestFromSeam ? -kFarthestFromSeam : distance;
+    out[i] = low > kFarthestFromSeam ? kFarthestFromSeam : low;
+  }
+}
+
+// Of at least one value.
+BISEAM_LOOP void find_range(const int32_t* values, int count, int32_t* least, int32_t* largest) noexcept {
+  int32_t low = values[0], high = values[0];
+  for (ptrdiff_t i = 1; i < count; ++i) {
+    low = values[i] < low ? values[i] : low;
+    high = values[i] > high ? values[i] : high;
+  }
+  *least = low;
+  *largest = high;
 }
 
 // Four places of anchors; the last one's own value is the next row's first.
@@ -70,6 +85,8 @@ void fill_band(const AnchorValues& anchors, AnchorCount count, AnchorBand& band)
 
 }  // namespace
 
+constinit const Variants<DistancesFromSeam> kDistancesFromSeam = loop_versions<find_distances, DistancesFromSeam>;
+constinit const Variants<FindRange> kFindRange = loop_versions<find_range, FindRange>;
 constinit const Variants<FillAnchorRow> kFillAnchorRow = loop_versions<fill_row, FillAnchorRow>;
 constinit const Variants<MixAnchorRows> kMixAnchorRows = loop_versions<mix_rows, MixAnchorRows>;
 constinit const Variants<MixAnchorRowPairs> kMixAnchorRowPairs = loop_versions<mix_row_pairs, MixAnchorRowPairs>;
@@ -113,11 +130,10 @@ RingEdge find_edge(const Mesh& mesh, const PlaneGrid& grid, StripShape shape, co
   const double across = 2 * kPi / mesh.shape.width * (kAnchorSpacing << grid.bits_x);
   const double down = kPi / mesh.shape.height * (kAnchorSpacing << grid.bits_y), apart = std::max(across, down);
   const int32_t margin = static_cast<int32_t>(apart * apart / 4 * shape.length / (2 * kPi) * 65536) + 2;
-  RingEdge edge{false, margin, ((shape.width - 1) << 16) - margin};
-  for (int i = 0; i < places.count.all(); ++i) {
-    edge.near = edge.near || places.b.values[i] < edge.low || places.b.values[i] > edge.high;
-  }
-  return edge;
+  const int32_t low = margin, high = ((shape.width - 1) << 16) - margin;
+  int32_t least, largest;
+  kFindRange.best()(places.b.values, places.count.all(), &least, &largest);
+  return {least < low || largest > high, low, high};
 }
 
 void look_up_across(const AnchorPlaces& places, AnchorBand& band) noexcept { fill_band(places.b, places.count, band); }
@@ -130,12 +146,9 @@ void look_up_corrections(const int16_t* corrections, StripShape shape, const Anc
 
 DistanceRange look_up_distances(const SeamRamp& ramp, const AnchorPlaces& places, AnchorBand& band) noexcept {
   AnchorValues found;
-  DistanceRange range{INT32_MAX, INT32_MIN};
-  for (int i = 0; i < places.count.all(); ++i) {
-    found.values[i] = distance_from_seam(ramp, places.t.values[i], places.b.values[i]);
-    range.least = std::min(range.least, found.values[i]);
-    range.largest = std::max(range.largest, found.values[i]);
-  }
+  kDistancesFromSeam.best()(ramp.path, places.t.values, places.b.values, found.values, places.count.all());
+  DistanceRange range;
+  kFindRange.best()(found.values, places.count.all(), &range.least, &range.largest);
   fill_band(found, places.count, band);
   return range;
 }

@@ -72,6 +72,10 @@ RingEdge find_edge(const Mesh& mesh, const PlaneGrid& grid, StripShape shape, co
 // How far across a plane's samples lie.
 void look_up_across(const AnchorPlaces& places, AnchorBand& band) noexcept;
 
+// out: how far places of the strip, t within its length, lie from a path.
+using DistancesFromSeam = void(const int32_t* path, const int32_t* t, const int32_t* b, int32_t* out, int count) noexcept;
+// Of at least one value.
+using FindRange = void(const int32_t* values, int count, int32_t* least, int32_t* largest) noexcept;
 using FillAnchorRow = void(const int32_t* anchors, int32_t* out, int count) noexcept;
 // out: the values of a row between two rows of a band, below the upper one by so many samples.
 using MixAnchorRows = void(const int32_t* upper, const int32_t* lower, int below, int32_t* out, int count) noexcept;
@@ -84,6 +88,8 @@ using WeighDistances = void(const int32_t* distances, int32_t ramp, int16_t* wei
 // Values whose places lie outside become 0.
 using KeepWithin = void(const int32_t* places, int32_t low, int32_t high, int32_t* values, int count) noexcept;
 
+extern constinit const Variants<DistancesFromSeam> kDistancesFromSeam;
+extern constinit const Variants<FindRange> kFindRange;
 extern constinit const Variants<FillAnchorRow> kFillAnchorRow;
 extern constinit const Variants<MixAnchorRows> kMixAnchorRows;
 extern constinit const Variants<MixAnchorRowPairs> kMixAnchorRowPairs;
