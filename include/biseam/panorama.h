@@ -133,7 +133,8 @@ typedef enum BiseamRange {
 
 typedef enum BiseamLight {
   BISEAM_LIGHT_OFF = 0, /* each lens as it recorded */
-  BISEAM_LIGHT_MATCH    /* exposure, white balance and falloff are matched where the lenses meet, half by either lens */
+  BISEAM_LIGHT_MATCH    /* exposure, white balance and falloff are matched where the lenses meet, half by either lens,
+                         * falloff at the lenses' rims */
 } BiseamLight;
 
 typedef enum BiseamNear {

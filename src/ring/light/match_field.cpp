@@ -79,11 +79,13 @@ void fill_match_field(const LightModel& model, const Tone& tone, StripShape stri
     for (int column = 0; column < field.columns; ++column) {
       const double across = static_cast<double>((column - field.before) * (1 << field.bits)) - 0.5 * (strip.width - 1);
       const double fade = fade_at(across, strip);
+      // Where lens 0 is at its rim, lens 1 has the ring's middle behind it, and the other way round.
+      const double falloff[2] = {fade * model.slope * std::max(across, 0.0), -fade * model.slope * std::min(across, 0.0)};
       double factors[2][3];
       for (int c = 0; c < 3; ++c) {
-        const double rest = fade == 0 ? 0 : fade * (rest_at(model, c, row) + model.slope * across);
-        factors[0][c] = power_of(std::clamp(0.5 * (model.whole[c] + rest), -kMostShare, kMostShare));
-        factors[1][c] = 1 / factors[0][c];
+        const double half = 0.5 * (model.whole[c] + (fade == 0 ? 0 : fade * rest_at(model, c, row)));
+        factors[0][c] = power_of(std::clamp(half + falloff[0], -kMostShare, kMostShare));
+        factors[1][c] = power_of(std::clamp(falloff[1] - half, -kMostShare, kMostShare));
       }
       for (int lens = 0; lens < 2; ++lens) {
         const Values values = values_of(factors[lens], tone);

@@ -25,7 +25,8 @@ struct MatchField {
 
 void plan_match_field(StripShape strip, MatchField& field) noexcept;
 
-// Halves of the difference to either lens.
+// Halves of the difference to either lens; but what it grows by across the ring to the lens that is at its rim there, as
+// falloff darkens rims: what the other one shows is right.
 void fill_match_field(const LightModel& model, const Tone& tone, StripShape strip, MatchField& field) noexcept;
 
 // Values of a row of strip samples, by linear interpolation: width of each.

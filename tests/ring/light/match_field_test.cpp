@@ -99,13 +99,27 @@ TEST(MatchField, GoesThroughTheSectors) {
     for (int column = field->before; column <= field->before + ((kStrip.width - 1) >> field->bits); ++column) {
       const double across = across_of(*field, column, kStrip);
       for (int lens = 0; lens < 2; ++lens) {
+        const double slope = (lens == 0) == (across > 0) ? model.slope * across : 0;
         for (int v = 0; v < 3; ++v) {
           const int c = kChannelOf[v];
-          EXPECT_NEAR(field->values[lens][v][row][column],
-                      share_of(lens, model.whole[c] + model.rest[sector][c] + model.slope * across), 0.51);
+          EXPECT_NEAR(field->values[lens][v][row][column], share_of(lens, model.whole[c] + model.rest[sector][c] + 2 * slope),
+                      0.51);
         }
       }
     }
+  }
+}
+
+// Both lenses are as dark at their rims: each is brightened there, and shows what it showed on its own side of the ring's
+// middle.
+TEST(MatchField, FalloffIsUndoneAtTheRims) {
+  const auto field = filled({{}, {}, 12}, make_tone(Transfer::bt709, false, false));
+  for (int column = 0; column < field->columns; ++column) {
+    const double across = across_of(*field, column, kStrip);
+    const int rim = across > 0 ? 0 : 1;
+    EXPECT_EQ(field->values[1 - rim][first_factor][0][column], kLightOne) << across;
+    if (2 * std::abs(across) > kStrip.width - 1) continue;
+    EXPECT_NEAR(field->values[rim][first_factor][0][column], share_of(0, 24 * std::abs(across)), 0.51) << across;
   }
 }
 
