@@ -82,6 +82,9 @@ class Ring {
     options.format = deep(setup) ? BISEAM_P010 : BISEAM_NV12;
     options.quality = quality_of(setup.quality);
     options.threads = setup.threads;
+    if (setup.light == "match") options.light = BISEAM_LIGHT_MATCH;
+    if (setup.near == "on") options.near = BISEAM_NEAR_MATCH;
+    if (setup.seams == "steady") options.seam = BISEAM_SEAM_STEADY;
     const BiseamCamera camera = make_record(make_camera(setup));
     const Stopwatch watch;
     engine_ = Panorama::open(camera, options);

@@ -13,6 +13,9 @@ struct Setup {
   std::string camera = "virtual";  // or a profile, for the ring engine
   std::string quality = "good";    // of the ring engine: fast, good, best
   std::string format = "nv12";     // likewise: nv12, p010
+  std::string light = "off";       // likewise: off, match
+  std::string near = "off";        // likewise: off, on
+  std::string seams = "free";      // likewise: free, steady
   std::string interp = "linear";   // of v360
   int threads = 2;                 // of the ring engine and v360
   int width = 3840;                // of the panorama, twice that of a picture

@@ -37,13 +37,14 @@ def commands(tool, clip, width, folder):
     scene = clip.parent / f"scene_{width}" / "camera.toml"
     v360 = f"v360=dfisheye:e:ih_fov={FIELD_OF_VIEW}:iv_fov={FIELD_OF_VIEW}:w={width}:h={width // 2}"
 
-    def ours(camera, file):
-        return [tool, "stitch", clip, "--camera", camera, "--width", str(width), "--preset", "ultrafast", "--crf", "23", "-o",
+    def ours(camera, file, *options):
+        return [tool, "stitch", clip, "--camera", camera, "--width", str(width), "--preset", "ultrafast", "--crf", "23", *options, "-o",
                 file], file
     theirs = folder / "clip_v360.mp4"
     return {
         "scene": ours(scene, folder / "clip_scene.mp4"),
         "biseam": ours(REAL_CAMERA, folder / "clip_biseam.mp4"),
+        "matched": ours(REAL_CAMERA, folder / "clip_matched.mp4", "--light", "match", "--near", "on", "--seams", "steady"),
         "v360": (["ffmpeg", "-v", "error", "-nostdin", "-y", "-i", clip, "-vf", v360, *SPEED, "-c:a", "copy", theirs], theirs),
     }
 
@@ -85,7 +86,10 @@ def measure(tool, folder, width, turns, rounds):
         raise SystemExit(f"clips of different length: {[picture.shape for picture in luma.values()]}")
     for _, file in contestants.values():
         file.unlink()
+
+    def ratios(name):
+        return {clock: summary([ours / theirs for ours, theirs in zip(figures[name][clock], figures["v360"][clock])])
+                for clock in ("wall_s", "cpu_s")}
     return {"width": width, "frames": 2 * RENDERED * turns, "rounds": rounds, "psnr": quality.psnr(luma["scene"], luma["v360"]),
             "runs": {name: {figure: summary(values) for figure, values in taken.items()} for name, taken in figures.items()},
-            "ratio": {clock: summary([ours / theirs for ours, theirs in zip(figures["biseam"][clock], figures["v360"][clock])])
-                      for clock in ("wall_s", "cpu_s")}}
+            "ratio": ratios("biseam"), "matched_ratio": ratios("matched")}

@@ -7,7 +7,10 @@ import time
 
 import analytic
 import clip
+import light
+import limits
 import machine
+import near
 import plot
 import quality
 import report
@@ -16,6 +19,7 @@ from pictures import make_pictures
 from sections import CURVE, SIZES, Suite
 
 ROUNDS = 21
+FILMED, FEW = 16, 2  # frames of clips in which everything moves
 QUICK_SIZES = (1920, 960)
 CLIPS = ({"width": 3840, "turns": 5, "rounds": 7}, {"width": 1920, "turns": 10, "rounds": 7})
 QUICK_CLIPS = ({"width": 640, "turns": 1, "rounds": 1},)
@@ -35,6 +39,11 @@ def sections(suite, sizes, curve, tool, quick):
     yield "analytic", lambda: {camera: {str(width): analytic.measure(suite, width, camera) for width in sizes}
                                for camera in analytic.CAMERAS}
     yield "seams", lambda: seams.measure(tool, suite.out / "pictures", seams.WIDTH)
+    pictures = suite.out / "pictures"
+    yield "filmed_seams", lambda: seams.measure_filmed(tool, pictures, 480 if quick else 960, FEW if quick else FILMED)
+    yield "light", lambda: light.measure(tool, pictures, 512 if quick else 1920)
+    yield "near", lambda: near.measure(tool, pictures, 960 if quick else 1920, FEW if quick else FILMED)
+    yield "meeting", lambda: suite.meeting(sizes[0])
     yield "ring", lambda: {str(width): suite.ring(width) for width in sizes}
     yield "ring_curve", lambda: suite.ring_curve(curve)
     yield "contest", lambda: {str(width): suite.contest(width) for width in sizes}
@@ -94,6 +103,9 @@ def main():
     refuse_other_pictures(results["contest"], results["clips"])
     if arguments.arm:
         results["arm"] = json.loads(arguments.arm.read_text())
+    for what, limit, measured, held in limits.judge(results):
+        if not held:
+            print(f"missed: {what}: {measured}, must be {limit}", flush=True)
     (arguments.out / "bench.json").write_text(json.dumps(results, indent=1, allow_nan=False) + "\n")
     (arguments.out / "bench.md").write_text(report.write(results))
     plot.draw(results, arguments.out / "frame.svg")

@@ -6,6 +6,7 @@ import matplotlib.image
 import numpy
 
 import quality
+import shots
 from analytic import near_the_ring
 from pictures import to_nv12
 
@@ -64,4 +65,19 @@ def measure(tool, folder, width):
         errors = frames[:, near] - truth[near]
         result[mode] = {"columns": moved, "flicker": rms(near) / rms(~near), "near": quality.psnr_of(errors)}
     clip.unlink()
+    return result
+
+
+def measure_filmed(tool, folder, width, frames):
+    """Of clips in which camera and things move: what changes in the panorama and not in the truth, and likeness near the ring."""
+    near, result = near_the_ring(width), {}
+    for name in shots.FILMED:
+        scene = shots.filmed(tool, folder, width, frames, name)
+        truth = shots.read_luma(scene / "truth.mp4", width).astype(float)
+        result[name] = {}
+        for mode in MODES:
+            errors = shots.stitched(tool, scene, width, "--seams", mode) - truth
+            changes = numpy.diff(errors, axis=0)
+            result[name][mode] = {"flicker": float(numpy.sqrt(numpy.mean(changes[:, near]**2) / numpy.mean(changes[:, ~near]**2))),
+                                  "near": quality.psnr_of(errors[:, near])}
     return result

@@ -12,6 +12,8 @@ CURVE = (1920, 2880, 3840, 5760, 7680)
 SCALES = (1, 2, 4)
 STARTS = 7  # new processes for a first frame
 RING_OPTIONS = {"ring_good": {}, "ring_fast": {"quality": "fast"}, "ring_best": {"quality": "best"}, "ring_p010": {"format": "p010"}}
+MEETING = {"off": {}, "light": {"light": "match"}, "near": {"near": "on"}, "seams": {"seams": "steady"},
+           "all": {"light": "match", "near": "on", "seams": "steady"}}
 OVERLAP = {"feather": 32, "trans_width": 64, "findpath_width": 64}  # at every size, unless scaled
 
 
@@ -71,6 +73,11 @@ class Suite:
                 contestants["exact"] = self.start("biseam", width=width)
             result[str(threads)] = {"first": first, "frames": self.turns(contestants)}
         return result
+
+    def meeting(self, width):
+        """Frames of the ring engine with what joins the lenses, each alone and all together, in turn; by one thread."""
+        return self.turns({name: self.start("ring", width=width, camera=REAL_CAMERA, threads=1, **options)
+                           for name, options in MEETING.items()})
 
     def first_frame(self, start):
         """Medians of what opening an engine and its first frame take in a new process, while nobody else loads anything."""
