@@ -183,8 +183,9 @@ void sample_shared_rows(const Painting& painting, const LensSamples& from, const
   const int rows = std::min(kSharedRows, samples.rows - first_row);
   const int at = first_row * kBlockWidth;
   int16_t* const fine = memory.fine[from.lens][0];
-  sample_rows(from.job, {memory.x[from.lens].values + at, memory.y[from.lens].values + at, kBlockWidth,
-                         reinterpret_cast<uint8_t*>(fine), 2 * kBlockWidth * sizeof *fine, samples.columns, rows});
+  sample_rows(from.job,
+              {memory.x[from.lens].values + at, memory.y[from.lens].values + at, kBlockWidth, reinterpret_cast<uint8_t*>(fine),
+               2 * kBlockWidth * sizeof *fine, samples.columns, rows, samples.rows - first_row - rows});
   change_light(painting, *from.block, from.lens, samples, first_row, rows, memory);
 }
 
@@ -263,10 +264,11 @@ void paint_lit(const Painting& painting, const BlockPlan& plan, int lens, const 
                PaintMemory& memory) noexcept {
   const LensSamples from{job_of(painting, plan, lens, samples.plane, SampleOutput::fine), &plan.block, lens};
   prepare_lights(painting, plan, lens, samples, memory);
-  std::fill_n(memory.added[lens], 2 * kBlockWidth, 0);
+  const bool words = is_words(samples.format->type);
+  if (words) std::fill_n(memory.added[lens], 2 * kBlockWidth, 0);
   for (int row = 0; row < samples.rows; ++row) {
     if (row % kSharedRows == 0) sample_shared_rows(painting, from, samples, row, memory);
-    if (is_words(samples.format->type)) {
+    if (words) {
       store_row(painting, lens, samples, row, memory);
     } else {
       kStoreFineBytes.best()(memory.fine[lens][row % kSharedRows], samples.row_of(painting, row),

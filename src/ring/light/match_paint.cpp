@@ -24,11 +24,12 @@ bool is_flat(const MeshShape& shape, const Block& block, const int16_t* values) 
   const int bits = shape.spacing_bits, first_column = 2 * block.x >> bits, first_row = 2 * block.y >> bits;
   const int end_column = std::min((2 * (block.x + block.width) >> bits) + 2, shape.columns - 1);
   const int end_row = std::min((2 * (block.y + block.height) >> bits) + 2, shape.rows - 1);
-  const int16_t first = values[index_of(shape, first_column, first_row)];
-  for (int j = first_row; j < end_row; ++j) {
-    for (int i = first_column; i < end_column; ++i) {
-      if (values[index_of(shape, i, j)] != first) return false;
-    }
+  const int16_t* row = values + index_of(shape, first_column, first_row);
+  const int16_t first = *row;
+  int differences = 0;
+  for (int j = first_row; j < end_row; ++j, row += shape.columns) {
+    for (int i = 0; i < end_column - first_column; ++i) differences |= row[i] ^ first;
+    if (differences != 0) return false;
   }
   return true;
 }

@@ -331,7 +331,7 @@ BISEAM_AVX512 void sample_all(const SampleJob& job, const SampleRows& rows) {
                           rows.stride,
                           std::min(kColumns, rows.columns - i),
                           std::min(kSide, rows.rows - j)};
-      if (at.columns == kColumns && rows.rows - j >= 2 * kSide) ask_for_tiles<unit, taps>(kernel.source, at);
+      if (at.columns == kColumns && rows.rows + rows.below - j >= 2 * kSide) ask_for_tiles<unit, taps>(kernel.source, at);
       if (at.columns < kColumns || at.rows < kSide) {
         sample_rest<unit>(job, kernel, at);
       } else if (!sample_tiles<unit>(kernel, at)) {
