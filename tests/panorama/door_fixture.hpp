@@ -1,6 +1,10 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
+#include <functional>
+#include <string>
 #include <vector>
 
 #include "biseam/panorama.h"
@@ -38,6 +42,20 @@ struct Handle {
   Handle(const Handle&) = delete;
   Handle& operator=(const Handle&) = delete;
   ~Handle() { biseam_panorama_close(panorama); }
+};
+
+inline void expect_error(const BiseamError& error, BiseamErrorCode code, const std::string& text) {
+  EXPECT_EQ(error.code, code);
+  EXPECT_EQ(error.text, text);
+}
+
+inline BiseamError unwritten() { return {-1, "not written"}; }
+
+// One field that breaks its rule, and what is said of it.
+template <class Subject>
+struct Rule {
+  std::string text;
+  std::function<void(Subject&)> break_it;
 };
 
 }  // namespace biseam::test
