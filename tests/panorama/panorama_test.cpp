@@ -4,11 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstddef>
-#include <functional>
 #include <limits>
-#include <memory>
-#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
