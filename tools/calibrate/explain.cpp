@@ -3,8 +3,45 @@
 #include <cmath>
 
 #include "calibrate/doubt.hpp"
+#include "calibrate/vectors.hpp"
 
 namespace biseam::calibrate {
+namespace {
+
+// From where a ground is sought.
+struct Start {
+  Values values;
+  Ground ground;
+  Scatter scatter;
+};
+
+// down: where that is.
+bool lies_below(const Solution& solution, const Vec3& down) {
+  Vec3 sum{0, 0, 0};
+  for (const Ground& ground : solution.grounds) sum = sum + ground;
+  return dot(sum, down) > 0;
+}
+
+// A turn takes over half of what a ground displaces, and takes it away on the other side.  That is undone here, so that the
+// ground alone displaces.
+Values turned_for(const Ground& ground, Values values, const Problem& problem) {
+  cv::Matx22d normal = cv::Matx22d::eye() * 1e-9;
+  cv::Vec2d right(0, 0);
+  const std::vector<Slopes> slopes = slopes_of(values, problem.frame, problem.matches);
+  const std::vector<Remainder> remainders = remainders_of(values, problem.frame, problem.matches);
+  for (std::size_t i = 0; i < slopes.size(); ++i) {
+    const Vec3 d = ring_direction(remainders[i].at.t, remainders[i].at.b);
+    const cv::Vec2d row(slopes[i].b[kYaw], slopes[i].b[kPitch]);
+    normal += row * row.t();
+    right += 0.5 * dot(d, ground) * row;
+  }
+  const cv::Vec2d turn = normal.solve(right, cv::DECOMP_CHOLESKY);
+  values[kYaw] += turn[0];
+  values[kPitch] += turn[1];
+  return values;
+}
+
+}  // namespace
 
 double Explanations::votes() const {
   constexpr int kPlaces = 32;
@@ -19,39 +56,53 @@ double Explanations::votes() const {
 }
 
 Explanations explain(Problem& problem, const Values& guess, const ShareWork& share_work) {
-  constexpr int kDirections = 4;
+  constexpr double kUnexpected = 5;  // of the cost's logarithms: so much must speak for a ground that is not below
   Problem turn = problem;
   for (std::size_t p = 0; p < kParameters; ++p) {
     if (p < kCx0 || p > kRoll) turn.prior.deviations[p] = kHeld;
   }
-  std::vector<Ground> grounds(1);
-  for (const double parallax : {1.0, 6.0}) {  // pixels
-    for (int i = 0; i < kDirections; ++i) {
-      const SineCosine t = sine_cosine(i * 2 * kPi / kDirections);
-      grounds.push_back({parallax * t.cosine, parallax * t.sine, 0});
-    }
-  }
   const std::size_t pairs = std::size_t(problem.pairs);
-  const Values start = solve(turn, guess, std::vector<Ground>(pairs), {3, 0.1, 0.98, true}).values;
-  doubt_places(problem.matches, solve(problem, start, std::vector<Ground>(pairs), {2, 0.1, 0.3}));
-  std::vector<Solution> solutions(grounds.size());
-  share_work(int(grounds.size()), [&](int i) {
-    solutions[std::size_t(i)] = solve(problem, start, std::vector<Ground>(pairs, grounds[std::size_t(i)]), {2, 0.1, 0.3});
+  const std::vector<Ground> none(pairs);
+  const Values start = solve(turn, guess, none, {3, 0.1, 0.98, true}).values;
+  doubt_places(problem.matches, solve(problem, start, none, {2, 0.1, 0.3}));
+  const Solution still = solve(problem, start, none, {2, 0.1, 0.3});
+  const Vec3& down = problem.prior.down;
+  const bool is_known = dot(down, down) > 0;
+  std::vector<Start> starts;
+  const auto add_turned = [&](const Ground& ground) {
+    starts.push_back({turned_for(ground, still.values, problem), ground, {2 * still.scatter.noise, 0.1, 0.3}});
+  };
+  for (int i = 0; i < 4; ++i) {
+    const SineCosine t = sine_cosine(i * kPi / 2);
+    const Ground ground{4 * t.cosine, 4 * t.sine, 0};  // pixels
+    starts.push_back({start, ground, {2, 0.1, 0.3}});
+    if (!is_known) add_turned(ground);
+  }
+  if (is_known) {
+    for (const double parallax : {2.0, 8.0}) add_turned(parallax * down);
+  }
+  std::vector<Solution> solutions(starts.size());
+  share_work(int(starts.size()), [&](int i) {
+    const Start& from = starts[std::size_t(i)];
+    solutions[std::size_t(i)] = solve(problem, from.values, std::vector<Ground>(pairs, from.ground), from.scatter);
   });
-  double alike = solutions.front().scatter.alike;
+  double alike = still.scatter.alike;
   for (const Solution& solution : solutions) alike = std::min(alike, solution.scatter.alike);
-  const auto best = std::min_element(solutions.begin() + 1, solutions.end(), [&](const Solution& a, const Solution& b) {
-    return Explanations::cost_of(a, alike) < Explanations::cost_of(b, alike);
-  });
-  return {solutions.front(), *best};
+  const auto cost = [&](const Solution& solution) {
+    return Explanations::cost_of(solution, alike) + (is_known && !lies_below(solution, down) ? kUnexpected : 0);
+  };
+  const auto best = std::min_element(solutions.begin(), solutions.end(),
+                                     [&](const Solution& a, const Solution& b) { return cost(a) < cost(b); });
+  return {still, *best, is_known && lies_below(*best, down)};
 }
 
 Explanations explain_again(Problem& problem, const Explanations& before) {
-  constexpr Scatter kScatter{1, 0.1, 0.3};
   const Solution& better = before.better();
-  doubt_places(problem.matches, solve(problem, better.values, better.grounds, kScatter));
-  return {solve(problem, before.still.values, before.still.grounds, kScatter),
-          solve(problem, before.ground.values, before.ground.grounds, kScatter), before.evidence()};
+  const auto again = [&](const Solution& solution) {
+    return solve(problem, solution.values, solution.grounds, {2 * solution.scatter.noise, 0.1, 0.3});
+  };
+  doubt_places(problem.matches, again(better));
+  return {again(before.still), again(before.ground), before.is_expected, before.evidence()};
 }
 
 cv::Mat1d covariance_of(const Explanations& found) {

@@ -4,12 +4,15 @@
 #include <cmath>
 #include <utility>
 
+#include "calibrate/vectors.hpp"
+
 namespace biseam::calibrate {
 namespace {
 
 // What a ground's parallax is before anything is known: none, or the rarer the larger.  It costs so much a pixel below the
-// camera, above it, and beside it; without knowing what is below, the last anywhere.
-constexpr double kBelow = 0.02, kAbove = 1, kBeside = 0.05;
+// camera, above or beside it, and along the axis, as a ground is nearly level; without knowing what is below, the last of them
+// anywhere.
+constexpr double kBelow = 0.02, kElsewhere = 1, kAhead = 4, kAnywhere = 0.05;
 constexpr double kSoft = 0.2;  // pixels, about which the cost bends
 
 Pull ground_pull(double parallax, double price) {
@@ -27,16 +30,24 @@ struct Axis {
 
 std::array<Axis, 3> ground_axes(const Vec3& down) {
   if (down.x == 0 && down.y == 0)
-    return {{{{1, 0, 0}, kBeside, kBeside}, {{0, 1, 0}, kBeside, kBeside}, {{0, 0, 1}, kBeside, kBeside}}};
-  return {{{down, kBelow, kAbove}, {{-down.y, down.x, 0}, kBeside, kBeside}, {{0, 0, 1}, kBeside, kBeside}}};
+    return {{{{1, 0, 0}, kAnywhere, kAnywhere}, {{0, 1, 0}, kAnywhere, kAnywhere}, {{0, 0, 1}, kAnywhere, kAnywhere}}};
+  return {{{down, kBelow, kElsewhere}, {{-down.y, down.x, 0}, kElsewhere, kElsewhere}, {{0, 0, 1}, kAhead, kAhead}}};
 }
-
-double product(const Vec3& a, const Vec3& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
 
 // Logarithm of the measured radius of a rim / the one that the values give.
 double rim_residual(const Values& values, const Problem& problem, int lens) {
   const Camera camera = camera_of(values, problem.frame);
   return std::log(problem.prior.circle[lens] / radius(camera.lens[lens], values[kRim] * kDegree));
+}
+
+// Where the radius hardly grows any more, any angle would do for what is seen there, and all matches would agree.
+bool is_lens(const Values& values, const Frame& frame) {
+  constexpr double kLeast = 0.2;  // of the mean growth up to there
+  const double rim = values[kRim] * kDegree;
+  for (const Lens& lens : camera_of(values, frame).lens) {
+    if (!(radius_slope(lens, rim) > kLeast * radius(lens, rim) / rim)) return false;
+  }
+  return true;
 }
 
 struct Normal {
@@ -81,31 +92,24 @@ class Solver {
     remainders_ = remainders_of(state_.values, problem_.frame, problem_.matches);
   }
 
-  // Levenberg's steps down the cost until they are small.
-  void descend(const Scatter& scatter) {
-    constexpr int kMostSteps = 4, kMostAttempts = 8;
+  // Levenberg's steps down the cost until they gain little.  What may be far or near is pulled less than it will be, so that a
+  // step that is good is tried at twice its length as well, and again.
+  void descend(const Scatter& scatter, int most_steps) {
+    constexpr int kMostAttempts = 8, kMostDoublings = 6;
+    constexpr double kLeastGain = 1e-3;
     double damping = 1e-6;
     cost_ = cost_of(state_, remainders_, scatter);
-    for (int step = 0; step < kMostSteps; ++step) {
+    for (int step = 0; step < most_steps; ++step) {
       const Normal normal = equations(scatter);
+      const double before = cost_;
       bool better = false;
-      double length = 0;
       for (int attempt = 0; attempt < kMostAttempts && !better; ++attempt) {
-        State moved = state_;
-        length = move(normal, damping, moved);
-        std::vector<Remainder> there = remainders_of(moved.values, problem_.frame, problem_.matches);
-        const double next = cost_of(moved, there, scatter);
-        better = next < cost_;
-        if (better) {
-          state_ = std::move(moved);
-          remainders_ = std::move(there);
-          cost_ = next;
-          damping *= 0.1;
-        } else {
-          damping = std::max(damping, 1e-7) * 10;
-        }
+        cv::Mat1d change = step_of(normal, damping);
+        better = try_step(change, scatter);
+        damping = better ? 0.1 * damping : 10 * std::max(damping, 1e-7);
+        for (int i = 0; better && i < kMostDoublings && try_step(change, scatter); ++i) change *= 2;
       }
-      if (!better || length < 1e-2) break;
+      if (!better || before - cost_ < kLeastGain) break;
     }
   }
 
@@ -172,7 +176,7 @@ class Solver {
     }
     for (const Ground& ground : state.grounds) {
       for (const Axis& axis : axes_) {
-        const double parallax = product(axis.along, ground);
+        const double parallax = dot(axis.along, ground);
         cost += ground_cost(parallax, axis.price(parallax));
       }
     }
@@ -233,7 +237,7 @@ class Solver {
     }
     for (std::size_t i = 0; i < state_.grounds.size(); ++i) {
       for (const Axis& axis : axes_) {
-        const double parallax = product(axis.along, state_.grounds[i]);
+        const double parallax = dot(axis.along, state_.grounds[i]);
         const Pull pull = ground_pull(parallax, axis.price(parallax));
         normal.add({}, axis.along, kParameters + 3 * int(i), pull.stiffness, pull.slope);
       }
@@ -260,8 +264,7 @@ class Solver {
     }
   }
 
-  // Returns the length of the step, in units of kSteps and of pixels.
-  double move(const Normal& normal, double damping, State& state) const {
+  cv::Mat1d step_of(const Normal& normal, double damping) const {
     cv::Mat1d matrix = normal.matrix.clone(), right = normal.right.clone(), change;
     for (int p = 0; p < matrix.rows; ++p) {
       const double unit = p < kParameters ? kSteps[std::size_t(p)] : 1;
@@ -269,20 +272,25 @@ class Solver {
     }
     hold(matrix, right);
     cv::solve(matrix, right, change, cv::DECOMP_CHOLESKY);
-    double length = 0;
-    for (int p = 0; p < kParameters; ++p) {
-      state.values[std::size_t(p)] += change(p, 0);
-      length = std::max(length, std::abs(change(p, 0)) / kSteps[std::size_t(p)]);
-    }
-    for (std::size_t i = 0; i < state.grounds.size(); ++i) {
+    return change;
+  }
+
+  // Goes there if that is better.
+  bool try_step(const cv::Mat1d& change, const Scatter& scatter) {
+    State moved = state_;
+    for (int p = 0; p < kParameters; ++p) moved.values[std::size_t(p)] += change(p, 0);
+    for (std::size_t i = 0; i < moved.grounds.size(); ++i) {
       const int place = kParameters + 3 * int(i);
-      Ground& ground = state.grounds[i];
-      ground.x += change(place, 0);
-      ground.y += change(place + 1, 0);
-      ground.z += change(place + 2, 0);
-      for (int j = 0; j < 3; ++j) length = std::max(length, std::abs(change(place + j, 0)));
+      moved.grounds[i] = moved.grounds[i] + Vec3{change(place, 0), change(place + 1, 0), change(place + 2, 0)};
     }
-    return length;
+    if (!is_lens(moved.values, problem_.frame) && is_lens(state_.values, problem_.frame)) return false;
+    std::vector<Remainder> there = remainders_of(moved.values, problem_.frame, problem_.matches);
+    const double cost = cost_of(moved, there, scatter);
+    if (!(cost < cost_)) return false;
+    state_ = std::move(moved);
+    remainders_ = std::move(there);
+    cost_ = cost;
+    return true;
   }
 
   const Problem& problem_;
@@ -337,16 +345,14 @@ Scatter refitted(const Solver& solver, const Scatter& before, double least_noise
 
 }  // namespace
 
-double parallax_of(const Ground& ground, const RingPoint& at) {
-  return std::max(0.0, product(ring_direction(at.t, at.b), ground));
-}
+double parallax_of(const Ground& ground, const RingPoint& at) { return std::max(0.0, dot(ring_direction(at.t, at.b), ground)); }
 
 Solution solve(const Problem& problem, const Values& guess, const std::vector<Ground>& grounds, Scatter scatter) {
   constexpr double kLeastNoise = 0.02;
-  constexpr int kRounds = 14, kLastRounds = 3;
+  constexpr int kRounds = 14, kLastRounds = 3, kFewSteps = 4, kManySteps = 40;
   Solver solver(problem, {guess, grounds});
   for (int round = 0; round < kRounds; ++round) {
-    solver.descend(scatter);
+    solver.descend(scatter, kFewSteps);
     const Scatter next = refitted(solver, scatter, std::max(kLeastNoise, 0.5 * scatter.noise));
     const bool still = std::abs(next.noise - scatter.noise) < 0.01 * scatter.noise;
     scatter = next;
@@ -354,10 +360,10 @@ Solution solve(const Problem& problem, const Values& guess, const std::vector<Gr
   }
   for (int round = 0; round < kLastRounds; ++round) {
     scatter.alike = alike_of(solver, scatter, solver.shares(scatter), problem.alike_error);
-    solver.descend(scatter);
+    solver.descend(scatter, kManySteps);
     scatter = refitted(solver, scatter, kLeastNoise);
   }
-  solver.descend(scatter);
+  solver.descend(scatter, kManySteps);
   return {solver.state().values, solver.state().grounds, scatter,
           solver.cost(),         solver.prior_cost(),    solver.covariance(scatter),
           solver.remainders(),   solver.shares(scatter), solver.likelihoods(scatter)};

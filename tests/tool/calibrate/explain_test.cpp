@@ -27,6 +27,31 @@ TEST(Explain, FarThingsNeedNoGround) {
   EXPECT_EQ(found.better().grounds[0].y, 0);
 }
 
+// Of what see() sees, the part below the horizon: above it is a clear sky.
+std::vector<Match> see_below(const Values& values, double parallax) {
+  std::vector<Match> below;
+  for (const Match& match : see(values, parallax)) {
+    const double t = remainders_of(values, kFrame, {match})[0].at.t;
+    if (t > -0.1 && t < kPi + 0.1) below.push_back(match);
+  }
+  return below;
+}
+
+// A turn and the ground opposite explain nearly as much.
+TEST(Explain, GroundNearByAFewPixelsLiesBelow) {
+  const Values truth = some_values();
+  for (const double parallax : {1.5, 3.0, 6.0}) {
+    Problem problem{kFrame, see_below(truth, parallax), 1, wide_prior(truth)};
+    problem.prior.down = {0, 1, 0};
+    const Explanations found = explain_all(problem);
+    EXPECT_TRUE(found.is_ground()) << parallax;
+    const double deviation = std::sqrt(covariance_of(found)(kPitch, kPitch));
+    EXPECT_NEAR(found.better().values[kPitch], truth[kPitch], 3 * deviation) << parallax;
+    EXPECT_LT(deviation, 0.12) << parallax;
+    EXPECT_NEAR(found.better().grounds[0].y, parallax, 1.5) << parallax;
+  }
+}
+
 // Tiles too fine for the pictures match at random, and in each picture of a tripod's clip at the same places.  A ground beyond
 // the rest of the ring and a turn would explain many of them.
 TEST(Explain, BadPlacesMakeNoGround) {

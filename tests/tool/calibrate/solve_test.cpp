@@ -64,5 +64,23 @@ TEST(Solve, HeldValuesStay) {
   for (const std::size_t p : {kScale, kK1, kK2}) EXPECT_EQ(solution.values[p], guess[p]);
 }
 
+// Between a turn and a ground below half a ring, steps are long and gain little each.
+TEST(Solve, GoesOnUntilItStandsStill) {
+  const Values truth = some_values();
+  std::vector<Match> lower;
+  for (const Match& match : see(truth, 3)) {
+    if (remainders_of(truth, kFrame, {match})[0].at.t > 0) lower.push_back(match);
+  }
+  Problem problem{kFrame, lower, 1, wide_prior(truth)};
+  problem.prior.down = {0, 1, 0};
+  const Solution once = solve(problem, truth, {{0, 1, 0}}, {0.1, 0.1, 0.3});
+  const Solution again = solve(problem, once.values, once.grounds, once.scatter);
+  for (std::size_t p = 0; p < kParameters; ++p) {
+    const double deviation = std::sqrt(once.covariance(int(p), int(p)));
+    EXPECT_NEAR(again.values[p], once.values[p], 0.1 * deviation) << "parameter " << p;
+  }
+  EXPECT_NEAR(again.grounds[0].y, once.grounds[0].y, 0.05);
+}
+
 }  // namespace
 }  // namespace biseam::calibrate
