@@ -20,8 +20,8 @@ constexpr double kCircleDeviation = 0.0005;  // of radii, relative
 constexpr double kCentreDeviation = 0.0001;  // of the axis from the circle's middle, in radii
 constexpr double kUsualK1 = -0.005;
 constexpr std::size_t kLeastMatches = 40;
-constexpr double kAlikeError = 0.04;  // pixels of the pictures by which neighbouring matches may be off together
-constexpr int kRounds = 3;            // of strips by a better camera
+constexpr double kAlikeError = 0.04;              // pixels of the pictures by which neighbouring matches may be off together
+constexpr int kLeastRounds = 3, kMostRounds = 6;  // of strips by a better camera
 constexpr double kLeastKept = 0.4;
 constexpr const char* kTooLittle = "too few things are seen by both lenses, or they don't fit together";
 constexpr double kMostSeamDeviation = 1.0, kMostWorstDeviation = 3.0;
@@ -110,7 +110,7 @@ Prior prior_of(const Circles& circles, const Frame& frame, const Values& middle)
   prior.values[kRim] = kUsualRim;
   prior.values[kScaleRatio] = 0;
   prior.deviations[kScaleRatio] = 0.01;
-  prior.deviations[kK1] = 0.012;
+  prior.deviations[kK1] = 0.02;
   prior.deviations[kK2] = 0.0035;
   prior.deviations[kK1Apart] = 0.002;
   prior.deviations[kK2Apart] = 0.0004;
@@ -205,6 +205,16 @@ Vec3 below(const Problem& problem, const Solution& solution) {
   return dot(down, down) > 0 ? down : Vec3{0, 1, 0};
 }
 
+// Values move by a small share of their deviations.
+bool stands_still(const Values& before, const Solution& after) {
+  constexpr double kSmall = 0.3;
+  for (std::size_t p = 0; p < kParameters; ++p) {
+    const double deviation = std::sqrt(after.covariance(int(p), int(p)));
+    if (std::abs(after.values[p] - before[p]) > kSmall * deviation) return false;
+  }
+  return true;
+}
+
 // A lens's axis meets its picture close to the middle of the circle.
 bool contradicts_circles(const Estimate& found) {
   constexpr double kMostOff = 0.012;  // of the radius
@@ -244,14 +254,14 @@ Estimate estimate(const std::vector<Pair>& pairs, const std::optional<Known>& kn
   if (!aligned) throw Refusal(kTooLittle);
   Problem problem{aligned->frame, aligned->matches, int(pairs.size()),
                   prior_of(circles, frame, guess_of(circles, kUsualRim, kUsualK1))};
-  problem.prior.down = dark_side(pairs, circles.used, problem.frame);
+  problem.prior.down = lower_side(pairs, circles.used, problem.frame);
   problem.alike_error = kAlikeError * kPixelsPerRadian / std::exp(aligned->values[kScale]);
   if (known) hold(*known, problem.prior);
   const Solution solution = solve(problem, aligned->values, std::vector<Ground>(pairs.size()), {20, 0.01, 0.1});
   const int wanted = pairs.size() == 1 ? 1280 : std::max(320, int(6400 / pairs.size()));
   Explanations explanations;
   Values values = solution.values;
-  for (int round = 0; round < kRounds; ++round) {
+  for (int round = 0; round < kMostRounds; ++round) {
     const int margin = round == 0 ? 12 : 4;
     if (round > 0) expect_lenses_alike(values, problem);
     const Search search{margin, margin, margin + 24, 8, wanted, 0.8, true};
@@ -263,7 +273,9 @@ Estimate estimate(const std::vector<Pair>& pairs, const std::optional<Known>& kn
     } else {
       explanations = explain_again(problem, explanations);
     }
+    const bool still = round + 1 >= kLeastRounds && stands_still(values, explanations.better());
     values = explanations.better().values;
+    if (still) break;
   }
   const bool holds = known && std::count(known->held.begin(), known->held.end(), true) > 0;
   std::optional<InLens> in_lens;

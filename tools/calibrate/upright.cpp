@@ -14,36 +14,68 @@ int quarters_to(cv::Point2d down) {
   return lower[turns] < 1.2 * lower[0] ? 0 : turns;
 }
 
-}  // namespace
-
-Vec3 dark_side(const std::vector<Pair>& pairs, const Circle (&circles)[2], const Frame& frame) {
-  constexpr int kSide = 64;
-  constexpr double kLeast = 0.05;  // of the light, at a distance of a radius
-  cv::Point2d dark(0, 0);
-  double all = 0;
-  for (int k = 0; k < 2; ++k) {
-    const Circle& circle = circles[k];
-    const double across = double(frame.width) / kSide, down = double(frame.height) / kSide;
+// How unevenly something is spread over the pictures: its sum, times where it is in the upright world, over all of it.
+class Unevenness {
+ public:
+  // small: a lens's picture, reduced.
+  void add(const cv::Mat1f& small, int lens, const Circle& circle, const Frame& frame) {
+    constexpr double kWithin = 0.9;  // of the radius
+    const double across = double(frame.width) / small.cols, down = double(frame.height) / small.rows;
     cv::Point2d sum(0, 0);
-    cv::Mat1b small;
-    for (const Pair& pair : pairs) {
-      cv::resize(pair.lens[k], small, {kSide, kSide}, 0, 0, cv::INTER_AREA);
-      for (int y = 0; y < kSide; ++y) {
-        for (int x = 0; x < kSide; ++x) {
-          const cv::Point2d off(((x + 0.5) * across - circle.cx) / circle.radius,
-                                ((y + 0.5) * down - circle.cy) / circle.radius);
-          if (off.dot(off) > 0.8) continue;
-          sum -= small(y, x) * off;
-          all += small(y, x);
-        }
+    for (int y = 0; y < small.rows; ++y) {
+      for (int x = 0; x < small.cols; ++x) {
+        const cv::Point2d off(((x + 0.5) * across - circle.cx) / circle.radius, ((y + 0.5) * down - circle.cy) / circle.radius);
+        if (off.dot(off) > kWithin * kWithin) continue;
+        sum += small(y, x) * off;
+        all_ += small(y, x);
       }
     }
-    const Vec3 upright = transposed(rotation_about_z(frame.mount[k])) * Vec3{sum.x, sum.y, 0};
-    dark += cv::Point2d(k == 0 ? -upright.x : upright.x, upright.y);
+    const Vec3 upright = transposed(rotation_about_z(frame.mount[lens])) * Vec3{sum.x, sum.y, 0};
+    towards_ += cv::Point2d(lens == 0 ? -upright.x : upright.x, upright.y);
   }
-  const bool across = std::abs(dark.x) > std::abs(dark.y);
-  const double most = across ? dark.x : dark.y;
-  if (std::abs(most) < kLeast * all) return {0, 0, 0};
+
+  cv::Point2d share() const { return towards_ / std::max(1e-9, all_); }
+
+ private:
+  cv::Point2d towards_{0, 0};
+  double all_ = 0;
+};
+
+cv::Mat1f reduced_to(const cv::Mat& picture, int side) {
+  cv::Mat small;
+  cv::Mat1f result;
+  cv::resize(picture, small, {side, side}, 0, 0, cv::INTER_AREA);
+  small.convertTo(result, CV_32F);
+  return result;
+}
+
+// Slopes of the light, so far as they are fine; one strong edge counts no more than many weak ones.
+cv::Mat1f detail_of(const cv::Mat1f& light) {
+  constexpr double kMost = 20;  // code values a pixel
+  cv::Mat1f across, down, detail;
+  cv::Sobel(light, across, CV_32F, 1, 0, 3, 0.125);
+  cv::Sobel(light, down, CV_32F, 0, 1, 3, 0.125);
+  cv::magnitude(across, down, detail);
+  return cv::min(detail, kMost);
+}
+
+}  // namespace
+
+Vec3 lower_side(const std::vector<Pair>& pairs, const Circle (&circles)[2], const Frame& frame) {
+  constexpr int kFine = 480, kCoarse = 64;
+  constexpr double kLeast = 0.05;
+  Unevenness light, detail;
+  for (const Pair& pair : pairs) {
+    for (int k = 0; k < 2; ++k) {
+      const cv::Mat1f fine = reduced_to(pair.lens[k], kFine);
+      light.add(reduced_to(fine, kCoarse), k, circles[k], frame);
+      detail.add(reduced_to(detail_of(fine), kCoarse), k, circles[k], frame);
+    }
+  }
+  const cv::Point2d lower = detail.share() - light.share();
+  const bool across = std::abs(lower.x) > std::abs(lower.y);
+  const double most = across ? lower.x : lower.y;
+  if (std::abs(most) < kLeast) return {0, 0, 0};
   const double sign = most > 0 ? 1 : -1;
   return across ? Vec3{sign, 0, 0} : Vec3{0, sign, 0};
 }

@@ -40,7 +40,7 @@ Pair darker_towards(const Vec3& side, double by, const Camera& camera) {
   return pair;
 }
 
-TEST(DarkSide, IsFoundHoweverTheLensesAreMounted) {
+TEST(LowerSide, IsFoundHoweverTheLensesAreMounted) {
   for (const int first : {0, 90, 180, 270}) {
     for (const int second : {0, 90, 180, 270}) {
       Camera camera = some_camera(200);
@@ -54,25 +54,48 @@ TEST(DarkSide, IsFoundHoweverTheLensesAreMounted) {
       for (const Vec3& side : kSides) {
         // A little towards another side as well.
         const Vec3 towards = unit(side + 0.4 * Vec3{side.y, -side.x, 0});
-        expect_same(dark_side({darker_towards(towards, 50, camera)}, circles, frame), side);
+        expect_same(lower_side({darker_towards(towards, 50, camera)}, circles, frame), side);
       }
     }
   }
 }
 
 // Pictures of several places count together; one that is a little darker somewhere says nothing.
-TEST(DarkSide, TakesMoreThanATraceOfLight) {
+TEST(LowerSide, TakesMoreThanATraceOfLight) {
   const Camera camera = some_camera(200);
   Circle circles[2];
   for (int k = 0; k < 2; ++k) {
     circles[k] = {camera.lens[k].cx, camera.lens[k].cy, radius(camera.lens[k], 100 * kDegree), 0, 0};
   }
   const Frame frame{200, 200, {0, 0}};
-  expect_same(dark_side({darker_towards({1, 0, 0}, 5, camera)}, circles, frame), {0, 0, 0});
-  expect_same(dark_side({darker_towards({1, 0, 0}, 60, camera), darker_towards({-1, 0, 0}, 60, camera)}, circles, frame),
+  expect_same(lower_side({darker_towards({1, 0, 0}, 5, camera)}, circles, frame), {0, 0, 0});
+  expect_same(lower_side({darker_towards({1, 0, 0}, 60, camera), darker_towards({-1, 0, 0}, 60, camera)}, circles, frame),
               {0, 0, 0});
-  expect_same(dark_side({darker_towards({1, 0, 0}, 20, camera), darker_towards({0, 1, 0}, 60, camera)}, circles, frame),
+  expect_same(lower_side({darker_towards({1, 0, 0}, 20, camera), darker_towards({0, 1, 0}, 60, camera)}, circles, frame),
               {0, 1, 0});
+}
+
+// Rocks under an evenly bright sky.
+TEST(LowerSide, ShowsTheFinerDetail) {
+  const Camera camera = some_camera(200);
+  Circle circles[2];
+  for (int k = 0; k < 2; ++k) {
+    circles[k] = {camera.lens[k].cx, camera.lens[k].cy, radius(camera.lens[k], 100 * kDegree), 0, 0};
+  }
+  for (const Vec3& side : kSides) {
+    Pair pair = darker_towards({0, 0, 0}, 0, camera);
+    for (int k = 0; k < 2; ++k) {
+      const Projector projector(camera, k);
+      for (int y = 0; y < 200; ++y) {
+        for (int x = 0; x < 200; ++x) {
+          unsigned char& light = pair.lens[k](y, x);
+          if (light > 0 && dot(projector.unproject(x, y), side) > 0)
+            light = static_cast<unsigned char>(100 + 40 * hashed(x, y, k));
+        }
+      }
+    }
+    expect_same(lower_side({pair}, circles, {200, 200, {0, 0}}), side);
+  }
 }
 
 // A camera whose dark side is this one, with a ground there or without.
