@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 
 #include "ring/near/disparity_rows.hpp"
 
@@ -116,7 +117,11 @@ int refined(const NearShape& shape, const DisparitySearch& search, int t) noexce
   const int32_t bend = before - 2 * here + after;
   if (bend <= 0) return 0;
   const int32_t offset = (middle - d) * kDisparityOne + (before - after) * (kDisparityOne / 2) / bend;
-  return std::clamp(offset, d == 0 ? 0 : -kDisparityOne / 2, kDisparityOne / 2);
+  if (d > 0) return std::clamp(offset, -kDisparityOne / 2, kDisparityOne / 2);
+  // Nothing is known of the other side of 0, and what 2 says may be an edge's beside the place.  Above 0 a parabola's lowest
+  // place divides the first sample at most as the roots of the misfits at its ends do.
+  const double root = std::sqrt(static_cast<double>(before)), roots = root + std::sqrt(static_cast<double>(here));
+  return roots > 0 ? std::clamp(offset, 0, static_cast<int>(kDisparityOne / 2 * std::min(2 * root / roots, 1.0))) : 0;
 }
 
 // What is found one-sided is never below 0: little of it means nothing, and begins to count from kLeast on.

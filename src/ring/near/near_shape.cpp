@@ -18,11 +18,12 @@ NearShape near_shape(StripShape strip) noexcept {
   while (strip.length >> shape.bits > kMostSearchLength) ++shape.bits;
   shape.length = strip.length >> shape.bits;
   shape.width = strip.width >> shape.bits;
-  // Gradients lack the outermost columns, and half of the disparity goes to either side.
-  const int largest = std::min({shape.length / kDisparitiesOfTurn, (shape.width - 3) / 3, kMostDisparities - 1});
-  const int most = (shape.width - 3 - largest) / 2;
+  // Gradients lack the outermost columns, which in narrow rings show some of the black beyond the image circle, so that their
+  // neighbours are left out too; and half of the disparity goes to either side.
+  const int largest = std::min({shape.length / kDisparitiesOfTurn, (shape.width - 4) / 3, kMostDisparities - 1});
+  const int most = (shape.width - 5 - largest) / 2;
   const int half = std::min(std::clamp(shape.length / kColumnsOfTurn, kLeastColumns, kMostColumns), most);
-  shape.disparities = half < 2 || largest < 2 ? 1 : largest + 1;
+  shape.disparities = half < 1 || largest < 2 ? 1 : largest + 1;
   shape.first = (shape.width - 1) / 2 - half;
   shape.count = 2 * half + 1;
   shape.reach = std::max(shape.length / kRowsOfTurn, kLeastReach);

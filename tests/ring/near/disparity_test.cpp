@@ -64,6 +64,31 @@ TEST(Disparity, OfWhatIsFarIsNone) {
   }
 }
 
+// Strips of a small panorama with soft things, the same in both lenses but for what shade(lens, column) makes of them.
+void expect_none_in_narrow_strips(const std::function<double(int lens, int b)>& shade) {
+  RandomSource random;
+  for (int round = 0; round < 50; ++round) {
+    OwnViews views(random, {240, 10}, [](int) { return 0.0; }, {0, 1, 0, false});
+    const double along = random.real_between(0.02F, 0.3F), across = random.real_between(0.1F, 0.6F);
+    for (int i = 0; i < 2 * 2400; ++i) {
+      const int lens = i / 2400, t = i % 2400 / 10, b = i % 10;
+      const double soft = 7000 + 3000 * std::sin(along * t) * std::sin(across * b);
+      views.luma[lens][std::size_t(i % 2400)] = static_cast<int16_t>(soft * shade(lens, b));
+    }
+    for (const double d : disparities_of(views)) ASSERT_LT(d, 0.15) << along << ", " << across;
+  }
+}
+
+// Narrow strips have some of the black beyond the image circles in their outermost columns.
+TEST(Disparity, OfWhatIsFarIsNoneBesideBlackRims) {
+  expect_none_in_narrow_strips([](int lens, int b) { return b == (lens == 0 ? 9 : 0) ? 0.0 : 1.0; });
+}
+
+// Of soft things one sample apart looks nearly as good as none, and with an edge beside them two look much worse.
+TEST(Disparity, OfWhatIsFarIsNoneBesideEdges) {
+  expect_none_in_narrow_strips([](int, int b) { return b < 2 ? 1.5 : 1.0; });
+}
+
 // In black frames, clipped skies, plain walls, with a lens covered, or under nothing but noise.
 TEST(Disparity, IsNoneWhereNothingIsKnown) {
   RandomSource random;
