@@ -2,6 +2,7 @@
 
 #include "picture/write_picture.hpp"
 #include "profile/read.hpp"
+#include "tool/calibrate/turned.hpp"
 #include "tool/calibration/photographed.hpp"
 #include "tool/support/scratch_folder.hpp"
 
@@ -85,6 +86,22 @@ TEST(CalibrateCommand, InLensNeedsACameraThatTurns) {
   const Finished finished = run_tool("calibrate", {folder / "pair.png", "--in-lens", "-o", folder / "found.toml"});
   expect_refused(finished, 3, folder / "found.toml");
   EXPECT_TRUE(tells(finished, "the camera doesn't turn")) << finished.err;
+}
+
+TEST(CalibrateCommand, ACameraThatTurnsIsSeenWithinItsLenses) {
+  const ScratchFolder folder;
+  const Camera camera = calibrate::some_camera(calibrate::kTurningSide);
+  std::vector<std::string> arguments = {"--in-lens", "-o", folder / "found.toml", "--report", folder / "report.html"};
+  for (const calibrate::Pair& pair : calibrate::film_turning(camera)) {
+    arguments.push_back(folder / std::to_string(arguments.size()) + ".png");
+    write_picture(arguments.back(), both_circles(pair));
+  }
+  const Finished finished = run_tool("calibrate", arguments);
+  ASSERT_EQ(finished.exit_code, 0) << finished.err;
+  EXPECT_NE(finished.out.find(" tracks within the lenses, as the camera turns"), std::string::npos) << finished.out;
+  EXPECT_NE(read_bytes(folder / "report.html").find("Tracks within the lenses"), std::string::npos);
+  const Camera found = camera_in(folder / "found.toml");
+  for (int k = 0; k < 2; ++k) EXPECT_NEAR(found.lens[k].p, camera.lens[k].p, 0.01 * camera.lens[k].p);
 }
 
 TEST(CalibrateCommand, OneFileForEachLensTellsTheSame) {

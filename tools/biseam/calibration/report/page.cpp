@@ -63,6 +63,10 @@ std::string facts(const Finding& finding, std::size_t pairs) {
               formatted("%.2f px in the worst eighth of the ring; of a panorama 3840 wide", finding.worst()));
   out += fact("Matches kept", formatted("%.0f %%", 100 * finding.kept),
               formatted("of %zu, in %zu pair%s of pictures", finding.matches.size(), pairs, pairs == 1 ? "" : "s"));
+  if (finding.tracks > 0) {
+    out += fact("Tracks within the lenses", formatted("%zu", finding.tracks),
+                "as the camera turns: scale and distortion are known away from the seams as well");
+  }
   if (finding.baseline) {
     constexpr double kUsualHeight = 1500;  // millimetres
     out += fact(
