@@ -31,6 +31,7 @@ int run(int argc, char** argv) {
       "130 interrupted.");
   int exit_code = int(ExitCode::done);
   biseam::tool::add_stitch_command(app, exit_code);
+  biseam::tool::add_analyse_command(app);
   biseam::tool::add_calibrate_command(app);
   biseam::tool::add_scene_command(app);
   biseam::tool::add_compare_command(app, exit_code);

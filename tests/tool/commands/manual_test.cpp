@@ -123,7 +123,7 @@ TEST(Manual, HasEveryOptionOfEveryCommandAndNoOther) {
 }
 
 TEST(Manual, IsComparedWithWhatTheToolReallyTakes) {
-  EXPECT_EQ(told_by_help().size(), 8u);
+  EXPECT_EQ(told_by_help().size(), 9u);
   EXPECT_EQ(told_by_help().at("tag"), (Names{"-h", "--help", "-o", "--output"}));
   EXPECT_TRUE(told_by_help().at("stitch").contains("--no-360-metadata"));
   EXPECT_TRUE(told_by_help().at("stitch").contains("--layout"));

@@ -15,7 +15,7 @@ std::string said(std::vector<std::string> words) {
   return finished.err;
 }
 
-const std::string kCommands = "stitch, calibrate, scene, compare, contact-sheet, tag, view\n";
+const std::string kCommands = "stitch, analyse, calibrate, scene, compare, contact-sheet, tag, view\n";
 
 TEST(Usage, UnknownCommandsAreNamedWithTheNearestOne) {
   EXPECT_EQ(said({"stich"}), "biseam: stich: no such command; is stitch meant?\n");

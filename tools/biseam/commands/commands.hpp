@@ -7,6 +7,7 @@
 namespace biseam::tool {
 
 void add_stitch_command(CLI::App& app, int& exit_code);
+void add_analyse_command(CLI::App& app);
 void add_calibrate_command(CLI::App& app);
 void add_scene_command(CLI::App& app);
 void add_compare_command(CLI::App& app, int& exit_code);

@@ -8,6 +8,7 @@
 #include "commands/commands.hpp"
 #include "commands/layout_options.hpp"
 #include "commands/number_range.hpp"
+#include "commands/source_options.hpp"
 #include "commands/stitch_options.hpp"
 #include "media/container.hpp"
 #include "picture/read_picture.hpp"
@@ -40,7 +41,7 @@ Road choose_road(const StitchOptions& options, std::unique_ptr<Container>& first
 }
 
 void check_files(const StitchOptions& options) {
-  std::vector<NamedFile> inputs = {{"--camera", options.camera}};
+  std::vector<NamedFile> inputs = {{"--camera", options.camera}, {"--analysis", options.video.analysis}};
   for (const std::string& file : options.inputs) inputs.push_back({"the input", file});
   check_distinct(inputs, {{"-o", options.output},
                           {"--show-seams", options.show_seams},
@@ -64,26 +65,10 @@ int stitch(StitchOptions& options) {
 }
 
 // What only one of the engines knows, whatever the group it is listed in.
-constexpr const char* kRingOptions[] = {"--quality", "--look", "--light", "--near", "--seams", "--jobs"};
+constexpr const char* kRingOptions[] = {"--quality", "--look", "--light", "--near", "--seams", "--jobs", "--analysis"};
+// What an analysis has settled.
+constexpr const char* kSettledOptions[] = {"--light", "--near", "--search", "--no-search", "--seams", "--seam-hold"};
 constexpr const char* kExactGroup = "Seams and blend of the exact engine (in columns of the panorama)";
-
-constexpr const char* kCameraGroup = "Camera (in place of the profile's values)";
-
-void add_camera_options(CLI::App& command, StitchOptions& options) {
-  profile::CameraSettings& settings = options.settings;
-  const auto add = [&](const char* name, auto& value, const char* type, const char* text) {
-    command.add_option(name, value, text)->type_name(type)->group(kCameraGroup);
-  };
-  add("--centre0", options.centre[0], "X,Y", "lens 0's axis in its picture, pixels");
-  add("--centre1", options.centre[1], "X,Y", "lens 1's axis in its picture");
-  add("--p0", settings.lens[0].p, "PIXELS", "pixels per radian of lens 0");
-  add("--p1", settings.lens[1].p, "PIXELS", "pixels per radian of lens 1");
-  add("--fov", settings.lens[0].fov, "DEGREES", "across the image circle of both lenses (195)");
-  add("--mount0", settings.lens[0].mount, "DEGREES",
-      "recorded picture 0 is turned clockwise by 0, 90 (its sky is at the right), 180, 270");
-  add("--mount1", settings.lens[1].mount, "DEGREES", "the same of picture 1");
-  add("--turn1", options.turn, "YAW,PITCH,ROLL", "of lens 1 against lens 0, degrees: right, up, clockwise");
-}
 
 void add_engine_options(CLI::App& command, StitchOptions& options) {
   const char* const group = "Engine";
@@ -100,25 +85,7 @@ void add_engine_options(CLI::App& command, StitchOptions& options) {
   command.add_option("--look", options.look, "where the panorama's middle looks, degrees: right, up, clockwise (0,0,0)")
       ->type_name("YAW,PITCH,ROLL")
       ->group(group);
-  command.add_option("--light", options.engine.light, "match the light of the lenses where they meet (off)")
-      ->type_name("off|match")
-      ->group(group)
-      ->transform(one_of({"off", "match"}));
-  command
-      .add_option_function<std::string>(
-          "--near", [&options](const std::string& text) { options.engine.near = text == "on"; },
-          "bring things together that are near where the lenses meet (on, unless the profile's baseline is 0)")
-      ->type_name("on|off")
-      ->group(group)
-      ->check(CLI::IsMember({"on", "off"}));
-  const auto add_switch = [&](const char* name, bool value, const char* text) {
-    command
-        .add_flag_callback(
-            name, [&options, value] { options.settings.blend.search = value; }, text)
-        ->group(group);
-  };
-  add_switch("--search", true, "search a seam where both lenses see (default)");
-  add_switch("--no-search", false, "cut straight instead");
+  add_matching_options(command, options, group);
 }
 
 void add_exact_options(CLI::App& command, profile::BlendSettings& blend) {
@@ -132,8 +99,6 @@ void add_exact_options(CLI::App& command, profile::BlendSettings& blend) {
   add("--inv-scale", blend.inv_scale, "FACTOR", "by which the search shrinks its pictures (by the width)");
 }
 
-constexpr const char* kVideoGroup = "Video";
-
 void add_video_options(CLI::App& command, VideoOptions& video) {
   const auto add = [&](const char* name, auto& value, const char* type, const char* text) {
     return command.add_option(name, value, text)->type_name(type)->group(kVideoGroup);
@@ -143,38 +108,25 @@ void add_video_options(CLI::App& command, VideoOptions& video) {
   add("--preset", video.preset, "NAME", "the encoder's preset (medium with libx264)");
   add("--bitrate", video.bitrate, "RATE", "bits per second, 20M for example, in place of constant quality");
   add("--format", video.format, "y4m|nv12", "of frames on standard output (nv12)")->check(CLI::IsMember({"y4m", "nv12"}));
-  add("--rate", video.rate, "FPS", "of raw NV12 input, which then is a clip");
-  add("--offset", video.offset, "SECONDS", "added to the times of the second clip");
-  add("--jobs", video.jobs, "N", "threads that stitch (one for each processor)")->check(in_range(1, 64));
-  add("--from", video.from, "TIME", "first moment stitched, seconds or [HH:]MM:SS[.frac]; times of the result count from it");
-  add("--to", video.to, "TIME", "first moment not stitched any more");
-  add("--frames", video.frames, "N", "at most so many frames")->check(in_range(1, kMostFrames));
-  add("--seams", video.seams, "free|steady",
-      "search every frame's anew, or keep to where the last ones' are (steady, free with --seam-hold)")
-      ->transform(one_of({"free", "steady"}));
+  add_clip_options(command, video);
+  add("--analysis", video.analysis, "FILE", "treat light, near things and seams as analyse found best for the whole clip");
   add("--seam-hold", video.seam_hold, "N", "search the seam in every N-th frame of the clip and keep it between (1)")
       ->check(in_range(1, 1000000));
   add("--json", video.json, "FILE", "write a summary of the run as one JSON object; - is standard output");
   command.add_flag("--drop-streams", video.drop_streams, "leave out streams that the output can't hold")->group(kVideoGroup);
-  command.add_flag("--strict", video.strict, "stop at damage in place of repeating the previous frame")->group(kVideoGroup);
-}
-
-// One of the options that are given and of a kind; empty when there is none.
-template <class IsOfKind>
-std::string given_option(const CLI::App& command, IsOfKind is_of_kind) {
-  for (const CLI::Option* option : command.get_options()) {
-    if (option->count() > 0 && is_of_kind(*option)) return option->get_name();
-  }
-  return "";
 }
 
 void note_given(const CLI::App& command, StitchOptions& options) {
-  options.video.given = given_option(command, [](const CLI::Option& o) { return o.get_group() == kVideoGroup; });
-  options.given_camera = given_option(command, [](const CLI::Option& o) { return o.get_group() == kCameraGroup; });
-  options.given_exact = given_option(command, [](const CLI::Option& o) { return o.get_group() == kExactGroup; });
-  options.given_ring = given_option(command, [](const CLI::Option& o) {
-    return std::find(std::begin(kRingOptions), std::end(kRingOptions), o.get_name()) != std::end(kRingOptions);
-  });
+  options.video.given = given_in_group(command, kVideoGroup);
+  options.given_camera = given_in_group(command, kCameraGroup);
+  options.given_exact = given_in_group(command, kExactGroup);
+  const auto is_among = [](const auto& names) {
+    return [&names](const CLI::Option& o) {
+      return std::find(std::begin(names), std::end(names), o.get_name()) != std::end(names);
+    };
+  };
+  options.given_ring = given_option(command, is_among(kRingOptions));
+  options.given_settled = given_option(command, is_among(kSettledOptions));
 }
 
 }  // namespace
@@ -194,13 +146,7 @@ void add_stitch_command(CLI::App& app, int& exit_code) {
   add("-o,--output", options->output, "FILE",
       "picture: .png, .jpg; clip: .mp4, .mov, .mkv, .y4m; raw frames: .nv12, or - for standard output")
       ->required();
-  add_layout_options(*command, options->layout, options->streams);
-  add("--size", options->size, "WIDTHxHEIGHT", "of raw NV12 input");
-  add("--camera", options->camera, "FILE|none",
-      "profile of the camera (TOML); none: don't look for the camera in the pictures");
-  add("--save-camera", options->save_camera, "FILE", "keep the profile of the camera that is found");
-  add("--width", options->settings.width, "COLUMNS",
-      "of the panorama, a multiple of 8 (the profile's, or twice a picture's height)");
+  add_source_options(*command, *options);
   add("--show-seams", options->show_seams, "FILE", "also write the picture with the joined zone and its seams painted over it");
   add("--seam-layer", options->seam_layer, "FILE", "also write that zone and the seams alone, on transparent ground (.png)");
   command->add_flag("!--no-360-metadata", options->metadata_360,

@@ -115,6 +115,9 @@ void check_stitch_options(StitchOptions& options) {
     parse_numbers<std::optional<double>>("--turn1", options.turn, {&lens1.yaw, &lens1.pitch, &lens1.roll}, kTurnLimits);
   }
   check_engine(options);
+  if (!options.video.analysis.empty() && !options.given_settled.empty()) {
+    refuse_value(options.given_settled, "not with --analysis, which has settled it");
+  }
   check_save_camera(options);
   if (settings.width && !is_panorama_width(*settings.width)) refuse_value("--width", "must be a multiple of 8, 64 to 16384");
   check_limits("--feather", settings.blend.feather, kColumnLimits);
@@ -152,6 +155,7 @@ ClipJob clip_job(const StitchOptions& options) {
       video.seams.value_or(video.seam_hold > 1 ? SeamSearch::free : SeamSearch::steady) == SeamSearch::steady;
   job.output = options.output;
   job.json = video.json;
+  job.analysis = video.analysis;
   job.encoder = {video.encoder, video.crf, video.preset, video.bitrate};
   job.raw_kind = is_y4m_output(options) ? RawKind::y4m : RawKind::nv12;
   job.drop_streams = video.drop_streams;

@@ -15,7 +15,7 @@ namespace biseam::tool {
 enum class SeamSearch { free, steady };
 
 struct VideoOptions {
-  std::string rate, format, offset, from, to, preset, bitrate, json;  // empty: not given
+  std::string rate, format, offset, from, to, preset, bitrate, json, analysis;  // empty: not given
   std::string encoder = "libx264";
   std::optional<double> crf;
   std::optional<int> jobs;
@@ -33,6 +33,7 @@ struct StitchOptions {
   Layout layout = Layout::automatic;
   EngineOptions engine;
   std::string given_camera;             // one of the options that say what a camera is like, with its dashes; empty: none
+  std::string given_settled;            // one of the options that an analysis has settled; empty: none
   std::string given_ring, given_exact;  // one of the options that only the one engine has, with its dashes; empty: none
   bool metadata_360 = true;
   profile::CameraSettings settings;

@@ -1,11 +1,14 @@
 #include "stitch/clip_source.hpp"
 
+#include <algorithm>
+
 extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
 #include "base/failure.hpp"
 #include "base/interrupt.hpp"
+#include "calibration/find_camera.hpp"
 #include "clip/read/clip_facts.hpp"
 #include "media/pixel_format.hpp"
 #include "picture/read_picture.hpp"
@@ -53,10 +56,26 @@ void check_colours(const PairReader& clips, const FramePair& pair) {
 
 PartReader part_of(PairReader clips, const ClipJob& job) {
   const AVRational rate = clips.clip(0).rate();
-  return PartReader(std::move(clips), job.part, job.seam_hold, lead_of(job.source.engine, rate));
+  // Frames that follow an analysis don't depend on others.
+  const std::int64_t lead = job.analysis.empty() ? lead_of(job.source.engine, rate) : 0;
+  return PartReader(std::move(clips), job.part, job.seam_hold, lead);
+}
+
+bool are_seekable(const PairReader& clips) {
+  for (int k = 0; k < clips.clips(); ++k) {
+    if (!clips.clip(k).container().is_seekable()) return false;
+  }
+  return true;
 }
 
 }  // namespace
+
+ClipFiles files_of(const ClipJob& job) {
+  const StitchSource& source = job.source;
+  ClipFiles files{source.files, source.streams, std::nullopt, job.offset, job.strict};
+  if (source.raw_size) files.raw = RawVideo{*source.raw_size, job.raw_rate};
+  return files;
+}
 
 ClipSource::ClipSource(PairReader clips, const ClipJob& job) : reader_(part_of(std::move(clips), job)) {
   while (!has_picture()) {
@@ -82,6 +101,28 @@ void ClipSource::refuse_emptiness(const PartRange& range) const {
     first.refuse("no picture has a partner in " + clips().clip(1).container().name() + " at the same time");
   }
   first.refuse(range.is_whole() ? "has no picture that can be decoded" : "has no picture in the part that is wanted");
+}
+
+KnownCamera camera_of(const StitchSource& job, const ClipFiles& files, const ClipSource& source) {
+  if (!job.profile.empty()) return read_camera(job.profile);
+  if (!job.finds_camera) return {};
+  const std::string& name = source.clips().clip(0).container().name();
+  std::vector<RecordedPair> pairs;
+  if (are_seekable(source.clips())) pairs = read_clip_pairs(files, job.layout, kUsualPairs);
+  const FramePair& first = source.first_picture();
+  if (pairs.empty()) pairs.emplace_back(*first.picture[0], first.picture[1].get(), job.layout, name);
+  return {find_camera(pairs, name, job.save_camera), ""};
+}
+
+std::optional<std::int64_t> expected_frames(const PartReader& part, const PartRange& range) {
+  const AVStream& stream = part.pairs().clip(0).stream();
+  const AVFormatContext& format = *part.pairs().clip(0).container().get();
+  if (range.is_whole() && stream.nb_frames > 0) return stream.nb_frames;
+  if (stream.avg_frame_rate.num <= 0 || (format.duration <= 0 && !range.to)) return std::nullopt;
+  std::int64_t end = std::max<std::int64_t>(0, format.start_time) + format.duration;
+  if (range.to) end = std::min(format.duration > 0 ? end : *part.end(), *part.end());
+  const std::int64_t frames = av_rescale_q(end - part.begin(), kMicroseconds, av_inv_q(stream.avg_frame_rate));
+  return std::min(frames, range.frames.value_or(frames));
 }
 
 }  // namespace biseam::tool

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 
+#include "clip/read/open_clips.hpp"
 #include "clip/read/part_reader.hpp"
 #include "media/container.hpp"
 #include "stitch/job.hpp"
@@ -31,5 +32,13 @@ class ClipSource {
   PartReader reader_;
   std::deque<FramePair> read_;  // up to the first picture
 };
+
+ClipFiles files_of(const ClipJob& job);
+
+// Looked for all over the clips, whatever part of them is wanted; of a pipe only the first picture of the part can be had.
+KnownCamera camera_of(const StitchSource& job, const ClipFiles& files, const ClipSource& source);
+
+// How many pictures there will be, as far as the clip says.
+std::optional<std::int64_t> expected_frames(const PartReader& part, const PartRange& range);
 
 }  // namespace biseam::tool

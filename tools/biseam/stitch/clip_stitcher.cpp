@@ -4,7 +4,9 @@ extern "C" {
 #include <libavutil/imgutils.h>
 }
 
+#include "base/failure.hpp"
 #include "media/pixel_format.hpp"
+#include "stitch/followed.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -29,17 +31,30 @@ LensPictures::LensPictures(const FramePair& pair, const LensLayout& layout, Fram
   for (int k = 0; k < 2; ++k) pictures_[k] = engine_picture(*frames_[k]);
 }
 
+LensLayout lens_layout(const ClipJob& job, const FramePair& first, const std::string& name, const Colour& colour) {
+  return {job.source.layout, name, working_format(AVPixelFormat(first.picture[0]->format)), colour.siting};
+}
+
+SampleKind sample_kind(const BiseamPicture& lens, const Colour& colour, AVRational rate) {
+  return {BiseamFormat(lens.format), range_of(colour), engine_transfer(colour.transfer), rate.num > 0 ? av_q2d(rate) : 30};
+}
+
 ClipStitcher::ClipStitcher(const ClipJob& job, const KnownCamera& camera, const FramePair& first, const std::string& name,
-                           const Colour& colour, AVRational rate)
-    : layout_{job.source.layout, name, working_format(AVPixelFormat(first.picture[0]->format)), colour.siting},
-      group_size_(job.seam_hold) {
+                           const Colour& colour, AVRational rate, AnalysisReader* analysis)
+    : layout_(lens_layout(job, first, name, colour)), group_size_(job.seam_hold), analysis_(analysis) {
   const LensPictures pictures(first, layout_, converter_);
   const auto& [lens0, lens1] = pictures.get();
   setup_ = make_setup(camera, job.source.settings, {size_of(lens0), size_of(lens1)});
   matches_near_ = tool::matches_near(setup_, job.source.engine);
-  engine_ = open_engine(
-      setup_, job.source.engine,
-      {BiseamFormat(lens0.format), range_of(colour), engine_transfer(colour.transfer), rate.num > 0 ? av_q2d(rate) : 30});
+  const SampleKind samples = sample_kind(lens0, colour, rate);
+  if (analysis_ != nullptr) {
+    auto follower = std::make_unique<RingEngine>(setup_, job.source.engine, samples);
+    check_camera(*analysis_, setup_, follower->guide_size());
+    follower_ = follower.get();
+    engine_ = std::move(follower);
+  } else {
+    engine_ = open_engine(setup_, job.source.engine, samples);
+  }
   format_ = engine_->format() == lens0.format ? layout_.format : AV_PIX_FMT_NV12;
   panoramas_.emplace(size(), format_, colour);
   const auto bytes = [](AVPixelFormat format, Size of) {
@@ -55,6 +70,15 @@ bool ClipStitcher::needs_stitching(const FramePair& pair, bool searches) {
   return !repeated || engine_->history() > 0 || (group_size_ > 1 && searches);
 }
 
+void ClipStitcher::follow_analysis(const FramePair& pair, const LensPictures& pictures, const BiseamPicture& panorama) {
+  const std::span<const std::uint8_t> guide = guide_of(*analysis_, pair);
+  try {
+    follower_->follow(pictures.get(), panorama, guide);
+  } catch (const Failure& failure) {
+    throw Failure(ExitCode::input, analysis_->name() + ": " + failure.what());
+  }
+}
+
 StitchedFrame ClipStitcher::stitch(FramePair pair) {
   StitchedFrame frame;
   if (pair.picture[0]) {
@@ -65,7 +89,12 @@ StitchedFrame ClipStitcher::stitch(FramePair pair) {
     if (needs_stitching(pair, searches)) {
       frame.panorama = panoramas_->frame();
       const LensPictures pictures(pair, layout_, converter_);
-      engine_->stitch(pictures.get(), engine_picture(*frame.panorama), searches ? Seams::fresh : Seams::kept);
+      const BiseamPicture panorama = engine_picture(*frame.panorama);
+      if (follower_ != nullptr) {
+        follow_analysis(pair, pictures, panorama);
+      } else {
+        engine_->stitch(pictures.get(), panorama, searches ? Seams::fresh : Seams::kept);
+      }
       frame.seams = engine_->seam_path();
     }
   }

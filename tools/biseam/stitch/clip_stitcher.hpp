@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "analysis/analysis_reader.hpp"
 #include "clip/read/clip_facts.hpp"
 #include "clip/read/pair_reader.hpp"
 #include "clip/write/panorama_pool.hpp"
@@ -12,6 +13,7 @@
 #include "picture/split.hpp"
 #include "stitch/engine.hpp"
 #include "stitch/job.hpp"
+#include "stitch/ring_engine.hpp"
 
 namespace biseam::tool {
 
@@ -42,12 +44,15 @@ class LensPictures {
   BiseamPicture pictures_[2];
 };
 
+LensLayout lens_layout(const ClipJob& job, const FramePair& first, const std::string& name, const Colour& colour);
+SampleKind sample_kind(const BiseamPicture& lens, const Colour& colour, AVRational rate);
+
 class ClipStitcher {
  public:
   // camera: as far as it is known; first: a pair to look at; name: of the clip, for messages; colour: of its pictures; rate: of
-  // them a second, 0/1 if unknown.  Throws Failure.
+  // them a second, 0/1 if unknown; analysis: to follow, or null.  Throws Failure.
   ClipStitcher(const ClipJob& job, const KnownCamera& camera, const FramePair& first, const std::string& name,
-               const Colour& colour, AVRational rate);
+               const Colour& colour, AVRational rate, AnalysisReader* analysis);
 
   Size size() const { return {setup_.width, setup_.width / 2}; }  // of the panoramas
   AVPixelFormat format() const { return format_; }
@@ -60,6 +65,7 @@ class ClipStitcher {
 
  private:
   bool needs_stitching(const FramePair& pair, bool searches);
+  void follow_analysis(const FramePair& pair, const LensPictures& pictures, const BiseamPicture& panorama);
 
   const LensLayout layout_;
   FrameConverter converter_;
@@ -68,6 +74,8 @@ class ClipStitcher {
   bool matches_near_;
   AVPixelFormat format_;
   std::unique_ptr<Engine> engine_;
+  AnalysisReader* analysis_;
+  RingEngine* follower_ = nullptr;  // the engine, where there is an analysis
   std::optional<PanoramaPool> panoramas_;
   std::uint64_t frame_bytes_ = 0;
   std::optional<std::int64_t> group_;       // of the last picture

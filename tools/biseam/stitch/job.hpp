@@ -44,6 +44,7 @@ struct ClipJob {
   bool strict = false;  // damage ends the run
   int seam_hold = 1;
   std::string output, json;  // json: empty where no summary is wanted
+  std::string analysis;      // to follow; empty: none
   EncoderSettings encoder;
   RawKind raw_kind = RawKind::nv12;  // where the output is no container
   bool drop_streams = false, metadata_360 = true;

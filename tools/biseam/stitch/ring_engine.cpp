@@ -60,6 +60,25 @@ void RingEngine::stitch(const BiseamPicture (&fisheyes)[2], const BiseamPicture&
   has_seam_ = true;
 }
 
+void RingEngine::follow(const BiseamPicture (&fisheyes)[2], const BiseamPicture& panorama,
+                        std::span<const std::uint8_t> guide) {
+  BiseamFrame frame = frame_;
+  frame.seam = nullptr;
+  frame.guide = guide.data();
+  frame.guide_size = guide.size();
+  if (const PanoramaError error = panorama_.stitch(fisheyes, panorama, frame)) throw failure_of(error, setup_);
+  panorama_.seam(seam_.data());
+}
+
+void RingEngine::measure(const BiseamPicture (&fisheyes)[2], std::span<std::uint8_t> guide) {
+  if (const PanoramaError error = panorama_.measure(fisheyes, guide.data())) throw failure_of(error, setup_);
+}
+
+void RingEngine::smooth(const std::vector<const void*>& guides, int index, std::span<std::uint8_t> smoothed) const {
+  const PanoramaError error = panorama_.smooth(guides.data(), int(guides.size()), index, smoothed.data());
+  if (error) throw failure_of(error, setup_);
+}
+
 SeamPath RingEngine::seam_path() const {
   SeamPath path = seam_;
   for (double& place : path) place *= setup_.width / 360.0;

@@ -58,6 +58,7 @@ JsonObject settings_json(const RunReport& run) {
   add_engine(source.engine, run.near, settings);
   settings.add("search", run.searches);
   settings.add("seam_hold", run.job.seam_hold);
+  if (!run.job.analysis.empty()) settings.add("analysis", run.job.analysis);
   return settings;
 }
 

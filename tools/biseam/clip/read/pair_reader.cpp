@@ -28,7 +28,7 @@ std::optional<FramePair> PairReader::next() {
   FramePair to;
   if (frame) {
     to.picture[0] = std::move(frame->picture);
-    to.time = frame->time;
+    to.time = to.clip_time = frame->time;
     to.duration = frame->duration;
     to.number = number_++;
     if (clips_[1] && !pair(to)) to.picture[0] = nullptr;

@@ -20,6 +20,7 @@ struct CopiedPacket {
 struct FramePair {
   std::array<std::shared_ptr<const AVFrame>, 2> picture;  // of each lens, or of both in the first; none: only packets
   std::int64_t time = 0, duration = 0;
+  std::int64_t clip_time = 0;         // as time, but whatever part of the clip is wanted
   std::int64_t number = 0;            // of the first clip's pictures
   bool is_wanted = true;              // false: only its seams are
   std::vector<CopiedPacket> packets;  // of other streams, which came before the picture
