@@ -20,7 +20,7 @@ NearShape near_shape(StripShape strip) noexcept {
   shape.width = strip.width >> shape.bits;
   // Gradients lack the outermost columns, which in narrow rings show some of the black beyond the image circle, so that their
   // neighbours are left out too; and half of the disparity goes to either side.
-  const int largest = std::min({shape.length / kDisparitiesOfTurn, (shape.width - 4) / 3, kMostDisparities - 1});
+  const int largest = std::min({shape.length / kDisparitiesOfTurn, (shape.width - 3) / 3, kMostDisparities - 1});
   const int most = (shape.width - 5 - largest) / 2;
   const int half = std::min(std::clamp(shape.length / kColumnsOfTurn, kLeastColumns, kMostColumns), most);
   shape.disparities = half < 1 || largest < 2 ? 1 : largest + 1;

@@ -25,6 +25,8 @@ TEST(NearShape, GoesByAnglesNotBySamples) {
 
 TEST(NearShape, LooksForNothingInNarrowRings) {
   EXPECT_EQ(near_shape({960, 8}).disparities, 1);
+  EXPECT_EQ(near_shape({128, 9}).disparities, 1);
+  EXPECT_EQ(near_shape({240, 9}).disparities, 3);
   EXPECT_GT(near_shape({960, 13}).disparities, 2);
   EXPECT_EQ(near_shape({96, 5}).disparities, 1);
 }
