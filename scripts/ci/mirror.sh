@@ -8,9 +8,9 @@ cd "$(dirname "$0")/../.."
 
 # Sources without a test of their own.
 untested=(
-  # Their functions are called by the tests of what lies behind them.
+  # Each function hands over to what lies behind it, whose tests call it by its exported name.
   src/stages/{blend,compose,format,image,lens}/door.cpp
-  # Parts of the program alone, not of what tests are linked with.
+  # Parts of the program alone, not of what tests are linked with; tests of commands and of shortage run it.
   tools/biseam/{main,system_calls}.cpp
 )
 # Tests of a whole room or of the whole tool.
