@@ -6,14 +6,14 @@ set -uo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:?usage: fuzz.sh SECONDS [TARGET...]}
 shift
-cmake --preset fuzz >/dev/null && cmake --build --preset fuzz || exit 1
+cmake --preset asan >/dev/null && cmake --build --preset asan --target biseam_fuzz || exit 1
 mkdir -p build/fuzz/found build/fuzz/logs
-[ $# -eq 0 ] && set -- $(cd build/fuzz/fuzz && printf '%s\n' biseam_fuzz_* | sed 's/^biseam_fuzz_//')
+[ $# -eq 0 ] && set -- $(cd build/asan/fuzz && printf '%s\n' biseam_fuzz_* | sed 's/^biseam_fuzz_//')
 status=0
 for target; do
   mkdir -p "build/fuzz/corpus/$target"
   log=build/fuzz/logs/$target.log
-  if build/fuzz/fuzz/biseam_fuzz_"$target" -max_total_time="$seconds" -timeout=30 -rss_limit_mb=2048 -malloc_limit_mb=2048 \
+  if build/asan/fuzz/biseam_fuzz_"$target" -max_total_time="$seconds" -timeout=30 -rss_limit_mb=2048 -malloc_limit_mb=2048 \
     -max_len=65536 -print_final_stats=1 -artifact_prefix="build/fuzz/found/$target-" "build/fuzz/corpus/$target" \
     "fuzz/corpus/$target" >"$log" 2>&1; then
     result='nothing found'
