@@ -178,6 +178,38 @@ double strangeness(const OwnPicture& got, const OwnPicture& wanted) {
   return sum / double(a.size());
 }
 
+// Strip samples a frame, a mean over the seam.
+double movement(const ring::GuideShape& shape, const Guide& from, const Guide& to) {
+  const ring::GuideReader a(shape, from.data()), b(shape, to.data());
+  double sum = 0;
+  for (int t = 0; t < shape.strip.length; ++t) sum += std::abs(a.row(t) - b.row(t));
+  return sum / shape.strip.length / ring::kGuideRow;
+}
+
+TEST(GuidedFrame, HasASeamThatHardlyMovesInAStillScene) {
+  EngineConfig config = guided_config();
+  config.camera.lens[1].p *= 1.004;  // so that there is something to avoid
+  LitScene scene{gravel, {}};
+  scene.noise = 2;
+  OwnEngine engine(config);
+  const ring::GuideShape shape = ring::guide_shape(engine.engine());
+  std::vector<Guide> guides;
+  for (int i = 0; i < 24; ++i) {
+    scene.seed = static_cast<std::uint32_t>(i);
+    Fisheyes frame = film_of(BISEAM_NV12).of(scene);
+    guides.push_back(engine.measure(frame));
+  }
+  const std::vector<Guide> still = smoothed(config, guides);
+  double found = 0, kept = 0;
+  for (std::size_t i = 1; i < guides.size(); ++i) {
+    found += movement(shape, guides[i - 1], guides[i]) / 23;
+    kept += movement(shape, still[i - 1], still[i]) / 23;
+  }
+  const double columns = static_cast<double>(config.width) / shape.strip.length;
+  EXPECT_LE(kept * columns, 0.05);
+  EXPECT_GT(found, kept) << "or there would be nothing to smooth";
+}
+
 // Light that changes all of a sudden: with what comes after known, the frames round the change are right.
 TEST(GuidedFrame, IsRightWhereLightChangesAllOfASudden) {
   EngineConfig config = guided_config();
