@@ -83,7 +83,8 @@ void sample_each_row(const SampleJob& job, const SampleRows& rows) noexcept {
 
 #if defined(BISEAM_X86_64)
 void sample_rows_avx512(const SampleJob& job, const SampleRows& rows) noexcept {
-  are_tiles(job) ? sample_tiles_avx512(job, rows) : sample_each_row<sample_row_avx512>(job, rows);
+  SampleAll* const in_tiles = is_words(job.source.type) ? sample_word_tiles_avx512 : sample_tiles_avx512;
+  (are_tiles(job) ? in_tiles : sample_each_row<sample_row_avx512>)(job, rows);
 }
 #endif
 

@@ -19,8 +19,8 @@ SampleRow sample_row_scalar, sample_row_neon, sample_row_avx2, sample_row_avx512
 // Of bytes, at most 24 x 24 taps.  False: not such a job, nothing is done.
 bool sample_widened_avx512(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination, int count) noexcept;
 
-// Of bytes between two by two samples.
-SampleAll sample_tiles_avx512;
+// Of two by two or four by four taps that are not widened: bytes, and words.
+SampleAll sample_tiles_avx512, sample_word_tiles_avx512;
 bool are_tiles(const SampleJob& job) noexcept;
 
 // One vector of samples; false: these positions have to be sampled otherwise.

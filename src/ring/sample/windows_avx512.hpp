@@ -103,16 +103,18 @@ struct Fours {
   __m512i rows[count];
 };
 
-// rows[k]: rows k to k + 3.
+// How the rows of so many fours are loaded: four by four.
 template <int count>
-BISEAM_STEP Fours<count> load_fours(const uint8_t* window, std::ptrdiff_t stride) {
+struct FourLoads {
+  static constexpr int kLast = (count + 2) / 4 * 4, kWhole = kLast / 4 + 1, kLeft = count + 3 - kLast;
+};
+
+// rows[k]: rows k to k + 3.  whole[k]: rows 4 k to 4 k + 3.
+template <int count>
+BISEAM_STEP Fours<count> fours_of(const __m512i* whole) {
   Fours<count> fours;
-  constexpr int last = (count + 2) / 4 * 4, left = count + 3 - last;
-  __m512i whole[last / 4 + 1];
-  for (int k = 0; k < last; k += 4) whole[k / 4] = load_4x16<4>(window + k * stride, stride);
-  whole[last / 4] = load_4x16<left>(window + last * stride, stride);
   for (int k = 0; k < count; ++k) {
-    const __m512i low = whole[k / 4], high = whole[std::min(k / 4 + 1, last / 4)];
+    const __m512i low = whole[k / 4], high = whole[std::min(k / 4 + 1, FourLoads<count>::kWhole - 1)];
     switch (k % 4) {
       case 0:
         fours.rows[k] = low;
@@ -128,6 +130,15 @@ BISEAM_STEP Fours<count> load_fours(const uint8_t* window, std::ptrdiff_t stride
     }
   }
   return fours;
+}
+
+template <int count>
+BISEAM_STEP Fours<count> load_fours(const uint8_t* window, std::ptrdiff_t stride) {
+  using Loads = FourLoads<count>;
+  __m512i whole[Loads::kWhole];
+  for (int k = 0; k < Loads::kLast; k += 4) whole[k / 4] = load_4x16<4>(window + k * stride, stride);
+  whole[Loads::kLast / 4] = load_4x16<Loads::kLeft>(window + Loads::kLast * stride, stride);
+  return fours_of<count>(whole);
 }
 
 template <SampleType type, int taps>

@@ -1,0 +1,208 @@
+#include "base/intrinsics.hpp"
+#include "ring/sample/sample_row_kernels.hpp"
+#include "ring/sample/tiles_avx512.hpp"
+#include "ring/sample/weights_avx512.hpp"
+#include "ring/sample/windows_avx512.hpp"
+
+#if defined(BISEAM_X86_64)
+
+// Words.  A vector holds two taps of each lane; pairs are taken apart when they are loaded.
+namespace biseam::ring {
+
+namespace {
+
+constexpr int kWindowWords = 8;
+
+BISEAM_STEP __m512i all_words(int value) { return _mm512_set1_epi16(static_cast<int16_t>(value)); }
+
+// Where a lane's first two taps lie in its window.  Positions count from the window's corner.  Only the lower six bits of a
+// word mean anything.
+BISEAM_STEP __m512i first_words(__m512i x, __m512i y) {
+  const __m512i first = _mm512_ternarylogic_epi32(bits_from<13>(y), bits_from<16>(x), all(0x07070707), 0xd8);
+  return _mm512_add_epi16(first, all(0x00010000));
+}
+
+// Of samples as they are stored.
+struct Values {
+  __m128i shift;
+  __m512i most;
+
+  BISEAM_STEP explicit Values(const SampleSource& source)
+      : shift(_mm_cvtsi32_si128(source.shift)), most(all_words((1 << source.bits) - 1)) {}
+
+  BISEAM_STEP __m512i of(__m512i stored) const { return _mm512_min_epu16(_mm512_srl_epi16(stored, shift), most); }
+};
+
+// The first or second words of pairs that lie in two vectors of two rows.
+BISEAM_STEP __m512i every_other(__m512i upper, __m512i lower, int first) {
+  const __m512i column = _mm512_broadcast_i32x4(_mm_setr_epi16(0, 2, 4, 6, 8, 10, 12, 14));
+  const __m512i row = _mm512_setr_epi64(0, 0, 0x0010001000100010, 0x0010001000100010, 0x0020002000200020, 0x0020002000200020,
+                                        0x0030003000300030, 0x0030003000300030);
+  return _mm512_permutex2var_epi16(upper, _mm512_add_epi16(_mm512_add_epi16(column, row), all_words(first)), lower);
+}
+
+// Two rows of pairs, or one.
+template <bool two>
+BISEAM_STEP __m512i load_two(const uint8_t* window, std::ptrdiff_t stride) {
+  return two ? load_2x32(window, stride) : _mm512_castsi256_si512(load_32(window));
+}
+
+// Four rows of a window, or fewer, of each component.
+template <int components>
+struct WordRows {
+  __m512i of[components];
+
+  template <int rows>
+  BISEAM_STEP void load(const uint8_t* window, std::ptrdiff_t stride, const Values& values) {
+    if constexpr (components == 1) {
+      of[0] = values.of(load_4x16<rows>(window, stride));
+    } else {
+      const __m512i upper = values.of(load_two<(rows > 1)>(window, stride));
+      const __m512i lower = rows > 2 ? values.of(load_two<(rows > 3)>(window + 2 * stride, stride)) : upper;
+      for (int c = 0; c < components; ++c) of[c] = every_other(upper, lower, c);
+    }
+  }
+};
+
+// Taps of rows k to k + 3 of a window lie in upper, of rows k + 4 to k + 7 in lower: how far to look for them.
+template <class Window, int components>
+struct WordTile {
+  static constexpr int kCount = Window::kOne ? 5 : Window::kTaps + 4;
+  Fours<kCount> fours[components];
+
+  BISEAM_STEP WordTile(const uint8_t* window, std::ptrdiff_t stride, const Values& values) {
+    using Loads = FourLoads<kCount>;
+    WordRows<components> loaded[Loads::kWhole];
+    for (int k = 0; k < Loads::kLast / 4; ++k) loaded[k].template load<4>(window + 4 * k * stride, stride, values);
+    if constexpr (Window::kOne) {
+      static_assert(Loads::kWhole == 2 && Loads::kLeft == 4);
+    }
+    loaded[Loads::kLast / 4].template load<Loads::kLeft>(window + Loads::kLast * stride, stride, values);
+    for (int c = 0; c < components; ++c) {
+      __m512i whole[Loads::kWhole];
+      for (int k = 0; k < Loads::kWhole; ++k) whole[k] = loaded[k].of[c];
+      fours[c] = fours_of<kCount>(whole);
+    }
+  }
+
+  // Two taps of each lane k rows below the first ones, and so many to the right.
+  BISEAM_STEP __m512i row(__m512i first, int component, int k, int right) const {
+    const __m512i* const rows = fours[component].rows;
+    const int upper = Window::kOne ? 0 : k, below = Window::kOne ? k : 0;
+    return _mm512_permutex2var_epi16(rows[upper], _mm512_add_epi16(first, all_words(kWindowWords * below + right)),
+                                     rows[upper + 4]);
+  }
+};
+
+template <int components, int taps, SampleOutput output>
+struct WordTiles {
+  static constexpr int kUnit = 2 * components, kTaps = taps, kBytes = 2 * components;
+  static constexpr bool kByVectors = true;
+  template <int places>
+  using Window = TileWindow<kUnit, kWindowWords, taps, places>;
+
+  SampleSource source;
+  const int8_t* parts;
+  Finish finish;
+
+  BISEAM_STEP explicit WordTiles(const SampleJob& job) : source(job.source), parts(job.across->parts), finish(job) {}
+
+  // The first sum of a row, rounded.
+  template <class Tile>
+  BISEAM_STEP __m512i weigh_row(const Tile& tile, const __m512i* weights, __m512i first, int component, int k) const {
+    const int shift = across_shift(source);
+    __m512i sum = all(1 << (shift - 1));
+    for (int right = 0; right < taps; right += 2) {
+      sum = _mm512_dpwssd_epi32(sum, tile.row(first, component, k, right), weights[right / 2]);
+    }
+    return _mm512_sra_epi32(sum, _mm_cvtsi32_si128(shift));
+  }
+
+  template <class Tile>
+  BISEAM_STEP void sum_tile(const Tile& tile, __m512i x, __m512i y, __m512i* sums) const {
+    constexpr int bit = 16 - Phases<taps>::kBits;
+    const __m512i first = first_words(x, y), columns = bits_from<bit>(x), rows = bits_from<bit>(y);
+    __m512i across[taps / 2], down[taps / 2];
+    for (int k = 0; k < taps / 2; ++k) {
+      across[k] = to_words<taps>(look_up_two<taps>(parts, columns, 2 * k, ~__mmask64{0}));
+      down[k] = to_words<taps>(look_up_two<taps>(parts, rows, 2 * k, ~__mmask64{0}));
+    }
+    for (int c = 0; c < components; ++c) {
+      __m512i sum = all(finish.half);
+      for (int k = 0; k < taps; k += 2) {
+        const __m512i upper = weigh_row(tile, across, first, c, k), lower = weigh_row(tile, across, first, c, k + 1);
+        const __m512i both = _mm512_mask_blend_epi16(0xAAAAAAAA, upper, _mm512_slli_epi32(lower, 16));
+        sum = _mm512_dpwssd_epi32(sum, both, down[k / 2]);
+      }
+      sums[c] = _mm512_sra_epi32(sum, _mm_cvtsi32_si128(finish.shift));
+    }
+  }
+
+  // Two tiles side by side, which packing leaves in their parts of 128 bits.
+  BISEAM_STEP __m512i packed(__m512i left, __m512i right) const {
+    if constexpr (output == SampleOutput::fine) return _mm512_packs_epi32(left, right);
+    const __m512i values = _mm512_min_epu16(_mm512_packus_epi32(left, right), all_words(finish.high));
+    return _mm512_sll_epi16(values, _mm_cvtsi32_si128(finish.up));
+  }
+
+  template <class Window>
+  BISEAM_STEP void sample_windows(const Vectors& x, const Vectors& y, const Corners& corners, const SampleRows& at) const {
+    PlacedTiles placed;
+    place_tiles<Window>(source, x, y, corners, placed);
+    const Values values(source);
+    __m512i sums[kTiles][components];
+    for (int i = 0; i < kTiles; ++i) {
+      const WordTile<Window, components> tile(source.first + placed.offsets[kSide * i], source.stride, values);
+      sum_tile(tile, placed.across.of[i], placed.down.of[i], sums[i]);
+    }
+    for (int i = 0; i < kTiles; i += 2) {
+      uint8_t* const results = at.results + kSide * i * kBytes;
+      const __m512i first = packed(sums[i][0], sums[i + 1][0]);
+      if constexpr (components == 1) {
+        store_rows(first, results, at.stride);
+      } else {
+        const __m512i second = packed(sums[i][1], sums[i + 1][1]);
+        store_rows(_mm512_unpacklo_epi16(first, second), results, at.stride);
+        store_rows(_mm512_unpackhi_epi16(first, second), results + 16, at.stride);
+      }
+    }
+  }
+
+  BISEAM_STEP bool sample(const SampleRows& at) const {
+    const Vectors x = load_tile_positions<taps>(at.x, at.pitch), y = load_tile_positions<taps>(at.y, at.pitch);
+    const Range across = range_of(x), down = range_of(y);
+    const Corners low = corners_of<Window<9 - taps>>(source, across, down);
+    if (low.within) {
+      sample_windows<Window<9 - taps>>(x, y, low, at);
+      return true;
+    }
+    if constexpr (taps == 2) return false;
+    const Corners high = corners_of<Window<8>>(source, across, down);
+    if (high.within) sample_windows<Window<8>>(x, y, high, at);
+    return high.within;
+  }
+};
+
+template <int components, int taps>
+BISEAM_STEP void sample_taps(const SampleJob& job, const SampleRows& rows) {
+  if (job.output == SampleOutput::fine) {
+    sample_all_tiles<WordTiles<components, taps, SampleOutput::fine>>(job, rows);
+  } else {
+    sample_all_tiles<WordTiles<components, taps, SampleOutput::samples>>(job, rows);
+  }
+}
+
+template <int components>
+BISEAM_STEP void sample_components(const SampleJob& job, const SampleRows& rows) {
+  job.across->taps == 2 ? sample_taps<components, 2>(job, rows) : sample_taps<components, 4>(job, rows);
+}
+
+}  // namespace
+
+BISEAM_AVX512 void sample_word_tiles_avx512(const SampleJob& job, const SampleRows& rows) noexcept {
+  is_pairs(job.source.type) ? sample_components<2>(job, rows) : sample_components<1>(job, rows);
+}
+
+}  // namespace biseam::ring
+
+#endif

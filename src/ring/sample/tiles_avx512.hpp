@@ -1,0 +1,192 @@
+// Tiles of four by four positions: however rows of the panorama are turned in the picture, what a tile needs lies in a window
+// of some rows of 16 bytes of a component.  These are loaded whole, and the taps are taken out of registers.  A lane of 32 bits
+// is a sample, or a component of a pair.
+#pragma once
+
+#include "base/intrinsics.hpp"
+#include "ring/sample/sample_row_kernels.hpp"
+#include "ring/sample/weights_avx512.hpp"
+#include "ring/sample/windows_avx512.hpp"
+
+#if defined(BISEAM_X86_64)
+
+#include <algorithm>
+#include <cstring>
+
+namespace biseam::ring {
+
+// Four tiles side by side are worked on together: their positions come from memory row by row.
+constexpr int kSide = 4, kTiles = 4, kTileColumns = kSide * kTiles;
+
+// unit: bytes of a column in the picture.  columns: of the window.  places: rows of it that a first tap may lie in, at most 8.
+template <int unit_, int columns_, int taps_, int places_>
+struct TileWindow {
+  static constexpr int kUnit = unit_, kColumns = columns_, kTaps = taps_, kPlaces = places_;
+  static constexpr int kRows = kPlaces + kTaps - 1, kColumnPlaces = kColumns - kTaps + 1;
+  static constexpr bool kOne = kRows <= 8;  // everything lies in one pair of vectors
+};
+
+struct Vectors {
+  __m512i of[kTiles];
+};
+
+// Of first taps, with their phases.
+template <int taps>
+BISEAM_STEP Vectors load_tile_positions(const int32_t* positions, std::ptrdiff_t pitch) {
+  Vectors rows;
+  for (int i = 0; i < kSide; ++i) {
+    rows.of[i] =
+        _mm512_add_epi32(_mm512_loadu_si512(positions + i * pitch), all(Phases<taps>::kHalf - (Phases<taps>::kBefore << 16)));
+  }
+  return rows;
+}
+
+// Four lanes of each of the four rows instead of a row: the tiles.
+BISEAM_STEP Vectors to_tiles(const Vectors& rows) {
+  const __m512i a = _mm512_shuffle_i32x4(rows.of[0], rows.of[1], 0x44), b = _mm512_shuffle_i32x4(rows.of[2], rows.of[3], 0x44);
+  const __m512i c = _mm512_shuffle_i32x4(rows.of[0], rows.of[1], 0xee), d = _mm512_shuffle_i32x4(rows.of[2], rows.of[3], 0xee);
+  return {{_mm512_shuffle_i32x4(a, b, 0x88), _mm512_shuffle_i32x4(a, b, 0xdd), _mm512_shuffle_i32x4(c, d, 0x88),
+           _mm512_shuffle_i32x4(c, d, 0xdd)}};
+}
+
+// Of each tile the least and the largest sample, four times.
+struct Range {
+  __m512i least, largest;
+};
+
+BISEAM_STEP Range range_of(const Vectors& rows) {
+  __m512i least = _mm512_min_epi32(_mm512_min_epi32(rows.of[0], rows.of[1]), _mm512_min_epi32(rows.of[2], rows.of[3]));
+  __m512i largest = _mm512_max_epi32(_mm512_max_epi32(rows.of[0], rows.of[1]), _mm512_max_epi32(rows.of[2], rows.of[3]));
+  least = _mm512_min_epi32(least, _mm512_shuffle_epi32(least, _MM_PERM_BADC));
+  largest = _mm512_max_epi32(largest, _mm512_shuffle_epi32(largest, _MM_PERM_BADC));
+  least = _mm512_min_epi32(least, _mm512_shuffle_epi32(least, _MM_PERM_CDAB));
+  largest = _mm512_max_epi32(largest, _mm512_shuffle_epi32(largest, _MM_PERM_CDAB));
+  return {_mm512_srai_epi32(least, 16), _mm512_srai_epi32(largest, 16)};
+}
+
+// Where the windows of four tiles begin, moved inside the picture; within: whether all taps lie in them.
+struct Corners {
+  __m512i column, row;
+  bool within;
+};
+
+template <class Window>
+BISEAM_STEP Corners corners_of(const SampleSource& source, const Range& across, const Range& down) {
+  const __m512i column = _mm512_min_epi32(across.least, all(source.width - Window::kColumns));
+  const __m512i row = _mm512_min_epi32(down.least, all(source.height - Window::kRows));
+  const __mmask16 inside = _mm512_cmpge_epi32_mask(_mm512_or_si512(column, row), _mm512_setzero_si512());
+  const __mmask16 narrow =
+      _mm512_mask_cmplt_epi32_mask(inside, _mm512_sub_epi32(across.largest, column), all(Window::kColumnPlaces));
+  const __mmask16 low = _mm512_mask_cmplt_epi32_mask(narrow, _mm512_sub_epi32(down.largest, row), all(Window::kPlaces));
+  return {column, row, low == 0xFFFF};
+}
+
+// The same 8 bits of both lanes of 64, from a bit on, in each of their bytes.
+template <int bit>
+BISEAM_STEP __m512i bits_from(__m512i lanes) {
+  return _mm512_multishift_epi64_epi8(_mm512_set1_epi64(0x2020202000000000 + 0x0101010101010101 * bit), lanes);
+}
+
+// Four tiles in their windows.
+struct PlacedTiles {
+  alignas(64) int32_t offsets[kSide * kTiles];  // bytes from the picture's first to the windows', four times
+  Vectors across, down;                         // positions from the windows' corners
+};
+
+template <class Window>
+BISEAM_STEP void place_tiles(const SampleSource& source, const Vectors& x, const Vectors& y, const Corners& corners,
+                             PlacedTiles& placed) {
+  _mm512_store_si512(placed.offsets, _mm512_add_epi32(_mm512_mullo_epi32(corners.row, all(static_cast<int32_t>(source.stride))),
+                                                      _mm512_mullo_epi32(corners.column, all(Window::kUnit))));
+  Vectors from_left, from_top;
+  for (int i = 0; i < kSide; ++i) {
+    from_left.of[i] = _mm512_sub_epi32(x.of[i], _mm512_slli_epi32(corners.column, 16));
+    from_top.of[i] = _mm512_sub_epi32(y.of[i], _mm512_slli_epi32(corners.row, 16));
+  }
+  placed.across = to_tiles(from_left);
+  placed.down = to_tiles(from_top);
+}
+
+// Parts of 128 bits are rows.
+BISEAM_STEP void store_rows(__m512i rows, uint8_t* results, std::ptrdiff_t stride) {
+  const auto to = [=](int i) { return reinterpret_cast<__m128i*>(results + i * stride); };
+  _mm_storeu_si128(to(0), _mm512_castsi512_si128(rows));
+  _mm_storeu_si128(to(1), _mm512_extracti32x4_epi32(rows, 1));
+  _mm_storeu_si128(to(2), _mm512_extracti32x4_epi32(rows, 2));
+  _mm_storeu_si128(to(3), _mm512_extracti32x4_epi32(rows, 3));
+}
+
+// What follows is the same for all kernels of tiles.  Such a one has
+//   kUnit, kTaps, kBytes: bytes of a column in the picture, taps, bytes of a result;
+//   source: of the samples.  A copy: results are bytes, which might lie in the job as far as compilers know;
+//   sample(at): does sixteen columns of four rows; false: not all of them lie in windows, nothing is done.
+
+// Otherwise: windows of another kind, which the fewest taps of bytes do without.
+template <class Kernel>
+BISEAM_STEP void sample_by_rows(const SampleJob& job, const SampleRows& at) {
+  SampleRow* const sample = Kernel::kByVectors ? sample_row_avx512 : sample_row_avx2;
+  for (int j = 0; j < at.rows; ++j) {
+    sample(job, at.x + j * at.pitch, at.y + j * at.pitch, at.results + j * at.stride, at.columns);
+  }
+}
+
+// As many columns and rows as there are, by repeating the last ones.
+template <class Kernel>
+BISEAM_AVX512 void sample_rest_of_tiles(const SampleJob& job, const Kernel& kernel, const SampleRows& at) {
+  int32_t x[kSide][kTileColumns], y[kSide][kTileColumns];
+  uint8_t results[kSide][kTileColumns * Kernel::kBytes];
+  for (int j = 0; j < kSide; ++j) {
+    for (int i = 0; i < kTileColumns; ++i) {
+      const std::ptrdiff_t from = std::min(j, at.rows - 1) * at.pitch + std::min(i, at.columns - 1);
+      x[j][i] = at.x[from];
+      y[j][i] = at.y[from];
+    }
+  }
+  if (kernel.sample({x[0], y[0], kTileColumns, results[0], sizeof results[0], kTileColumns, kSide})) {
+    const auto bytes = static_cast<std::size_t>(at.columns * Kernel::kBytes);
+    for (int j = 0; j < at.rows; ++j) std::memcpy(at.results + j * at.stride, results[j], bytes);
+  } else {
+    sample_by_rows<Kernel>(job, at);
+  }
+}
+
+// Brings near what the tiles below will want, about: a block's rows lie one below the other.  There may be nothing; nothing is
+// read.
+template <class Kernel>
+BISEAM_STEP void ask_for_tiles(const SampleSource& source, const SampleRows& at) {
+  for (int i = 0; i < kTiles; ++i) {
+    const std::ptrdiff_t middle = (kSide + 1) * at.pitch + kSide * i + 1;
+    const std::ptrdiff_t offset = (at.y[middle] >> 16) * source.stride + std::ptrdiff_t{at.x[middle] >> 16} * Kernel::kUnit;
+    for (int k = 1 - Kernel::kTaps; k <= 1 + Kernel::kTaps; ++k) {
+      const auto row = reinterpret_cast<uintptr_t>(source.first) + static_cast<uintptr_t>(offset + k * source.stride);
+      _mm_prefetch(reinterpret_cast<const char*>(row), _MM_HINT_T0);
+    }
+  }
+}
+
+template <class Kernel>
+BISEAM_AVX512 void sample_all_tiles(const SampleJob& job, const SampleRows& rows) {
+  const Kernel kernel(job);
+  for (int j = 0; j < rows.rows; j += kSide) {
+    for (int i = 0; i < rows.columns; i += kTileColumns) {
+      const std::ptrdiff_t from = j * rows.pitch + i;
+      const SampleRows at{rows.x + from,
+                          rows.y + from,
+                          rows.pitch,
+                          rows.results + j * rows.stride + i * Kernel::kBytes,
+                          rows.stride,
+                          std::min(kTileColumns, rows.columns - i),
+                          std::min(kSide, rows.rows - j)};
+      if (at.columns == kTileColumns && rows.rows + rows.below - j >= 2 * kSide) ask_for_tiles<Kernel>(kernel.source, at);
+      if (at.columns < kTileColumns || at.rows < kSide) {
+        sample_rest_of_tiles(job, kernel, at);
+      } else if (!kernel.sample(at)) {
+        sample_by_rows<Kernel>(job, at);
+      }
+    }
+  }
+}
+
+}  // namespace biseam::ring
+
+#endif
