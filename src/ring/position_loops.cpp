@@ -184,8 +184,11 @@ BISEAM_LOOP void interpolate(const NodeWindow& window, std::int32_t* out) noexce
   for (int i = 0; i < count; ++i) fill_rows(w, stretch_of(w.across, i, w.bits), columns + i, out);
 }
 
+constexpr Variants<InterpolateNodes> kLoops = loop_versions<interpolate, InterpolateNodes>;
+
 }  // namespace
 
-constinit const Variants<InterpolateNodes> kInterpolateNodes = loop_versions<interpolate, InterpolateNodes>;
+constinit const Variants<InterpolateNodes> kInterpolateNodes{kLoops.scalar, kLoops.neon, kLoops.avx2,
+                                                             BISEAM_ON_X86_64(interpolate_nodes_avx512)};
 
 }  // namespace biseam::ring

@@ -32,5 +32,6 @@ struct NodeWindow {
 using InterpolateNodes = void(const NodeWindow& window, std::int32_t* out) noexcept;
 
 extern const Variants<InterpolateNodes> kInterpolateNodes;
+InterpolateNodes interpolate_nodes_avx512;
 
 }  // namespace biseam::ring
