@@ -40,6 +40,7 @@ class Engine {
             .margin = strip_plan_.edge(),
             .light_span = match_ != nullptr ? match_->memory.span : 0,
             .near_length = near_ != nullptr ? near_->shape.length : 0,
+            .near_most = near_ != nullptr ? most_disparity(near_->shape) : 0,
             .near_span = near_ != nullptr ? near_->memory.span : 0,
             .seams = searches,
             .steady_seam = searches && config_.steady_seam};

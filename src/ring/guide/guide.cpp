@@ -72,9 +72,9 @@ bool are_valid_sectors(const GuideReader& guide) noexcept {
   return true;
 }
 
-bool are_valid_disparities(const GuideReader& guide, int length) noexcept {
-  for (int t = 0; t < length; ++t) {
-    if (guide.disparity(t) > kMostDisparities * kDisparityOne) return false;
+bool are_valid_disparities(const GuideReader& guide, const GuideShape& shape) noexcept {
+  for (int t = 0; t < shape.near_length; ++t) {
+    if (guide.disparity(t) > shape.near_most) return false;
   }
   return true;
 }
@@ -100,7 +100,7 @@ GuideTrouble check_guide(const GuideShape& shape, const void* guide) noexcept {
   const size_t sum_at = places_of(shape).sum;
   if (sum_of(bytes, sum_at) != get(bytes + sum_at, 4) || get(bytes + kStartsAt, 2) > 1) return GuideTrouble::damaged;
   const GuideReader reader(shape, guide);
-  const bool valid = (shape.light_span == 0 || are_valid_sectors(reader)) && are_valid_disparities(reader, shape.near_length) &&
+  const bool valid = (shape.light_span == 0 || are_valid_sectors(reader)) && are_valid_disparities(reader, shape) &&
                      (!shape.seams || is_valid_seam(reader, shape));
   return valid ? GuideTrouble::none : GuideTrouble::damaged;
 }

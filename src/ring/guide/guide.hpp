@@ -16,6 +16,7 @@ struct GuideShape {
   int margin;        // rows that seams keep off the strip's edges
   int light_span;    // frames over which light is smooth in time; 0: there is none
   int near_length;   // disparities; 0: there are none
+  int near_most;     // the largest of them that is found
   int near_span;     // frames
   bool seams;        // there is one
   bool steady_seam;  // and it is smooth in time too

@@ -10,6 +10,10 @@ namespace biseam::ring {
 
 // In 1/kDisparityOne samples of the search.
 inline constexpr int kDisparityBits = 8, kDisparityOne = 1 << kDisparityBits;
+// The largest that is found: strips have room to be moved by as much.
+constexpr int most_disparity(const NearShape& shape) noexcept {
+  return (shape.disparities - 1) * kDisparityOne + kDisparityOne / 2;
+}
 
 // Of a frame; sums: by row and disparity, of disparity_rows.hpp.
 struct DisparitySearch {

@@ -61,9 +61,10 @@ bool is_valid(const NearMemory& memory, const NearShape& shape, int span) noexce
   if (memory.span != span || memory.filled < 0 || memory.filled > span || memory.next < 0 || memory.next >= span) return false;
   // Until all of them are filled, they are from the first one on.
   if (memory.filled < span && memory.next != memory.filled) return false;
+  const int most = most_disparity(shape);
   for (int i = 0; i < memory.filled; ++i) {
     for (int t = 0; t < shape.length; ++t) {
-      if (memory.frames[i][t] < 0 || memory.frames[i][t] > kMostDisparities * kDisparityOne) return false;
+      if (memory.frames[i][t] < 0 || memory.frames[i][t] > most) return false;
     }
   }
   return true;

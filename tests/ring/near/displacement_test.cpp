@@ -132,7 +132,9 @@ TEST(NearMemory, FromOutsideIsChecked) {
   EXPECT_FALSE(valid([](NearMemory& m) { m.next = 4; }));
   EXPECT_FALSE(valid([](NearMemory& m) { m.next = 1; }));
   EXPECT_FALSE(valid([](NearMemory& m) { m.frames[2][959] = -1; }));
-  EXPECT_FALSE(valid([](NearMemory& m) { m.frames[0][0] = 32767; }));
+  const auto most = static_cast<int16_t>(most_disparity(own.shape));
+  EXPECT_TRUE(valid([most](NearMemory& m) { m.frames[0][0] = most; }));
+  EXPECT_FALSE(valid([most](NearMemory& m) { m.frames[0][0] = static_cast<int16_t>(most + 1); }));
   EXPECT_TRUE(valid([](NearMemory& m) { m.frames[3][0] = -1; })) << "no frame yet";
 }
 

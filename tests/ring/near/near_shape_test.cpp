@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "ring/near/disparity.hpp"
+
 namespace biseam::test {
 namespace {
 
@@ -45,6 +47,8 @@ TEST(NearShape, StaysWithinTheStrips) {
       ASSERT_GE(shape.first - largest / 2, 2);
       ASSERT_LE(shape.first + shape.count - 1 + (largest + 1) / 2, shape.width - 3);
       ASSERT_LT(2 * shape.reach + 1, shape.length);
+      // Half of the largest disparity goes to either lens, and no strip is moved by a third of its width.
+      ASSERT_LT(3 * (most_disparity(shape) << shape.bits), 2 * width * kDisparityOne);
     }
   }
 }
