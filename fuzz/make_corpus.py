@@ -4,6 +4,7 @@ import pathlib
 import struct
 import subprocess
 import tempfile
+import zlib
 
 FOLDER = pathlib.Path(__file__).parent / "corpus"
 
@@ -139,6 +140,56 @@ def ranges():
         save("ranges", f"{number:02}", struct.pack("<Q", size) + text.encode())
 
 
+# Guides of four frames, one of them changed: which, then places in it and their new values.
+# Where parts begin; the head says in byte 14 whether a scene does.
+GUIDE_LIGHT = 16
+GUIDE_NEAR = GUIDE_LIGHT + 16 * 32
+GUIDE_SEAM = GUIDE_NEAR + 2 * 160
+
+
+def guides():
+    def changed(frame, *changes):
+        return bytes([frame]) + b"".join(struct.pack("<HB", at, value) for at, value in changes)
+
+    save("guides", "as-they-were", changed(1))
+    save("guides", "scene", changed(2, (14, 1)))
+    save("guides", "no-scene", changed(0, (14, 0)))
+    save("guides", "odd-scene", changed(1, (14, 2)))
+    save("guides", "version", changed(1, (7, 2)))
+    save("guides", "samples", changed(1, (GUIDE_LIGHT, 0), (GUIDE_LIGHT + 1, 0), (GUIDE_LIGHT + 32, 9)))
+    save("guides", "samples-huge", changed(1, (GUIDE_LIGHT + 3, 0x7F)))
+    save("guides", "gain", changed(3, *((GUIDE_LIGHT + 32 * k + 4 + c, 0xFF) for k in range(16) for c in range(4))))
+    save("guides", "gain-huge", changed(3, (GUIDE_LIGHT + 7, 0x7F)))
+    save("guides", "slope", changed(1, *((GUIDE_LIGHT + 32 * k + at, 0x11) for k in range(16) for at in (18, 26))))
+    save("guides", "slope-negative", changed(1, (GUIDE_LIGHT + 31, 0x80)))
+    save("guides", "near", changed(1, *((GUIDE_NEAR + 2 * t + 1, 1) for t in range(12))))
+    save("guides", "near-huge", changed(1, (GUIDE_NEAR + 1, 0xFF)))
+    save("guides", "seam", changed(1, *((GUIDE_SEAM + at, at % 2 * 2 + 40 * (at % 4 == 0)) for at in range(2 * 160))))
+    save("guides", "seam-torn", changed(1, (GUIDE_SEAM + 9, 0)))
+
+
+def analyses():
+    def sealed(content):
+        return content + struct.pack("<I", zlib.crc32(content) ^ 0xFFFFFFFF)
+
+    def head(guide_bytes=6, version=1, parts=0x203):
+        return sealed(b"biseam analysis\n" + struct.pack("<II6iIiiI3QI", version, guide_bytes, 128, 64, 96, 96, 96, 96, parts,
+                                                        1, 25, 0, 77, 1000, 0, 0))
+
+    def ending(*times):
+        return sealed(struct.pack(f"<{len(times)}qQ", *times, len(times))) + b"end\n"
+
+    whole = head() + bytes(18) + ending(0, 1, 2)
+    for name, content in {"empty": b"", "head": head(), "whole": whole, "none": head() + ending(), "cut": whole[:-5],
+                          "version": head(version=2) + ending(), "no-guides": head(guide_bytes=0) + ending(),
+                          "huge-guides": head(guide_bytes=0xFFFFFFFF) + ending(), "seam": head(parts=0xFF03) + ending(),
+                          "backwards": head() + bytes(12) + ending(5, 4), "same": head() + bytes(12) + ending(5, 5),
+                          "least": head() + bytes(12) + ending(-2**63, 2**63 - 1),
+                          "many": head() + struct.pack("<QI", 2**61, 0) + b"end\n"}.items():
+        save("analyses", name, content + b"\0")
+    save("analyses", "mended", whole[:40] + b"\1" + whole[41:130] + b"\x09" + whole[131:] + b"\3")
+
+
 # What ffmpeg makes of a test picture of 32 x 16 pixels, the same every time.
 def encoded(name, *options, frames=1):
     with tempfile.TemporaryDirectory() as folder:
@@ -187,5 +238,5 @@ def media():
         save("boxes", name, content + b"\x05" if name == "no-track" else content)
 
 
-for write in (configurations, raw_files, profiles, values, ranges, media):
+for write in (configurations, raw_files, guides, analyses, profiles, values, ranges, media):
     write()
