@@ -1,10 +1,11 @@
-#include <algorithm>
+#include "ring/position_loops.hpp"
 
 #include "base/intrinsics.hpp"
-#include "ring/position_loops.hpp"
 #include "ring/positions.hpp"
 
 #if defined(BISEAM_X86_64)
+
+#include <algorithm>
 
 // Compilers make vectors of whole stretches between two nodes only.  Here vectors go on across them, their lanes taking the
 // coefficients of the stretches that they lie in.
@@ -17,7 +18,6 @@ namespace {
 constexpr int kLanes = 16;
 constexpr int kMostNodes = kLanes;  // in a row
 constexpr int kMostStretches = kMostNodes - 3;
-constexpr int kMostVectors = std::max(kBlockWidth, kBlockHeight) / kLanes;
 
 BISEAM_STEP __m512i all(int32_t value) { return _mm512_set1_epi32(value); }
 BISEAM_STEP __m512i held(__m512i value, int32_t limit) {
