@@ -7,7 +7,7 @@
 
 namespace biseam::test {
 
-inline constexpr ring::GuideShape kGuideShape{{48, 9}, 2, 5, 24, 640, 3, true, true};
+inline constexpr ring::GuideShape kGuideShape{{48, 9}, 2, 5, 24, 3200, 3, true, true};
 
 // What a guide is made of, the same all round.
 struct GuideValues {

@@ -115,7 +115,7 @@ TEST(Guide, ValuesThatNoFrameHasAreRefusedOneByOne) {
   expect_no_light("a negative square", [](SectorLight& l) { l.slope_xx = -1; });
   expect_no_light("a square that overflows sums", [](SectorLight& l) { l.slope_xx = INT64_MAX; });
   expect_no_light("a slope that overflows sums", [](SectorLight& l) { l.slope_xy = INT64_MIN; });
-  expect_damaged("farther apart than is looked for", [](GuideWriter& w) { w.disparity(23, 641); });
+  expect_damaged("farther apart than is looked for", [](GuideWriter& w) { w.disparity(23, kGuideShape.near_most + 1); });
   expect_damaged("a seam at the edge", [](GuideWriter& w) {
     for (int t = 0; t < 48; ++t) w.row(t, 2 * kGuideRow - 1);
   });
