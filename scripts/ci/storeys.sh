@@ -61,7 +61,7 @@ check tools/profile tools "${rooms[@]}" || status=1
 check tools/calibrate tools "${rooms[@]}" || status=1
 # camera: the library's projection, which has no other headers beside it.
 mapfile -t rooms < <(in_order tools/biseam profile base camera calibrate text media picture clip/read clip/write setup calibration analysis \
-  stitch tag scene sheet compare view commands)
+  stitch tag scene sheet compare view options commands)
 check tools/biseam tools/biseam "${rooms[@]}" || status=1
 scripts/ci/mirror.sh || status=1
 exit $status

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -10,7 +11,6 @@ extern "C" {
 #include "base/interrupt.hpp"
 #include "base/standard_streams.hpp"
 #include "commands/commands.hpp"
-#include "commands/usage.hpp"
 
 namespace {
 
@@ -21,31 +21,22 @@ int fail(ExitCode code, const char* line) {
   return int(code);
 }
 
-int run(int argc, char** argv) {
-  CLI::App app("Stitches the two pictures of a back-to-back fisheye camera into an equirectangular panorama.", "biseam");
-  app.require_subcommand(1);
-  app.set_version_flag("--version", "biseam " BISEAM_VERSION, "Print the version and exit");
-  app.footer(
+ExitCode run(int argc, char** argv) {
+  biseam::tool::CommandLine line(
+      "biseam", "Stitches the two pictures of a back-to-back fisheye camera into an equirectangular panorama.",
+      "biseam " BISEAM_VERSION,
       "Exit codes: 0 done, 1 compare found a difference, 2 command line, 3 an input can't be read,\n"
       "4 the result can't be written, 5 profile or settings can't work, 6 no memory or no thread left,\n"
       "130 interrupted.");
-  int exit_code = int(ExitCode::done);
-  biseam::tool::add_stitch_command(app, exit_code);
-  biseam::tool::add_analyse_command(app);
-  biseam::tool::add_calibrate_command(app);
-  biseam::tool::add_scene_command(app);
-  biseam::tool::add_compare_command(app, exit_code);
-  biseam::tool::add_contact_sheet_command(app);
-  biseam::tool::add_tag_command(app, exit_code);
-  biseam::tool::add_view_command(app);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::Success& help) {
-    return app.exit(help);
-  } catch (const CLI::ParseError& error) {
-    return fail(ExitCode::usage, biseam::tool::usage_trouble(app, error).c_str());
-  }
-  return exit_code;
+  biseam::tool::add_stitch_command(line);
+  biseam::tool::add_analyse_command(line);
+  biseam::tool::add_calibrate_command(line);
+  biseam::tool::add_scene_command(line);
+  biseam::tool::add_compare_command(line);
+  biseam::tool::add_contact_sheet_command(line);
+  biseam::tool::add_tag_command(line);
+  biseam::tool::add_view_command(line);
+  return line.run({argv + std::min(argc, 1), argv + argc});
 }
 
 }  // namespace
@@ -58,9 +49,9 @@ int main(int argc, char** argv) {
   biseam::tool::leave_nothing_on_signals();
   av_log_set_level(AV_LOG_QUIET);
   try {
-    const int exit_code = run(argc, argv);
+    const ExitCode exit_code = run(argc, argv);
     biseam::tool::flush_standard_output();
-    return exit_code;
+    return int(exit_code);
   } catch (const biseam::tool::Failure& failure) {
     return fail(failure.code(), failure.what());
   } catch (const std::bad_alloc&) {

@@ -7,20 +7,23 @@ namespace {
 
 struct Parsed {
   StitchOptions options;
-  CLI::App app;
+  CommandLine line{"biseam", "", "", ""};
+  Command& command = line.add("stitch", "");
 
-  explicit Parsed(const std::string& line) {
-    add_source_options(app, options);
-    add_camera_options(app, options);
-    add_matching_options(app, options, "Engine");
-    add_clip_options(app, options.video);
-    app.parse(line);
+  explicit Parsed(std::vector<std::string> words) {
+    add_source_options(command, options);
+    add_camera_options(command, options);
+    add_matching_options(command, options, "Engine");
+    add_clip_options(command, options.video);
+    command.does([] { return ExitCode::done; });
+    words.insert(words.begin(), "stitch");
+    line.run(words);
   }
 };
 
 TEST(SourceOptions, GoWhereTheyBelong) {
-  const Parsed parsed(
-      "--camera a.toml --width 640 --p0 100 --light match --near off --no-search --from 1 --seams free --strict");
+  const Parsed parsed({"--camera", "a.toml", "--width", "640", "--p0", "100", "--light", "match", "--near", "off",
+                       "--no-search", "--from", "1", "--seams", "free", "--strict"});
   EXPECT_EQ(parsed.options.camera, "a.toml");
   EXPECT_EQ(parsed.options.settings.width, 640);
   EXPECT_EQ(parsed.options.settings.lens[0].p, 100);
@@ -32,12 +35,11 @@ TEST(SourceOptions, GoWhereTheyBelong) {
   EXPECT_TRUE(parsed.options.video.strict);
 }
 
-TEST(GivenOption, IsOneOfItsKind) {
-  const Parsed parsed("--p1 90 --jobs 2");
-  EXPECT_EQ(given_in_group(parsed.app, kCameraGroup), "--p1");
-  EXPECT_EQ(given_in_group(parsed.app, kVideoGroup), "--jobs");
-  EXPECT_EQ(given_in_group(parsed.app, "Engine"), "");
-  EXPECT_EQ(given_option(parsed.app, [](const CLI::Option& option) { return option.get_name() == "--to"; }), "");
+TEST(SourceOptions, HaveTheirGroups) {
+  const Parsed parsed({"--p1", "90", "--jobs", "2"});
+  EXPECT_EQ(parsed.command.given_in(kCameraGroup), "--p1");
+  EXPECT_EQ(parsed.command.given_in(kVideoGroup), "--jobs");
+  EXPECT_EQ(parsed.command.given_in("Engine"), "");
 }
 
 }  // namespace

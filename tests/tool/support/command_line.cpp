@@ -2,33 +2,26 @@
 
 #include <gtest/gtest.h>
 
-#include <CLI/CLI.hpp>
-#include <algorithm>
-
 #include "base/failure.hpp"
 #include "commands/commands.hpp"
 
 namespace biseam::test {
 
-Outcome run_tool(std::vector<std::string> words) {
-  CLI::App app("test", "biseam");
+Outcome run_tool(const std::vector<std::string>& words) {
+  tool::CommandLine line("biseam", "test", "", "");
   Outcome outcome;
-  tool::add_stitch_command(app, outcome.exit_code);
-  tool::add_scene_command(app);
-  tool::add_compare_command(app, outcome.exit_code);
-  tool::add_contact_sheet_command(app);
-  tool::add_tag_command(app, outcome.exit_code);
-  tool::add_view_command(app);
-  std::reverse(words.begin(), words.end());
+  tool::add_stitch_command(line);
+  tool::add_scene_command(line);
+  tool::add_compare_command(line);
+  tool::add_contact_sheet_command(line);
+  tool::add_tag_command(line);
+  tool::add_view_command(line);
   testing::internal::CaptureStdout();
   try {
-    app.parse(words);
+    outcome.exit_code = int(line.run(words));
   } catch (const tool::Failure& failure) {
     outcome.exit_code = int(failure.code());
     outcome.message = failure.what();
-  } catch (const CLI::ParseError& error) {
-    outcome.exit_code = int(tool::ExitCode::usage);
-    outcome.message = error.what();
   }
   outcome.output = testing::internal::GetCapturedStdout();
   return outcome;

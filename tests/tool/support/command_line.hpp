@@ -11,6 +11,6 @@ struct Outcome {
   std::string output, message;
 };
 
-Outcome run_tool(std::vector<std::string> words);
+Outcome run_tool(const std::vector<std::string>& words);
 
 }  // namespace biseam::test

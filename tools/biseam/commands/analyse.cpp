@@ -18,21 +18,22 @@ void analyse(StitchOptions& options) {
 
 }  // namespace
 
-void add_analyse_command(CLI::App& app) {
-  CLI::App* command = app.add_subcommand("analyse", "find light, near things and seams of a whole clip, for stitch --analysis");
+void add_analyse_command(CommandLine& line) {
+  Command& command = line.add("analyse", "find light, near things and seams of a whole clip, for stitch --analysis");
   const auto options = std::make_shared<StitchOptions>();
-  command->add_option("IN", options->inputs, "clip with both circles, lens 0 left or on top, or one file for each lens")
-      ->option_text("FILE [FILE]")
-      ->required()
-      ->expected(1, 2);
-  command->add_option("-o,--output", options->output, "the analysis; - is standard output")->type_name("FILE")->required();
-  add_source_options(*command, *options);
-  add_camera_options(*command, *options);
-  add_matching_options(*command, *options, "Analysis");
-  add_clip_options(*command, options->video);
-  command->callback([options, command] {
-    options->given_camera = given_in_group(*command, kCameraGroup);
+  command.option("IN", &options->inputs, "clip with both circles, lens 0 left or on top, or one file for each lens")
+      .shown_as("FILE [FILE]")
+      .required()
+      .count(1, 2);
+  command.option("-o,--output", &options->output, "the analysis; - is standard output").type("FILE").required();
+  add_source_options(command, *options);
+  add_camera_options(command, *options);
+  add_matching_options(command, *options, "Analysis");
+  add_clip_options(command, options->video);
+  command.does([options, &command] {
+    options->given_camera = command.given_in(kCameraGroup);
     analyse(*options);
+    return ExitCode::done;
   });
 }
 

@@ -5,7 +5,6 @@
 #include "calibration/calibrate_camera.hpp"
 #include "commands/commands.hpp"
 #include "commands/layout_options.hpp"
-#include "commands/number_range.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -46,28 +45,29 @@ void calibrate(CalibrateOptions& options) {
 
 }  // namespace
 
-void add_calibrate_command(CLI::App& app) {
-  CLI::App* command = app.add_subcommand("calibrate", "find out what a camera is like from pictures or a clip that it took");
+void add_calibrate_command(CommandLine& line) {
+  Command& command = line.add("calibrate", "find out what a camera is like from pictures or a clip that it took");
   const auto options = std::make_shared<CalibrateOptions>();
   CalibrationJob& job = options->job;
-  command
-      ->add_option("IN", job.files,
-                   "pictures with both circles, or one for each lens, lens 0's before lens 1's, any number of pairs; or a clip "
-                   "with both circles, or one for each lens")
-      ->type_name("FILE")
-      ->required();
-  const auto add = [&](const char* name, auto& value, const char* type, const char* text) {
-    return command->add_option(name, value, text)->type_name(type);
+  const auto add = [&](const char* name, Target value, const char* type, const char* text) {
+    return command.option(name, value, text).type(type);
   };
-  add("-o,--output", job.output, "FILE", "the profile (TOML), for stitch --camera; - is standard output")->required();
-  add("--report", job.report, "FILE", "a page (HTML) that shows what was found and how well: seams, matches, numbers");
-  add("--from-frames", job.frames, "N", "pictures of a clip that are looked at, spread over it (20)")->check(in_range(1, 1000));
-  add_layout_options(*command, job.layout, options->streams);
-  command->add_flag("--in-lens", job.options.in_lens,
-                    "refuse a camera that doesn't turn enough to tell scale and distortion apart");
-  add("--start", job.start, "FILE", "begin with a profile: its values are a guess, its mounts are taken over");
-  add("--fix", options->fixed, "p,k,centre,turn", "which values of that profile not to change")->delimiter(',');
-  command->callback([options] { calibrate(*options); });
+  add("IN", &job.files, "FILE",
+      "pictures with both circles, or one for each lens, lens 0's before lens 1's, any number of pairs; or a clip with both "
+      "circles, or one for each lens")
+      .required();
+  add("-o,--output", &job.output, "FILE", "the profile (TOML), for stitch --camera; - is standard output").required();
+  add("--report", &job.report, "FILE", "a page (HTML) that shows what was found and how well: seams, matches, numbers");
+  add("--from-frames", &job.frames, "N", "pictures of a clip that are looked at, spread over it (20)").whole_number(1, 1000);
+  add_layout_options(command, job.layout, options->streams);
+  command.flag("--in-lens", &job.options.in_lens,
+               "refuse a camera that doesn't turn enough to tell scale and distortion apart");
+  add("--start", &job.start, "FILE", "begin with a profile: its values are a guess, its mounts are taken over");
+  add("--fix", &options->fixed, "p,k,centre,turn", "which values of that profile not to change").separator(',');
+  command.does([options] {
+    calibrate(*options);
+    return ExitCode::done;
+  });
 }
 
 }  // namespace biseam::tool

@@ -7,7 +7,6 @@
 #include "base/distinct_files.hpp"
 #include "base/failure.hpp"
 #include "commands/commands.hpp"
-#include "commands/number_range.hpp"
 #include "compare/luma.hpp"
 #include "compare/metrics.hpp"
 #include "picture/read_picture.hpp"
@@ -75,24 +74,25 @@ void print_json(const std::vector<Row>& rows, double half_width) {
 
 }  // namespace
 
-void add_compare_command(CLI::App& app, int& exit_code) {
-  CLI::App* command = app.add_subcommand("compare", "PSNR and SSIM of two panoramas, whole and around the seams, of luma only");
+void add_compare_command(CommandLine& line) {
+  Command& command = line.add("compare", "PSNR and SSIM of two panoramas, whole and around the seams, of luma only");
   const auto options = std::make_shared<CompareOptions>();
-  command->add_option("A", options->first, "picture; - is standard input")->required();
-  command->add_option("B", options->second, "picture of the same size")->required();
-  command->add_option("--size", options->size, "WIDTHxHEIGHT of raw NV12 input");
-  command->add_option("--seam-degrees", options->half_width, "what counts as a seam: so many degrees on both sides (10)")
-      ->check(in_range(0.5, 90.0));
-  command->add_option("--least-psnr", options->least_psnr, "exit with 1 when the whole picture's PSNR is below this");
-  command->add_flag("--json", options->json, "one JSON object in place of the table; null stands for infinite");
-  command->callback([options, &exit_code] {
+  command.option("A", &options->first, "picture; - is standard input").required();
+  command.option("B", &options->second, "picture of the same size").required();
+  command.option("--size", &options->size, "WIDTHxHEIGHT of raw NV12 input");
+  command.option("--seam-degrees", &options->half_width, "what counts as a seam: so many degrees on both sides (10)")
+      .number(0.5, 90);
+  command.option("--least-psnr", &options->least_psnr, "exit with 1 when the whole picture's PSNR is below this");
+  command.flag("--json", &options->json, "one JSON object in place of the table; null stands for infinite");
+  command.does([options] {
     if (options->first == "-" && options->second == "-") {
       throw Failure(ExitCode::usage, "only one picture can come from standard input");
     }
     check_distinct({{"the input", options->first}, {"the input", options->second}}, {{"the output", "-"}});
     const std::vector<Row> rows = measure_rows(*options);
     options->json ? print_json(rows, options->half_width) : print_table(rows, options->half_width);
-    if (options->least_psnr && rows.front().quality.psnr < *options->least_psnr) exit_code = int(ExitCode::different);
+    const bool differ = options->least_psnr && rows.front().quality.psnr < *options->least_psnr;
+    return differ ? ExitCode::different : ExitCode::done;
   });
 }
 

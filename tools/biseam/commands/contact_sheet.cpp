@@ -6,7 +6,6 @@
 #include "base/distinct_files.hpp"
 #include "base/failure.hpp"
 #include "commands/commands.hpp"
-#include "commands/number_range.hpp"
 #include "picture/frame_over.hpp"
 #include "picture/read_picture.hpp"
 #include "picture/write_picture.hpp"
@@ -56,21 +55,22 @@ void make_sheet(const SheetOptions& options) {
 
 }  // namespace
 
-void add_contact_sheet_command(CLI::App& app) {
-  CLI::App* command = app.add_subcommand("contact-sheet", "put pictures, scaled and captioned, on one page");
+void add_contact_sheet_command(CommandLine& line) {
+  Command& command = line.add("contact-sheet", "put pictures, scaled and captioned, on one page");
   const auto options = std::make_shared<SheetOptions>();
-  command->add_option("IN", options->pictures, "pictures, row by row")->required();
-  command->add_option("-o,--output", options->output, "the page: .png, .jpg, .nv12, or -")->required();
-  command->add_option("--caption", options->captions, "line under a picture: once for each, in their order")
-      ->allow_extra_args(false);
-  command->add_option("--crop", options->crop, "X,Y,WIDTH,HEIGHT of the part shown of every picture, pixels")
-      ->delimiter(',')
-      ->expected(4)
-      ->allow_extra_args(false);
-  command->add_option("--columns", options->layout.columns, "pictures side by side (2)")->check(in_range(1, 16));
-  command->add_option("--panel-width", options->layout.panel_width, "pixels of a picture on the page (960)")
-      ->check(in_range(16, 8192));
-  command->callback([options] { make_sheet(*options); });
+  command.option("IN", &options->pictures, "pictures, row by row").required();
+  command.option("-o,--output", &options->output, "the page: .png, .jpg, .nv12, or -").required();
+  command.option("--caption", &options->captions, "line under a picture: once for each, in their order").one_word();
+  command.option("--crop", &options->crop, "X,Y,WIDTH,HEIGHT of the part shown of every picture, pixels")
+      .separator(',')
+      .count(4, 4)
+      .one_word();
+  command.option("--columns", &options->layout.columns, "pictures side by side (2)").whole_number(1, 16);
+  command.option("--panel-width", &options->layout.panel_width, "pixels of a picture on the page (960)").whole_number(16, 8192);
+  command.does([options] {
+    make_sheet(*options);
+    return ExitCode::done;
+  });
 }
 
 }  // namespace biseam::tool

@@ -1,6 +1,5 @@
 #include "commands/layout_options.hpp"
 
-#include <algorithm>
 #include <charconv>
 
 #include "base/failure.hpp"
@@ -25,28 +24,13 @@ LensStreams parse_streams(const std::string& text) {
 
 }  // namespace
 
-CLI::Validator one_of(std::vector<std::string> names) {
-  const auto number = [names = std::move(names)](std::string& text) -> std::string {
-    const auto found = std::find(names.begin(), names.end(), text);
-    if (found == names.end()) {
-      std::string rule = "must be " + names.front();
-      for (std::size_t k = 1; k < names.size(); ++k) rule += (k + 1 < names.size() ? ", " : " or ") + names[k];
-      return rule;
-    }
-    text = std::to_string(found - names.begin());
-    return "";
-  };
-  return CLI::Validator(number, "");
-}
-
-void add_layout_options(CLI::App& command, Layout& layout, std::string& streams) {
-  command.add_option("--layout", layout, "of one input with both circles (by its shape)")
-      ->type_name("auto|side-by-side|top-bottom")
-      ->transform(one_of({"auto", "side-by-side", "top-bottom"}));
+void add_layout_options(Command& command, Layout& layout, std::string& streams) {
+  command.choice("--layout", &layout, {"auto", "side-by-side", "top-bottom"}, "of one input with both circles (by its shape)")
+      .type("auto|side-by-side|top-bottom");
   command
-      .add_option("--streams", streams,
-                  "video streams of one input that hold a lens each, lens 0's first, counted from 0 among all its streams")
-      ->type_name("A,B");
+      .option("--streams", &streams,
+              "video streams of one input that hold a lens each, lens 0's first, counted from 0 among all its streams")
+      .type("A,B");
 }
 
 StreamChoice choose_streams(const std::string& streams, Layout layout, std::size_t inputs, bool is_raw) {

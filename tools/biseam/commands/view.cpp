@@ -50,25 +50,24 @@ void view(ViewOptions& options, bool serving) {
 
 }  // namespace
 
-void add_view_command(CLI::App& app) {
-  CLI::App* command = app.add_subcommand("view", "make a page on which to look around in a panorama, picture or video");
+void add_view_command(CommandLine& line) {
+  Command& command = line.add("view", "make a page on which to look around in a panorama, picture or video");
   const auto options = std::make_shared<ViewOptions>();
-  command->add_option("PANORAMA", options->panorama, "JPEG, PNG, MP4 or WebM file")->type_name("FILE");
-  command
-      ->add_option("-o,--output", options->output, "the page, with all it needs in one file: .html, or - for standard output")
-      ->type_name("FILE");
-  CLI::Option* serve =
-      command
-          ->add_option("--serve", options->port,
-                       "in place of writing the page, serve it to browsers on this machine until Ctrl-C; any free "
-                       "port when none is given")
-          ->type_name("[PORT]")
-          ->expected(0, 1);
-  command
-      ->add_option("--show-seams", options->seams,
-                   "picture of bands and seams that a switch lays over the panorama; over a video one with transparency")
-      ->type_name("FILE");
-  command->callback([options, serve] { view(*options, serve->count() > 0); });
+  const auto add = [&](const char* name, Target value, const char* type, const char* text) {
+    return command.option(name, value, text).type(type);
+  };
+  add("PANORAMA", &options->panorama, "FILE", "JPEG, PNG, MP4 or WebM file");
+  add("-o,--output", &options->output, "FILE", "the page, with all it needs in one file: .html, or - for standard output");
+  const Option serve = add("--serve", &options->port, "[PORT]",
+                           "in place of writing the page, serve it to browsers on this machine until Ctrl-C; any free port "
+                           "when none is given")
+                           .count(0, 1);
+  add("--show-seams", &options->seams, "FILE",
+      "picture of bands and seams that a switch lays over the panorama; over a video one with transparency");
+  command.does([options, serve] {
+    view(*options, serve.is_given());
+    return ExitCode::done;
+  });
 }
 
 }  // namespace biseam::tool

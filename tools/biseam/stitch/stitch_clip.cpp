@@ -61,7 +61,7 @@ void report(const RunReport& run, ReplacementFile* json_file) {
 
 }  // namespace
 
-int stitch_clip(const ClipJob& given, std::unique_ptr<Container> first) {
+ExitCode stitch_clip(const ClipJob& given, std::unique_ptr<Container> first) {
   const InterruptWatch watch;
   std::optional<AnalysisReader> analysis;
   if (!given.analysis.empty()) analysis.emplace(given.analysis);
@@ -94,7 +94,7 @@ int stitch_clip(const ClipJob& given, std::unique_ptr<Container> first) {
   report({summary, seconds, source.clips(), job, output_kind, stitcher.size(), stitcher.searches(), stitcher.matches_near(),
           interrupted()},
          json_file.get());
-  return int(interrupted() ? ExitCode::interrupted : ExitCode::done);
+  return interrupted() ? ExitCode::interrupted : ExitCode::done;
 }
 
 }  // namespace biseam::tool

@@ -1,12 +1,9 @@
-#include "commands/usage.hpp"
+#include "options/usage.hpp"
 
 #include <algorithm>
-#include <vector>
 
 namespace biseam::tool {
 namespace {
-
-using Names = std::vector<std::string>;
 
 // Letters added, left out, replaced or exchanged with their neighbour to make b of a.
 std::size_t distance(const std::string& a, const std::string& b) {
@@ -26,7 +23,7 @@ std::size_t distance(const std::string& a, const std::string& b) {
 }
 
 // The known name most like the given one, or none where a third of it would have to change.  A beginning counts as a slip.
-std::string nearest(const std::string& given, const Names& known) {
+std::string nearest(const std::string& given, const std::vector<std::string>& known) {
   const std::size_t most = std::max<std::size_t>(1, given.size() / 3);
   std::string found;
   std::size_t least = most + 1;
@@ -40,23 +37,9 @@ std::string nearest(const std::string& given, const Names& known) {
   return found;
 }
 
-Names commands_of(const CLI::App& app) {
-  Names names;
-  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
-    names.push_back(command->get_name());
-  return names;
-}
+}  // namespace
 
-Names options_of(const CLI::App& app) {
-  Names names;
-  for (const CLI::Option* option : app.get_options()) {
-    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
-  }
-  return names;
-}
-
-std::string command_trouble(const CLI::App& app, const std::string& given) {
-  const Names known = commands_of(app);
+std::string command_trouble(const std::string& given, const std::vector<std::string>& known) {
   const std::string meant = nearest(given, known);
   if (!meant.empty()) return given + ": no such command; is " + meant + " meant?";
   std::string all;
@@ -64,13 +47,11 @@ std::string command_trouble(const CLI::App& app, const std::string& given) {
   return (given.empty() ? "a command is wanted: " : given + ": no such command; there are ") + all;
 }
 
-std::string option_trouble(const CLI::App& command, std::string given) {
+std::string option_trouble(std::string given, const std::string& command, const std::vector<std::string>& known) {
   given.resize(std::min(given.find('='), given.size()));
-  const std::string meant = nearest(given, options_of(command)), name = command.get_parent() ? " of " + command.get_name() : "";
+  const std::string meant = nearest(given, known), name = command.empty() ? "" : " of " + command;
   return given + ": no such option" + name + (meant.empty() ? "; --help lists them" : "; is " + meant + " meant?");
 }
-
-bool is_option(const std::string& word) { return word.size() > 1 && word[0] == '-'; }
 
 // "Could not convert: --crf = x"
 std::string conversion_trouble(const std::string& line) {
@@ -89,25 +70,6 @@ std::string count_trouble(const std::string& line) {
   const std::size_t digits = most + before.size();
   return line.substr(0, most) + ": " + line.substr(given + between.size()) + " are given, " +
          line.substr(digits, given - digits) + " are the most";
-}
-
-}  // namespace
-
-std::string usage_trouble(const CLI::App& app, const CLI::ParseError& error) {
-  const auto code = CLI::ExitCodes(error.get_exit_code());
-  if (code == CLI::ExitCodes::ConversionError) return conversion_trouble(error.what());
-  // Values of an option that there isn't are taken for inputs, of which there are too many then.
-  const bool is_miscounted = code == CLI::ExitCodes::ArgumentMismatch;
-  if (code != CLI::ExitCodes::RequiredError && code != CLI::ExitCodes::ExtrasError && !is_miscounted) return error.what();
-  const std::vector<CLI::App*> chosen = app.get_subcommands();
-  const CLI::App& command = chosen.empty() ? app : *chosen.front();
-  const Names unknown = command.remaining();
-  const auto option = std::find_if(unknown.begin(), unknown.end(), is_option);
-  if (chosen.empty() && !unknown.empty() && !is_option(unknown.front())) return command_trouble(app, unknown.front());
-  if (option != unknown.end()) return option_trouble(command, *option);
-  if (is_miscounted) return count_trouble(error.what());
-  if (chosen.empty()) return command_trouble(app, "");
-  return unknown.empty() ? error.what() : unknown.front() + ": is one argument too many for " + command.get_name();
 }
 
 }  // namespace biseam::tool
