@@ -4,6 +4,13 @@
 
 namespace biseam::ring {
 
+namespace {
+
+// Threads wait for what they have written whenever they take parts; the last ones that are taken should end together.
+constexpr int kMostAtOnce = 8, kLeastTimes = 32;  // that a thread takes parts
+
+}  // namespace
+
 Pool::Pool() noexcept {
   pthread_mutex_init(&mutex_, nullptr);
   pthread_cond_init(&begun_, nullptr);
@@ -33,7 +40,10 @@ void Pool::start(int count) noexcept {
 }
 
 void Pool::take_parts(int thread) noexcept {
-  for (int part; (part = next_.fetch_add(1, std::memory_order_relaxed)) < parts_;) job_(context_, part, thread);
+  for (int first; (first = next_.fetch_add(at_once_, std::memory_order_relaxed)) < parts_;) {
+    const int end = std::min(first + at_once_, parts_);
+    for (int part = first; part < end; ++part) job_(context_, part, thread);
+  }
 }
 
 void* Pool::work(void* argument) {
@@ -60,6 +70,7 @@ void Pool::run(PoolJob job, void* context, int parts) noexcept {
   job_ = job;
   context_ = context;
   parts_ = parts;
+  at_once_ = std::clamp(parts / (kLeastTimes * size()), 1, kMostAtOnce);
   next_.store(0, std::memory_order_relaxed);
   open_ = true;
   ++round_;

@@ -23,7 +23,8 @@ class Pool {
   void start(int count) noexcept;
   int size() const noexcept { return started_ + 1; }
 
-  // Has every part from 0 to parts - 1 done once, begun in order, and returns when all are.
+  // Has every part from 0 to parts - 1 done once, and returns when all are.  Threads take the next one, or the next few of
+  // many, in order.
   void run(PoolJob job, void* context, int parts) noexcept;
 
  private:
@@ -48,7 +49,7 @@ class Pool {
   // Of the present job; written while no worker is busy.
   PoolJob job_ = nullptr;
   void* context_ = nullptr;
-  int parts_ = 0;
+  int parts_ = 0, at_once_ = 1;
   std::atomic<int> next_{0};
 };
 

@@ -6,26 +6,21 @@ namespace biseam::ring {
 
 namespace {
 
-struct Axis {
-  int node;  // the one at which the run starts, or before it
-  SampleRun run;
-};
-
-// Samples of a plane's grid in a block's luma pixels first .. first + length - 1.
-Axis axis_of(int first, int length, int bits, int half, int spacing_bits) noexcept {
-  const int start = 2 * first + half, node = start >> spacing_bits;
-  return {node, {start - (node << spacing_bits), 2 << bits, length >> bits}};
+// Samples of a plane's grid in a block's luma pixels first .. first + length - 1.  Fields are set one by one: copies of fresh
+// pieces of other sizes would wait for all that was written before.
+void set_run(int first, int length, int bits, int half, int spacing_bits, SampleRun& run) noexcept {
+  run.start = (2 * first + half) & ((1 << spacing_bits) - 1);
+  run.step = 2 << bits;
+  run.count = length >> bits;
 }
 
 NodeWindow window_of(const MeshShape& shape, const Block& block, const PlaneGrid& grid) noexcept {
-  const Axis across = axis_of(block.x, block.width, grid.bits_x, grid.half_x, shape.spacing_bits);
-  const Axis down = axis_of(block.y, block.height, grid.bits_y, grid.half_y, shape.spacing_bits);
   NodeWindow window;
   window.nodes = nullptr;
   window.stride = shape.columns;
   window.bits = shape.spacing_bits;
-  window.across = across.run;
-  window.down = down.run;
+  set_run(block.x, block.width, grid.bits_x, grid.half_x, shape.spacing_bits, window.across);
+  set_run(block.y, block.height, grid.bits_y, grid.half_y, shape.spacing_bits, window.down);
   window.offset = window.halvings = window.wrapped_bits = 0;
   return window;
 }
