@@ -29,11 +29,15 @@ BISEAM_LOOP void store_bytes(FineRow row, uint8_t* out, int count) noexcept {
 }
 
 // In 16 bits: what is beyond 255 is so with 32 less, too.
-BISEAM_LOOP void store_fine_bytes(const int16_t* samples, uint8_t* out, int count) noexcept {
-  BISEAM_TURNS_APART
-  for (ptrdiff_t i = 0; i < count; ++i) {
-    const int16_t low = samples[i] < 0 ? int16_t{0} : samples[i], held = low > 255 << 6 ? int16_t{255 << 6} : low;
-    out[i] = static_cast<uint8_t>(static_cast<int16_t>(held + 32) >> kByteShift);
+BISEAM_LOOP void store_fine_bytes(const FineSamples& samples, uint8_t* out, ptrdiff_t stride) noexcept {
+  const int columns = samples.columns;
+  for (int row = 0; row < samples.rows; ++row, out += stride) {
+    const int16_t* const from = samples.first + row * samples.stride;
+    BISEAM_TURNS_APART
+    for (ptrdiff_t i = 0; i < columns; ++i) {
+      const int16_t low = from[i] < 0 ? int16_t{0} : from[i], held = low > 255 << 6 ? int16_t{255 << 6} : low;
+      out[i] = static_cast<uint8_t>(static_cast<int16_t>(held + 32) >> kByteShift);
+    }
   }
 }
 

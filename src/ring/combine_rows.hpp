@@ -1,6 +1,7 @@
 // The last step inside the ring: from fine samples of the lenses and their corrections to samples of the panorama.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "base/variants.hpp"
@@ -23,8 +24,13 @@ struct FineRow {
 using StoreBytes = void(FineRow row, uint8_t* out, int count) noexcept;
 using StoreWords = void(FineRow row, Storage storage, uint16_t* out, int count) noexcept;
 
-// Samples without a correction.
-using StoreFineBytes = void(const int16_t* samples, uint8_t* out, int count) noexcept;
+// Rows of samples without a correction.
+struct FineSamples {
+  const int16_t* first;
+  ptrdiff_t stride;  // samples
+  int columns, rows;
+};
+using StoreFineBytes = void(const FineSamples& samples, uint8_t* out, ptrdiff_t stride) noexcept;
 
 // The same of both lenses mixed: weights of lens 1, 0 to 256.
 using MixBytes = void(FineRow row0, FineRow row1, const int16_t* weights, uint8_t* out, int count) noexcept;

@@ -72,7 +72,7 @@ BISEAM_LOOP void tint_row(int16_t* samples, const Tint& tint, int channels, int 
     BISEAM_TURNS_APART
     for (ptrdiff_t i = 0; i < count; ++i) {
       int16_t& sample = samples[i * channels + c];
-      const int32_t tinted = sample + (((tint.luma[i] - black) * share + kLightOne / 2) >> kLightBits);
+      const int32_t tinted = sample + (((tint.luma[i * channels + c] - black) * share + kLightOne / 2) >> kLightBits);
       sample = static_cast<int16_t>(held(tinted, INT16_MIN, INT16_MAX));
     }
   }

@@ -40,8 +40,8 @@ using FindLight = void(const Light& light, int channel, const int32_t* x, const 
                        int count) noexcept;
 // Fine samples, in place: pivot + (sample - pivot) factor, rounded half up and held in 16 bits.
 using LightRow = void(int16_t* samples, const int32_t* factors, int32_t pivot, int count) noexcept;
-// What a row of chroma takes from luma: fine samples of it at the same places, and the light's black and share of it, by
-// channel.
+// What a row of chroma takes from luma: fine samples of it at the same places, as many as of chroma, and the light's black and
+// share of it, by channel.
 struct Tint {
   const int16_t* luma;
   int32_t black, share[2];

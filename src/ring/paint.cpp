@@ -5,6 +5,7 @@
 #include "ring/anchors.hpp"
 #include "ring/combine_rows.hpp"
 #include "ring/fine.hpp"
+#include "ring/light/match_chroma_rows.hpp"
 
 namespace biseam::ring {
 
@@ -75,20 +76,21 @@ Needed place_in_ring(const Painting& painting, const BlockPlan& plan, const Plan
   return needed;
 }
 
-// Fine samples of the panorama's luma, which is painted before its chroma, at the places of a row of chroma samples.
-void find_luma(const Painting& painting, const PlaneBlock& samples, int row, int16_t* luma) noexcept {
+// Fine samples of the panorama's luma, which is painted before its chroma, at the places of rows of chroma samples.
+void find_luma(const Painting& painting, const PlaneBlock& samples, int first_row, int rows, PaintMemory& memory) noexcept {
   const PanoramaPlane& plane = painting.planes[0];
   const PlaneGrid& grid = samples.format->grid;
   const SampleType type = painting.panorama.plane[0].type;
-  const ptrdiff_t y = (ptrdiff_t{samples.y} + row) << grid.bits_y, x = (ptrdiff_t{samples.x} << grid.bits_x) * bytes_of(type);
-  const uint8_t* const upper = plane.first + y * plane.stride + x;
-  const LumaRows rows{{upper, upper + (grid.bits_y != 0 ? plane.stride : 0)},
-                      1 << grid.bits_x,
-                      1 << grid.bits_y,
-                      is_words(type),
-                      painting.panorama.bits,
-                      painting.panorama.shift};
-  kLumaMeans.best()(rows, luma, samples.columns);
+  const ptrdiff_t y = (ptrdiff_t{samples.y} + first_row) << grid.bits_y,
+                  x = (ptrdiff_t{samples.x} << grid.bits_x) * bytes_of(type);
+  const LumaCodes codes{plane.first + y * plane.stride + x,
+                        plane.stride,
+                        1 << grid.bits_x,
+                        1 << grid.bits_y,
+                        is_words(type),
+                        painting.panorama.bits,
+                        painting.panorama.shift};
+  kLumaMeans.best()(codes, channels_of(samples), memory.luma[0], {rows, 2 * kBlockWidth}, samples.columns);
 }
 
 bool is_chroma(const Painting& painting, const PlaneBlock& samples) noexcept {
@@ -108,9 +110,8 @@ void prepare_light(const Painting& painting, const BlockPlan& plan, int lens, co
 
 // Undoes what the lens did to the light of a row of fine samples.
 void undo_light(const Painting& painting, int lens, const PlaneBlock& samples, int row, PaintMemory& memory) noexcept {
-  int16_t* const fine = memory.fine[lens][row % kSharedRows];
+  int16_t* const fine = memory.fine[lens][row % kSampledRows];
   const Light& light = painting.lights[lens];
-  if (!light.any) return;
   const int channels = channels_of(samples), *const channel = samples.format->channels;
   const AnchorBand* const bands = memory.light[lens];
   if (channels == 2) {
@@ -120,7 +121,7 @@ void undo_light(const Painting& painting, int lens, const PlaneBlock& samples, i
   }
   kLightRow.best()(fine, memory.factors, light.pivot[channel[0]], channels * samples.columns);
   if (light.tint[channel[0]] == 0 && light.tint[channel[1]] == 0) return;
-  const Tint tint{memory.luma[row % kSharedRows], light.pivot[0], {light.tint[channel[0]], light.tint[channel[1]]}};
+  const Tint tint{memory.luma[row % kSampledRows], light.pivot[0], {light.tint[channel[0]], light.tint[channel[1]]}};
   kTintRow.best()(fine, tint, channels, samples.columns);
 }
 
@@ -137,13 +138,14 @@ void prepare_lights(const Painting& painting, const BlockPlan& plan, int lens, c
                 channels_of(samples) == 2, memory.match[lens]);
 }
 
+// Of rows that are sampled together.
 void change_light(const Painting& painting, const Block& block, int lens, const PlaneBlock& samples, int first_row, int rows,
                   PaintMemory& memory) noexcept {
   if (!changes_light(painting, lens)) return;
-  if (is_chroma(painting, samples)) {
-    for (int i = 0; i < rows; ++i) find_luma(painting, samples, first_row + i, memory.luma[i]);
+  if (is_chroma(painting, samples)) find_luma(painting, samples, first_row, rows, memory);
+  if (painting.lights[lens].any) {
+    for (int i = 0; i < rows; ++i) undo_light(painting, lens, samples, first_row + i, memory);
   }
-  for (int i = 0; i < rows; ++i) undo_light(painting, lens, samples, first_row + i, memory);
   if (painting.match.nodes == nullptr) return;
   match_block_rows(painting.match, *painting.mesh, block, samples.format->grid, lens, first_row, memory.luma[0],
                    memory.fine[lens][0], {rows, 2 * kBlockWidth}, samples.columns, memory.match[lens]);
@@ -177,10 +179,10 @@ void keep_in_ring(const PlaneBlock& samples, int row, int32_t* added, PaintMemor
   kKeepWithin.best()(memory.away, memory.edge.low, memory.edge.high, added, channels * samples.columns);
 }
 
-// Rows that share their light, from first_row on.
-void sample_shared_rows(const Painting& painting, const LensSamples& from, const PlaneBlock& samples, int first_row,
-                        PaintMemory& memory) noexcept {
-  const int rows = std::min(kSharedRows, samples.rows - first_row);
+// From first_row on.
+void sample_some_rows(const Painting& painting, const LensSamples& from, const PlaneBlock& samples, int first_row,
+                      PaintMemory& memory) noexcept {
+  const int rows = std::min(kSampledRows, samples.rows - first_row);
   const int at = first_row * kBlockWidth;
   int16_t* const fine = memory.fine[from.lens][0];
   sample_rows(from.job,
@@ -191,7 +193,7 @@ void sample_shared_rows(const Painting& painting, const LensSamples& from, const
 
 void sample_fine(const Painting& painting, const LensSamples& from, const PlaneBlock& samples, int row,
                  PaintMemory& memory) noexcept {
-  if (row % kSharedRows == 0) sample_shared_rows(painting, from, samples, row, memory);
+  if (row % kSampledRows == 0) sample_some_rows(painting, from, samples, row, memory);
   const AnchorBand* const bands = memory.corrections[from.lens];
   if (channels_of(samples) == 2) {
     row_of_bands(bands[0], bands[1], row, memory.added[from.lens], samples.columns);
@@ -213,7 +215,7 @@ void find_weights(const Painting& painting, const PlaneBlock& samples, int row, 
 }
 
 FineRow fine_row(const PaintMemory& memory, int lens, int row) noexcept {
-  return {memory.fine[lens][row % kSharedRows], memory.added[lens]};
+  return {memory.fine[lens][row % kSampledRows], memory.added[lens]};
 }
 
 void store_row(const Painting& painting, int lens, const PlaneBlock& samples, int row, const PaintMemory& memory) noexcept {
@@ -266,14 +268,14 @@ void paint_lit(const Painting& painting, const BlockPlan& plan, int lens, const 
   prepare_lights(painting, plan, lens, samples, memory);
   const bool words = is_words(samples.format->type);
   if (words) std::fill_n(memory.added[lens], 2 * kBlockWidth, 0);
-  for (int row = 0; row < samples.rows; ++row) {
-    if (row % kSharedRows == 0) sample_shared_rows(painting, from, samples, row, memory);
-    if (words) {
-      store_row(painting, lens, samples, row, memory);
-    } else {
-      kStoreFineBytes.best()(memory.fine[lens][row % kSharedRows], samples.row_of(painting, row),
-                             channels_of(samples) * samples.columns);
+  for (int first = 0; first < samples.rows; first += kSampledRows) {
+    sample_some_rows(painting, from, samples, first, memory);
+    const int rows = std::min(kSampledRows, samples.rows - first);
+    if (!words) {
+      kStoreFineBytes.best()({memory.fine[lens][0], 2 * kBlockWidth, channels_of(samples) * samples.columns, rows},
+                             samples.row_of(painting, first), painting.planes[samples.plane].stride);
     }
+    for (int row = first; words && row < first + rows; ++row) store_row(painting, lens, samples, row, memory);
   }
 }
 

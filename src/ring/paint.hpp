@@ -38,6 +38,10 @@ struct Painting {
   RingBand ring;
 };
 
+// Rows of a block that are sampled together where they are changed afterwards.
+inline constexpr int kSampledRows = 16;
+static_assert(kSampledRows % kSharedRows == 0);
+
 // Working memory of one thread.
 struct PaintMemory {
   BlockValues x[2], y[2];  // where the samples lie in either lens's picture
@@ -46,9 +50,9 @@ struct PaintMemory {
   AnchorBand distances, across;
   AnchorBand corrections[2][2], light[2][2];  // of either lens, by the channels of a plane
   MatchBlock match[2];
-  // Of rows that share their light.  Of a row a pair takes two places.
-  alignas(64) int16_t fine[2][kSharedRows][2 * kBlockWidth];
-  alignas(64) int16_t luma[kSharedRows][kBlockWidth];
+  // Of rows that are sampled together.  Of a row a pair takes two places.
+  alignas(64) int16_t fine[2][kSampledRows][2 * kBlockWidth];
+  alignas(64) int16_t luma[kSampledRows][2 * kBlockWidth];
   alignas(64) int32_t added[2][2 * kBlockWidth];
   alignas(64) int32_t away[2 * kBlockWidth];
   alignas(64) int16_t weights[2 * kBlockWidth];

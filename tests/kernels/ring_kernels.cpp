@@ -141,8 +141,8 @@ void call_light_row(KernelCall& call, LightRow* undo) {
 void call_tint_row(KernelCall& call, TintRow* undo) {
   const std::size_t count = static_cast<std::size_t>(call.size());
   const int channels = call.number(1, 2);
-  const int16_t* luma = call.input<int16_t>(count, 0, 16380);
   const std::size_t all = count * static_cast<std::size_t>(channels);
+  const int16_t* luma = call.input<int16_t>(all, 0, 16380);
   const int16_t* samples = call.input<int16_t>(all, INT16_MIN, INT16_MAX);
   int16_t* tinted = call.output<int16_t>(all);
   const Tint tint{luma, call.number(0, 1024), {call.number(-70000, 70000), call.number(-70000, 70000)}};

@@ -99,7 +99,7 @@ TEST(TintRow, AddsAShareOfLuma) {
   for (int channels = 1; channels <= 2; ++channels) {
     for (int round = 0; round < 200; ++round) {
       std::array<int16_t, 40> samples, tinted;
-      std::array<int16_t, 20> luma;
+      std::array<int16_t, 40> luma;
       for (int16_t& sample : samples) sample = static_cast<int16_t>(any_sample(random));
       for (int16_t& value : luma) value = static_cast<int16_t>(any_luma(random));
       const Tint tint{luma.data(), 1024, {any_share(random), any_share(random)}};
@@ -108,7 +108,7 @@ TEST(TintRow, AddsAShareOfLuma) {
       for (int i = 0; i < 20 * channels; ++i) {
         const std::size_t at = static_cast<std::size_t>(i);
         const double share = tint.share[i % channels] / 8192.0;
-        const double exact = samples[at] + std::floor((luma[at / static_cast<std::size_t>(channels)] - 1024) * share + 0.5);
+        const double exact = samples[at] + std::floor((luma[at] - 1024) * share + 0.5);
         ASSERT_EQ(tinted[at], std::clamp(exact, -32768.0, 32767.0));
       }
       for (std::size_t i = 20 * static_cast<std::size_t>(channels); i < 40; ++i) ASSERT_EQ(tinted[i], samples[i]);

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "ring/light/match_rows.hpp"
+#include "ring/light/match_chroma_rows.hpp"
 
 namespace biseam::ring {
 
@@ -39,30 +39,42 @@ void follow_light(LightMatch& match, StripShape strip, const LightFrame& light) 
   fill_match_field(model_of(&light, 1), match.tone, strip, match.field);
 }
 
+namespace {
+
+struct StripValues {
+  int16_t gains[kMaxStripWidth], shares[kMaxStripWidth];
+};
+
+// Of one lens and plane, in rows that share their values.
+void match_strip_rows(const LightMatch& match, StripShape shape, int16_t* const* planes, int plane, ptrdiff_t at, FineRows rows,
+                      const StripValues& values) noexcept {
+  const ValueRows gains{values.gains, values.gains, 0, 0}, shares{values.shares, values.shares, 0, 0};
+  if (plane == 0 || match.tone.rgb) {
+    kMatchRows.best()(planes[plane] + at, rows, {gains, true, true}, match.tone, shape.width);
+  } else {
+    const MatchChroma chroma{{gains, true, true}, shares, planes[0] + at, shape.width, {plane, plane}};
+    kMatchChromaRows.best()(planes[plane] + at, rows, chroma, match.tone, shape.width);
+  }
+  hold(planes[plane] + at, rows.count * shape.width);
+}
+
+}  // namespace
+
 void match_strips(const LightMatch& match, const StripPlan& plan, const StripViews& views, int first_row,
                   int end_row) noexcept {
   const StripShape shape = plan.config.shape;
-  MatchRows rows;
-  for (int lens = 0; lens < 2; ++lens) {
-    int16_t* const* const planes = views.strips[lens];
-    for (int t = first_row; t < end_row; t += kSharedRows) {
-      const ptrdiff_t at = ptrdiff_t{t} * shape.width;
-      const SharedRows shared{std::min(kSharedRows, end_row - t), shape.width};
-      match_strip_row(match.field, shape, lens, t + kSharedRows / 2, rows);
+  MatchStripRow row;
+  StripValues values;
+  for (int t = first_row; t < end_row; t += kSharedRows) {
+    match_strip_row(match.field, shape, t + kSharedRows / 2, row);
+    const FineRows shared{std::min(kSharedRows, end_row - t), shape.width};
+    for (int lens = 0; lens < 2; ++lens) {
       for (int plane = 0; plane < plan.config.planes; ++plane) {
-        int16_t* const samples = planes[plane] + at;
-        if (plane == 0 || match.tone.rgb) {
-          kMatchRows.best()(samples, shared, rows.values[plane], match.tone, shape.width);
-        } else {
-          const MatchChroma chroma{{rows.values[plane], nullptr},
-                                   {rows.values[first_tint + plane - 1], nullptr},
-                                   planes[0] + at,
-                                   shape.width,
-                                   match.tone.black,
-                                   match.tone.white};
-          kMatchChromaRows.best()(samples, shared, chroma, 1, shape.width);
+        match_strip_values(match.field, shape, row, lens, first_gain + plane, values.gains);
+        if (plane > 0 && !match.tone.rgb) {
+          match_strip_values(match.field, shape, row, lens, first_tint + plane - 1, values.shares);
         }
-        hold(samples, shared.count * shape.width);
+        match_strip_rows(match, shape, views.strips[lens], plane, ptrdiff_t{t} * shape.width, shared, values);
       }
     }
   }

@@ -3,13 +3,15 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/loop_versions.hpp"
 #include "camera/trigonometry.hpp"
+#include "ring/light/spread_places.hpp"
 
 namespace biseam::ring {
 
 namespace {
 
-constexpr double kMostShare = 0.7 * kLogOne;    // of either lens: a factor of 1.62
+constexpr double kMostLog = 0.7 * kLogOne;      // of either lens: a factor of 1.62
 constexpr double kFadeAcross = 20 * kDegree;    // beyond the ring
 constexpr double kWidestPitch = 3.2 * kDegree;  // of columns
 static_assert(MatchField::kRows % kSectors == 0);
@@ -31,36 +33,48 @@ double rest_at(const LightModel& model, int channel, int row) noexcept {
   return b + 0.5 * u * ((c - a) + u * ((2 * a - 5 * b + 4 * c - d) + u * (3 * (b - c) + d - a)));
 }
 
-int16_t held(double factor) noexcept {
-  return static_cast<int16_t>(std::clamp(std::floor(factor * kLightOne + 0.5), -1.0 * kMostLight, 1.0 * kMostLight));
+int16_t held(double value, int least, int most) noexcept {
+  return static_cast<int16_t>(std::clamp(std::floor(value * kMatchOne + 0.5), 1.0 * least, 1.0 * most));
 }
+int16_t gain(double factor) noexcept { return held(factor - 1, kLeastGain, kMostGain); }
+int16_t share(double value) noexcept { return held(value, -kMostShare, kMostShare); }
 
 struct Values {
-  int16_t values[kMatchValues];
+  int16_t values[MatchPlace::kLanes];
 };
 
 // factors: of red, green and blue.  What chroma adds to luma where they differ is left out, as for the lenses' own gains.
 Values values_of(const double (&factors)[3], const Tone& tone) noexcept {
   const auto [red, green, blue] = factors;
-  if (tone.rgb) return {{held(green), held(blue), held(red), 0, 0}};
+  if (tone.rgb) return {{gain(green), gain(blue), gain(red), 0, 0}};
   constexpr double kRed = 0.2126, kBlue = 0.0722, kGreen = 1 - kRed - kBlue;
   // Shares are of luma above black, as it is shown; exact in the middle of the range, where the pivot adds its part.
   const double range = tone.white - tone.black;
   const double scale = (tone.full_range ? 1 : 224.0 / 219) * (1 + (tone.black - tone.pivot) / (0.45 * range));
   const double luma = kRed * red + kGreen * green + kBlue * blue;
   const double cb = (1 - kBlue) * blue + kBlue * green, cr = (1 - kRed) * red + kRed * green;
-  return {{held(luma), held(cb), held(cr), held(scale * (blue - luma) / (2 * (1 - kBlue) * luma)),
-           held(scale * (red - luma) / (2 * (1 - kRed) * luma))}};
+  return {{gain(luma), gain(cb), gain(cr), share(scale * (blue - luma) / (2 * (1 - kBlue) * luma)),
+           share(scale * (red - luma) / (2 * (1 - kRed) * luma))}};
 }
 
-int32_t between(int32_t a, int32_t b, int32_t past) noexcept { return a * 256 + (b - a) * past; }
-
-// Of a place in 1/256 rows and columns.
-int16_t value_at(const int16_t (&plane)[MatchField::kRows][MatchField::kMostColumns], int32_t row, int32_t column) noexcept {
-  const int r = row >> 8, c = column >> 8, next = (r + 1) % MatchField::kRows;
-  const int32_t near = between(plane[r][c], plane[r][c + 1], column & 255);
-  const int32_t far = between(plane[next][c], plane[next][c + 1], column & 255);
-  return static_cast<int16_t>((near * (256 - (row & 255)) / 256 + far * (row & 255) / 256 + 128) >> 8);
+// Linear both ways, rounded half up; rows and columns in 1/256, columns before the last.
+BISEAM_LOOP void find_places(const MatchField& field, const int32_t* rows, const int32_t* columns, MatchPlace* out,
+                             int count) noexcept {
+  for (ptrdiff_t i = 0; i < count; ++i) {
+    const int32_t row = rows[i] >> 8, column = columns[i] >> 8, next = (row + 1) % MatchField::kRows;
+    const int32_t down = rows[i] & 255, across = columns[i] & 255;
+    const int32_t far = down * (256 - across), both = down * across, near = 256 * (256 - across) - far,
+                  right = 256 * across - both;
+    const MatchPlace *const upper = field.places[row] + column, *const lower = field.places[next] + column;
+    for (int lens = 0; lens < 2; ++lens) {
+      for (int v = 0; v < MatchPlace::kLanes; ++v) {
+        out[i].values[lens][v] =
+            static_cast<int16_t>((upper[0].values[lens][v] * near + upper[1].values[lens][v] * right +
+                                  lower[0].values[lens][v] * far + lower[1].values[lens][v] * both + 32768) >>
+                                 16);
+      }
+    }
+  }
 }
 
 }  // namespace
@@ -84,53 +98,49 @@ void fill_match_field(const LightModel& model, const Tone& tone, StripShape stri
       double factors[2][3];
       for (int c = 0; c < 3; ++c) {
         const double half = 0.5 * (model.whole[c] + (fade == 0 ? 0 : fade * rest_at(model, c, row)));
-        factors[0][c] = power_of(std::clamp(half + falloff[0], -kMostShare, kMostShare));
-        factors[1][c] = power_of(std::clamp(falloff[1] - half, -kMostShare, kMostShare));
+        factors[0][c] = power_of(std::clamp(half + falloff[0], -kMostLog, kMostLog));
+        factors[1][c] = power_of(std::clamp(falloff[1] - half, -kMostLog, kMostLog));
       }
       for (int lens = 0; lens < 2; ++lens) {
         const Values values = values_of(factors[lens], tone);
-        for (int v = 0; v < kMatchValues; ++v) field.values[lens][v][row][column] = values.values[v];
+        std::copy_n(values.values, MatchPlace::kLanes, field.places[row][column].values[lens]);
       }
     }
   }
 }
 
-void match_strip_row(const MatchField& field, StripShape strip, int lens, int t, MatchRows& rows) noexcept {
-  const int32_t row = static_cast<int32_t>(int64_t{t} * (MatchField::kRows << 8) / strip.length);
-  for (int v = 0; v < kMatchValues; ++v) {
-    for (int b = 0; b < strip.width; ++b) {
-      rows.values[v][b] = value_at(field.values[lens][v], row, (b << 8 >> field.bits) + (field.before << 8));
-    }
-  }
+constinit const Variants<FindMatchPlaces> kFindMatchPlaces = loop_versions<find_places, FindMatchPlaces>;
+
+void match_strip_row(const MatchField& field, StripShape strip, int t, MatchStripRow& row) noexcept {
+  int32_t rows[MatchField::kMostColumns], columns[MatchField::kMostColumns];
+  const int count = ((strip.width - 1) >> field.bits) + 2;
+  std::fill_n(rows, count, static_cast<int32_t>(int64_t{t} * (MatchField::kRows << 8) / strip.length));
+  for (int i = 0; i < count; ++i) columns[i] = (field.before + i) << 8;
+  kFindMatchPlaces.best()(field, rows, columns, row.places, count);
 }
 
-size_t match_node_bytes(const MeshShape& shape) noexcept { return 2 * kMatchValues * node_count(shape) * sizeof(int16_t); }
-
-MatchNodes carve_match_nodes(const MeshShape& shape, void* block) noexcept {
-  MatchNodes nodes;
-  int16_t* next = static_cast<int16_t*>(block);
-  for (auto& lens : nodes.values) {
-    for (int16_t*& values : lens) {
-      values = next;
-      next += node_count(shape);
-    }
-  }
-  return nodes;
+void match_strip_values(const MatchField& field, StripShape strip, const MatchStripRow& row, int lens, int value,
+                        int16_t* out) noexcept {
+  kSpreadPlaces.best()({&row.places[0].values[lens][value], nullptr, field.bits, 0, 0}, out, strip.width);
 }
 
-void fill_match_nodes(const MatchField& field, StripShape strip, const Mesh& mesh, int row, const MatchNodes& nodes) noexcept {
+size_t match_node_bytes(const MeshShape& shape) noexcept { return node_count(shape) * sizeof(MatchPlace); }
+
+void fill_match_nodes(const MatchField& field, StripShape strip, const Mesh& mesh, int row, MatchPlace* nodes) noexcept {
+  constexpr int kAtOnce = 64;
   const ptrdiff_t first = ptrdiff_t{row} * mesh.shape.columns;
   const int32_t last = ((field.columns - 1) << 8) - 1;
-  for (ptrdiff_t i = first; i < first + mesh.shape.columns; ++i) {
-    const int32_t turn = mesh.t.values[i] & ((1 << kTurnBits) - 1);
-    // Strip samples from the middle, in 1/256.
-    const int64_t across = (int64_t{mesh.b.values[i]} * strip.length >> (kTurnBits - 8)) + ((strip.width - 1) << 7);
-    const int32_t column = static_cast<int32_t>(std::clamp<int64_t>((across >> field.bits) + (field.before << 8), 0, last));
-    for (int lens = 0; lens < 2; ++lens) {
-      for (int v = 0; v < kMatchValues; ++v) {
-        nodes.values[lens][v][i] = value_at(field.values[lens][v], turn >> (kTurnBits - 14), column);
-      }
+  for (int done = 0; done < mesh.shape.columns; done += kAtOnce) {
+    const int count = std::min(kAtOnce, mesh.shape.columns - done);
+    int32_t rows[kAtOnce], columns[kAtOnce];
+    for (int i = 0; i < count; ++i) {
+      const ptrdiff_t node = first + done + i;
+      rows[i] = (mesh.t.values[node] & ((1 << kTurnBits) - 1)) >> (kTurnBits - 14);
+      // Strip samples from the middle, in 1/256.
+      const int64_t across = (int64_t{mesh.b.values[node]} * strip.length >> (kTurnBits - 8)) + ((strip.width - 1) << 7);
+      columns[i] = static_cast<int32_t>(std::clamp<int64_t>((across >> field.bits) + (field.before << 8), 0, last));
     }
+    kFindMatchPlaces.best()(field, rows, columns, nodes + first + done, count);
   }
 }
 

@@ -10,25 +10,30 @@
 namespace biseam::ring {
 
 struct MatchedLight {
-  const MatchNodes* nodes;  // null: light isn't matched
+  const MatchPlace* nodes;  // of the mesh; null: light isn't matched
   Tone tone;
 };
 
 // One thread's, for one lens's samples of one plane in a block.
 struct MatchBlock {
-  int channels, values[4];  // which of MatchValue the channels take: factors, then shares
-  bool flat;                // the same everywhere in the block
-  alignas(64) int16_t rows[4][kBlockWidth];
+  int channels, gains[2], shares[2];  // which of MatchValue the channels take; shares < 0 for none
+  bool flat;                          // the same everywhere in the block
+  int node_row;                       // of the upper values
+  bool up, down;                      // gains above or below 0
+  // Of the rows of nodes above and below some samples; channels take turns.
+  alignas(64) int16_t gain_rows[2][2 * kBlockWidth];
+  alignas(64) int16_t share_rows[2][2 * kBlockWidth];
 };
 
-// channel: the plane's first one as frames know them; second: of a pair, else 0.
+// channels: the plane's first one as frames know them and the second of a pair, else 0.  A block's first plane comes first:
+// what it finds of the nodes holds for the others.
 void prepare_match(const MatchedLight& light, const Mesh& mesh, const Block& block, const PlaneGrid& grid, int lens,
                    const int (&channels)[2], bool pairs, MatchBlock& made) noexcept;
 
-// Rows of fine samples from first_row on, in place.  luma: for chroma only, as it is shown at the same places, fine, in rows
-// kBlockWidth apart.  count: samples of each channel in a row.
+// Rows of fine samples from first_row on, a multiple of kSharedRows, in place.  luma: for chroma only, as it is shown at the
+// same places, fine, once for each channel, in rows 2 kBlockWidth apart.  count: samples of each channel in a row.
 void match_block_rows(const MatchedLight& light, const Mesh& mesh, const Block& block, const PlaneGrid& grid, int lens,
-                      int first_row, const int16_t* luma, int16_t* samples, SharedRows rows, int count,
+                      int first_row, const int16_t* luma, int16_t* samples, FineRows rows, int count,
                       MatchBlock& made) noexcept;
 
 }  // namespace biseam::ring

@@ -36,7 +36,8 @@ double across_of(const MatchField& field, int column, StripShape strip) {
 }
 
 // Of a lens: half of the difference in logarithms, up or down.
-double share_of(int lens, double log) { return kLightOne * std::exp2((lens == 0 ? 0.5 : -0.5) * log / kLogOne); }
+double factor_of(int lens, double log) { return std::exp2((lens == 0 ? 0.5 : -0.5) * log / kLogOne); }
+double gain_of(int lens, double log) { return kMatchOne * (factor_of(lens, log) - 1); }
 
 // Columns a few degrees apart reach as far to both sides of the ring as anything is changed there.
 TEST(MatchField, ReachesTwentyDegreesBeyondTheRing) {
@@ -62,10 +63,10 @@ TEST(MatchField, EachLensTakesHalfOfTheDifference) {
     for (int lens = 0; lens < 2; ++lens) {
       for (int row = 0; row < MatchField::kRows; ++row) {
         for (int column = 0; column < field->columns; ++column) {
-          for (const int v : {first_factor, second_factor, third_factor}) {
-            ASSERT_NEAR(field->values[lens][v][row][column], share_of(lens, whole), 0.51);
+          for (const int v : {first_gain, second_gain, third_gain}) {
+            ASSERT_NEAR(field->places[row][column].values[lens][v], gain_of(lens, whole), 0.51);
           }
-          for (const int v : {first_tint, second_tint}) ASSERT_EQ(field->values[lens][v][row][column], 0);
+          for (const int v : {first_tint, second_tint}) ASSERT_EQ(field->places[row][column].values[lens][v], 0);
         }
       }
     }
@@ -77,7 +78,7 @@ TEST(MatchField, NoLensIsChangedByMoreThanSevenTenthsOfAStepOfLog2) {
     const double whole = sign * 9 * kLogOne;
     const auto field = filled({{whole, whole, whole}, {}, 0}, make_tone(Transfer::bt709, false, false));
     for (int lens = 0; lens < 2; ++lens) {
-      EXPECT_NEAR(field->values[lens][first_factor][0][0], share_of(lens, sign * 1.4 * kLogOne), 0.51);
+      EXPECT_NEAR(field->places[0][0].values[lens][first_gain], gain_of(lens, sign * 1.4 * kLogOne), 0.51);
     }
   }
 }
@@ -102,8 +103,8 @@ TEST(MatchField, GoesThroughTheSectors) {
         const double slope = (lens == 0) == (across > 0) ? model.slope * across : 0;
         for (int v = 0; v < 3; ++v) {
           const int c = kChannelOf[v];
-          EXPECT_NEAR(field->values[lens][v][row][column], share_of(lens, model.whole[c] + model.rest[sector][c] + 2 * slope),
-                      0.51);
+          EXPECT_NEAR(field->places[row][column].values[lens][v],
+                      gain_of(lens, model.whole[c] + model.rest[sector][c] + 2 * slope), 0.51);
         }
       }
     }
@@ -117,9 +118,9 @@ TEST(MatchField, FalloffIsUndoneAtTheRims) {
   for (int column = 0; column < field->columns; ++column) {
     const double across = across_of(*field, column, kStrip);
     const int rim = across > 0 ? 0 : 1;
-    EXPECT_EQ(field->values[1 - rim][first_factor][0][column], kLightOne) << across;
+    EXPECT_EQ(field->places[0][column].values[1 - rim][first_gain], 0) << across;
     if (2 * std::abs(across) > kStrip.width - 1) continue;
-    EXPECT_NEAR(field->values[rim][first_factor][0][column], share_of(0, 24 * std::abs(across)), 0.51) << across;
+    EXPECT_NEAR(field->places[0][column].values[rim][first_gain], gain_of(0, 24 * std::abs(across)), 0.51) << across;
   }
 }
 
@@ -131,7 +132,7 @@ TEST(MatchField, IsSmoothRoundTheRing) {
   for (int s = 0; s < kSectors; ++s) std::fill_n(model.rest[s], 3, wave((s + 0.5) / kSectors));
   const auto field = filled(model, make_tone(Transfer::bt709, false, false));
   for (int row = 0; row < MatchField::kRows; ++row) {
-    const double factor = double(field->values[0][first_factor][row][field->before]) / kLightOne;
+    const double factor = 1 + double(field->places[row][field->before].values[0][first_gain]) / kMatchOne;
     EXPECT_NEAR(2 * kLogOne * std::log2(factor), wave(double(row) / MatchField::kRows), 0.01 * kHeight) << row;
   }
 }
@@ -146,7 +147,7 @@ TEST(MatchField, FadesToTheWholeLens) {
   for (int column = 0; column < field->columns; ++column) {
     const double beyond = std::abs(across_of(*field, column, kStrip)) - edge, u = std::clamp(beyond / fading, 0.0, 1.0);
     const double left = u < 0.5 ? 1 - 3 * u * u + 2 * u * u * u : (1 - u) * (1 - u) * (1 + 2 * u);
-    EXPECT_NEAR(field->values[1][first_factor][7][column], share_of(1, 800 - 700 * left), 0.51) << column;
+    EXPECT_NEAR(field->places[7][column].values[1][first_gain], gain_of(1, 800 - 700 * left), 0.51) << column;
     on_the_way += u > 0 && u < 1;
   }
   EXPECT_GE(on_the_way, 8);
@@ -160,13 +161,13 @@ TEST(MatchField, ChromaIsMultipliedAsTheColoursAre) {
   for (int lens = 0; lens < 2; ++lens) {
     const auto after = [&](double y, double cb, double cr) {
       const double r = y + 2 * (1 - kR) * cr, b = y + 2 * (1 - kB) * cb, g = (y - kR * r - kB * b) / kG;
-      const double changed[3] = {r * share_of(lens, 700), g * share_of(lens, 100), b * share_of(lens, -400)};
+      const double changed[3] = {r * factor_of(lens, 700), g * factor_of(lens, 100), b * factor_of(lens, -400)};
       const double luma = kR * changed[0] + kG * changed[1] + kB * changed[2];
       return std::vector<double>{luma, (changed[2] - luma) / (2 * (1 - kB)), (changed[0] - luma) / (2 * (1 - kR))};
     };
-    EXPECT_NEAR(field->values[lens][first_factor][5][5], after(1, 0, 0)[0], 0.51);
-    EXPECT_NEAR(field->values[lens][second_factor][5][5], after(0, 1, 0)[1], 0.51);
-    EXPECT_NEAR(field->values[lens][third_factor][5][5], after(0, 0, 1)[2], 0.51);
+    EXPECT_NEAR(field->places[5][5].values[lens][first_gain], kMatchOne * (after(1, 0, 0)[0] - 1), 0.51);
+    EXPECT_NEAR(field->places[5][5].values[lens][second_gain], kMatchOne * (after(0, 1, 0)[1] - 1), 0.51);
+    EXPECT_NEAR(field->places[5][5].values[lens][third_gain], kMatchOne * (after(0, 0, 1)[2] - 1), 0.51);
   }
 }
 
@@ -179,16 +180,15 @@ TEST(MatchField, TintsGraysAsTheColoursAre) {
     const Tone tone = make_tone(Transfer::bt709, false, full_range);
     const auto field = filled(model, tone);
     for (int lens = 0; lens < 2; ++lens) {
-      const double red = share_of(lens, 500) / kLightOne, green = share_of(lens, 60) / kLightOne,
-                   blue = share_of(lens, -300) / kLightOne;
+      const double red = factor_of(lens, 500), green = factor_of(lens, 60), blue = factor_of(lens, -300);
       const double shown = 0.45 * (tone.white - tone.black), luma = kR * red + kG * green + kB * blue;
       const double above_pivot = (shown + tone.black - tone.pivot) / luma;
       const double scale = full_range ? 1 : 224.0 / 219;
       const double cb = scale * (blue - luma) * above_pivot / (2 * (1 - kB)),
                    cr = scale * (red - luma) * above_pivot / (2 * (1 - kR));
-      const double rounding = 0.51 * shown / kLightOne;
-      EXPECT_NEAR(field->values[lens][first_tint][9][4] * shown / kLightOne, cb, rounding);
-      EXPECT_NEAR(field->values[lens][second_tint][9][4] * shown / kLightOne, cr, rounding);
+      const double rounding = 0.51 * shown / kMatchOne;
+      EXPECT_NEAR(field->places[9][4].values[lens][first_tint] * shown / kMatchOne, cb, rounding);
+      EXPECT_NEAR(field->places[9][4].values[lens][second_tint] * shown / kMatchOne, cr, rounding);
     }
   }
 }
@@ -199,10 +199,10 @@ constexpr int kMostValue = 1000;
 
 std::unique_ptr<MatchField> random_field(StripShape strip, RandomSource& random) {
   auto field = planned(strip);
-  for (auto& lens : field->values) {
-    for (auto& plane : lens) {
-      for (auto& row : plane) {
-        for (int16_t& value : row) value = static_cast<int16_t>(random.between(-kMostValue, kMostValue));
+  for (auto& row : field->places) {
+    for (MatchPlace& place : row) {
+      for (auto& values : place.values) {
+        for (int16_t& value : values) value = static_cast<int16_t>(random.between(-kMostValue, kMostValue));
       }
     }
   }
@@ -210,41 +210,30 @@ std::unique_ptr<MatchField> random_field(StripShape strip, RandomSource& random)
 }
 
 double between_places(const MatchField& field, int lens, int v, double row, double column) {
-  const auto& plane = field.values[lens][v];
   const int r = int(row), c = int(column), next = (r + 1) % MatchField::kRows;
   const double down = row - r, across = column - c;
-  return (1 - down) * ((1 - across) * plane[r][c] + across * plane[r][c + 1]) +
-         down * ((1 - across) * plane[next][c] + across * plane[next][c + 1]);
+  const auto at = [&](int of_row, int of_column) { return field.places[of_row][of_column].values[lens][v]; };
+  return (1 - down) * ((1 - across) * at(r, c) + across * at(r, c + 1)) +
+         down * ((1 - across) * at(next, c) + across * at(next, c + 1));
 }
 
-// A length that is a power of two puts all samples at multiples of 1/256, so that nothing but the result is rounded.
+// Rounded halfway, too.
 TEST(MatchField, StripRowsAreLinearBetweenItsPlaces) {
   RandomSource random;
   for (const StripShape strip : {StripShape{512, 29}, StripShape{1024, 48}, StripShape{64, 5}}) {
     const auto field = random_field(strip, random);
-    auto rows = std::make_unique<MatchRows>();
+    auto places = std::make_unique<MatchStripRow>();
+    std::vector<int16_t> values(std::size_t(strip.width));
     for (int t = 0; t < strip.length; ++t) {
-      const int lens = random.between(0, 1);
-      match_strip_row(*field, strip, lens, t, *rows);
+      match_strip_row(*field, strip, t, *places);
       const double row = double(t) * MatchField::kRows / strip.length;
-      for (int v = 0; v < kMatchValues; ++v) {
-        for (int b = 0; b < strip.width; ++b) {
-          const double column = field->before + double(b) / (1 << field->bits);
-          ASSERT_NEAR(rows->values[v][b], between_places(*field, lens, v, row, column), 0.51) << t << " " << b;
-        }
+      const int lens = random.between(0, 1), v = random.between(0, kMatchValues - 1);
+      match_strip_values(*field, strip, *places, lens, v, values.data());
+      for (int b = 0; b < strip.width; ++b) {
+        const double column = field->before + double(b) / (1 << field->bits);
+        ASSERT_NEAR(values[std::size_t(b)], between_places(*field, lens, v, row, column), 1.01) << t << " " << b;
       }
     }
-  }
-}
-
-TEST(MatchNodes, LieInTheirBlockOneAfterTheOther) {
-  const MeshShape shape{256, 128, 4, 36, 20};
-  ASSERT_EQ(match_node_bytes(shape), 2 * kMatchValues * 36 * 20 * sizeof(int16_t));
-  std::vector<int16_t> block(match_node_bytes(shape) / sizeof(int16_t));
-  const MatchNodes nodes = carve_match_nodes(shape, block.data());
-  for (int lens = 0; lens < 2; ++lens) {
-    for (int v = 0; v < kMatchValues; ++v)
-      EXPECT_EQ(nodes.values[lens][v], &block[std::size_t((lens * kMatchValues + v) * 36 * 20)]);
   }
 }
 
@@ -256,9 +245,9 @@ TEST(MatchNodes, HaveTheValuesOfTheirAngles) {
   const auto field = random_field(strip, random);
   OwnMesh mesh(scaled_camera(city_square(), 480), 256, 128);
   mesh.build({20, 10, -5});
-  std::vector<int16_t> block(match_node_bytes(mesh->shape) / sizeof(int16_t));
-  const MatchNodes nodes = carve_match_nodes(mesh->shape, block.data());
-  for (int row = 0; row < mesh->shape.rows; ++row) fill_match_nodes(*field, strip, *mesh, row, nodes);
+  ASSERT_EQ(match_node_bytes(mesh->shape), node_count(mesh->shape) * sizeof(MatchPlace));
+  std::vector<MatchPlace> nodes(node_count(mesh->shape));
+  for (int row = 0; row < mesh->shape.rows; ++row) fill_match_nodes(*field, strip, *mesh, row, nodes.data());
   constexpr double kRounding = 0.51 + 3 * 2 * kMostValue / 256.0;
   int in_ring = 0, far = 0;
   for (std::size_t i = 0; i < node_count(mesh->shape); ++i) {
@@ -271,7 +260,7 @@ TEST(MatchNodes, HaveTheValuesOfTheirAngles) {
     const double row = (turns - std::floor(turns)) * MatchField::kRows;
     for (int lens = 0; lens < 2; ++lens) {
       for (int v = 0; v < kMatchValues; ++v) {
-        ASSERT_NEAR(nodes.values[lens][v][i], between_places(*field, lens, v, row, held), kRounding) << turns << " " << across;
+        ASSERT_NEAR(nodes[i].values[lens][v], between_places(*field, lens, v, row, held), kRounding) << turns << " " << across;
       }
     }
   }

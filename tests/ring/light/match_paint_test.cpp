@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "ring/light/match_chroma_rows.hpp"
 #include "support/random_source.hpp"
 
 namespace biseam::test {
@@ -17,36 +18,35 @@ using namespace ring;
 constexpr int kLens = 1;
 constexpr Tone kTone{16 << 6, 235 << 6, -5 << 6, false, false}, kRgbTone{0, 255 << 6, -9 << 6, true, true};
 
-// Nodes of a panorama of 256 x 128 with factors and shares of all kinds.
+// Nodes of a panorama of 256 x 128 with gains and shares of all kinds.
 struct OwnNodes {
-  std::vector<int16_t> block;
-  MatchNodes nodes;
+  std::vector<MatchPlace> nodes;
   Mesh mesh{};
 
   OwnNodes(int spacing_bits, RandomSource& random) {
     mesh.shape = {256, 128, spacing_bits, (512 >> spacing_bits) + 4, (256 >> spacing_bits) + 4};
-    block.resize(match_node_bytes(mesh.shape) / sizeof(int16_t));
-    nodes = carve_match_nodes(mesh.shape, block.data());
-    for (auto& lens : nodes.values) {
-      for (int v = 0; v < kMatchValues; ++v) {
-        for (std::size_t i = 0; i < node_count(mesh.shape); ++i) {
-          lens[v][i] = static_cast<int16_t>(v < first_tint ? random.between(kLightOne * 3 / 5, kMostMatch)
-                                                           : random.between(-kLightOne / 12, kLightOne / 12));
+    nodes.resize(node_count(mesh.shape));
+    for (MatchPlace& node : nodes) {
+      for (auto& values : node.values) {
+        for (int v = 0; v < kMatchValues; ++v) {
+          values[v] = static_cast<int16_t>(v < first_tint ? random.between(kLeastGain, kMostGain)
+                                                          : random.between(-kMatchOne / 12, kMatchOne / 12));
         }
       }
     }
   }
 
-  int16_t& at(int v, int column, int row) { return nodes.values[kLens][v][(row + 1) * mesh.shape.columns + column + 1]; }
+  int16_t& at(int v, int column, int row) {
+    return nodes[std::size_t((row + 1) * mesh.shape.columns + column + 1)].values[kLens][v];
+  }
 
-  // Linear between the nodes; the place is in half pixels.
+  // Linear between the nodes, along rows of them first; the place is in half pixels.
   int16_t between(int v, int x, int y) {
     const double apart = 1 << mesh.shape.spacing_bits;
     const int column = int(x / apart), row = int(y / apart);
     const double across = x / apart - column, down = y / apart - row;
-    const double upper = at(v, column, row) * (1 - across) + at(v, column + 1, row) * across;
-    const double lower = at(v, column, row + 1) * (1 - across) + at(v, column + 1, row + 1) * across;
-    return int16_t(std::floor(upper * (1 - down) + lower * down + 0.5));
+    const auto along = [&](int r) { return std::floor(at(v, column, r) * (1 - across) + at(v, column + 1, r) * across + 0.5); };
+    return int16_t(along(row) + std::floor((along(row + 1) - along(row)) * down + 0.5));
   }
 };
 
@@ -65,13 +65,13 @@ constexpr Plane kPlanes[] = {{kTone, {0, 0}, false, {}},           {kTone, {1, 2
 
 // One sample in the light of its place alone.
 int16_t matched(const Plane& plane, OwnNodes& own, int channel, int x, int y, int16_t sample, int16_t luma) {
-  const int16_t factor = own.between(first_factor + channel, x, y);
+  const int16_t gain = own.between(first_gain + channel, x, y);
+  const MatchGains gains{{&gain, &gain, 0, 0}, true, true};
   if (plane.tone.rgb || channel == 0) {
-    kMatchRows.scalar(&sample, {1, 1}, &factor, plane.tone, 1);
+    kMatchRows.scalar(&sample, {1, 1}, gains, plane.tone, 1);
   } else {
     const int16_t share = own.between(first_tint + channel - 1, x, y);
-    kMatchChromaRows.scalar(&sample, {1, 1},
-                            {{&factor, nullptr}, {&share, nullptr}, &luma, 1, plane.tone.black, plane.tone.white}, 1, 1);
+    kMatchChromaRows.scalar(&sample, {1, 1}, {gains, {&share, &share, 0, 0}, &luma, 1, {channel, channel}}, plane.tone, 1);
   }
   return sample;
 }
@@ -79,25 +79,26 @@ int16_t matched(const Plane& plane, OwnNodes& own, int channel, int x, int y, in
 // Rows of a plane in a block, as match_block_rows() makes them: each sample is that of its place, in the light of the row in
 // the middle of those that share theirs.
 void expect_matched(const Plane& plane, OwnNodes& own, const Block& block, RandomSource& random, bool flat) {
-  const MatchedLight light{&own.nodes, plane.tone};
+  const MatchedLight light{own.nodes.data(), plane.tone};
   auto made = std::make_unique<MatchBlock>();
+  prepare_match(light, own.mesh, block, {}, kLens, {0, 0}, false, *made);
   prepare_match(light, own.mesh, block, plane.grid, kLens, plane.channels, plane.pairs, *made);
   EXPECT_EQ(made->flat, flat);
   const int count = block.width >> plane.grid.bits_x, each = plane.pairs ? 2 : 1, stride = count * each + 3;
-  for (int first = 0; first + kSharedRows <= block.height >> plane.grid.bits_y; first += kSharedRows) {
-    const int rows = random.between(1, kSharedRows);
+  const int all = block.height >> plane.grid.bits_y;
+  for (int first = 0; first < all; first += kSharedRows) {
+    const int rows = random.between(1, all - first);
     std::vector<int16_t> samples, luma;
     for (int i = 0; i < rows * stride; ++i) samples.push_back(static_cast<int16_t>(random.between(0, kMaxFine)));
-    for (int i = 0; i < rows * kBlockWidth; ++i) luma.push_back(static_cast<int16_t>(random.between(0, kMaxFine)));
+    for (int i = 0; i < rows * 2 * kBlockWidth; ++i) luma.push_back(static_cast<int16_t>(random.between(0, kMaxFine)));
     std::vector<int16_t> wanted = samples;
     for (int row = 0; row < rows; ++row) {
-      for (int i = 0; i < count; ++i) {
-        for (int c = 0; c < each; ++c) {
-          int16_t& sample = wanted[std::size_t(row * stride + i * each + c)];
-          const int x = 2 * (block.x + (i << plane.grid.bits_x)) + plane.grid.half_x,
-                    y = 2 * (block.y + ((first + kSharedRows / 2) << plane.grid.bits_y)) + plane.grid.half_y;
-          sample = matched(plane, own, plane.channels[c], x, y, sample, luma[std::size_t(row * kBlockWidth + i)]);
-        }
+      const int middle = first + row / kSharedRows * kSharedRows + kSharedRows / 2;
+      for (int i = 0; i < count * each; ++i) {
+        int16_t& sample = wanted[std::size_t(row * stride + i)];
+        const int x = 2 * (block.x + ((i / each) << plane.grid.bits_x)) + plane.grid.half_x,
+                  y = 2 * (block.y + (middle << plane.grid.bits_y)) + plane.grid.half_y;
+        sample = matched(plane, own, plane.channels[i % each], x, y, sample, luma[std::size_t(row * 2 * kBlockWidth + i)]);
       }
     }
     match_block_rows(light, own.mesh, block, plane.grid, kLens, first, luma.data(), samples.data(), {rows, stride}, count,
@@ -132,8 +133,8 @@ TEST(MatchPaint, FlatBlocksAreToldByTheirNodes) {
     }
     expect_matched(plane, own, kBlock, random, true);
     // The first of them, or the last one, of one of the plane's values.
-    const int factor = first_factor + plane.channels[plane.pairs ? 1 : 0];
-    for (const int v : {factor, plane.tone.rgb || factor == first_factor ? factor : factor - second_factor + first_tint}) {
+    const int gain = first_gain + plane.channels[plane.pairs ? 1 : 0];
+    for (const int v : {gain, plane.tone.rgb || gain == first_gain ? gain : gain - second_gain + first_tint}) {
       for (const auto& [column, row] : {std::pair{8, 4}, std::pair{16, 8}}) {
         int16_t& node = own.at(v, column, row);
         ++node;

@@ -18,6 +18,14 @@ double light_of_bt709(double code) { return code < 0.081 ? code / 4.5 : std::pow
 double recorded_by_srgb(double light) { return light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1 / 2.4) - 0.055; }
 double light_of_srgb(double code) { return code <= 0.04045 ? code / 12.92 : std::pow((code + 0.055) / 1.055, 2.4); }
 
+// Of one sample.
+int matched(int code, int gain, const Tone& tone) {
+  int16_t sample = int16_t(code);
+  const int16_t gains = int16_t(gain);
+  kMatchRows.scalar(&sample, {1, 1}, {{&gains, &gains, 0, 0}, true, true}, tone, 1);
+  return sample;
+}
+
 // Codes of light that is g times as strong, by the transfer curves themselves.
 TEST(MatchRows, MultipliesLinearLight) {
   struct Curve {
@@ -30,12 +38,14 @@ TEST(MatchRows, MultipliesLinearLight) {
                              Curve{Transfer::srgb, recorded_by_srgb, light_of_srgb, 1 / 2.4}}) {
     const Tone tone = make_tone(curve.transfer, false, false);
     for (const double stops : {-1.0, -0.5, -0.1, 0.0, 0.1, 0.5, 1.0}) {
-      const int16_t factor = int16_t(std::lround(kLightOne * std::exp2(stops * curve.exponent)));
+      const int gain = int(std::lround(kMatchOne * (std::exp2(stops * curve.exponent) - 1)));
+      // Where f > 1 goes on to white by a third of the slope.
+      const double shoulder =
+          1 - std::max(0.0, gain * (tone.white - tone.pivot) / (2.0 * kMatchOne * (tone.white - tone.black)));
       for (double code = 0; code < 1; code += 0.003) {
         const double exact = curve.record(std::exp2(stops) * curve.light(code));
-        if (exact > 1 || (stops < 0 && code > 0.8)) continue;  // white has a rule of its own
-        int16_t sample = int16_t(std::lround(64 * (16 + 219 * code)));
-        kMatchRows.scalar(&sample, {1, 1}, &factor, tone, 1);
+        if (exact > shoulder || (stops < 0 && code > 0.8)) continue;  // white has a rule of its own
+        const int sample = matched(int(std::lround(64 * (16 + 219 * code))), gain, tone);
         // The darkest codes, by a line whose slope is only about the light's: up to 5 % of 8 % of the range.
         ASSERT_NEAR(sample / 64.0, 16 + 219 * exact, code < 0.15 ? 2 : 0.05) << stops << " EV, code " << code;
       }
@@ -43,107 +53,79 @@ TEST(MatchRows, MultipliesLinearLight) {
   }
 }
 
-TEST(MatchRows, KeepsBlackAndWhite) {
+TEST(MatchRows, KeepBlackAndWhite) {
   const Tone tone = make_tone(Transfer::bt709, false, false);
-  for (int16_t factor = kLightOne * 3 / 5; factor <= kMostMatch; factor = int16_t(factor + 101)) {
-    int16_t black = 16 << 6, white = 235 << 6, beyond = 250 << 6;
-    kMatchRows.scalar(&black, {1, 1}, &factor, tone, 1);
-    EXPECT_EQ(black, 16 << 6) << factor;
-    if (factor >= kLightOne) continue;
-    kMatchRows.scalar(&white, {1, 1}, &factor, tone, 1);
-    EXPECT_EQ(white, 235 << 6) << factor;
-    kMatchRows.scalar(&beyond, {1, 1}, &factor, tone, 1);
-    EXPECT_EQ(beyond, 250 << 6) << factor;
+  for (int gain = kLeastGain; gain <= kMostGain; gain += 101) {
+    EXPECT_NEAR(matched(16 << 6, gain, tone), 16 << 6, 1) << gain;
+    EXPECT_NEAR(matched(235 << 6, gain, tone), 235 << 6, 2) << gain;
+    EXPECT_EQ(matched(250 << 6, gain, tone), 250 << 6) << gain;
   }
 }
 
-TEST(MatchRows, NeverTurnsTheOrderOfCodesRound) {
+TEST(MatchRows, NeverTurnTheOrderOfCodesRound) {
   for (const Transfer transfer : {Transfer::bt709, Transfer::srgb, Transfer::power, Transfer::log}) {
     const Tone tone = make_tone(transfer, false, false);
-    for (int16_t factor = kLightOne * 3 / 5; factor <= kMostMatch; factor = int16_t(factor + 97)) {
-      int16_t before = INT16_MIN;
+    for (int gain = kLeastGain; gain <= kMostGain; gain += 97) {
+      int before = INT16_MIN;
       for (int code = 0; code <= kMaxFine; code += 3) {
-        int16_t sample = int16_t(code);
-        kMatchRows.scalar(&sample, {1, 1}, &factor, tone, 1);
-        ASSERT_GE(sample, before) << factor << " at " << code;
-        before = sample;
+        const int now = matched(code, gain, tone);
+        ASSERT_GE(now, before - 1) << gain << " at " << code;  // products are rounded one by one
+        before = now;
       }
     }
   }
 }
 
-TEST(MatchChromaRows, TintsByLumaButNotWhite) {
-  const int16_t factor = kLightOne, share = kLightOne / 16;
-  const auto tinted = [&](int luma) {
-    int16_t sample = 128 << 6;
-    const int16_t fine = int16_t(luma << 6);
-    kMatchChromaRows.scalar(&sample, {1, 1}, {{&factor, nullptr}, {&share, nullptr}, &fine, 1, 16 << 6, 235 << 6}, 1, 1);
-    return sample - (128 << 6);
-  };
-  EXPECT_EQ(tinted(16), 0);
-  EXPECT_EQ(tinted(5), 0);
-  EXPECT_EQ(tinted(116), 100 * 64 / 16);
-  EXPECT_EQ(tinted(225), 40 * 64 / 16);
-  EXPECT_EQ(tinted(235), 0);
-  EXPECT_EQ(tinted(255), 0);
-}
-
-// What stands between the rows stays as it is.
-TEST(MatchRows, GoFromRowToRow) {
-  const Tone tone = make_tone(Transfer::bt709, false, false);
-  const std::vector<int16_t> factors = {kLightOne * 3 / 4, kLightOne * 5 / 4};
-  std::vector<int16_t> samples, expected;
-  for (int i = 0; i < 9; ++i) samples.push_back(static_cast<int16_t>((40 + 20 * i) << 6));
-  expected = samples;
-  for (int row = 0; row < 3; ++row) kMatchRows.scalar(&expected[std::size_t(3 * row)], {1, 2}, factors.data(), tone, 2);
-  kMatchRows.scalar(samples.data(), {3, 3}, factors.data(), tone, 2);
-  EXPECT_EQ(samples, expected);
-  const std::vector<int16_t> luma = samples;
-  const std::vector<int16_t> shares = {kLightOne / 8, -kLightOne / 16};
-  MatchChroma chroma{{factors.data(), nullptr}, {shares.data(), nullptr}, luma.data(), 4, 16 << 6, 235 << 6};
-  kMatchChromaRows.scalar(samples.data(), {2, 3}, chroma, 1, 2);
-  for (int row = 0; row < 2; ++row, chroma.luma += 4) {
-    kMatchChromaRows.scalar(&expected[std::size_t(3 * row)], {1, 2}, chroma, 1, 2);
+// Brighter codes near white stay apart by a third of f at least.
+TEST(MatchRows, ClipNothing) {
+  for (const bool full_range : {false, true}) {
+    const Tone tone = make_tone(Transfer::bt709, false, full_range);
+    for (int gain = 1; gain <= kMostGain; gain += 211) {
+      const double factor = 1 + double(gain) / kMatchOne;
+      for (int code = tone.white / 2; code + 64 < tone.white; code += 5) {
+        const int here = matched(code, gain, tone), next = matched(code + 64, gain, tone);
+        ASSERT_GE(next - here, 64 * factor / 3 - 2) << gain << " at " << code;
+        ASSERT_LT(here, tone.white) << gain << " at " << code;
+      }
+    }
   }
-  EXPECT_EQ(samples, expected);
 }
 
-TEST(LumaMeans, AreOfTheSamplesThatAChromaSampleStandsFor) {
-  const std::vector<uint8_t> bytes = {1, 3, 7, 8, 2, 4, 9, 200};
-  int16_t out[4];
-  kLumaMeans.scalar({{bytes.data(), bytes.data() + 4}, 2, 2, false, 8, 0}, out, 2);
-  EXPECT_EQ(out[0], (1 + 3 + 2 + 4) * 16);
-  EXPECT_EQ(out[1], (7 + 8 + 9 + 200) * 16);
-  kLumaMeans.scalar({{bytes.data(), nullptr}, 2, 1, false, 8, 0}, out, 2);
-  EXPECT_EQ(out[0], 4 * 32);
-  kLumaMeans.scalar({{bytes.data(), nullptr}, 1, 1, false, 8, 0}, out, 4);
-  EXPECT_EQ(out[3], 8 * 64);
-  const std::vector<uint16_t> words = {1023 << 6, 1 << 6};
-  kLumaMeans.scalar({{words.data(), nullptr}, 1, 1, true, 10, 6}, out, 2);
-  EXPECT_EQ(out[0], 1023 * 16);
-  EXPECT_EQ(out[1], 16);
-}
-
-TEST(SpreadNodes, GoesLinearlyFromNodeToNode) {
+// Rows that are told of one direction only are the same.
+TEST(MatchRows, KnowWhetherGainsAreUpOrDown) {
   RandomSource random;
-  for (int round = 0; round < 300; ++round) {
-    const int bits = random.between(0, 6), apart = 1 << bits, step_bits = 1 + random.between(0, 1),
-              count = random.between(1, 64);
-    std::vector<int16_t> upper, lower;
-    for (int i = 0; i < 64 * 4 + 3; ++i) {
-      upper.push_back(int16_t(random.between(-32767, 32767)));
-      lower.push_back(int16_t(random.between(-32767, 32767)));
-    }
-    const int below = random.between(0, apart - 1), start = random.between(0, apart - 1);
-    int16_t out[64];
-    kSpreadNodes.scalar({upper.data(), lower.data(), below, bits, start, step_bits}, out, count);
-    for (int i = 0; i < count; ++i) {
-      const double place = double(start + (i << step_bits)) / apart, past = place - std::floor(place);
-      const std::size_t column = std::size_t(place);
-      const auto down = [&](std::size_t c) { return upper[c] + (lower[c] - upper[c]) * double(below) / apart; };
-      ASSERT_EQ(out[i], std::floor(down(column) * (1 - past) + down(column + 1) * past + 0.5)) << bits << " " << i;
+  const Tone tone = make_tone(Transfer::srgb, false, true);
+  for (int code = 0; code <= kMaxFine; ++code) {
+    for (const bool up : {false, true}) {
+      const int16_t gain = int16_t(up ? random.between(0, kMostGain) : random.between(kLeastGain, 0));
+      int16_t sample = int16_t(code);
+      kMatchRows.scalar(&sample, {1, 1}, {{&gain, &gain, 0, 0}, up, !up}, tone, 1);
+      ASSERT_EQ(sample, matched(code, gain, tone)) << gain;
     }
   }
+}
+
+// What stands between the rows stays as it is, and every few rows have gains of their own.
+TEST(MatchRows, GoFromRowToRow) {
+  RandomSource random;
+  const Tone tone = make_tone(Transfer::bt709, false, false);
+  constexpr int kRows = 11, kCount = 38, kPitch = 41, kBelow = 3000, kStep = 9000;
+  std::vector<int16_t> upper, lower, samples;
+  for (int i = 0; i < kCount; ++i) {
+    upper.push_back(int16_t(random.between(kLeastGain, kMostGain)));
+    lower.push_back(int16_t(random.between(kLeastGain, kMostGain)));
+  }
+  for (int i = 0; i < kRows * kPitch; ++i) samples.push_back(int16_t(random.between(0, kMaxFine)));
+  std::vector<int16_t> expected = samples;
+  for (int row = 0; row < kRows; ++row) {
+    const double below = (kBelow + row / kSharedRows * kStep) / 32768.0;
+    for (std::size_t i = 0; i < kCount; ++i) {
+      int16_t& sample = expected[std::size_t(row * kPitch) + i];
+      sample = int16_t(matched(sample, int(upper[i] + std::floor((lower[i] - upper[i]) * below + 0.5)), tone));
+    }
+  }
+  kMatchRows.scalar(samples.data(), {kRows, kPitch}, {{upper.data(), lower.data(), kBelow, kStep}, true, true}, tone, kCount);
+  EXPECT_EQ(samples, expected);
 }
 
 }  // namespace
