@@ -70,7 +70,8 @@ bool Engine::take_memory() noexcept {
     }
     if (config_.match_light) {
       match_ = reinterpret_cast<LightMatch*>(pieces.take(sizeof(LightMatch)));
-      match_nodes_ = reinterpret_cast<MatchPlace*>(pieces.take(match_node_bytes(mesh_shape_)));
+      char* const nodes = pieces.take(match_node_bytes(mesh_shape_));
+      if (pieces.block != nullptr) match_nodes_ = carve_match_nodes(mesh_shape_, nodes);
     }
     char* moved = nullptr;
     if (config_.match_near && can_find_disparities(near_shape(ring_.strip))) {
@@ -127,7 +128,7 @@ void Engine::describe_fisheyes(const PicturePlanes fisheyes[2]) noexcept {
   painting_.mesh = &mesh_;
   painting_.quality = config_.quality;
   painting_.lights = lights_;
-  painting_.match = {match_ != nullptr ? match_nodes_ : nullptr, tone_of(config_)};
+  painting_.match = {match_ != nullptr ? &match_nodes_ : nullptr, tone_of(config_)};
   for (int plane = 0; plane < painting_.picture.planes; ++plane) {
     const PlaneFormat& format = painting_.picture.plane[plane];
     for (int lens = 0; lens < 2; ++lens) {

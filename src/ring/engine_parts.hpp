@@ -98,9 +98,9 @@ class Engine {
   StripViews strip_views_;
   PaintMemory* memories_;
   LightMatch* match_ = nullptr;  // null: light isn't matched
-  MatchPlace* match_nodes_;      // of the mesh
-  SeamMemory seam_memory_;       // of steady seams
-  NearMatch* near_ = nullptr;    // null: near things stay apart
+  MatchNodes match_nodes_;
+  SeamMemory seam_memory_;     // of steady seams
+  NearMatch* near_ = nullptr;  // null: near things stay apart
   Mesh moved_mesh_;
   SceneWatch scene_{};
 

@@ -75,8 +75,9 @@ void call_find_places(KernelCall& call, FindMatchPlaces* find) {
   constexpr int kColumns = 37;
   auto field = std::make_unique<MatchField>();
   constexpr std::size_t kPlace = sizeof(MatchPlace) / sizeof(int16_t);
+  const int lens = call.number(0, 1);
   const int16_t* values = call.input<int16_t>(MatchField::kRows * kColumns * kPlace, -kMatchOne, kMatchOne);
-  for (auto& row : field->places) {
+  for (auto& row : field->places[lens]) {
     std::memcpy(row, values, kColumns * sizeof(MatchPlace));
     values += kColumns * kPlace;
   }
@@ -85,7 +86,7 @@ void call_find_places(KernelCall& call, FindMatchPlaces* find) {
   int16_t* found = call.output<int16_t>(count * kPlace);
   std::vector<MatchPlace> places(count);
   call.run([&] {
-    find(*field, rows, columns, places.data(), call.size());
+    find(*field, lens, rows, columns, places.data(), call.size());
     std::memcpy(found, places.data(), count * sizeof(MatchPlace));
   });
 }

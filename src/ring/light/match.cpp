@@ -65,14 +65,14 @@ void match_strips(const LightMatch& match, const StripPlan& plan, const StripVie
   const StripShape shape = plan.config.shape;
   MatchStripRow row;
   StripValues values;
-  for (int t = first_row; t < end_row; t += kSharedRows) {
-    match_strip_row(match.field, shape, t + kSharedRows / 2, row);
-    const FineRows shared{std::min(kSharedRows, end_row - t), shape.width};
-    for (int lens = 0; lens < 2; ++lens) {
+  for (int lens = 0; lens < 2; ++lens) {
+    for (int t = first_row; t < end_row; t += kSharedRows) {
+      match_strip_row(match.field, shape, lens, t + kSharedRows / 2, row);
+      const FineRows shared{std::min(kSharedRows, end_row - t), shape.width};
       for (int plane = 0; plane < plan.config.planes; ++plane) {
-        match_strip_values(match.field, shape, row, lens, first_gain + plane, values.gains);
+        match_strip_values(match.field, shape, row, first_gain + plane, values.gains);
         if (plane > 0 && !match.tone.rgb) {
-          match_strip_values(match.field, shape, row, lens, first_tint + plane - 1, values.shares);
+          match_strip_values(match.field, shape, row, first_tint + plane - 1, values.shares);
         }
         match_strip_rows(match, shape, views.strips[lens], plane, ptrdiff_t{t} * shape.width, shared, values);
       }

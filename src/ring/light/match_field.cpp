@@ -39,12 +39,10 @@ int16_t held(double value, int least, int most) noexcept {
 int16_t gain(double factor) noexcept { return held(factor - 1, kLeastGain, kMostGain); }
 int16_t share(double value) noexcept { return held(value, -kMostShare, kMostShare); }
 
-struct Values {
-  int16_t values[MatchPlace::kLanes];
-};
+double held_log(double log) noexcept { return std::clamp(log, -2 * kMostLog, 2 * kMostLog); }
 
 // factors: of red, green and blue.  What chroma adds to luma where they differ is left out, as for the lenses' own gains.
-Values values_of(const double (&factors)[3], const Tone& tone) noexcept {
+MatchPlace place_of(const double (&factors)[3], const Tone& tone) noexcept {
   const auto [red, green, blue] = factors;
   if (tone.rgb) return {{gain(green), gain(blue), gain(red), 0, 0}};
   constexpr double kRed = 0.2126, kBlue = 0.0722, kGreen = 1 - kRed - kBlue;
@@ -57,22 +55,19 @@ Values values_of(const double (&factors)[3], const Tone& tone) noexcept {
            share(scale * (red - luma) / (2 * (1 - kRed) * luma))}};
 }
 
-// Linear both ways, rounded half up; rows and columns in 1/256, columns before the last.
-BISEAM_LOOP void find_places(const MatchField& field, const int32_t* rows, const int32_t* columns, MatchPlace* out,
+BISEAM_LOOP void find_places(const MatchField& field, int lens, const int32_t* rows, const int32_t* columns, MatchPlace* out,
                              int count) noexcept {
+  const auto& places = field.places[lens];
   for (ptrdiff_t i = 0; i < count; ++i) {
     const int32_t row = rows[i] >> 8, column = columns[i] >> 8, next = (row + 1) % MatchField::kRows;
     const int32_t down = rows[i] & 255, across = columns[i] & 255;
     const int32_t far = down * (256 - across), both = down * across, near = 256 * (256 - across) - far,
                   right = 256 * across - both;
-    const MatchPlace *const upper = field.places[row] + column, *const lower = field.places[next] + column;
-    for (int lens = 0; lens < 2; ++lens) {
-      for (int v = 0; v < MatchPlace::kLanes; ++v) {
-        out[i].values[lens][v] =
-            static_cast<int16_t>((upper[0].values[lens][v] * near + upper[1].values[lens][v] * right +
-                                  lower[0].values[lens][v] * far + lower[1].values[lens][v] * both + 32768) >>
-                                 16);
-      }
+    const MatchPlace *const upper = places[row] + column, *const lower = places[next] + column;
+    for (int v = 0; v < MatchPlace::kLanes; ++v) {
+      out[i].values[v] = static_cast<int16_t>((upper[0].values[v] * near + upper[1].values[v] * right +
+                                               lower[0].values[v] * far + lower[1].values[v] * both + 32768) >>
+                                              16);
     }
   }
 }
@@ -89,44 +84,47 @@ void plan_match_field(StripShape strip, MatchField& field) noexcept {
 }
 
 void fill_match_field(const LightModel& model, const Tone& tone, StripShape strip, MatchField& field) noexcept {
-  for (int row = 0; row < MatchField::kRows; ++row) {
-    for (int column = 0; column < field.columns; ++column) {
-      const double across = static_cast<double>((column - field.before) * (1 << field.bits)) - 0.5 * (strip.width - 1);
-      const double fade = fade_at(across, strip);
-      // Where lens 0 is at its rim, lens 1 has the ring's middle behind it, and the other way round.
-      const double falloff[2] = {fade * model.slope * std::max(across, 0.0), -fade * model.slope * std::min(across, 0.0)};
+  const double most = power_of(kMostLog), least = 1 / most;
+  for (int column = 0; column < field.columns; ++column) {
+    const double across = static_cast<double>((column - field.before) * (1 << field.bits)) - 0.5 * (strip.width - 1);
+    const double fade = fade_at(across, strip);
+    // Where lens 0 is at its rim, lens 1 has the ring's middle behind it, and the other way round.
+    const double falloff[2] = {power_of(held_log(fade * model.slope * std::max(across, 0.0))),
+                               power_of(held_log(-fade * model.slope * std::min(across, 0.0)))};
+    for (int row = 0; row < MatchField::kRows; ++row) {
       double factors[2][3];
       for (int c = 0; c < 3; ++c) {
-        const double half = 0.5 * (model.whole[c] + (fade == 0 ? 0 : fade * rest_at(model, c, row)));
-        factors[0][c] = power_of(std::clamp(half + falloff[0], -kMostLog, kMostLog));
-        factors[1][c] = power_of(std::clamp(falloff[1] - half, -kMostLog, kMostLog));
+        const double half = power_of(held_log(0.5 * (model.whole[c] + (fade == 0 ? 0 : fade * rest_at(model, c, row)))));
+        factors[0][c] = std::clamp(half * falloff[0], least, most);
+        factors[1][c] = std::clamp(falloff[1] / half, least, most);
       }
-      for (int lens = 0; lens < 2; ++lens) {
-        const Values values = values_of(factors[lens], tone);
-        std::copy_n(values.values, MatchPlace::kLanes, field.places[row][column].values[lens]);
-      }
+      for (int lens = 0; lens < 2; ++lens) field.places[lens][row][column] = place_of(factors[lens], tone);
     }
   }
 }
 
 constinit const Variants<FindMatchPlaces> kFindMatchPlaces = loop_versions<find_places, FindMatchPlaces>;
 
-void match_strip_row(const MatchField& field, StripShape strip, int t, MatchStripRow& row) noexcept {
+void match_strip_row(const MatchField& field, StripShape strip, int lens, int t, MatchStripRow& row) noexcept {
   int32_t rows[MatchField::kMostColumns], columns[MatchField::kMostColumns];
   const int count = ((strip.width - 1) >> field.bits) + 2;
   std::fill_n(rows, count, static_cast<int32_t>(int64_t{t} * (MatchField::kRows << 8) / strip.length));
   for (int i = 0; i < count; ++i) columns[i] = (field.before + i) << 8;
-  kFindMatchPlaces.best()(field, rows, columns, row.places, count);
+  kFindMatchPlaces.best()(field, lens, rows, columns, row.places, count);
 }
 
-void match_strip_values(const MatchField& field, StripShape strip, const MatchStripRow& row, int lens, int value,
-                        int16_t* out) noexcept {
-  kSpreadPlaces.best()({&row.places[0].values[lens][value], nullptr, field.bits, 0, 0}, out, strip.width);
+void match_strip_values(const MatchField& field, StripShape strip, const MatchStripRow& row, int value, int16_t* out) noexcept {
+  kSpreadPlaces.best()({&row.places[0].values[value], nullptr, field.bits, 0, 0}, out, strip.width);
 }
 
-size_t match_node_bytes(const MeshShape& shape) noexcept { return node_count(shape) * sizeof(MatchPlace); }
+size_t match_node_bytes(const MeshShape& shape) noexcept { return 2 * node_count(shape) * sizeof(MatchPlace); }
 
-void fill_match_nodes(const MatchField& field, StripShape strip, const Mesh& mesh, int row, MatchPlace* nodes) noexcept {
+MatchNodes carve_match_nodes(const MeshShape& shape, void* block) noexcept {
+  MatchPlace* const first = static_cast<MatchPlace*>(block);
+  return {{first, first + node_count(shape)}};
+}
+
+void fill_match_nodes(const MatchField& field, StripShape strip, const Mesh& mesh, int row, const MatchNodes& nodes) noexcept {
   constexpr int kAtOnce = 64;
   const ptrdiff_t first = ptrdiff_t{row} * mesh.shape.columns;
   const int32_t last = ((field.columns - 1) << 8) - 1;
@@ -140,7 +138,9 @@ void fill_match_nodes(const MatchField& field, StripShape strip, const Mesh& mes
       const int64_t across = (int64_t{mesh.b.values[node]} * strip.length >> (kTurnBits - 8)) + ((strip.width - 1) << 7);
       columns[i] = static_cast<int32_t>(std::clamp<int64_t>((across >> field.bits) + (field.before << 8), 0, last));
     }
-    kFindMatchPlaces.best()(field, rows, columns, nodes + first + done, count);
+    for (int lens = 0; lens < 2; ++lens) {
+      kFindMatchPlaces.best()(field, lens, rows, columns, nodes.places[lens] + first + done, count);
+    }
   }
 }
 

@@ -17,7 +17,7 @@ namespace biseam::ring {
 struct MatchField {
   static constexpr int kRows = 64, kMostColumns = 96;
   int bits, before, columns;
-  MatchPlace places[kRows][kMostColumns];
+  MatchPlace places[2][kRows][kMostColumns];  // by lens
 };
 
 void plan_match_field(StripShape strip, MatchField& field) noexcept;
@@ -27,7 +27,7 @@ void plan_match_field(StripShape strip, MatchField& field) noexcept;
 void fill_match_field(const LightModel& model, const Tone& tone, StripShape strip, MatchField& field) noexcept;
 
 // Places of the field, in 1/256 of rows and columns, columns before the last one: linear both ways, rounded half up.
-using FindMatchPlaces = void(const MatchField& field, const int32_t* rows, const int32_t* columns, MatchPlace* out,
+using FindMatchPlaces = void(const MatchField& field, int lens, const int32_t* rows, const int32_t* columns, MatchPlace* out,
                              int count) noexcept;
 extern constinit const Variants<FindMatchPlaces> kFindMatchPlaces;
 
@@ -35,13 +35,16 @@ extern constinit const Variants<FindMatchPlaces> kFindMatchPlaces;
 struct MatchStripRow {
   MatchPlace places[MatchField::kMostColumns];
 };
-void match_strip_row(const MatchField& field, StripShape strip, int t, MatchStripRow& row) noexcept;
-void match_strip_values(const MatchField& field, StripShape strip, const MatchStripRow& row, int lens, int value,
-                        int16_t* out) noexcept;
+void match_strip_row(const MatchField& field, StripShape strip, int lens, int t, MatchStripRow& row) noexcept;
+void match_strip_values(const MatchField& field, StripShape strip, const MatchStripRow& row, int value, int16_t* out) noexcept;
 
-// At the nodes of a mesh: as many as it has.
+// At the nodes of a mesh, of either lens.
+struct MatchNodes {
+  MatchPlace* places[2];
+};
 size_t match_node_bytes(const MeshShape& shape) noexcept;
+MatchNodes carve_match_nodes(const MeshShape& shape, void* block) noexcept;
 // A row of nodes.
-void fill_match_nodes(const MatchField& field, StripShape strip, const Mesh& mesh, int row, MatchPlace* nodes) noexcept;
+void fill_match_nodes(const MatchField& field, StripShape strip, const Mesh& mesh, int row, const MatchNodes& nodes) noexcept;
 
 }  // namespace biseam::ring

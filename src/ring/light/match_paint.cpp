@@ -24,12 +24,10 @@ ptrdiff_t index_of(const MeshShape& shape, int column, int row) noexcept {
   return ptrdiff_t{row + 1} * shape.columns + column + 1;
 }
 
-bool is_same(const MatchPlace& a, const MatchPlace& b, int lens) noexcept {
-  return std::memcmp(a.values[lens], b.values[lens], sizeof a.values[lens]) == 0;
-}
+bool is_same(const MatchPlace& a, const MatchPlace& b) noexcept { return std::memcmp(&a, &b, sizeof a) == 0; }
 
 // Whether all nodes that a block's samples lie between say the same.
-bool is_flat(const MeshShape& shape, const Block& block, int lens, const MatchPlace* nodes) noexcept {
+bool is_flat(const MeshShape& shape, const Block& block, const MatchPlace* nodes) noexcept {
   const int bits = shape.spacing_bits, first_column = 2 * block.x >> bits, first_row = 2 * block.y >> bits;
   const int end_column = std::min((2 * (block.x + block.width) >> bits) + 2, shape.columns - 1);
   const int end_row = std::min((2 * (block.y + block.height) >> bits) + 2, shape.rows - 1);
@@ -37,7 +35,7 @@ bool is_flat(const MeshShape& shape, const Block& block, int lens, const MatchPl
   const MatchPlace& first = *row;
   for (int j = first_row; j < end_row; ++j, row += shape.columns) {
     for (int i = 0; i < end_column - first_column; ++i) {
-      if (!is_same(row[i], first, lens)) return false;
+      if (!is_same(row[i], first)) return false;
     }
   }
   return true;
@@ -48,8 +46,8 @@ void note_signs(int16_t gain, MatchBlock& made) noexcept {
   made.down = made.down || gain < 0;
 }
 
-void fill_flat(const MatchPlace& place, int lens, int count, MatchBlock& made) noexcept {
-  const int16_t* const values = place.values[lens];
+void fill_flat(const MatchPlace& place, int count, MatchBlock& made) noexcept {
+  const int16_t* const values = place.values;
   for (int c = 0; c < made.channels; ++c) {
     note_signs(values[made.gains[c]], made);
     for (int i = 0; i < count; ++i) made.gain_rows[0][i * made.channels + c] = values[made.gains[c]];
@@ -61,12 +59,11 @@ void fill_flat(const MatchPlace& place, int lens, int count, MatchBlock& made) n
 
 // The values of a row of nodes in a block's columns.
 struct NodeColumns {
-  int lens;
   Start start;
   int bits, step_bits, count;  // steps: half pixels
 
   void spread(const MatchPlace* nodes, const int (&values)[2], int channels, int16_t* out) const noexcept {
-    const int16_t* const first = nodes[start.node].values[lens];
+    const int16_t* const first = nodes[start.node].values;
     kSpreadPlaces.best()({first + values[0], channels == 2 ? first + values[1] : nullptr, bits, start.past, step_bits}, out,
                          count);
   }
@@ -76,7 +73,7 @@ struct NodeColumns {
     if (made.shares[0] >= 0) spread(nodes, made.shares, made.channels, made.share_rows[to]);
     const int last = (start.past + ((count - 1) << step_bits)) >> bits;
     for (int i = start.node; i <= start.node + last + 1; ++i) {
-      for (int c = 0; c < made.channels; ++c) note_signs(nodes[i].values[lens][made.gains[c]], made);
+      for (int c = 0; c < made.channels; ++c) note_signs(nodes[i].values[made.gains[c]], made);
     }
   }
 };
@@ -93,12 +90,12 @@ void prepare_match(const MatchedLight& light, const Mesh& mesh, const Block& blo
     made.shares[c] = chroma ? first_tint + channel - 1 : -1;
   }
   made.node_row = -1;
-  if (channels[0] == 0) made.flat = is_flat(mesh.shape, block, lens, light.nodes);
+  if (channels[0] == 0) made.flat = is_flat(mesh.shape, block, light.nodes->places[lens]);
   if (!made.flat) return;
   made.up = made.down = false;
   const int bits = mesh.shape.spacing_bits;
-  fill_flat(light.nodes[index_of(mesh.shape, 2 * block.x >> bits, 2 * block.y >> bits)], lens, block.width >> grid.bits_x,
-            made);
+  fill_flat(light.nodes->places[lens][index_of(mesh.shape, 2 * block.x >> bits, 2 * block.y >> bits)],
+            block.width >> grid.bits_x, made);
 }
 
 namespace {
@@ -114,8 +111,8 @@ RowsBetweenNodes find_nodes(const MatchedLight& light, const Mesh& mesh, const B
   const int bits = mesh.shape.spacing_bits, step = 2 * kSharedRows << grid.bits_y;
   const Start down = start_of(block.y + ((first_row + kSharedRows / 2) << grid.bits_y), grid.half_y, bits);
   if (down.node != made.node_row) {
-    const NodeColumns nodes{lens, start_of(block.x, grid.half_x, bits), bits, 1 + grid.bits_x, columns};
-    const MatchPlace* const upper = light.nodes + index_of(mesh.shape, 0, down.node);
+    const NodeColumns nodes{start_of(block.x, grid.half_x, bits), bits, 1 + grid.bits_x, columns};
+    const MatchPlace* const upper = light.nodes->places[lens] + index_of(mesh.shape, 0, down.node);
     made.up = made.down = false;
     nodes.spread(upper, 0, made);
     nodes.spread(upper + mesh.shape.columns, 1, made);

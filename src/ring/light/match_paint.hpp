@@ -10,7 +10,7 @@
 namespace biseam::ring {
 
 struct MatchedLight {
-  const MatchPlace* nodes;  // of the mesh; null: light isn't matched
+  const MatchNodes* nodes;  // null: light isn't matched
   Tone tone;
 };
 

@@ -1,4 +1,4 @@
-// What either lens's light is multiplied by at a place of the ring or beside it.
+// What a lens's light is multiplied by at a place of the ring or beside it.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@ enum MatchValue { first_gain, second_gain, third_gain, first_tint, second_tint, 
 
 struct MatchPlace {
   static constexpr int kLanes = 8;
-  int16_t values[2][kLanes];  // by lens: kMatchValues, then zeros
+  int16_t values[kLanes];  // kMatchValues, then zeros
 };
 
 }  // namespace biseam::ring

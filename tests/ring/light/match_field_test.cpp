@@ -64,9 +64,9 @@ TEST(MatchField, EachLensTakesHalfOfTheDifference) {
       for (int row = 0; row < MatchField::kRows; ++row) {
         for (int column = 0; column < field->columns; ++column) {
           for (const int v : {first_gain, second_gain, third_gain}) {
-            ASSERT_NEAR(field->places[row][column].values[lens][v], gain_of(lens, whole), 0.51);
+            ASSERT_NEAR(field->places[lens][row][column].values[v], gain_of(lens, whole), 0.51);
           }
-          for (const int v : {first_tint, second_tint}) ASSERT_EQ(field->places[row][column].values[lens][v], 0);
+          for (const int v : {first_tint, second_tint}) ASSERT_EQ(field->places[lens][row][column].values[v], 0);
         }
       }
     }
@@ -78,7 +78,7 @@ TEST(MatchField, NoLensIsChangedByMoreThanSevenTenthsOfAStepOfLog2) {
     const double whole = sign * 9 * kLogOne;
     const auto field = filled({{whole, whole, whole}, {}, 0}, make_tone(Transfer::bt709, false, false));
     for (int lens = 0; lens < 2; ++lens) {
-      EXPECT_NEAR(field->places[0][0].values[lens][first_gain], gain_of(lens, sign * 1.4 * kLogOne), 0.51);
+      EXPECT_NEAR(field->places[lens][0][0].values[first_gain], gain_of(lens, sign * 1.4 * kLogOne), 0.51);
     }
   }
 }
@@ -103,7 +103,7 @@ TEST(MatchField, GoesThroughTheSectors) {
         const double slope = (lens == 0) == (across > 0) ? model.slope * across : 0;
         for (int v = 0; v < 3; ++v) {
           const int c = kChannelOf[v];
-          EXPECT_NEAR(field->places[row][column].values[lens][v],
+          EXPECT_NEAR(field->places[lens][row][column].values[v],
                       gain_of(lens, model.whole[c] + model.rest[sector][c] + 2 * slope), 0.51);
         }
       }
@@ -118,9 +118,9 @@ TEST(MatchField, FalloffIsUndoneAtTheRims) {
   for (int column = 0; column < field->columns; ++column) {
     const double across = across_of(*field, column, kStrip);
     const int rim = across > 0 ? 0 : 1;
-    EXPECT_EQ(field->places[0][column].values[1 - rim][first_gain], 0) << across;
+    EXPECT_EQ(field->places[1 - rim][0][column].values[first_gain], 0) << across;
     if (2 * std::abs(across) > kStrip.width - 1) continue;
-    EXPECT_NEAR(field->places[0][column].values[rim][first_gain], gain_of(0, 24 * std::abs(across)), 0.51) << across;
+    EXPECT_NEAR(field->places[rim][0][column].values[first_gain], gain_of(0, 24 * std::abs(across)), 0.51) << across;
   }
 }
 
@@ -132,7 +132,7 @@ TEST(MatchField, IsSmoothRoundTheRing) {
   for (int s = 0; s < kSectors; ++s) std::fill_n(model.rest[s], 3, wave((s + 0.5) / kSectors));
   const auto field = filled(model, make_tone(Transfer::bt709, false, false));
   for (int row = 0; row < MatchField::kRows; ++row) {
-    const double factor = 1 + double(field->places[row][field->before].values[0][first_gain]) / kMatchOne;
+    const double factor = 1 + double(field->places[0][row][field->before].values[first_gain]) / kMatchOne;
     EXPECT_NEAR(2 * kLogOne * std::log2(factor), wave(double(row) / MatchField::kRows), 0.01 * kHeight) << row;
   }
 }
@@ -147,7 +147,7 @@ TEST(MatchField, FadesToTheWholeLens) {
   for (int column = 0; column < field->columns; ++column) {
     const double beyond = std::abs(across_of(*field, column, kStrip)) - edge, u = std::clamp(beyond / fading, 0.0, 1.0);
     const double left = u < 0.5 ? 1 - 3 * u * u + 2 * u * u * u : (1 - u) * (1 - u) * (1 + 2 * u);
-    EXPECT_NEAR(field->places[7][column].values[1][first_gain], gain_of(1, 800 - 700 * left), 0.51) << column;
+    EXPECT_NEAR(field->places[1][7][column].values[first_gain], gain_of(1, 800 - 700 * left), 0.51) << column;
     on_the_way += u > 0 && u < 1;
   }
   EXPECT_GE(on_the_way, 8);
@@ -165,9 +165,9 @@ TEST(MatchField, ChromaIsMultipliedAsTheColoursAre) {
       const double luma = kR * changed[0] + kG * changed[1] + kB * changed[2];
       return std::vector<double>{luma, (changed[2] - luma) / (2 * (1 - kB)), (changed[0] - luma) / (2 * (1 - kR))};
     };
-    EXPECT_NEAR(field->places[5][5].values[lens][first_gain], kMatchOne * (after(1, 0, 0)[0] - 1), 0.51);
-    EXPECT_NEAR(field->places[5][5].values[lens][second_gain], kMatchOne * (after(0, 1, 0)[1] - 1), 0.51);
-    EXPECT_NEAR(field->places[5][5].values[lens][third_gain], kMatchOne * (after(0, 0, 1)[2] - 1), 0.51);
+    EXPECT_NEAR(field->places[lens][5][5].values[first_gain], kMatchOne * (after(1, 0, 0)[0] - 1), 0.51);
+    EXPECT_NEAR(field->places[lens][5][5].values[second_gain], kMatchOne * (after(0, 1, 0)[1] - 1), 0.51);
+    EXPECT_NEAR(field->places[lens][5][5].values[third_gain], kMatchOne * (after(0, 0, 1)[2] - 1), 0.51);
   }
 }
 
@@ -187,8 +187,8 @@ TEST(MatchField, TintsGraysAsTheColoursAre) {
       const double cb = scale * (blue - luma) * above_pivot / (2 * (1 - kB)),
                    cr = scale * (red - luma) * above_pivot / (2 * (1 - kR));
       const double rounding = 0.51 * shown / kMatchOne;
-      EXPECT_NEAR(field->places[9][4].values[lens][first_tint] * shown / kMatchOne, cb, rounding);
-      EXPECT_NEAR(field->places[9][4].values[lens][second_tint] * shown / kMatchOne, cr, rounding);
+      EXPECT_NEAR(field->places[lens][9][4].values[first_tint] * shown / kMatchOne, cb, rounding);
+      EXPECT_NEAR(field->places[lens][9][4].values[second_tint] * shown / kMatchOne, cr, rounding);
     }
   }
 }
@@ -199,10 +199,10 @@ constexpr int kMostValue = 1000;
 
 std::unique_ptr<MatchField> random_field(StripShape strip, RandomSource& random) {
   auto field = planned(strip);
-  for (auto& row : field->places) {
-    for (MatchPlace& place : row) {
-      for (auto& values : place.values) {
-        for (int16_t& value : values) value = static_cast<int16_t>(random.between(-kMostValue, kMostValue));
+  for (auto& lens : field->places) {
+    for (auto& row : lens) {
+      for (MatchPlace& place : row) {
+        for (int16_t& value : place.values) value = static_cast<int16_t>(random.between(-kMostValue, kMostValue));
       }
     }
   }
@@ -212,7 +212,7 @@ std::unique_ptr<MatchField> random_field(StripShape strip, RandomSource& random)
 double between_places(const MatchField& field, int lens, int v, double row, double column) {
   const int r = int(row), c = int(column), next = (r + 1) % MatchField::kRows;
   const double down = row - r, across = column - c;
-  const auto at = [&](int of_row, int of_column) { return field.places[of_row][of_column].values[lens][v]; };
+  const auto at = [&](int of_row, int of_column) { return field.places[lens][of_row][of_column].values[v]; };
   return (1 - down) * ((1 - across) * at(r, c) + across * at(r, c + 1)) +
          down * ((1 - across) * at(next, c) + across * at(next, c + 1));
 }
@@ -225,10 +225,10 @@ TEST(MatchField, StripRowsAreLinearBetweenItsPlaces) {
     auto places = std::make_unique<MatchStripRow>();
     std::vector<int16_t> values(std::size_t(strip.width));
     for (int t = 0; t < strip.length; ++t) {
-      match_strip_row(*field, strip, t, *places);
-      const double row = double(t) * MatchField::kRows / strip.length;
       const int lens = random.between(0, 1), v = random.between(0, kMatchValues - 1);
-      match_strip_values(*field, strip, *places, lens, v, values.data());
+      match_strip_row(*field, strip, lens, t, *places);
+      const double row = double(t) * MatchField::kRows / strip.length;
+      match_strip_values(*field, strip, *places, v, values.data());
       for (int b = 0; b < strip.width; ++b) {
         const double column = field->before + double(b) / (1 << field->bits);
         ASSERT_NEAR(values[std::size_t(b)], between_places(*field, lens, v, row, column), 1.01) << t << " " << b;
@@ -245,9 +245,13 @@ TEST(MatchNodes, HaveTheValuesOfTheirAngles) {
   const auto field = random_field(strip, random);
   OwnMesh mesh(scaled_camera(city_square(), 480), 256, 128);
   mesh.build({20, 10, -5});
-  ASSERT_EQ(match_node_bytes(mesh->shape), node_count(mesh->shape) * sizeof(MatchPlace));
-  std::vector<MatchPlace> nodes(node_count(mesh->shape));
-  for (int row = 0; row < mesh->shape.rows; ++row) fill_match_nodes(*field, strip, *mesh, row, nodes.data());
+  const std::size_t count = node_count(mesh->shape);
+  ASSERT_EQ(match_node_bytes(mesh->shape), 2 * count * sizeof(MatchPlace));
+  std::vector<MatchPlace> block(2 * count);
+  const MatchNodes nodes = carve_match_nodes(mesh->shape, block.data());
+  ASSERT_EQ(nodes.places[0], block.data());
+  ASSERT_EQ(nodes.places[1], block.data() + count);
+  for (int row = 0; row < mesh->shape.rows; ++row) fill_match_nodes(*field, strip, *mesh, row, nodes);
   constexpr double kRounding = 0.51 + 3 * 2 * kMostValue / 256.0;
   int in_ring = 0, far = 0;
   for (std::size_t i = 0; i < node_count(mesh->shape); ++i) {
@@ -260,7 +264,8 @@ TEST(MatchNodes, HaveTheValuesOfTheirAngles) {
     const double row = (turns - std::floor(turns)) * MatchField::kRows;
     for (int lens = 0; lens < 2; ++lens) {
       for (int v = 0; v < kMatchValues; ++v) {
-        ASSERT_NEAR(nodes[i].values[lens][v], between_places(*field, lens, v, row, held), kRounding) << turns << " " << across;
+        ASSERT_NEAR(nodes.places[lens][i].values[v], between_places(*field, lens, v, row, held), kRounding)
+            << turns << " " << across;
       }
     }
   }

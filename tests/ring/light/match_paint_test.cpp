@@ -20,25 +20,23 @@ constexpr Tone kTone{16 << 6, 235 << 6, -5 << 6, false, false}, kRgbTone{0, 255 
 
 // Nodes of a panorama of 256 x 128 with gains and shares of all kinds.
 struct OwnNodes {
-  std::vector<MatchPlace> nodes;
+  std::vector<MatchPlace> block;
+  MatchNodes nodes;
   Mesh mesh{};
 
   OwnNodes(int spacing_bits, RandomSource& random) {
     mesh.shape = {256, 128, spacing_bits, (512 >> spacing_bits) + 4, (256 >> spacing_bits) + 4};
-    nodes.resize(node_count(mesh.shape));
-    for (MatchPlace& node : nodes) {
-      for (auto& values : node.values) {
-        for (int v = 0; v < kMatchValues; ++v) {
-          values[v] = static_cast<int16_t>(v < first_tint ? random.between(kLeastGain, kMostGain)
-                                                          : random.between(-kMatchOne / 12, kMatchOne / 12));
-        }
+    block.resize(2 * node_count(mesh.shape));
+    nodes = carve_match_nodes(mesh.shape, block.data());
+    for (MatchPlace& node : block) {
+      for (int v = 0; v < kMatchValues; ++v) {
+        node.values[v] = static_cast<int16_t>(v < first_tint ? random.between(kLeastGain, kMostGain)
+                                                             : random.between(-kMatchOne / 12, kMatchOne / 12));
       }
     }
   }
 
-  int16_t& at(int v, int column, int row) {
-    return nodes[std::size_t((row + 1) * mesh.shape.columns + column + 1)].values[kLens][v];
-  }
+  int16_t& at(int v, int column, int row) { return nodes.places[kLens][(row + 1) * mesh.shape.columns + column + 1].values[v]; }
 
   // Linear between the nodes, along rows of them first; the place is in half pixels.
   int16_t between(int v, int x, int y) {
@@ -79,7 +77,7 @@ int16_t matched(const Plane& plane, OwnNodes& own, int channel, int x, int y, in
 // Rows of a plane in a block, as match_block_rows() makes them: each sample is that of its place, in the light of the row in
 // the middle of those that share theirs.
 void expect_matched(const Plane& plane, OwnNodes& own, const Block& block, RandomSource& random, bool flat) {
-  const MatchedLight light{own.nodes.data(), plane.tone};
+  const MatchedLight light{&own.nodes, plane.tone};
   auto made = std::make_unique<MatchBlock>();
   prepare_match(light, own.mesh, block, {}, kLens, {0, 0}, false, *made);
   prepare_match(light, own.mesh, block, plane.grid, kLens, plane.channels, plane.pairs, *made);
