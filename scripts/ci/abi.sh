@@ -3,10 +3,9 @@
 # --record: writes the record anew, which is right only for an interface that grew.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
-cmake -S . -B build/abi -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_COMPILER=g++ \
-  -DCMAKE_CXX_FLAGS="-ffile-prefix-map=$PWD/=" -DBISEAM_BUILD_TOOL=OFF -DBISEAM_BUILD_TESTS=OFF >/dev/null
-cmake --build build/abi --target biseam_shared
-library=build/abi/src/libbiseam.so
+cmake --preset gcc-debug >/dev/null
+cmake --build --preset gcc-debug --target biseam_shared
+library=build/gcc-debug/src/libbiseam.so
 if [ "${1:-}" = --record ]; then
   abidw --drop-undefined-syms --exported-interfaces-only --no-corpus-path --no-comp-dir-path --no-show-locs \
     --type-id-style hash --out-file tests/abi/biseam.abi $library
