@@ -5,11 +5,11 @@ set -euo pipefail
 cd "$(dirname "$0")/../.."
 programs=(biseam_{base,stages,frame,frame_failure,panorama,panorama_fault,ring_frame,stitch}_tests biseam_golden)
 cmake --preset tsan
-cmake --build --preset tsan --target "${programs[@]}" biseam_calibration_tests
+cmake --build --preset tsan --target "${programs[@]}" biseam_found_camera_tests
 GTEST_FILTER='-Versions/*:*Accuracy.*:YuvRead.*:Resize.*:Samples.*' \
   scripts/test.sh tsan -R "^(golden|$(IFS='|' && echo "${programs[*]}"))(\.[0-9])?\$"
 status=0
-found=$(GTEST_FILTER=StitchWithoutAProfile.FirstPairOfAPipe scripts/test.sh tsan -R '^biseam_calibration_tests$') || status=$?
+found=$(GTEST_FILTER=StitchWithoutAProfile.FirstPairOfAPipe scripts/test.sh tsan -R '^biseam_found_camera_tests$') || status=$?
 echo "$found"
 grep -q '^tests: 1 passed' <<<"$found" || status=1
 exit $status
