@@ -16,7 +16,7 @@ for isa in "${below[@]}"; do
   BISEAM_ISA=$isa scripts/test.sh release -L library || status=1
 done
 if [ "$(uname -m)" = x86_64 ]; then
-  GTEST_FILTER+=':MatchedLight.LeavesNoStepAcrossTheRing:MatchedLight.OfGrayAndOfThreePlanes'
+  GTEST_FILTER+=':MatchedLight.*'
   BISEAM_HOST_ISA=scalar scripts/test.sh release -C Oldest -R '\.oldest$' -E '_(failure|fault|near_frame)_tests' || status=1
 fi
 exit $status
