@@ -46,24 +46,26 @@ Known known_of(const Options& options, const Luma& picture) {
   if (is_turned(start.lens[0])) throw Refusal("the profile to start from has lens 0 turned; only lens 1 may be");
   Known known;
   known.frame = {picture.width, picture.height, {0, 0}};
-  double p[2], k1[2], k2[2];
+  double p[2], k1[2], k2[2], k3[2];
   for (int k = 0; k < 2; ++k) {
     const profile::LensSettings lens =
         profile::scale_lens(start.lens[k], start.picture.value_or(size), size, "the profile to start from");
     if (!lens.p || !lens.cx || !lens.cy) throw Refusal("the profile to start from must have p, cx and cy of both lenses");
     const std::array<double, 3> terms = lens.k.value_or(std::array<double, 3>{});
-    if (terms[2] != 0) throw Refusal("the profile to start from has a third term of k, which is not sought");
     p[k] = *lens.p;
     k1[k] = terms[0];
     k2[k] = terms[1];
+    k3[k] = terms[2];
     known.values[k == 0 ? kCx0 : kCx1] = *lens.cx;
     known.values[k == 0 ? kCy0 : kCy1] = *lens.cy;
     known.frame.mount[k] = lens.mount.value_or(0);
   }
+  if (options.hold_k && k3[0] != k3[1]) throw Refusal("third terms of k can't be held: both lenses have the same");
   known.values[kScale] = 0.5 * (std::log(p[0]) + std::log(p[1]));
   known.values[kScaleRatio] = std::log(p[1] / p[0]);
   known.values[kK1] = 0.5 * (k1[0] + k1[1]);
   known.values[kK2] = 0.5 * (k2[0] + k2[1]);
+  known.values[kK3] = 0.5 * (k3[0] + k3[1]);
   known.values[kK1Apart] = k1[1] - k1[0];
   known.values[kK2Apart] = k2[1] - k2[0];
   known.values[kYaw] = start.lens[1].yaw.value_or(0);
@@ -74,7 +76,7 @@ Known known_of(const Options& options, const Luma& picture) {
     for (const Parameter parameter : parameters) known.held[parameter] = holds;
   };
   hold(options.hold_scale, {kScale, kScaleRatio});
-  hold(options.hold_k, {kK1, kK2, kK1Apart, kK2Apart});
+  hold(options.hold_k, {kK1, kK2, kK3, kK1Apart, kK2Apart});
   hold(options.hold_centre, {kCx0, kCy0, kCx1, kCy1});
   hold(options.hold_turn, {kYaw, kPitch, kRoll});
   return known;

@@ -105,13 +105,14 @@ Prior prior_of(const Circles& circles, const Frame& frame, const Values& middle)
   Prior prior;
   prior.values = middle;
   prior.values[kK1] = kUsualK1;
-  prior.values[kK2] = prior.values[kK1Apart] = prior.values[kK2Apart] = 0;
+  prior.values[kK2] = prior.values[kK3] = prior.values[kK1Apart] = prior.values[kK2Apart] = 0;
   prior.values[kYaw] = prior.values[kPitch] = prior.values[kRoll] = 0;
   prior.values[kRim] = kUsualRim;
   prior.values[kScaleRatio] = 0;
   prior.deviations[kScaleRatio] = 0.01;
   prior.deviations[kK1] = 0.02;
   prior.deviations[kK2] = 0.0035;
+  prior.deviations[kK3] = 0.0015;
   prior.deviations[kK1Apart] = 0.002;
   prior.deviations[kK2Apart] = 0.0004;
   for (int k = 0; k < 2; ++k) {
@@ -157,6 +158,16 @@ std::vector<Match> match_pairs(const std::vector<Pair>& pairs, const Values& val
   for (const std::vector<Match>& part : found) matches.insert(matches.end(), part.begin(), part.end());
   compare_doubts(matches);
   return matches;
+}
+
+// The rim's deviation where what lenses usually are like counts a quarter.
+double loose_rim(const Solution& solution, const Prior& prior) {
+  cv::Mat1d information = solution.covariance.inv(cv::DECOMP_CHOLESKY);
+  for (const int p : {kK1, kK2, kK3, kRim}) {
+    const double deviation = prior.deviations[std::size_t(p)];
+    if (deviation > kHeld) information(p, p) -= 0.75 / (deviation * deviation);
+  }
+  return std::sqrt(cv::Mat1d(information.inv(cv::DECOMP_CHOLESKY))(kRim, kRim));
 }
 
 // What the covariance says about where far things lie in both lenses: on so many places of the ring.
@@ -289,6 +300,7 @@ Estimate estimate(const std::vector<Pair>& pairs, const std::optional<Known>& kn
     explanations = explain_again(problem, explanations);
   }
   Solution better = explanations.better();
+  const double loose = loose_rim(better, problem.prior);
   better.covariance = covariance_of(explanations);
   Estimate found{camera_of(aligned->values, problem.frame),
                  camera_of(better.values, problem.frame),
@@ -297,6 +309,7 @@ Estimate estimate(const std::vector<Pair>& pairs, const std::optional<Known>& kn
                  std::move(problem.matches),
                  std::move(better)};
   for (int p = 0; p < kParameters; ++p) found.deviations[std::size_t(p)] = std::sqrt(found.solution.covariance(p, p));
+  found.loose_rim = loose;
   if (in_lens) found.tracks = in_lens->tracks;
   found.kept = 1 - found.solution.scatter.wrong;
   judge_seams(found);

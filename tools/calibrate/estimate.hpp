@@ -20,6 +20,7 @@ struct Estimate {
   std::vector<Match> matches;  // to which the solution's remainders and shares belong
   Solution solution;
   Values deviations{};        // standard deviations of the solution's values
+  double loose_rim = 0;       // the rim's deviation, if lenses were half as much alike as they are thought to be
   double seam_deviation = 0;  // pixels of a 3840 panorama: by how much both lenses may disagree about far things, over the ring
   double worst_deviation = 0;  // in the worst eighth of it
   std::size_t tracks = 0;      // within the lenses

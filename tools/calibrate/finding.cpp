@@ -126,26 +126,30 @@ std::string text_of(const std::optional<Baseline>& baseline) {
               baseline->deviation, kUsualHeight * baseline->share);
 }
 
-// Only the ends of the circles tell it, and what lenses usually are like.
-std::string text_of_view(const Lens (&lens)[2], double deviation) {
-  constexpr double kLeast = 185, kMost = 210, kMostDeviation = 5;  // degrees
-  const double fov = 0.5 * (lens[0].fov + lens[1].fov);
-  const char* doubt = fov < kLeast || fov > kMost  ? ", which is unusual: straight lines may not stay straight"
-                      : deviation > kMostDeviation ? "; it is not well known: straight lines may not stay straight"
-                                                   : "";
-  return line("angle of view: %.1f +-%.1f degrees%s\n", fov, deviation, doubt);
+// The ends of the circles tell it, with how the lenses bend at the ring, and what lenses usually are like.
+std::string text_of_view(const Finding& finding, double loose_rim) {
+  constexpr double kLeast = 185, kMost = 220, kMostDeviation = 5;  // degrees
+  constexpr double kDecided = 1.4;                                 // where so much is lost with it, it decides
+  const double fov = 0.5 * (finding.camera.lens[0].fov + finding.camera.lens[1].fov), deviation = finding.deviations[kRim];
+  const char* doubt = fov < kLeast || fov > kMost      ? ", which is unusual: straight lines may not stay straight"
+                      : 2 * deviation > kMostDeviation ? "; it is not well known: straight lines may not stay straight"
+                      : loose_rim > kDecided * deviation
+                          ? "; known more from what lenses usually are like than from these pictures"
+                          : "";
+  return line("angle of view: %.1f +-%.1f degrees%s\n", fov, 2 * deviation, doubt);
 }
 
-std::string summary_of(const Finding& finding) {
+std::string summary_of(const Finding& finding, double loose_rim) {
   const Values& off = finding.deviations;
   std::string text;
   for (int k = 0; k < 2; ++k) {
     const Lens& lens = finding.camera.lens[k];
     const std::size_t x = k == 0 ? kCx0 : kCx1, y = k == 0 ? kCy0 : kCy1;
-    text += line("lens %d: centre %.1f +-%.1f, %.1f +-%.1f, p %.1f +-%.1f, k %.4f +-%.4f %.4f +-%.4f, mount %d\n", k, lens.cx,
-                 off[x], lens.cy, off[y], lens.p, lens.p * off[kScale], lens.k[0], off[kK1], lens.k[1], off[kK2], lens.mount);
+    text += line("lens %d: centre %.1f +-%.1f, %.1f +-%.1f, p %.1f +-%.1f, k %.4f +-%.4f %.4f +-%.4f %.4f +-%.4f, mount %d\n",
+                 k, lens.cx, off[x], lens.cy, off[y], lens.p, lens.p * off[kScale], lens.k[0], off[kK1], lens.k[1], off[kK2],
+                 lens.k[2], off[kK3], lens.mount);
   }
-  text += text_of_view(finding.camera.lens, 2 * off[kRim]);
+  text += text_of_view(finding, loose_rim);
   const Turn& turn = finding.camera.lens[1].turn;
   text += line("lens 1: yaw %.2f +-%.2f, pitch %.2f +-%.2f, roll %.2f +-%.2f\n", turn.yaw, off[kYaw], turn.pitch, off[kPitch],
                turn.roll, off[kRoll]);
@@ -170,7 +174,7 @@ Finding finding_of(const Estimate& found) {
   Finding finding{settings_of(found.camera),  found.start, found.camera, found.deviations,
                   octants_of(found.solution), found.kept,  found.tracks, baseline_of(found),
                   matches_of(found),          ""};
-  finding.summary = summary_of(finding);
+  finding.summary = summary_of(finding, found.loose_rim);
   return finding;
 }
 

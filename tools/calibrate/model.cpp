@@ -6,7 +6,7 @@
 
 namespace biseam::calibrate {
 
-const Values kSteps = {1e-3, 1e-3, 1e-3, 1e-3, 1e-3, 1e-3, 0.5, 0.5, 0.5, 0.5, 0.1, 0.1, 0.1, 0.1};
+const Values kSteps = {1e-3, 1e-3, 1e-3, 1e-3, 3e-4, 1e-3, 1e-3, 0.5, 0.5, 0.5, 0.5, 0.1, 0.1, 0.1, 0.1};
 
 namespace {
 
@@ -34,6 +34,7 @@ Camera camera_of(const Values& values, const Frame& frame) {
     lens.p = std::exp(values[kScale] + half * values[kScaleRatio]);
     lens.k[0] = values[kK1] + half * values[kK1Apart];
     lens.k[1] = values[kK2] + half * values[kK2Apart];
+    lens.k[2] = values[kK3];
     lens.fov = 2 / kDegree * increasing_to(lens, values[kRim] * kDegree);
   }
   camera.lens[1].turn = {values[kYaw], values[kPitch], values[kRoll]};

@@ -14,6 +14,7 @@ enum Parameter {
   kScaleRatio,  // logarithm of p of lens 1 / p of lens 0
   kK1,
   kK2,       // means
+  kK3,       // of both: how much they differ isn't seen
   kK1Apart,  // lens 1's - lens 0's
   kK2Apart,
   kCx0,  // pixels

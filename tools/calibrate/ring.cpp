@@ -31,7 +31,8 @@ Steepness steepness_of(const Camera& camera) {
   for (int k = 0; k < 2; ++k) {
     const Lens& lens = camera.lens[k];
     const double half = k == 0 ? -0.5 : 0.5, scale = 0.5 * lens.p / usual, slope = 0.5 * radius_slope(lens, kPi / 2) / usual;
-    const double first = 3 * kSquare * scale, second = 5 * kSquare * kSquare * scale;
+    const double first = 3 * kSquare * scale, second = 5 * kSquare * kSquare * scale,
+                 third = 7 * kSquare * kSquare * kSquare * scale;
     steepness.value += slope;
     steepness.slopes[kScale] += slope;
     steepness.slopes[kScaleRatio] += slope * half;
@@ -39,6 +40,7 @@ Steepness steepness_of(const Camera& camera) {
     steepness.slopes[kK1Apart] += first * half;
     steepness.slopes[kK2] += second;
     steepness.slopes[kK2Apart] += second * half;
+    steepness.slopes[kK3] += third;
   }
   return steepness;
 }
@@ -46,7 +48,7 @@ Steepness steepness_of(const Camera& camera) {
 constexpr double kImpossible = 1e6;  // pixels
 
 // Of one lens.
-enum Own { kLogScale, kFirst, kSecond, kCx, kCy, kOwnYaw, kOwnPitch, kOwnRoll, kOwn };
+enum Own { kLogScale, kFirst, kSecond, kThird, kCx, kCy, kOwnYaw, kOwnPitch, kOwnRoll, kOwn };
 
 struct OwnSlopes {
   double t[kOwn], b[kOwn];
@@ -89,6 +91,7 @@ class Differentiator {
     put(kLogScale, -rho / slope, 0);
     put(kFirst, -lens_.p * a * u / slope, 0);
     put(kSecond, -lens_.p * a * u * u / slope, 0);
+    put(kThird, -lens_.p * a * u * u * u / slope, 0);
     put(kCx, -cosine / slope, across * sine);
     put(kCy, -sine / slope, -across * cosine);
     const Vec3 ray{angle.sine * cosine, angle.sine * sine, angle.cosine};
@@ -159,6 +162,7 @@ std::vector<Slopes> slopes_of(const Values& values, const Frame& frame, const st
     put(kScale, kLogScale, 1, 1);
     put(kScaleRatio, kLogScale, -0.5, 0.5);
     put(kK1, kFirst, 1, 1);
+    put(kK3, kThird, 1, 1);
     put(kK1Apart, kFirst, -0.5, 0.5);
     put(kK2, kSecond, 1, 1);
     put(kK2Apart, kSecond, -0.5, 0.5);

@@ -225,7 +225,7 @@ class Solver {
     for (int lens = 0; lens < 2; ++lens) {
       if (prior.circle[lens] <= 0) continue;
       Row row{};
-      for (const int p : {kScale, kScaleRatio, kK1, kK2, kK1Apart, kK2Apart, kRim}) {
+      for (const int p : {kScale, kScaleRatio, kK1, kK2, kK3, kK1Apart, kK2Apart, kRim}) {
         const double step = 0.05 * kSteps[std::size_t(p)];
         Values low = state_.values, high = state_.values;
         low[std::size_t(p)] -= step;

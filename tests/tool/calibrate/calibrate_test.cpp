@@ -101,13 +101,46 @@ TEST(Calibrate, SameFindingHoweverTheWorkIsShared) {
   EXPECT_EQ(first.summary, second.summary);
 }
 
-void expect_refused(const std::vector<Pair>& pairs) {
+void expect_refused(const std::vector<Pair>& pairs, const Options& options = {}) {
   try {
-    calibrate(views(pairs), {}, in_turn);
+    calibrate(views(pairs), options, in_turn);
     ADD_FAILURE() << "not refused";
   } catch (const Refusal& refusal) {
     EXPECT_EQ(std::string(refusal.what()).find('\n'), std::string::npos);
   }
+}
+
+// Of some_camera.
+profile::CameraSettings some_settings(const Camera& camera) {
+  profile::CameraSettings settings;
+  for (int k = 0; k < 2; ++k) {
+    const Lens& lens = camera.lens[k];
+    profile::LensSettings& to = settings.lens[k];
+    to.cx = lens.cx;
+    to.cy = lens.cy;
+    to.p = lens.p;
+    to.k = {lens.k[0], lens.k[1], lens.k[2]};
+    to.fov = lens.fov;
+  }
+  return settings;
+}
+
+TEST(Calibrate, ThirdTermsOfTheStartAreHeld) {
+  Camera camera = some_camera(kSide);
+  for (Lens& lens : camera.lens) lens.k[2] = -0.002;
+  const std::vector<Pair> pairs = {photograph(camera)};
+  Options options;
+  options.start = some_settings(camera);
+  options.hold_k = true;
+  const Finding held = calibrate(views(pairs), options, in_turn);
+  for (int k = 0; k < 2; ++k) EXPECT_EQ(held.settings.lens[k].k, options.start->lens[k].k);
+  EXPECT_LT(held.deviations[kK3], 1e-8);
+  options.start->lens[1].k = {-0.012, 0, -0.001};
+  expect_refused(pairs, options);
+  options.hold_k = false;
+  const Finding free = calibrate(views(pairs), options, in_turn);
+  EXPECT_LT(seam_error(camera, free.camera), 1);
+  EXPECT_EQ(free.camera.lens[0].k[2], free.camera.lens[1].k[2]);
 }
 
 TEST(Calibrate, CoveredLensIsRefused) {

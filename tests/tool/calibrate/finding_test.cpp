@@ -35,6 +35,20 @@ TEST(Finding, FarThingsShowNoBaseline) {
   EXPECT_TRUE(tells(finding, "baseline: none shows")) << finding.summary;
 }
 
+// Of lenses that point exactly away from each other, the overlap tells how they bend at the ring, but not how far it is.
+TEST(Finding, TellsWhereTheAngleOfViewIsFrom) {
+  constexpr const char* kUsual = "known more from what lenses usually are like";
+  Camera camera = some_camera(kSide);
+  camera.lens[1].turn = {0, 0, 0};
+  const Finding straight = finding_of(estimate({photograph(camera)}, std::nullopt, in_turn));
+  EXPECT_TRUE(tells(straight, kUsual)) << straight.summary;
+  camera.lens[1].turn = {3, -3, 0};
+  const Finding turned = finding_of(estimate({photograph(camera)}, std::nullopt, in_turn));
+  EXPECT_TRUE(tells(turned, "angle of view: ")) << turned.summary;
+  EXPECT_FALSE(tells(turned, kUsual)) << turned.summary;
+  EXPECT_NEAR(turned.camera.lens[0].fov, camera.lens[0].fov, 6 * turned.deviations[kRim]);
+}
+
 // What the eighths tell belongs to the matches that are handed out, and to the settings.
 TEST(Finding, MatchesAreWhatTheNumbersTell) {
   const Finding finding = find(0, 1e9);

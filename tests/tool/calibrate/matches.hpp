@@ -14,6 +14,7 @@ inline Values some_values() {
   values[kScaleRatio] = 0.01;
   values[kK1] = -0.02;
   values[kK2] = 0.001;
+  values[kK3] = 0.0005;
   values[kK1Apart] = 0.002;
   values[kCx0] = 478;
   values[kCy0] = 481;
@@ -47,7 +48,7 @@ inline std::vector<Match> see(const Values& values, double parallax) {
 inline Prior wide_prior(const Values& middle) {
   Prior prior;
   prior.values = middle;
-  prior.deviations = {0.05, 0.01, 0.02, 0.003, 0.002, 0.0004, 0.3, 0.3, 0.3, 0.3, 4, 4, 4, 3};
+  prior.deviations = {0.05, 0.01, 0.02, 0.003, 0.001, 0.002, 0.0004, 0.3, 0.3, 0.3, 0.3, 4, 4, 4, 3};
   return prior;
 }
 

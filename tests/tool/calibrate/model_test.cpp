@@ -18,6 +18,8 @@ TEST(Model, WhatLensesShareAndWhatMakesThemDifferent) {
   EXPECT_NEAR(second.p / first.p, std::exp(0.01), 1e-12);
   EXPECT_NEAR((first.k[0] + second.k[0]) / 2, values[kK1], 1e-15);
   EXPECT_NEAR(second.k[0] - first.k[0], values[kK1Apart], 1e-15);
+  EXPECT_EQ(first.k[2], values[kK3]);
+  EXPECT_EQ(second.k[2], values[kK3]);
   Values apart = values;
   apart[kK2Apart] = 0.0006;
   const Camera other = camera_of(apart, frame);
@@ -50,7 +52,7 @@ TEST(Model, EachLensHasItsCentreAndMountAndTheSecondTheTurn) {
 // p (a + k1 a^3) has its largest value where 3 k1 a^2 = -1.
 TEST(Model, CirclesEndBeforeTheRadiusDecreases) {
   Values values = some_values();
-  values[kK1Apart] = values[kK2] = 0;
+  values[kK1Apart] = values[kK2] = values[kK3] = 0;
   for (const double k1 : {-0.12, -0.2, -0.3}) {
     values[kK1] = k1;
     const double largest = 2 * std::sqrt(-1 / (3 * k1)) / kDegree;

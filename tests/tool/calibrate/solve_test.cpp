@@ -64,6 +64,16 @@ TEST(Solve, HeldValuesStay) {
   for (const std::size_t p : {kScale, kK1, kK2}) EXPECT_EQ(solution.values[p], guess[p]);
 }
 
+TEST(Solve, BothLensesBendAlikeAtTheRim) {
+  Values truth = some_values();
+  truth[kK3] = -0.003;
+  Problem problem{kFrame, see(truth, 0), 1, wide_prior(some_values())};
+  for (const int p : {kScale, kK1, kK2}) problem.prior.deviations[std::size_t(p)] = kHeld;
+  const Solution solution = solve(problem, some_values(), std::vector<Ground>(1), {20, 0.01, 0.1});
+  EXPECT_NEAR(solution.values[kK3], truth[kK3], 2e-4);
+  EXPECT_LT(solution.scatter.noise, 0.2);
+}
+
 // Between a turn and a ground below half a ring, steps are long and gain little each.
 TEST(Solve, GoesOnUntilItStandsStill) {
   const Values truth = some_values();

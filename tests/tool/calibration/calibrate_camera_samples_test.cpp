@@ -45,6 +45,7 @@ std::vector<Number> numbers_of(const calibrate::Finding& finding) {
           {"p1", lens[1].p, lens[1].p * off[kScale]},
           {"k1", lens[0].k[0], off[kK1]},
           {"k2", lens[0].k[1], off[kK2]},
+          {"k3", lens[0].k[2], off[kK3]},
           {"cx0", lens[0].cx, off[kCx0]},
           {"cy0", lens[0].cy, off[kCy0]},
           {"cx1", lens[1].cx, off[kCx1]},

@@ -18,10 +18,13 @@ TEST(ReportNumbers, ValuesAreTheProfiles) {
   finding.settings.lens[0].cx = 474.812;
   finding.settings.lens[1].roll = -0.4221;
   finding.deviations[calibrate::kCx0] = 0.234;
+  finding.settings.lens[1].k = {-0.01, 0.002, -0.0031};
+  finding.deviations[calibrate::kK3] = 0.0007;
   const std::string table = parameter_table(finding);
   EXPECT_NE(table.find("<td><b>474.812</b> <i>&plusmn;&#8239;0.23</i></td>"), table.npos) << table;
   EXPECT_NE(table.find("<td><b>-0.4221</b>"), table.npos) << table;
-  EXPECT_EQ(count(table, "<tr><th"), 10);
+  EXPECT_NE(table.find("<td><b>-0.0031</b> <i>&plusmn;&#8239;0.0007</i></td>"), table.npos) << table;
+  EXPECT_EQ(count(table, "<tr><th"), 11);
 }
 
 TEST(ReportNumbers, EighthWithoutMatchesHasNoNumber) {

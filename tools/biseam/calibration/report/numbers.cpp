@@ -53,8 +53,8 @@ std::string parameter_table(const Finding& finding) {
   add("centre x, pixels", both(&LensSettings::cx, off[kCx0], off[kCx1]));
   add("centre y, pixels", both(&LensSettings::cy, off[kCy0], off[kCy1]));
   add("scale p, pixels per radian", both(&LensSettings::p, *lens[0].p * off[kScale], *lens[1].p * off[kScale]));
-  for (std::size_t i = 0; i < 2; ++i) {
-    const double deviation = off[i == 0 ? kK1 : kK2];
+  for (std::size_t i = 0; i < 3; ++i) {
+    const double deviation = off[i == 0 ? kK1 : i == 1 ? kK2 : kK3];
     add("k<sub>" + std::to_string(i + 1) + "</sub>",
         {{exact((*lens[0].k)[i]), deviation}, {exact((*lens[1].k)[i]), deviation}});
   }
