@@ -17,7 +17,7 @@ struct Drawn {
   bool stacked;         // lens 0's picture above lens 1's, or to its left
 };
 
-// size: of one lens's square picture.
-Drawn draw_camera(std::uint64_t seed, int size, bool with_baseline);
+// size: of one lens's square picture.  most_k3: both lenses have one k3, to either side of 0.
+Drawn draw_camera(std::uint64_t seed, int size, double most_k3);
 
 }  // namespace biseam::bench
