@@ -4,7 +4,7 @@
 
 namespace biseam::test {
 
-// A real pair, as in profiles/city_square.toml: pictures of 960 x 960 whose circles are cut off on all sides.
+// Much like the pair of profiles/city_square.toml: pictures of 960 x 960 whose circles are cut off on all sides.
 inline Camera city_square() {
   Camera camera;
   Lens& a = camera.lens[0];
