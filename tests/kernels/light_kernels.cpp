@@ -64,7 +64,7 @@ void call_spread_places(KernelCall& call, SpreadPlaces* spread) {
   const int start = call.number(0, apart - 1), each = call.number(1, 2);
   const std::size_t columns = static_cast<std::size_t>((start + std::max(0, call.size() - 1) * (1 << step_bits)) / apart + 2);
   constexpr std::size_t kPlace = sizeof(MatchPlace) / sizeof(int16_t);
-  const int16_t* values = call.input<int16_t>(columns * kPlace, -kMatchOne, kMatchOne);
+  const int16_t* values = call.input<int16_t>(columns * kPlace, kLeastGain, kMostGain);
   int16_t* out = call.output<int16_t>(static_cast<std::size_t>(call.size() * each));
   const PlaceRow row{values, each == 2 ? values + 3 : nullptr, bits, start, step_bits};
   call.run([&] { spread(row, out, call.size()); });

@@ -85,6 +85,10 @@ void plan_match_field(StripShape strip, MatchField& field) noexcept {
 
 void fill_match_field(const LightModel& model, const Tone& tone, StripShape strip, MatchField& field) noexcept {
   const double most = power_of(kMostLog), least = 1 / most;
+  double rest[MatchField::kRows][3], halves[MatchField::kRows][3], faded = -1;
+  for (int row = 0; row < MatchField::kRows; ++row) {
+    for (int c = 0; c < 3; ++c) rest[row][c] = rest_at(model, c, row);
+  }
   for (int column = 0; column < field.columns; ++column) {
     const double across = static_cast<double>((column - field.before) * (1 << field.bits)) - 0.5 * (strip.width - 1);
     const double fade = fade_at(across, strip);
@@ -94,12 +98,14 @@ void fill_match_field(const LightModel& model, const Tone& tone, StripShape stri
     for (int row = 0; row < MatchField::kRows; ++row) {
       double factors[2][3];
       for (int c = 0; c < 3; ++c) {
-        const double half = power_of(held_log(0.5 * (model.whole[c] + (fade == 0 ? 0 : fade * rest_at(model, c, row)))));
+        double& half = halves[row][c];
+        if (fade != faded) half = power_of(held_log(0.5 * (model.whole[c] + fade * rest[row][c])));
         factors[0][c] = std::clamp(half * falloff[0], least, most);
         factors[1][c] = std::clamp(falloff[1] / half, least, most);
       }
       for (int lens = 0; lens < 2; ++lens) field.places[lens][row][column] = place_of(factors[lens], tone);
     }
+    faded = fade;
   }
 }
 

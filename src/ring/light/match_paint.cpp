@@ -90,6 +90,7 @@ void prepare_match(const MatchedLight& light, const Mesh& mesh, const Block& blo
     made.shares[c] = chroma ? first_tint + channel - 1 : -1;
   }
   made.node_row = -1;
+  made.upper = 0;
   if (channels[0] == 0) made.flat = is_flat(mesh.shape, block, light.nodes->places[lens]);
   if (!made.flat) return;
   made.up = made.down = false;
@@ -113,9 +114,15 @@ RowsBetweenNodes find_nodes(const MatchedLight& light, const Mesh& mesh, const B
   if (down.node != made.node_row) {
     const NodeColumns nodes{start_of(block.x, grid.half_x, bits), bits, 1 + grid.bits_x, columns};
     const MatchPlace* const upper = light.nodes->places[lens] + index_of(mesh.shape, 0, down.node);
-    made.up = made.down = false;
-    nodes.spread(upper, 0, made);
-    nodes.spread(upper + mesh.shape.columns, 1, made);
+    // The lower ones may be there already.
+    const bool next = made.node_row >= 0 && down.node == made.node_row + 1;
+    if (next) {
+      made.upper = 1 - made.upper;
+    } else {
+      made.up = made.down = false;
+      nodes.spread(upper, made.upper, made);
+    }
+    nodes.spread(upper + mesh.shape.columns, 1 - made.upper, made);
     made.node_row = down.node;
   }
   const int groups = ((1 << bits) - down.past + step - 1) / step;
@@ -127,17 +134,17 @@ RowsBetweenNodes find_nodes(const MatchedLight& light, const Mesh& mesh, const B
 void match_block_rows(const MatchedLight& light, const Mesh& mesh, const Block& block, const PlaneGrid& grid, int lens,
                       int first_row, const int16_t* luma, int16_t* samples, FineRows rows, int count,
                       MatchBlock& made) noexcept {
-  const int lower = made.flat ? 0 : 1;
   for (int done = 0; done < rows.count;) {
     const RowsBetweenNodes some = find_nodes(light, mesh, block, grid, lens, first_row + done, rows.count - done, count, made);
-    const MatchGains gains{{made.gain_rows[0], made.gain_rows[lower], some.below, some.step}, made.up, made.down};
+    const int upper = made.upper, lower = made.flat ? upper : 1 - upper;
+    const MatchGains gains{{made.gain_rows[upper], made.gain_rows[lower], some.below, some.step}, made.up, made.down};
     const FineRows these{some.count, rows.stride};
     int16_t* const out = samples + done * rows.stride;
     if (made.shares[0] < 0) {
       kMatchRows.best()(out, these, gains, light.tone, count * made.channels);
     } else {
       const MatchChroma chroma{gains,
-                               {made.share_rows[0], made.share_rows[lower], some.below, some.step},
+                               {made.share_rows[upper], made.share_rows[lower], some.below, some.step},
                                luma + ptrdiff_t{done} * 2 * kBlockWidth,
                                2 * kBlockWidth,
                                {made.shares[0] - first_tint + 1, made.shares[1] - first_tint + 1}};

@@ -18,9 +18,9 @@ struct MatchedLight {
 struct MatchBlock {
   int channels, gains[2], shares[2];  // which of MatchValue the channels take; shares < 0 for none
   bool flat;                          // the same everywhere in the block
-  int node_row;                       // of the upper values
+  int node_row, upper;                // of the upper values, and which of the rows they are
   bool up, down;                      // gains above or below 0
-  // Of the rows of nodes above and below some samples; channels take turns.
+  // Of the rows of nodes above and below some samples, or the other way round; channels take turns.
   alignas(64) int16_t gain_rows[2][2 * kBlockWidth];
   alignas(64) int16_t share_rows[2][2 * kBlockWidth];
 };

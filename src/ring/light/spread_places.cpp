@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "base/loop_versions.hpp"
+#include "ring/light/match_arithmetic.hpp"
 
 namespace biseam::ring {
 
@@ -10,16 +11,12 @@ namespace {
 
 constexpr ptrdiff_t kPitch = sizeof(MatchPlace) / sizeof(int16_t);
 
-// A line from a place to the next, in 1/2^bits.
+// From a place to the next; what is past it is in 1/2^15.
 struct Line {
-  int32_t first, rise;
+  int16_t left, rise;
 
-  BISEAM_LOOP Line(const int16_t* left, int bits, int past, int step_bits)
-      : first((left[0] << bits) + (left[kPitch] - left[0]) * past + (1 << bits >> 1)),
-        rise((left[kPitch] - left[0]) << step_bits) {}
-  BISEAM_LOOP int16_t at(ptrdiff_t i, int bits) const {
-    return static_cast<int16_t>((first + rise * static_cast<int32_t>(i)) >> bits);
-  }
+  BISEAM_LOOP explicit Line(const int16_t* place) : left(place[0]), rise(difference(place[kPitch], place[0])) {}
+  BISEAM_LOOP int16_t at(int16_t past) const { return sum(left, product(rise, past)); }
 };
 
 BISEAM_LOOP void spread_places(const PlaceRow& row, int16_t* out, int count) noexcept {
@@ -29,18 +26,20 @@ BISEAM_LOOP void spread_places(const PlaceRow& row, int16_t* out, int count) noe
     const int column = place >> bits, past = place & ((1 << bits) - 1),
               within = ((1 << bits) - past + step - 1) >> row.step_bits;
     const int some = within < count - done ? within : count - done;
-    const Line first(row.first + column * kPitch, bits, past, row.step_bits);
+    const int16_t begin = static_cast<int16_t>(past << (15 - bits)), on = static_cast<int16_t>(step << (15 - bits));
+    const Line first(row.first + column * kPitch);
     if (row.second == nullptr) {
       int16_t* const to = out + done;
       BISEAM_TURNS_APART
-      for (ptrdiff_t i = 0; i < some; ++i) to[i] = first.at(i, bits);
+      for (ptrdiff_t i = 0; i < some; ++i) to[i] = first.at(static_cast<int16_t>(begin + static_cast<int16_t>(i) * on));
     } else {
-      const Line second(row.second + column * kPitch, bits, past, row.step_bits);
+      const Line second(row.second + column * kPitch);
       int16_t* const to = out + ptrdiff_t{2} * done;
       BISEAM_TURNS_APART
       for (ptrdiff_t i = 0; i < some; ++i) {
-        to[2 * i] = first.at(i, bits);
-        to[2 * i + 1] = second.at(i, bits);
+        const int16_t at = static_cast<int16_t>(begin + static_cast<int16_t>(i) * on);
+        to[2 * i] = first.at(at);
+        to[2 * i + 1] = second.at(at);
       }
     }
     place += some * step;

@@ -8,8 +8,8 @@
 
 namespace biseam::ring {
 
-// From a value of the row's first place on, or from two of them, whose results take turns.  Places are 2^bits steps apart, at
-// most 2^14.
+// From a value of the row's first place on, or from two of them, whose results take turns; neighbours differ by less than 2^15.
+// Places are 2^bits steps apart, at most 2^14.
 struct PlaceRow {
   const int16_t *first, *second;  // second: null for one value
   int bits, start, step_bits;

@@ -18,7 +18,7 @@ TEST(SpreadPlaces, GoesLinearlyFromPlaceToPlace) {
     const int bits = random.between(0, 6), apart = 1 << bits, step_bits = random.between(0, 2), count = random.between(0, 64);
     std::vector<MatchPlace> places(64 * 4 + 3);
     for (MatchPlace& place : places) {
-      for (int16_t& value : place.values) value = static_cast<int16_t>(random.between(-kMatchOne, kMatchOne));
+      for (int16_t& value : place.values) value = static_cast<int16_t>(random.between(kLeastGain, kMostGain));
     }
     const int start = random.between(0, apart - 1), values[2] = {random.between(0, 4), random.between(0, 4)};
     for (const int each : {1, 2}) {
