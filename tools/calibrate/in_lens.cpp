@@ -198,7 +198,9 @@ void take_in_lens(const InLens& found, const Frame& frame, Values& values) {
   const Lens before = camera_of(values, frame).lens[0];
   const double rim = radius(before, values[kRim] * kDegree);
   std::copy_n(found.values.begin(), found.stiffness.rows, values.begin());
-  values[kRim] = angle_of_radius(camera_of(values, frame).lens[0], rim, kFarthest * kDegree) / kDegree;
+  values[kRim] = kFarthest;
+  const Lens after = camera_of(values, frame).lens[0];  // up to where the radius increases
+  values[kRim] = angle_of_radius(after, rim, after.fov / 2 * kDegree) / kDegree;
 }
 
 }  // namespace biseam::calibrate

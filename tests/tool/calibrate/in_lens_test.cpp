@@ -63,6 +63,26 @@ TEST(InLens, TurningTellsScaleAndDistortionApart) {
   EXPECT_LT(whole.deviations[kScale], 0.002);
 }
 
+// The circle of such a lens has its radius twice: where it ends, and again where the radius decreases, at an angle that no lens
+// sees.
+TEST(InLens, RimsStayWhereLensesBendMuch) {
+  Values values = rough_guess(some_camera(kTurningSide));
+  values[kK1] = -0.016;
+  values[kK2] = -0.0034;
+  values[kK3] = -0.0011;
+  values[kRim] = 100;
+  InLens found;
+  found.values = values;
+  found.values[kScale] -= 0.01;
+  found.stiffness = cv::Mat1d::eye(kYaw, kYaw);
+  const Lens before = camera_of(values, kFrame).lens[0];
+  take_in_lens(found, kFrame, values);
+  EXPECT_EQ(values[kScale], found.values[kScale]);
+  EXPECT_GT(values[kRim], 100);
+  EXPECT_LT(values[kRim], 104);
+  EXPECT_NEAR(radius(camera_of(values, kFrame).lens[0], values[kRim] * kDegree), radius(before, 100 * kDegree), 1e-6);
+}
+
 TEST(InLens, ACameraThatStandsTellsNothing) {
   const Camera camera = some_camera(kTurningSide);
   const Pair pair = photograph(camera);
