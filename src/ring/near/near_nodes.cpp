@@ -37,12 +37,14 @@ int32_t fade_at(int32_t b, int32_t half_width) noexcept {
 
 // In 1/2^kTurnBits of a turn.
 int32_t move_at(const RingShape& ring, const Displacement& displacement, int32_t t, int32_t b) noexcept {
+  const int32_t fade = fade_at(b, ring.half_width);
+  if (fade == 0) return 0;
   const int64_t length = ring.strip.length;
   const int64_t place = (t & ((1 << kTurnBits) - 1)) * length;  // strip samples in 1/2^kTurnBits
   const int32_t* const here = displacement.values + (place >> kTurnBits);
   const int64_t past = (place >> (kTurnBits - 8)) & 255;
   const int64_t samples = here[0] * (256 - past) + here[1] * past;  // 1/2^24
-  return static_cast<int32_t>(samples / length * fade_at(b, ring.half_width) >> kFadeOneBits);
+  return static_cast<int32_t>(samples / length * fade >> kFadeOneBits);
 }
 
 }  // namespace
@@ -72,25 +74,56 @@ Mesh carve_moved_mesh(const Mesh& mesh, void* block) noexcept {
   return moved;
 }
 
+namespace {
+
+// Nodes of a row one after the other.
+struct NodeRun {
+  ptrdiff_t first;
+  int count;
+};
+
+// By how much lens 0 is moved at a run's nodes; out of the ring, where most of them are, not at all.
+void find_moves(const RingShape& ring, const Displacement& displacement, const Mesh& mesh, const NodeRun& run,
+                int32_t* moves) noexcept {
+  for (int i = 0; i < run.count; ++i) {
+    moves[i] = move_at(ring, displacement, mesh.t.values[run.first + i], mesh.b.values[run.first + i]);
+  }
+}
+
+void copy_run(const LensNodes& from, const NodeRun& run, const LensNodes& to) noexcept {
+  std::copy_n(from.x.values + run.first, run.count, to.x.values + run.first);
+  std::copy_n(from.y.values + run.first, run.count, to.y.values + run.first);
+}
+
+// Of a run, what lies between nodes that stay where they are.
+void move_lens(const Projector& lens, const Mesh& mesh, const NodeRun& run, const int32_t* moves,
+               const LensNodes& to) noexcept {
+  for (int begin = 0; begin < run.count;) {
+    int end = begin;
+    while (end < run.count && moves[end] != 0) ++end;
+    const ptrdiff_t at = run.first + begin;
+    if (end > begin) {
+      kMoveNodeRow.best()(lens, mesh.t.values + at, mesh.b.values + at, moves + begin, to.x.values + at, to.y.values + at,
+                          end - begin);
+    }
+    begin = end + 1;
+  }
+}
+
+}  // namespace
+
 void move_nodes(const RingShape& ring, const Displacement& displacement, const Projector* lenses, const Mesh& mesh, int row,
                 const Mesh& moved) noexcept {
   constexpr int kRun = 256;
   const ptrdiff_t end = ptrdiff_t{row + 1} * mesh.shape.columns;
   for (ptrdiff_t first = ptrdiff_t{row} * mesh.shape.columns; first < end; first += kRun) {
-    const int count = static_cast<int>(std::min<ptrdiff_t>(end - first, kRun));
-    const int32_t *const t = mesh.t.values + first, *const b = mesh.b.values + first;
+    const NodeRun run{first, static_cast<int>(std::min<ptrdiff_t>(end - first, kRun))};
     int32_t moves[kRun];
-    bool any = false;
-    for (int i = 0; i < count; ++i) {
-      moves[i] = move_at(ring, displacement, t[i], b[i]);
-      any = any || moves[i] != 0;
-    }
+    find_moves(ring, displacement, mesh, run, moves);
     for (int lens = 0; lens < 2; ++lens) {
-      int32_t *const x = moved.lens[lens].x.values + first, *const y = moved.lens[lens].y.values + first;
-      std::copy_n(mesh.lens[lens].x.values + first, count, x);
-      std::copy_n(mesh.lens[lens].y.values + first, count, y);
-      if (any) kMoveNodeRow.best()(lenses[lens], t, b, moves, x, y, count);
-      for (int i = 0; i < count; ++i) moves[i] = -moves[i];
+      copy_run(mesh.lens[lens], run, moved.lens[lens]);
+      move_lens(lenses[lens], mesh, run, moves, moved.lens[lens]);
+      for (int i = 0; i < run.count; ++i) moves[i] = -moves[i];
     }
   }
 }
