@@ -211,14 +211,27 @@ BISEAM_STEP void sample_words(const SampleJob& job, const int32_t* x, const int3
 }
 
 template <int taps>
-BISEAM_STEP void sample_taps(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination, int count) {
-  switch (job.source.type) {
-    case SampleType::bytes:
-      return sample_type<SampleType::bytes, taps>(job, x, y, destination, count);
-    case SampleType::byte_pairs:
-      return sample_type<SampleType::byte_pairs, taps>(job, x, y, destination, count);
+BISEAM_STEP void sample_bytes(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination, int count) {
+  if (is_pairs(job.source.type)) {
+    sample_type<SampleType::byte_pairs, taps>(job, x, y, destination, count);
+  } else {
+    sample_type<SampleType::bytes, taps>(job, x, y, destination, count);
+  }
+}
+
+// What isn't widened.  Fewer taps than six are sampled in tiles; only of words some are left.
+BISEAM_STEP bool sample_narrow(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination, int count) {
+  const bool words = is_words(job.source.type);
+  switch (job.across->taps) {
+    case 2:
+      if (words) sample_words<2>(job, x, y, destination, count);
+      return words;
+    case 4:
+      if (words) sample_words<4>(job, x, y, destination, count);
+      return words;
     default:
-      return sample_words<taps>(job, x, y, destination, count);
+      words ? sample_words<6>(job, x, y, destination, count) : sample_bytes<6>(job, x, y, destination, count);
+      return true;
   }
 }
 
@@ -228,12 +241,8 @@ BISEAM_AVX512 void sample_row_avx512(const SampleJob& job, const int32_t* x, con
                                      int count) noexcept {
   uint8_t* bytes = static_cast<uint8_t*>(destination);
   const AxisWeights& kernel = *job.across;
-  // Bytes between two samples are sampled in tiles.
-  if (&kernel == job.down && kernel.phase_bits == 6 && is_words(job.source.type))
-    return sample_words<2>(job, x, y, bytes, count);
-  if (&kernel == job.down && kernel.phase_bits == 7) {
-    return kernel.taps == 4 ? sample_taps<4>(job, x, y, bytes, count) : sample_taps<6>(job, x, y, bytes, count);
-  }
+  const bool narrow = &kernel == job.down && kernel.phase_bits >= 6;
+  if (narrow && sample_narrow(job, x, y, bytes, count)) return;
   // So few taps would leave most of a vector empty.
   const bool few = kernel.taps <= 4 && job.down->taps <= 4;
   if (few || !sample_widened_avx512(job, x, y, bytes, count)) sample_row_avx2(job, x, y, destination, count);

@@ -8,7 +8,7 @@
 
 #include <cstdlib>
 
-// Bytes.
+// Bytes.  Pairs are taken apart when they are loaded.
 namespace biseam::ring {
 
 namespace {
@@ -18,36 +18,40 @@ constexpr int kWindowBytes = 16;
 BISEAM_STEP __m512i all_bytes(int8_t value) { return _mm512_set1_epi8(value); }
 
 // Where a lane's first tap lies in its window.  Positions count from the window's corner.
-template <int unit>
 BISEAM_STEP __m512i first_bytes(__m512i x, __m512i y) {
-  const __m512i rows = bits_from<12>(y), columns = unit == 1 ? bits_from<16>(x) : bits_from<15>(x);
-  const __m512i first = _mm512_ternarylogic_epi32(rows, columns, all_bytes(0x0f), 0xd8);  // the row's bits above these
-  return unit == 1 ? first : _mm512_and_si512(first, all_bytes(0x1e | 0x60));
+  return _mm512_ternarylogic_epi32(bits_from<12>(y), bits_from<16>(x), all_bytes(0x0f), 0xd8);  // the row's bits above these
 }
 
-// Taps of rows k to k + 3 of a window lie in upper, of rows k + 4 to k + 7 in lower: how far to look for them.
-template <class Window>
-struct TileRows {
-  static constexpr bool kOne = Window::kOne;
-  __m512i fours[kOne ? 5 : Window::kTaps + 4];
+// The first or second bytes of pairs that lie in two vectors of two rows.
+BISEAM_STEP __m512i every_other(__m512i upper, __m512i lower, int first) {
+  const __m512i column = _mm512_broadcast_i32x4(_mm_setr_epi8(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30));
+  const __m512i row = _mm512_setr_epi32(0, 0, 0, 0, 0x20202020, 0x20202020, 0x20202020, 0x20202020, 0x40404040, 0x40404040,
+                                        0x40404040, 0x40404040, 0x60606060, 0x60606060, 0x60606060, 0x60606060);
+  return _mm512_permutex2var_epi8(upper, _mm512_add_epi8(_mm512_add_epi8(column, row), all_bytes(static_cast<int8_t>(first))),
+                                  lower);
+}
 
-  BISEAM_STEP TileRows(const uint8_t* window, std::ptrdiff_t stride) {
-    if constexpr (kOne) {
-      fours[0] = load_4x16<4>(window, stride);
-      fours[4] = load_4x16<4>(window + 4 * stride, stride);
+template <int components>
+struct ByteLoader {
+  template <int rows>
+  BISEAM_STEP void load(const uint8_t* window, std::ptrdiff_t stride, __m512i* of) const {
+    if constexpr (components == 1) {
+      of[0] = load_4x16<rows>(window, stride);
     } else {
-      const auto loaded = load_fours<Window::kTaps + 4>(window, stride);
-      for (int k = 0; k < Window::kTaps + 4; ++k) fours[k] = loaded.rows[k];
+      const __m512i upper = load_two<(rows > 1)>(window, stride);
+      const __m512i lower = rows > 2 ? load_two<(rows > 3)>(window + 2 * stride, stride) : upper;
+      for (int c = 0; c < components; ++c) of[c] = every_other(upper, lower, c);
     }
   }
-
-  // Bytes k rows below those that first tells.
-  BISEAM_STEP __m512i row(__m512i first, int k) const {
-    if constexpr (!kOne) return _mm512_permutex2var_epi8(fours[k], first, fours[k + 4]);
-    return _mm512_permutex2var_epi8(fours[0], _mm512_add_epi8(first, all_bytes(static_cast<int8_t>(kWindowBytes * k))),
-                                    fours[4]);
-  }
 };
+
+// Bytes k rows below those that first tells.
+template <class Window, int count>
+BISEAM_STEP __m512i pick_bytes(const Fours<count>& fours, __m512i first, int k) {
+  const int upper = Window::kOne ? 0 : k, below = Window::kOne ? k : 0;
+  return _mm512_permutex2var_epi8(
+      fours.rows[upper], _mm512_add_epi8(first, all_bytes(static_cast<int8_t>(kWindowBytes * below))), fours.rows[upper + 4]);
+}
 
 // 64 less the phase, and the phase, alternately as bytes or words.
 BISEAM_STEP __m512i two_weights_across(__m512i x) {
@@ -60,44 +64,32 @@ BISEAM_STEP __m512i two_weights_down(__m512i y) {
   return _mm512_add_epi16(turned, all(0x00000041));
 }
 
-// Sums of a tile, of each component.
-template <int unit>
-struct TileSums {
-  __m512i of[unit];
-};
-
-// All taps of a lane are four bytes: two rows of two.
-template <class Window>
-BISEAM_STEP TileSums<Window::kUnit> sum_two(const TileRows<Window>& rows, __m512i x, __m512i y) {
-  constexpr int unit = Window::kUnit;
-  const __m512i first = first_bytes<unit>(x, y), across = two_weights_across(x), down = two_weights_down(y);
-  TileSums<unit> sums;
-  for (int c = 0; c < unit; ++c) {
-    const __m512i taps = rows.row(_mm512_add_epi8(first, all(0x01000100 * unit + 0x10100000 + 0x01010101 * c)), 0);
-    sums.of[c] = _mm512_madd_epi16(_mm512_maddubs_epi16(taps, across), down);
+// Sums of a tile, of each component: all taps of a lane are four bytes, two rows of two.
+template <class Window, class Rows, int components>
+BISEAM_STEP void sum_two(const Rows& rows, __m512i x, __m512i y, __m512i (&sums)[components]) {
+  const __m512i bytes = _mm512_add_epi8(first_bytes(x, y), all(0x11100100));
+  const __m512i across = two_weights_across(x), down = two_weights_down(y);
+  for (int c = 0; c < components; ++c) {
+    sums[c] = _mm512_madd_epi16(_mm512_maddubs_epi16(pick_bytes<Window>(rows.of[c], bytes, 0), across), down);
   }
-  return sums;
 }
 
-template <class Window>
-BISEAM_STEP TileSums<Window::kUnit> sum_more(const SampleSource& source, const int8_t* parts, const TileRows<Window>& rows,
-                                             __m512i x, __m512i y) {
-  constexpr int unit = Window::kUnit, taps = Window::kTaps, bit = 16 - Phases<taps>::kBits;
-  const __m512i first = first_bytes<unit>(x, y);
+template <class Window, class Rows, int components>
+BISEAM_STEP void sum_more(const SampleSource& source, const int8_t* parts, const Rows& rows, __m512i x, __m512i y,
+                          __m512i (&sums)[components]) {
+  constexpr int taps = Window::kTaps, bit = 16 - Phases<taps>::kBits;
+  const __m512i bytes = _mm512_add_epi8(first_bytes(x, y), all(0x03020100));
   const auto weights = look_up_all<SampleType::bytes, taps>(parts, bits_from<bit>(x), bits_from<bit>(y));
-  TileSums<unit> sums;
-  for (int c = 0; c < unit; ++c) {
-    const __m512i bytes = _mm512_add_epi8(first, all(0x03020100 * unit + 0x01010101 * c));
-    sums.of[c] = _mm512_setzero_si512();
+  for (int c = 0; c < components; ++c) {
+    sums[c] = _mm512_setzero_si512();
     for (int k = 0; k < taps; k += 2) {
-      const __m512i picked[2] = {rows.row(bytes, k), rows.row(bytes, k + 1)};
+      const __m512i picked[2] = {pick_bytes<Window>(rows.of[c], bytes, k), pick_bytes<Window>(rows.of[c], bytes, k + 1)};
       const __m512i upper = weigh_across<SampleType::bytes, taps>(source, weights, &picked[0]);
       const __m512i lower = weigh_across<SampleType::bytes, taps>(source, weights, &picked[1]);
       const __m512i both = _mm512_mask_blend_epi16(0xAAAAAAAA, upper, _mm512_slli_epi32(lower, 16));
-      sums.of[c] = _mm512_dpwssd_epi32(sums.of[c], both, weights.down[k / 2]);
+      sums[c] = _mm512_dpwssd_epi32(sums[c], both, weights.down[k / 2]);
     }
   }
-  return sums;
 }
 
 // Weights between two samples are 64ths both ways.
@@ -134,13 +126,13 @@ BISEAM_STEP void store_pairs(const Vectors& first, const Vectors& second, uint8_
   }
 }
 
-template <int unit, int taps, SampleOutput output>
+template <int components, int taps, SampleOutput output>
 struct ByteTiles {
-  static constexpr int kUnit = unit, kTaps = taps;
-  static constexpr int kBytes = output_bytes_of(unit == 1 ? SampleType::bytes : SampleType::byte_pairs, output);
-  static constexpr bool kByVectors = taps > 2;
+  static constexpr int kUnit = components, kTaps = taps;
+  static constexpr int kBytes = output_bytes_of(components == 1 ? SampleType::bytes : SampleType::byte_pairs, output);
+  static constexpr SampleRow* kOtherwise = sample_row_avx2;
   template <int places>
-  using Window = TileWindow<unit, kWindowBytes / unit, taps, places>;
+  using Window = TileWindow<kUnit, kWindowBytes, taps, places>;
 
   SampleSource source;
   const int8_t* parts;
@@ -151,18 +143,19 @@ struct ByteTiles {
   BISEAM_STEP void sample_windows(const Vectors& x, const Vectors& y, const Corners& corners, const SampleRows& at) const {
     PlacedTiles placed;
     place_tiles<Window>(source, x, y, corners, placed);
-    Vectors results[unit];
+    Vectors results[components];
     for (int i = 0; i < kTiles; ++i) {
-      const TileRows<Window> rows(source.first + placed.offsets[kSide * i], source.stride);
-      TileSums<unit> sums;
+      const TileRows<Window, components, ByteLoader<components>> rows(source.first + placed.offsets[kSide * i], source.stride,
+                                                                      {});
+      __m512i sums[components];
       if constexpr (taps == 2) {
-        sums = sum_two(rows, placed.across.of[i], placed.down.of[i]);
+        sum_two<Window>(rows, placed.across.of[i], placed.down.of[i], sums);
       } else {
-        sums = sum_more(source, parts, rows, placed.across.of[i], placed.down.of[i]);
+        sum_more<Window>(source, parts, rows, placed.across.of[i], placed.down.of[i], sums);
       }
-      for (int c = 0; c < unit; ++c) results[c].of[i] = rounded<taps, output>(sums.of[c]);
+      for (int c = 0; c < components; ++c) results[c].of[i] = rounded<taps, output>(sums[c]);
     }
-    if constexpr (unit == 1) {
+    if constexpr (components == 1) {
       store_samples<output>(results[0], at.results, at.stride);
     } else {
       store_pairs<output>(results[0], results[1], at.results, at.stride);
@@ -184,18 +177,18 @@ struct ByteTiles {
   }
 };
 
-template <int unit, int taps>
+template <int components, int taps>
 BISEAM_STEP void sample_taps(const SampleJob& job, const SampleRows& rows) {
   if (job.output == SampleOutput::fine) {
-    sample_all_tiles<ByteTiles<unit, taps, SampleOutput::fine>>(job, rows);
+    sample_all_tiles<ByteTiles<components, taps, SampleOutput::fine>>(job, rows);
   } else {
-    sample_all_tiles<ByteTiles<unit, taps, SampleOutput::samples>>(job, rows);
+    sample_all_tiles<ByteTiles<components, taps, SampleOutput::samples>>(job, rows);
   }
 }
 
-template <int unit>
-BISEAM_STEP void sample_unit(const SampleJob& job, const SampleRows& rows) {
-  job.across->taps == 2 ? sample_taps<unit, 2>(job, rows) : sample_taps<unit, 4>(job, rows);
+template <int components>
+BISEAM_STEP void sample_components(const SampleJob& job, const SampleRows& rows) {
+  job.across->taps == 2 ? sample_taps<components, 2>(job, rows) : sample_taps<components, 4>(job, rows);
 }
 
 }  // namespace
@@ -208,7 +201,7 @@ bool are_tiles(const SampleJob& job) noexcept {
 }
 
 BISEAM_AVX512 void sample_tiles_avx512(const SampleJob& job, const SampleRows& rows) noexcept {
-  is_pairs(job.source.type) ? sample_unit<2>(job, rows) : sample_unit<1>(job, rows);
+  is_pairs(job.source.type) ? sample_components<2>(job, rows) : sample_components<1>(job, rows);
 }
 
 }  // namespace biseam::ring

@@ -41,19 +41,12 @@ BISEAM_STEP __m512i every_other(__m512i upper, __m512i lower, int first) {
   return _mm512_permutex2var_epi16(upper, _mm512_add_epi16(_mm512_add_epi16(column, row), all_words(first)), lower);
 }
 
-// Two rows of pairs, or one.
-template <bool two>
-BISEAM_STEP __m512i load_two(const uint8_t* window, std::ptrdiff_t stride) {
-  return two ? load_2x32(window, stride) : _mm512_castsi256_si512(load_32(window));
-}
-
-// Four rows of a window, or fewer, of each component.
 template <int components>
-struct WordRows {
-  __m512i of[components];
+struct WordLoader {
+  Values values;
 
   template <int rows>
-  BISEAM_STEP void load(const uint8_t* window, std::ptrdiff_t stride, const Values& values) {
+  BISEAM_STEP void load(const uint8_t* window, std::ptrdiff_t stride, __m512i* of) const {
     if constexpr (components == 1) {
       of[0] = values.of(load_4x16<rows>(window, stride));
     } else {
@@ -64,42 +57,22 @@ struct WordRows {
   }
 };
 
-// Taps of rows k to k + 3 of a window lie in upper, of rows k + 4 to k + 7 in lower: how far to look for them.
-template <class Window, int components>
-struct WordTile {
-  static constexpr int kCount = Window::kOne ? 5 : Window::kTaps + 4;
-  Fours<kCount> fours[components];
-
-  BISEAM_STEP WordTile(const uint8_t* window, std::ptrdiff_t stride, const Values& values) {
-    using Loads = FourLoads<kCount>;
-    WordRows<components> loaded[Loads::kWhole];
-    for (int k = 0; k < Loads::kLast / 4; ++k) loaded[k].template load<4>(window + 4 * k * stride, stride, values);
-    if constexpr (Window::kOne) {
-      static_assert(Loads::kWhole == 2 && Loads::kLeft == 4);
-    }
-    loaded[Loads::kLast / 4].template load<Loads::kLeft>(window + Loads::kLast * stride, stride, values);
-    for (int c = 0; c < components; ++c) {
-      __m512i whole[Loads::kWhole];
-      for (int k = 0; k < Loads::kWhole; ++k) whole[k] = loaded[k].of[c];
-      fours[c] = fours_of<kCount>(whole);
-    }
-  }
-
-  // Two taps of each lane k rows below the first ones, and so many to the right.
-  BISEAM_STEP __m512i row(__m512i first, int component, int k, int right) const {
-    const __m512i* const rows = fours[component].rows;
-    const int upper = Window::kOne ? 0 : k, below = Window::kOne ? k : 0;
-    return _mm512_permutex2var_epi16(rows[upper], _mm512_add_epi16(first, all_words(kWindowWords * below + right)),
-                                     rows[upper + 4]);
-  }
-};
+// Two taps of each lane k rows below the first ones, and so many to the right.
+template <class Window, int count>
+BISEAM_STEP __m512i pick_words(const Fours<count>& fours, __m512i first, int k, int right) {
+  const int upper = Window::kOne ? 0 : k, below = Window::kOne ? k : 0;
+  return _mm512_permutex2var_epi16(fours.rows[upper], _mm512_add_epi16(first, all_words(kWindowWords * below + right)),
+                                   fours.rows[upper + 4]);
+}
 
 template <int components, int taps, SampleOutput output>
 struct WordTiles {
   static constexpr int kUnit = 2 * components, kTaps = taps, kBytes = 2 * components;
-  static constexpr bool kByVectors = true;
+  static constexpr SampleRow* kOtherwise = sample_row_avx512;
   template <int places>
   using Window = TileWindow<kUnit, kWindowWords, taps, places>;
+  template <class Window>
+  using Rows = TileRows<Window, components, WordLoader<components>>;
 
   SampleSource source;
   const int8_t* parts;
@@ -108,18 +81,18 @@ struct WordTiles {
   BISEAM_STEP explicit WordTiles(const SampleJob& job) : source(job.source), parts(job.across->parts), finish(job) {}
 
   // The first sum of a row, rounded.
-  template <class Tile>
-  BISEAM_STEP __m512i weigh_row(const Tile& tile, const __m512i* weights, __m512i first, int component, int k) const {
+  template <class Window, int count>
+  BISEAM_STEP __m512i weigh_row(const Fours<count>& fours, const __m512i* weights, __m512i first, int k) const {
     const int shift = across_shift(source);
     __m512i sum = all(1 << (shift - 1));
     for (int right = 0; right < taps; right += 2) {
-      sum = _mm512_dpwssd_epi32(sum, tile.row(first, component, k, right), weights[right / 2]);
+      sum = _mm512_dpwssd_epi32(sum, pick_words<Window>(fours, first, k, right), weights[right / 2]);
     }
     return _mm512_sra_epi32(sum, _mm_cvtsi32_si128(shift));
   }
 
-  template <class Tile>
-  BISEAM_STEP void sum_tile(const Tile& tile, __m512i x, __m512i y, __m512i* sums) const {
+  template <class Window>
+  BISEAM_STEP void sum_tile(const Rows<Window>& tile, __m512i x, __m512i y, __m512i* sums) const {
     constexpr int bit = 16 - Phases<taps>::kBits;
     const __m512i first = first_words(x, y), columns = bits_from<bit>(x), rows = bits_from<bit>(y);
     __m512i across[taps / 2], down[taps / 2];
@@ -130,7 +103,8 @@ struct WordTiles {
     for (int c = 0; c < components; ++c) {
       __m512i sum = all(finish.half);
       for (int k = 0; k < taps; k += 2) {
-        const __m512i upper = weigh_row(tile, across, first, c, k), lower = weigh_row(tile, across, first, c, k + 1);
+        const __m512i upper = weigh_row<Window>(tile.of[c], across, first, k);
+        const __m512i lower = weigh_row<Window>(tile.of[c], across, first, k + 1);
         const __m512i both = _mm512_mask_blend_epi16(0xAAAAAAAA, upper, _mm512_slli_epi32(lower, 16));
         sum = _mm512_dpwssd_epi32(sum, both, down[k / 2]);
       }
@@ -149,11 +123,11 @@ struct WordTiles {
   BISEAM_STEP void sample_windows(const Vectors& x, const Vectors& y, const Corners& corners, const SampleRows& at) const {
     PlacedTiles placed;
     place_tiles<Window>(source, x, y, corners, placed);
-    const Values values(source);
+    const WordLoader<components> loader{Values(source)};
     __m512i sums[kTiles][components];
     for (int i = 0; i < kTiles; ++i) {
-      const WordTile<Window, components> tile(source.first + placed.offsets[kSide * i], source.stride, values);
-      sum_tile(tile, placed.across.of[i], placed.down.of[i], sums[i]);
+      const Rows<Window> tile(source.first + placed.offsets[kSide * i], source.stride, loader);
+      sum_tile<Window>(tile, placed.across.of[i], placed.down.of[i], sums[i]);
     }
     for (int i = 0; i < kTiles; i += 2) {
       uint8_t* const results = at.results + kSide * i * kBytes;

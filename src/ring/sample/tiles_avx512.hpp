@@ -107,6 +107,33 @@ BISEAM_STEP void place_tiles(const SampleSource& source, const Vectors& x, const
   placed.down = to_tiles(from_top);
 }
 
+// Two rows of 32 bytes, or one.
+template <bool two>
+BISEAM_STEP __m512i load_two(const uint8_t* window, std::ptrdiff_t stride) {
+  return two ? load_2x32(window, stride) : _mm512_castsi256_si512(load_32(window));
+}
+
+// A window's rows of each component.  Taps of rows k to k + 3 lie in rows[k], of rows k + 4 to k + 7 in rows[k + 4]; where
+// everything lies in one pair of vectors, that is rows[0] and rows[4].  Loader: load<n>(window, stride, of) gives n rows, up to
+// four, of 16 bytes of each component.
+template <class Window, int components, class Loader>
+struct TileRows {
+  static constexpr int kCount = Window::kOne ? 5 : Window::kTaps + 4;
+  Fours<kCount> of[components];
+
+  BISEAM_STEP TileRows(const uint8_t* window, std::ptrdiff_t stride, const Loader& loader) {
+    using Loads = FourLoads<kCount>;
+    __m512i loaded[Loads::kWhole][components];
+    for (int k = 0; k < Loads::kLast / 4; ++k) loader.template load<4>(window + 4 * k * stride, stride, loaded[k]);
+    loader.template load<Loads::kLeft>(window + Loads::kLast * stride, stride, loaded[Loads::kLast / 4]);
+    for (int c = 0; c < components; ++c) {
+      __m512i whole[Loads::kWhole];
+      for (int k = 0; k < Loads::kWhole; ++k) whole[k] = loaded[k][c];
+      of[c] = fours_of<kCount>(whole);
+    }
+  }
+};
+
 // Parts of 128 bits are rows.
 BISEAM_STEP void store_rows(__m512i rows, uint8_t* results, std::ptrdiff_t stride) {
   const auto to = [=](int i) { return reinterpret_cast<__m128i*>(results + i * stride); };
@@ -119,14 +146,13 @@ BISEAM_STEP void store_rows(__m512i rows, uint8_t* results, std::ptrdiff_t strid
 // What follows is the same for all kernels of tiles.  Such a one has
 //   kUnit, kTaps, kBytes: bytes of a column in the picture, taps, bytes of a result;
 //   source: of the samples.  A copy: results are bytes, which might lie in the job as far as compilers know;
-//   sample(at): does sixteen columns of four rows; false: not all of them lie in windows, nothing is done.
+//   sample(at): does sixteen columns of four rows; false: not all of them lie in windows, nothing is done;
+//   kOtherwise: what does them then, row by row.
 
-// Otherwise: windows of another kind, which the fewest taps of bytes do without.
 template <class Kernel>
 BISEAM_STEP void sample_by_rows(const SampleJob& job, const SampleRows& at) {
-  SampleRow* const sample = Kernel::kByVectors ? sample_row_avx512 : sample_row_avx2;
   for (int j = 0; j < at.rows; ++j) {
-    sample(job, at.x + j * at.pitch, at.y + j * at.pitch, at.results + j * at.stride, at.columns);
+    Kernel::kOtherwise(job, at.x + j * at.pitch, at.y + j * at.pitch, at.results + j * at.stride, at.columns);
   }
 }
 
