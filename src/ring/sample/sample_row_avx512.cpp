@@ -114,8 +114,8 @@ BISEAM_STEP Corner corner_of(const int32_t* x, const int32_t* y, int first, int 
 }
 
 template <SampleType type, int taps, SampleOutput output>
-BISEAM_STEP bool sample_flat(const Kernel<taps, output>& kernel, const int32_t* x, const int32_t* y, const Course& course,
-                             uint8_t* destination) {
+BISEAM_AVX512 bool sample_flat(const Kernel<taps, output>& kernel, const int32_t* x, const int32_t* y, const Course& course,
+                               uint8_t* destination) {
   using W = Window<type, taps>;
   constexpr int width = W::kFlatBytes / Shape<type>::kUnit, room = (W::kFlatBytes - W::kReach) / Shape<type>::kUnit + 1;
   constexpr int before = Phases<taps>::kBefore;
@@ -135,8 +135,8 @@ BISEAM_STEP bool sample_flat(const Kernel<taps, output>& kernel, const int32_t* 
 }
 
 template <SampleType type, int taps, SampleOutput output>
-BISEAM_STEP bool sample_steep(const Kernel<taps, output>& kernel, const int32_t* x, const int32_t* y, const Course& course,
-                              uint8_t* destination) {
+BISEAM_AVX512 bool sample_steep(const Kernel<taps, output>& kernel, const int32_t* x, const int32_t* y, const Course& course,
+                                uint8_t* destination) {
   using W = Window<type, taps>;
   if constexpr (W::kReach > W::kSteepBytes) return false;
   constexpr int width = W::kSteepBytes / Shape<type>::kUnit, room = (W::kSteepBytes - W::kReach) / Shape<type>::kUnit + 1;
