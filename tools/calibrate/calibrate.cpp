@@ -6,6 +6,7 @@
 
 #include "calibrate/circle.hpp"
 #include "calibrate/estimate.hpp"
+#include "calibrate/finding.hpp"
 #include "camera/rules.hpp"
 
 namespace biseam::calibrate {

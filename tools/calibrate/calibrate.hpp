@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "calibrate/finding.hpp"
+#include "profile/settings.hpp"
 
 namespace biseam::calibrate {
 
@@ -39,6 +39,8 @@ struct Options {
   bool in_lens = false;                          // a camera that doesn't turn enough to see within its lenses is refused
   bool hold_scale = false, hold_k = false, hold_centre = false, hold_turn = false;  // of the start
 };
+
+struct Finding;
 
 // All pictures of one size, at least one pair; the bytes are read during the call only.  The same pictures give the same
 // finding, however the work is shared.  Throws Refusal.

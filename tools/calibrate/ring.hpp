@@ -1,7 +1,7 @@
 // Where on the ring a lens puts what it recorded, and how that changes with the camera.
 #pragma once
 
-#include <opencv2/core.hpp>
+#include <opencv2/core/types.hpp>
 #include <vector>
 
 #include "calibrate/model.hpp"

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "calibrate/estimate.hpp"
+#include "calibrate/finding.hpp"
 #include "profile/write.hpp"
 #include "tool/calibrate/world.hpp"
 

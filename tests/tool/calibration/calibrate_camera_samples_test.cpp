@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "calibrate/calibrate.hpp"
+#include "calibrate/finding.hpp"
 #include "tool/calibrate/world.hpp"
 #include "tool/support/nv12_picture.hpp"
 #include "tool/support/places.hpp"

@@ -6,6 +6,7 @@
 #include "base/replace_file.hpp"
 #include "base/share_work.hpp"
 #include "base/thread_count.hpp"
+#include "calibrate/finding.hpp"
 #include "profile/write.hpp"
 
 namespace biseam::tool {

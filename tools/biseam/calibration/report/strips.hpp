@@ -4,6 +4,7 @@
 #include <array>
 
 #include "calibration/recorded_pairs.hpp"
+#include "camera/camera.hpp"
 
 namespace biseam::tool {
 
