@@ -87,7 +87,7 @@ void call_find_places(KernelCall& call, FindMatchPlaces* find) {
   std::vector<MatchPlace> places(count);
   call.run([&] {
     find(*field, lens, rows, columns, places.data(), call.size());
-    std::memcpy(found, places.data(), count * sizeof(MatchPlace));
+    if (count > 0) std::memcpy(found, places.data(), count * sizeof(MatchPlace));
   });
 }
 
@@ -107,11 +107,19 @@ void call_luma_means(KernelCall& call, LumaMeans* mean) {
   call.run([&] { mean(luma, channels, out, {rows, static_cast<ptrdiff_t>(written)}, call.size()); });
 }
 
+// Rows of chroma have an end.
+std::vector<int> chroma_sizes() {
+  std::vector<int> sizes = usual_sizes();
+  std::erase_if(sizes, [](int size) { return size > kMostMatched; });
+  sizes.push_back(kMostMatched);
+  return sizes;
+}
+
 }  // namespace
 
 std::vector<Kernel> light_kernels() {
   return {make_kernel("matched rows", kMatchRows, call_match_rows, 64),
-          make_kernel("matched chroma rows", kMatchChromaRows, call_match_chroma_rows, 64),
+          make_kernel("matched chroma rows", kMatchChromaRows, call_match_chroma_rows, 64, 1.0, chroma_sizes()),
           make_kernel("spread places", kSpreadPlaces, call_spread_places, 64),
           make_kernel("places of a field", kFindMatchPlaces, call_find_places, 16),
           make_kernel("means of luma bytes", kLumaMeans, call_luma_means<uint8_t>, 32),
