@@ -28,9 +28,10 @@ struct Own {
     for (RingImage& image : scene.last) {
       for (int32_t& cell : image.cells) cell = seed++ % 1000;
     }
+    const NearShape shape = near_shape(kShape);
     for (int i = 0; i < 2; ++i) {
-      std::vector<int16_t> disparities(48, static_cast<int16_t>(seed++ % 1000));
-      remember(near_shape(kShape), disparities.data(), near);
+      std::vector<int16_t> disparities(48, static_cast<int16_t>(seed++ % (most_disparity(shape) + 1)));
+      remember(shape, disparities.data(), near);
     }
     for (int i = 0; i < 3; ++i) {
       LightFrame frame{};
