@@ -161,20 +161,6 @@ struct ByteTiles {
       store_pairs<output>(results[0], results[1], at.results, at.stride);
     }
   }
-
-  BISEAM_STEP bool sample(const SampleRows& at) const {
-    const Vectors x = load_tile_positions<taps>(at.x, at.pitch), y = load_tile_positions<taps>(at.y, at.pitch);
-    const Range across = range_of(x), down = range_of(y);
-    const Corners low = corners_of<Window<9 - taps>>(source, across, down);
-    if (low.within) {
-      sample_windows<Window<9 - taps>>(x, y, low, at);
-      return true;
-    }
-    if constexpr (taps == 2) return false;
-    const Corners high = corners_of<Window<8>>(source, across, down);
-    if (high.within) sample_windows<Window<8>>(x, y, high, at);
-    return high.within;
-  }
 };
 
 template <int components, int taps>

@@ -146,8 +146,27 @@ BISEAM_STEP void store_rows(__m512i rows, uint8_t* results, std::ptrdiff_t strid
 // What follows is the same for all kernels of tiles.  Such a one has
 //   kUnit, kTaps, kBytes: bytes of a column in the picture, taps, bytes of a result;
 //   source: of the samples.  A copy: results are bytes, which might lie in the job as far as compilers know;
-//   sample(at): does sixteen columns of four rows; false: not all of them lie in windows, nothing is done;
-//   kOtherwise: what does them then, row by row.
+//   Window<places>, and sample_windows<Window>(x, y, corners, at): does four tiles that lie in such windows;
+//   kOtherwise: what does tiles that lie in none, row by row.
+
+// Sixteen columns of four rows; false: not all of them lie in windows, nothing is done.
+template <class Kernel>
+BISEAM_STEP bool sample_tiles(const Kernel& kernel, const SampleRows& at) {
+  constexpr int taps = Kernel::kTaps;
+  using Low = typename Kernel::template Window<9 - taps>;
+  using High = typename Kernel::template Window<8>;
+  const Vectors x = load_tile_positions<taps>(at.x, at.pitch), y = load_tile_positions<taps>(at.y, at.pitch);
+  const Range across = range_of(x), down = range_of(y);
+  const Corners low = corners_of<Low>(kernel.source, across, down);
+  if (low.within) {
+    kernel.template sample_windows<Low>(x, y, low, at);
+    return true;
+  }
+  if constexpr (taps == 2) return false;
+  const Corners high = corners_of<High>(kernel.source, across, down);
+  if (high.within) kernel.template sample_windows<High>(x, y, high, at);
+  return high.within;
+}
 
 template <class Kernel>
 BISEAM_STEP void sample_by_rows(const SampleJob& job, const SampleRows& at) {
@@ -168,7 +187,7 @@ BISEAM_AVX512 void sample_rest_of_tiles(const SampleJob& job, const Kernel& kern
       y[j][i] = at.y[from];
     }
   }
-  if (kernel.sample({x[0], y[0], kTileColumns, results[0], sizeof results[0], kTileColumns, kSide})) {
+  if (sample_tiles(kernel, {x[0], y[0], kTileColumns, results[0], sizeof results[0], kTileColumns, kSide})) {
     const auto bytes = static_cast<std::size_t>(at.columns * Kernel::kBytes);
     for (int j = 0; j < at.rows; ++j) std::memcpy(at.results + j * at.stride, results[j], bytes);
   } else {
@@ -206,7 +225,7 @@ BISEAM_AVX512 void sample_all_tiles(const SampleJob& job, const SampleRows& rows
       if (at.columns == kTileColumns && rows.rows + rows.below - j >= 2 * kSide) ask_for_tiles<Kernel>(kernel.source, at);
       if (at.columns < kTileColumns || at.rows < kSide) {
         sample_rest_of_tiles(job, kernel, at);
-      } else if (!kernel.sample(at)) {
+      } else if (!sample_tiles(kernel, at)) {
         sample_by_rows<Kernel>(job, at);
       }
     }
