@@ -73,7 +73,7 @@ describe("the report of a calibration", () => {
     const terms = [0, 1].map((lens) => values[`k${lens}`].slice(1, -1).split(", "));
     const expected = [
       ...["cx", "cy", "p"].map((key) => [values[`${key}0`], values[`${key}1`]]),
-      ...[0, 1].map((term) => [terms[0][term], terms[1][term]]),
+      ...[0, 1, 2].map((term) => [terms[0][term], terms[1][term]]),
       ...["fov", "mount"].map((key) => [values[`${key}0`], values[`${key}1`]]),
       ...["yaw", "pitch", "roll"].map((key) => ["\u2013", values[`${key}1`]]),
     ];
