@@ -13,27 +13,13 @@ RESTING, SETTLED = 40, 20  # frames; those that are counted
 CUT_AT, AFTER = 10, 6
 
 
-def near_the_middle(truth):
-    """Pixels of the panorama that are compared, and their degrees beyond the ring's middle and round the axis."""
-    beyond, round_axis = shots.ring_angles(truth.shape[1])
-    near = (truth > USUAL[0]) & (truth < USUAL[1]) & (abs(beyond) > STEP[0]) & (abs(beyond) < STEP[1])
-    return near, beyond, round_axis
-
-
-def brightness(panorama, truth):
-    """Times the truth's codes that a panorama has near the ring's middle, on both sides together.  Falloff that is shared half and
-    half leaves it below 1, as no lens shows what light it has lost."""
-    near, _, _ = near_the_middle(truth)
-    seen, right = panorama[near].astype(float), truth[near].astype(float)
-    return float(numpy.sum(seen * right) / numpy.sum(right * right))
-
-
 def steps(panorama, truth):
-    """Codes by which a panorama is brighter on lens 1's side of the ring's middle than on lens 0's, against the truth in the
-    panorama's own brightness (else different things on both sides would look like a step): of sectors round the axis, NaN where
-    there is too little that is not clipped."""
-    near, beyond, round_axis = near_the_middle(truth)
-    error = panorama.astype(float) - brightness(panorama, truth) * truth
+    """Codes by which a panorama is brighter on lens 1's side of the ring's middle than on lens 0's, against the truth: of
+    sectors round the axis, NaN where there is too little that is not clipped."""
+    beyond, round_axis = shots.ring_angles(truth.shape[1])
+    error = panorama.astype(float) - truth
+    usual = (truth > USUAL[0]) & (truth < USUAL[1])
+    near = usual & (abs(beyond) > STEP[0]) & (abs(beyond) < STEP[1])
     sector = (round_axis[near] * SECTORS / 360).astype(int)
     sides = []
     for side in (beyond[near] > 0, beyond[near] < 0):
@@ -68,9 +54,7 @@ def measure(tool, folder, width):
     def figures(look):
         after = look(cut, noisy[cut])[CUT_AT:]
         drifting = [told(steps(picture, truth)) for picture, truth in zip(look(drift), truths[drift])]
-        panorama = look(different)[0]
-        return {"different": {**told(steps(panorama, truths[different][0])), "brightness": brightness(panorama, truths[different][0])},
-                "flare": told(steps(look(flare)[0], truths[flare][0])),
+        return {"different": told(steps(look(different)[0], truths[different][0])), "flare": told(steps(look(flare)[0], truths[flare][0])),
                 "drift": {figure: max(step[figure] for step in drifting) for figure in ("mean", "worst")},
                 "unrest": unrest(look(different, noisy[different])[SETTLED:]),
                 "cut": [told(steps(picture, truths[cut][1])) for picture in after]}
