@@ -49,14 +49,14 @@ def write_seams(results):
 def write_light(results):
     def row(name, figures):
         cells = [f"{figures[scene][figure]:.2f}" for scene in ("different", "flare", "drift") for figure in ("mean", "worst")]
-        after = ", ".join(f"{step['mean']:.1f}" for step in figures["cut"][:3])
+        after = ", ".join(f"{step['mean']:.2f} ({step['worst']:.2f})" for step in figures["cut"][:3])
         return [name, *cells, f"{figures['unrest']:.3f}", after]
     titles = {"off": "`--light off`", "match": "`--light match`", "v360": "FFmpeg v360"}
     return ("## Light\n\nSteps of luma across the middle of the ring against the truth, in code values: mean of sectors, and the worst of "
             "them. One lens is brighter by 1 EV, set 500 K higher and falls off by 20 %; has a veil of flare; becomes brighter by 1 EV in "
             "a second, where the worst frame counts. Unrest: how much a lens's mean changes from frame to frame under noise (2 codes). "
-            "The last column has the mean steps of the first frames after a cut. Half of a falloff in one lens stays on both sides, as no "
-            "lens shows what light it has lost; where different things lie on them, that counts as a step too.\n\n" +
+            "The last column has the mean and the worst steps of the first frames after a cut. Where a panorama is too dark on both sides "
+            "alike and different things lie on them, that counts as a step too.\n\n" +
             table(["", "different", "worst", "flare", "worst", "drift", "worst", "unrest", "after a cut"],
                   [row(titles[name], figures) for name, figures in results["light"].items()]))
 

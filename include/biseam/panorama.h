@@ -133,8 +133,9 @@ typedef enum BiseamRange {
 
 typedef enum BiseamLight {
   BISEAM_LIGHT_OFF = 0, /* each lens as it recorded */
-  BISEAM_LIGHT_MATCH    /* exposure, white balance and falloff are matched where the lenses meet, half by either lens,
-                         * falloff at the lenses' rims */
+  BISEAM_LIGHT_MATCH    /* exposure and white balance are matched where the lenses meet, half by either lens; falloff is
+                         * undone as its slope shows there, that of a tenth of the light up to 90 degrees all over the
+                         * lenses, the rest at their rims */
 } BiseamLight;
 
 typedef enum BiseamNear {

@@ -15,6 +15,8 @@ constexpr double kMostLog = 0.7 * kLogOne;      // of either lens: a factor of 1
 constexpr double kFadeAcross = 20 * kDegree;    // beyond the ring
 constexpr double kWidestPitch = 3.2 * kDegree;  // of columns
 static_assert(MatchField::kRows % kSectors == 0);
+// Log of what falloff from the axis on leaves at right angles to it: of codes; about a tenth of the light.
+constexpr double kMostFalloff = 0.07 * kLogOne;
 
 // 1 in the ring, 0 from kFadeAcross beyond it on.
 double fade_at(double across, StripShape strip) noexcept {
@@ -22,6 +24,25 @@ double fade_at(double across, StripShape strip) noexcept {
   const double u = std::clamp(beyond * pitch / kFadeAcross, 0.0, 1.0);
   return 1 - u * u * (3 - 2 * u);
 }
+
+// Logs of what undoes a lens's falloff.
+class Falloff {
+ public:
+  Falloff(double slope, StripShape strip) noexcept
+      : quarter_(0.25 * strip.length),
+        // The lenses' squares differ by 4 quarter_ for each sample across.
+        square_(std::clamp(slope / (4 * quarter_), 0.0, kMostFalloff / (quarter_ * quarter_))),
+        rim_(slope - square_ * 4 * quarter_) {}
+
+  // out: strip samples from the ring's middle, towards the lens's rim; fade: see fade_at().
+  double undone(double out, double fade) const noexcept {
+    const double angle = std::max(quarter_ + out, 0.0);
+    return square_ * angle * angle + fade * rim_ * std::max(out, 0.0);
+  }
+
+ private:
+  double quarter_, square_, rim_;  // quarter: of a turn
+};
 
 // Sectors' middles are gone through by cubics.
 double rest_at(const LightModel& model, int channel, int row) noexcept {
@@ -75,16 +96,17 @@ BISEAM_LOOP void find_places(const MatchField& field, int lens, const int32_t* r
 }  // namespace
 
 void plan_match_field(StripShape strip, MatchField& field) noexcept {
-  const double pitch = 2 * kPi / strip.length;
+  const double pitch = 2 * kPi / strip.length, axis = 0.25 * strip.length - 0.5 * (strip.width - 1);
   field.bits = 0;
   while (pitch * (2 << field.bits) <= kWidestPitch) ++field.bits;
-  field.before = static_cast<int>(kFadeAcross / (pitch * (1 << field.bits))) + 1;
+  field.before = static_cast<int>(std::ceil(axis / (1 << field.bits)));
   const int across = ((strip.width - 1) >> field.bits) + 2;
   field.columns = std::min(across + 2 * field.before, MatchField::kMostColumns);
 }
 
 void fill_match_field(const LightModel& model, const Tone& tone, StripShape strip, MatchField& field) noexcept {
   const double most = power_of(kMostLog), least = 1 / most;
+  const Falloff falloff(model.slope, strip);
   double rest[MatchField::kRows][3], halves[MatchField::kRows][3], faded = -1;
   for (int row = 0; row < MatchField::kRows; ++row) {
     for (int c = 0; c < 3; ++c) rest[row][c] = rest_at(model, c, row);
@@ -92,18 +114,23 @@ void fill_match_field(const LightModel& model, const Tone& tone, StripShape stri
   for (int column = 0; column < field.columns; ++column) {
     const double across = static_cast<double>((column - field.before) * (1 << field.bits)) - 0.5 * (strip.width - 1);
     const double fade = fade_at(across, strip);
-    // Where lens 0 is at its rim, lens 1 has the ring's middle behind it, and the other way round.
-    const double falloff[2] = {power_of(held_log(fade * model.slope * std::max(across, 0.0))),
-                               power_of(held_log(-fade * model.slope * std::min(across, 0.0)))};
-    for (int row = 0; row < MatchField::kRows; ++row) {
+    // Lens 0's rim is on lens 1's side.
+    const double undone[2] = {power_of(held_log(falloff.undone(across, fade))),
+                              power_of(held_log(falloff.undone(-across, fade)))};
+    // Beyond what fades all rows are the same.
+    const int rows = fade == 0 ? 1 : MatchField::kRows;
+    for (int row = 0; row < rows; ++row) {
       double factors[2][3];
       for (int c = 0; c < 3; ++c) {
         double& half = halves[row][c];
         if (fade != faded) half = power_of(held_log(0.5 * (model.whole[c] + fade * rest[row][c])));
-        factors[0][c] = std::clamp(half * falloff[0], least, most);
-        factors[1][c] = std::clamp(falloff[1] / half, least, most);
+        factors[0][c] = std::clamp(half * undone[0], least, most);
+        factors[1][c] = std::clamp(undone[1] / half, least, most);
       }
       for (int lens = 0; lens < 2; ++lens) field.places[lens][row][column] = place_of(factors[lens], tone);
+    }
+    for (int row = rows; row < MatchField::kRows; ++row) {
+      for (auto& lens : field.places) lens[row][column] = lens[0][column];
     }
     faded = fade;
   }

@@ -12,18 +12,20 @@
 
 namespace biseam::ring {
 
-// Row r stands for the angle r / kRows of a turn, column c for the strip's column (c - before) 2^bits.  Beyond the columns
-// values are those of the whole lens.
+// Row r stands for the angle r / kRows of a turn, column c for the strip's column (c - before) 2^bits, from one lens's axis to
+// the other's.
 struct MatchField {
-  static constexpr int kRows = 64, kMostColumns = 96;
+  static constexpr int kRows = 64, kMostColumns = 118;
   int bits, before, columns;
   MatchPlace places[2][kRows][kMostColumns];  // by lens
 };
 
 void plan_match_field(StripShape strip, MatchField& field) noexcept;
 
-// Halves of the difference to either lens; but what it grows by across the ring to the lens that is at its rim there, as
-// falloff darkens rims: what the other one shows is right.
+// Halves of the difference to either lens, but for what it grows by across the ring, as that is falloff, which darkens rims.
+// It is undone as that of two equal lenses, growing with the square of the angle to the axis: together they are as dark where
+// they meet as the slope says, however they share it.  Where the slope is steeper than such lenses have it, the rest is the
+// rims' own, and goes to the lens that is at its rim: what the other one shows is right.
 void fill_match_field(const LightModel& model, const Tone& tone, StripShape strip, MatchField& field) noexcept;
 
 // Places of the field, in 1/256 of rows and columns, columns before the last one: linear both ways, rounded half up.

@@ -14,8 +14,8 @@ constexpr double kDoubt = 24;
 constexpr double kOwnLight = 0.08 * kLogOne;
 constexpr int kTurns = 8;
 // A frame whose samples have a smaller sum of squares across pulls the slope towards none.
-constexpr double kSlopeDoubt = 1e4;
-constexpr double kMostSlope = 0.01 * kLogOne;
+constexpr double kSlopeDoubt = 1e3;
+constexpr double kMostSlope = 0.03 * kLogOne;
 
 struct Sector {
   double count, logs[3];

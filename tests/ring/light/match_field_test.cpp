@@ -39,8 +39,8 @@ double across_of(const MatchField& field, int column, StripShape strip) {
 double factor_of(int lens, double log) { return std::exp2((lens == 0 ? 0.5 : -0.5) * log / kLogOne); }
 double gain_of(int lens, double log) { return kMatchOne * (factor_of(lens, log) - 1); }
 
-// Columns a few degrees apart reach as far to both sides of the ring as anything is changed there.
-TEST(MatchField, ReachesTwentyDegreesBeyondTheRing) {
+// Columns a few degrees apart reach from one lens's axis to the other's, and not past them.
+TEST(MatchField, ReachesFromAxisToAxis) {
   RandomSource random;
   for (int round = 0; round < 300; ++round) {
     const int length = 16 * random.between(4, kMaxStripLength / 16);
@@ -49,10 +49,12 @@ TEST(MatchField, ReachesTwentyDegreesBeyondTheRing) {
     const double degrees = 360.0 / length;
     EXPECT_TRUE(field->bits == 0 || degrees * (1 << field->bits) <= 3.2 + 1e-9) << length;
     EXPECT_GT(degrees * (2 << field->bits), 3.2 - 1e-9) << length;
-    const double edge = 0.5 * (strip.width - 1);
-    EXPECT_LE(across_of(*field, 0, strip), -edge - 20 / degrees) << length;
-    EXPECT_GE(across_of(*field, field->columns - 1, strip), edge + 20 / degrees) << length;
-    EXPECT_LE(field->columns, MatchField::kMostColumns);
+    const double quarter = 0.25 * length, pitch = 1 << field->bits;
+    EXPECT_LE(across_of(*field, 0, strip), -quarter) << length;
+    EXPECT_GT(across_of(*field, 1, strip), -quarter) << length;
+    EXPECT_GE(across_of(*field, field->columns - 1, strip), quarter) << length;
+    EXPECT_LT(across_of(*field, field->columns - 1, strip), quarter + 3 * pitch) << length;
+    EXPECT_LE(field->columns, MatchField::kMostColumns) << length;
   }
 }
 
@@ -92,35 +94,77 @@ TEST(MatchField, GoesThroughTheSectors) {
   for (auto& sector : model.rest) {
     for (double& rest : sector) rest = random.between(-600, 600);
   }
-  model.slope = 12;
   const auto field = filled(model, make_tone(Transfer::usual, true, true));
   constexpr int kChannelOf[3] = {1, 2, 0};
   for (int sector = 0; sector < kSectors; ++sector) {
     const int row = (2 * sector + 1) * MatchField::kRows / (2 * kSectors);
     for (int column = field->before; column <= field->before + ((kStrip.width - 1) >> field->bits); ++column) {
-      const double across = across_of(*field, column, kStrip);
       for (int lens = 0; lens < 2; ++lens) {
-        const double slope = (lens == 0) == (across > 0) ? model.slope * across : 0;
         for (int v = 0; v < 3; ++v) {
           const int c = kChannelOf[v];
-          EXPECT_NEAR(field->places[lens][row][column].values[v],
-                      gain_of(lens, model.whole[c] + model.rest[sector][c] + 2 * slope), 0.51);
+          EXPECT_NEAR(field->places[lens][row][column].values[v], gain_of(lens, model.whole[c] + model.rest[sector][c]), 0.51);
         }
       }
     }
   }
 }
 
-// Both lenses are as dark at their rims: each is brightened there, and shows what it showed on its own side of the ring's
-// middle.
-TEST(MatchField, FalloffIsUndoneAtTheRims) {
-  const auto field = filled({{}, {}, 12}, make_tone(Transfer::bt709, false, false));
+// Log of what a lens is brightened by in a column, by its gain.
+double brightened(const MatchField& field, int lens, int row, int column) {
+  return kLogOne * std::log2(1 + double(field.places[lens][row][column].values[first_gain]) / kMatchOne);
+}
+constexpr double kLogRounding = 0.6 * kLogOne / kMatchOne / 0.6931;
+
+// As that of two equal lenses, by the square of the angle to the axis: what they are brightened by differs by the slope, and
+// away from the ring there is less and less of it.
+TEST(MatchField, FalloffIsUndoneFromAxisToRim) {
+  for (const double slope : {0.5, 2.0, 4.0}) {
+    const auto field = filled({{}, {}, slope}, make_tone(Transfer::bt709, false, false));
+    const double quarter = kStrip.length / 4.0;
+    for (int column = 0; column < field->columns; ++column) {
+      const double across = across_of(*field, column, kStrip);
+      for (int lens = 0; lens < 2; ++lens) {
+        const double angle = std::max(0.0, quarter + (lens == 0 ? across : -across));
+        for (const int row : {0, 31, 63}) {
+          EXPECT_NEAR(brightened(*field, lens, row, column), slope * angle * angle / (4 * quarter), kLogRounding) << across;
+        }
+      }
+      if (std::abs(across) > quarter) continue;
+      const double more = brightened(*field, 0, 0, column) - brightened(*field, 1, 0, column);
+      EXPECT_NEAR(more, slope * across, 2 * kLogRounding);
+    }
+  }
+}
+
+// Of lenses that become dark in a few degrees nobody knows how dark they are: what is steeper than 0.07 of log2 at right angles
+// to the axis is undone at the rims alone, so that each lens still shows what the other one does.
+TEST(MatchField, SteepFalloffIsTheRimsOwn) {
+  constexpr double kMost = 0.07 * kLogOne;
+  for (const double slope : {20.0, 60.0}) {
+    const auto field = filled({{}, {}, slope}, make_tone(Transfer::bt709, false, false));
+    const double quarter = kStrip.length / 4.0;
+    for (int column = 0; column < field->columns; ++column) {
+      const double across = across_of(*field, column, kStrip);
+      if (std::abs(across) > quarter) continue;
+      const int rim = across > 0 ? 0 : 1;
+      const double inwards = 1 - std::abs(across) / quarter;
+      EXPECT_NEAR(brightened(*field, 1 - rim, 0, column), kMost * inwards * inwards, kLogRounding) << across;
+      if (2 * std::abs(across) > kStrip.width - 1) continue;
+      const double more = brightened(*field, rim, 0, column) - brightened(*field, 1 - rim, 0, column);
+      EXPECT_NEAR(more, slope * std::abs(across), 2 * kLogRounding) << across;
+    }
+  }
+}
+
+// No falloff makes a rim brighter: that is light of another kind, which changes nothing away from the rims.
+TEST(MatchField, BrightRimsAreDarkenedAlone) {
+  const auto field = filled({{}, {}, -12}, make_tone(Transfer::bt709, false, false));
   for (int column = 0; column < field->columns; ++column) {
     const double across = across_of(*field, column, kStrip);
     const int rim = across > 0 ? 0 : 1;
     EXPECT_EQ(field->places[1 - rim][0][column].values[first_gain], 0) << across;
     if (2 * std::abs(across) > kStrip.width - 1) continue;
-    EXPECT_NEAR(field->places[rim][0][column].values[first_gain], gain_of(0, 24 * std::abs(across)), 0.51) << across;
+    EXPECT_NEAR(field->places[rim][0][column].values[first_gain], gain_of(0, -24 * std::abs(across)), 0.51) << across;
   }
 }
 
@@ -237,8 +281,7 @@ TEST(MatchField, StripRowsAreLinearBetweenItsPlaces) {
   }
 }
 
-// At each node's angles; far from the ring as in the outermost columns.  Places are cut off to 1/256 of a row and, twice, of a
-// column.
+// At each node's angles, up to the axes.  Places are cut off to 1/256 of a row and, twice, of a column.
 TEST(MatchNodes, HaveTheValuesOfTheirAngles) {
   RandomSource random;
   const StripShape strip{480, 28};
@@ -258,13 +301,14 @@ TEST(MatchNodes, HaveTheValuesOfTheirAngles) {
     const double turns = mesh->t.values[i] / double(1 << kTurnBits), across = mesh->b.values[i] / double(1 << kTurnBits);
     const double sample = across * strip.length + 0.5 * (strip.width - 1);
     const double column = field->before + sample / (1 << field->bits);
-    const double held = std::clamp(column, 0.0, field->columns - 1 - 1 / 256.0);
+    ASSERT_GE(column, 0);
+    ASSERT_LT(column, field->columns - 1);
     in_ring += sample >= 0 && sample <= strip.width - 1;
-    far += column != held;
+    far += std::abs(across) > 0.15;
     const double row = (turns - std::floor(turns)) * MatchField::kRows;
     for (int lens = 0; lens < 2; ++lens) {
       for (int v = 0; v < kMatchValues; ++v) {
-        ASSERT_NEAR(nodes.places[lens][i].values[v], between_places(*field, lens, v, row, held), kRounding)
+        ASSERT_NEAR(nodes.places[lens][i].values[v], between_places(*field, lens, v, row, column), kRounding)
             << turns << " " << across;
       }
     }
