@@ -28,13 +28,17 @@ Lens scaled(const Lens& lens, int width, int height) noexcept {
   return other;
 }
 
-// Newton's steps, halving where one would leave the interval that holds the solution; 64 halvings alone are enough.
+// Newton's steps, halving where one would leave the interval that holds the solution; 64 halvings alone are enough.  Where
+// Newton goes to and fro between neighbouring numbers, nothing is left to halve.
 double angle_of_radius(const Lens& lens, double wanted, double last) noexcept {
   if (!(wanted > 0)) return 0;
   if (wanted >= radius(lens, last)) return last;
   double low = 0, high = last, angle = wanted / lens.p;
   for (int i = 0; i < 64; ++i) {
-    if (!(angle > low && angle < high)) angle = 0.5 * (low + high);
+    if (!(angle > low && angle < high)) {
+      angle = 0.5 * (low + high);
+      if (!(angle > low && angle < high)) return low;
+    }
     const double excess = radius(lens, angle) - wanted;
     if (excess == 0) return angle;
     (excess < 0 ? low : high) = angle;

@@ -139,6 +139,10 @@ Alignment align_guess(const std::vector<Reduced>& pairs, const StripSize& size, 
   constexpr Search kSearch{16, 18, 18, 7, kWanted, 0.7, false};
   const Camera small = reduced(camera_of(guess, frame), pairs.front().pictures.lens);
   const Unroller unroller[2] = {Unroller(small, 0, size), Unroller(small, 1, size)};
+  std::vector<std::array<Strip, 2>> strips;
+  for (const Reduced& pair : pairs) {
+    strips.push_back({unroller[0].unroll(pair.pictures.lens[0]), unroller[1].unroll(pair.pictures.lens[1])});
+  }
   Alignment best;
   for (int turns = 0; turns < quarters; ++turns) {
     Frame turned = frame;
@@ -147,12 +151,11 @@ Alignment align_guess(const std::vector<Reduced>& pairs, const StripSize& size, 
     const Projector picture[2] = {Projector(camera, 0), Projector(camera, 1)};
     std::vector<Shift> shifts;
     std::vector<Match> matches;
-    for (const Reduced& pair : pairs) {
-      const Strip first = unroller[0].unroll(pair.pictures.lens[0]);
-      const Strip second = turned_strip(unroller[1].unroll(pair.pictures.lens[1]), size, turns);
-      for (const StripMatch& match : find_matches(first, second, size, kSearch)) {
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+      const Strip second = turned_strip(strips[i][1], size, turns);
+      for (const StripMatch& match : find_matches(strips[i][0], second, size, kSearch)) {
         shifts.push_back({size.t(match.at[0].x), match.at[1] - match.at[0]});
-        matches.push_back(recorded(match, size, picture, pair.pair));
+        matches.push_back(recorded(match, size, picture, pairs[i].pair));
       }
     }
     const std::vector<std::size_t> chosen = agreeing(shifts);

@@ -145,12 +145,14 @@ std::vector<Match> match_pairs(const std::vector<Pair>& pairs, const Values& val
   StripSize size;
   size.around = std::clamp(int(2 * kPi * scale / 64) * 64, 640, 5120);
   size.rows = int(2 * reach / size.pixel()) | 1;
-  const Unroller first(camera, 0, size), second(camera, 1, size);
+  std::optional<Unroller> unroller[2];
+  share_work(2, [&](int k) { unroller[k].emplace(camera, k, size); });
   const Projector projector[2] = {Projector(camera, 0), Projector(camera, 1)};
   std::vector<std::vector<Match>> found(pairs.size());
   share_work(int(pairs.size()), [&](int i) {
     const Pair& pair = pairs[std::size_t(i)];
-    for (const StripMatch& match : find_matches(first.unroll(pair.lens[0]), second.unroll(pair.lens[1]), size, search)) {
+    for (const StripMatch& match :
+         find_matches(unroller[0]->unroll(pair.lens[0]), unroller[1]->unroll(pair.lens[1]), size, search)) {
       found[std::size_t(i)].push_back(recorded(match, size, projector, i));
     }
   });
@@ -282,7 +284,7 @@ Estimate estimate(const std::vector<Pair>& pairs, const std::optional<Known>& kn
       explanations = explain(problem, values, share_work);
       if (!known) set_upright(problem, explanations);
     } else {
-      explanations = explain_again(problem, explanations);
+      explanations = explain_again(problem, explanations, share_work);
     }
     const bool still = round + 1 >= kLeastRounds && stands_still(values, explanations.better());
     values = explanations.better().values;
@@ -297,7 +299,7 @@ Estimate estimate(const std::vector<Pair>& pairs, const std::optional<Known>& kn
     for (Solution* each : {&explanations.still, &explanations.ground}) take_in_lens(*in_lens, problem.frame, each->values);
     problem.matches =
         match_pairs(pairs, explanations.better().values, problem.frame, {4, 4, 28, 8, wanted, 0.8, true}, share_work);
-    explanations = explain_again(problem, explanations);
+    explanations = explain_again(problem, explanations, share_work);
   }
   Solution better = explanations.better();
   const double loose = loose_rim(better, problem.prior);

@@ -1,6 +1,7 @@
 #include "calibrate/explain.hpp"
 
 #include <cmath>
+#include <utility>
 
 #include "calibrate/doubt.hpp"
 #include "calibrate/vectors.hpp"
@@ -96,13 +97,15 @@ Explanations explain(Problem& problem, const Values& guess, const ShareWork& sha
   return {still, *best, is_known && lies_below(*best, down)};
 }
 
-Explanations explain_again(Problem& problem, const Explanations& before) {
+Explanations explain_again(Problem& problem, const Explanations& before, const ShareWork& share_work) {
   const Solution& better = before.better();
   const auto again = [&](const Solution& solution) {
     return solve(problem, solution.values, solution.grounds, {2 * solution.scatter.noise, 0.1, 0.3});
   };
   doubt_places(problem.matches, again(better));
-  return {again(before.still), again(before.ground), before.is_expected, before.evidence()};
+  Solution solutions[2];
+  share_work(2, [&](int i) { solutions[i] = again(i == 0 ? before.still : before.ground); });
+  return {std::move(solutions[0]), std::move(solutions[1]), before.is_expected, before.evidence()};
 }
 
 cv::Mat1d covariance_of(const Explanations& found) {

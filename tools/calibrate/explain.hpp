@@ -51,7 +51,7 @@ struct Explanations {
 Explanations explain(Problem& problem, const Values& guess, const ShareWork& share_work);
 
 // Again with better matches, which explain() or this explained `before` as they were then.
-Explanations explain_again(Problem& problem, const Explanations& before);
+Explanations explain_again(Problem& problem, const Explanations& before, const ShareWork& share_work);
 
 // The covariance of the better explanation, and what the other one would change as far as it is not ruled out.
 cv::Mat1d covariance_of(const Explanations& found);

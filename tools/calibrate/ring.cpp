@@ -51,6 +51,7 @@ constexpr double kImpossible = 1e6;  // pixels
 enum Own { kLogScale, kFirst, kSecond, kThird, kCx, kCy, kOwnYaw, kOwnPitch, kOwnRoll, kOwn };
 
 struct OwnSlopes {
+  Vec3 direction;
   double t[kOwn], b[kOwn];
 };
 
@@ -72,7 +73,6 @@ class Differentiator {
   }
 
   OwnSlopes slopes(cv::Point2d at) const {
-    const Vec3 d = projector_.unproject(at.x, at.y);
     const double dx = at.x - lens_.cx, dy = at.y - lens_.cy, rho = std::sqrt(dx * dx + dy * dy);
     const double cosine = dx / rho, sine = dy / rho;
     const double a = angle_of_radius(lens_, rho, lens_.fov / 2 * kDegree), slope = radius_slope(lens_, a), u = a * a;
@@ -82,7 +82,9 @@ class Differentiator {
     const Matrix3 to_world = transposed(projector_.to_picture());
     const Vec3 by_angle = to_world * outwards, by_azimuth = to_world * around;
     const double across = angle.sine / rho;
+    const Vec3 d = to_world * Vec3{across * dx, across * dy, angle.cosine};
     OwnSlopes slopes;
+    slopes.direction = d;
     const auto put = [&](int parameter, double along_angle, double along_azimuth) {
       set(slopes, parameter, d,
           {along_angle * by_angle.x + along_azimuth * by_azimuth.x, along_angle * by_angle.y + along_azimuth * by_azimuth.y,
@@ -144,14 +146,12 @@ std::vector<Remainder> remainders_of(const Values& values, const Frame& frame, c
 std::vector<Slopes> slopes_of(const Values& values, const Frame& frame, const std::vector<Match>& matches) {
   const Camera camera = widened(values, frame);
   const Differentiator lens[2] = {Differentiator(camera, 0), Differentiator(camera, 1)};
-  const Projector projector[2] = {Projector(camera, 0), Projector(camera, 1)};
   const Steepness steepness = steepness_of(camera);
   std::vector<Slopes> all;
   all.reserve(matches.size());
   for (const Match& match : matches) {
     const OwnSlopes own[2] = {lens[0].slopes(match.at[0]), lens[1].slopes(match.at[1])};
-    const RingPoint first = ring_point(projector[0].unproject(match.at[0].x, match.at[0].y));
-    const RingPoint second = ring_point(projector[1].unproject(match.at[1].x, match.at[1].y));
+    const RingPoint first = ring_point(own[0].direction), second = ring_point(own[1].direction);
     const double along = shrinking(first, second) * kPixelsPerRadian;
     Slopes slopes{};
     for (std::size_t p = 0; p < kParameters; ++p) slopes.b[p] = kPixelsPerRadian * (first.b - second.b) * steepness.slopes[p];
