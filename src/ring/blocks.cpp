@@ -72,19 +72,30 @@ Widenings widenings_of(const Mesh& mesh, const LensNodes& nodes, const NodeRange
           static_cast<uint8_t>(widening_for(largest_step(mesh, nodes.y, range, used, step_x, step_y, step_y)))};
 }
 
+// The least box of nodes between which the block's samples stand.
+PictureBox box_of(const Mesh& mesh, const LensNodes& nodes, const Block& block) noexcept {
+  const int bits = mesh.shape.spacing_bits;
+  const NodeRange range{(2 * block.x >> bits) + 1, ((2 * (block.x + block.width) - 1) >> bits) + 2, (2 * block.y >> bits) + 1,
+                        ((2 * (block.y + block.height) - 1) >> bits) + 2};
+  const Extremes x = extremes_of(mesh, nodes.x, range), y = extremes_of(mesh, nodes.y, range);
+  const auto sample = [](int32_t position) { return static_cast<int16_t>(position >> kPositionBits); };
+  return {sample(x.least), sample(y.least), sample(x.largest), sample(y.largest)};
+}
+
 BlockPlan plan_block(const Mesh& mesh, const Block& block, int32_t half_width, const PlaneGrid& chroma) noexcept {
   const NodeRange range = nodes_around(mesh.shape, block);
   // From a node to the farthest place that is nearest to it no angle changes by more than the way there.
   const int round = std::min(mesh.shape.width, 2 * mesh.shape.height);  // pixels round the sphere, where they are largest
   const int32_t reach = static_cast<int32_t>(std::ldexp(1.0, kTurnBits + mesh.shape.spacing_bits - 1) / round) + 1;
   const Extremes b = extremes_of(mesh, mesh.b, range);
-  BlockPlan plan{.block = block, .kind = BlockKind::ring, .luma = {}, .chroma = {}};
+  BlockPlan plan{.block = block, .kind = BlockKind::ring, .luma = {}, .chroma = {}, .box = {}};
   if (b.least - reach > half_width) plan.kind = BlockKind::lens1;
   if (b.largest + reach < -half_width) plan.kind = BlockKind::lens0;
   for (int lens = 0; lens < 2; ++lens) {
     const Used used{lens == 1 ? 1 : -1, -half_width - reach};
     plan.luma[lens] = widenings_of(mesh, mesh.lens[lens], range, used, {});
     plan.chroma[lens] = widenings_of(mesh, mesh.lens[lens], range, used, chroma);
+    plan.box[lens] = box_of(mesh, mesh.lens[lens], block);
   }
   return plan;
 }

@@ -16,10 +16,16 @@ struct Widenings {
   uint8_t across, down;
 };
 
+// Luma samples of a picture, both ends included; they need not lie inside it.
+struct PictureBox {
+  int16_t left, top, right, bottom;
+};
+
 struct BlockPlan {
   Block block;
   BlockKind kind;
   Widenings luma[2], chroma[2];  // by lens
+  PictureBox box[2];             // of either lens's picture: holds the block's samples but for a pixel or two
 };
 
 constexpr int block_columns(int width) noexcept { return (width + kBlockWidth - 1) / kBlockWidth; }

@@ -7,6 +7,7 @@
 
 #include "ring/channels.hpp"
 #include "ring/engine_parts.hpp"
+#include "ring/prefetch.hpp"
 
 namespace biseam::ring {
 
@@ -240,13 +241,17 @@ void Engine::run_seam_or_lens_block(void* engine, int part, int thread) noexcept
   if (part < seam_parts) {
     ring::run_strip_part(e.strips_, StripStep::seam, part);
   } else {
-    paint_lens_block(e.painting_, e.blocks_[part - seam_parts], e.memories_[thread]);
+    const int block = part - seam_parts;
+    if (block + 1 < e.lens_blocks_) prefetch_block(e.painting_, e.blocks_[block + 1]);
+    paint_lens_block(e.painting_, e.blocks_[block], e.memories_[thread]);
   }
 }
 
 void Engine::run_ring_block(void* engine, int part, int thread) noexcept {
   Engine& e = *static_cast<Engine*>(engine);
-  paint_ring_block(e.painting_, e.blocks_[e.lens_blocks_ + part], e.memories_[thread]);
+  const int block = e.lens_blocks_ + part;
+  if (block + 1 < e.block_count_) prefetch_block(e.painting_, e.blocks_[block + 1]);
+  paint_ring_block(e.painting_, e.blocks_[block], e.memories_[thread]);
 }
 
 void Engine::run_step(StripStep step) noexcept {

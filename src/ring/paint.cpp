@@ -6,30 +6,11 @@
 #include "ring/combine_rows.hpp"
 #include "ring/fine.hpp"
 #include "ring/light/match_chroma_rows.hpp"
+#include "ring/plane_block.hpp"
 
 namespace biseam::ring {
 
 namespace {
-
-// The samples of one plane in a block.
-struct PlaneBlock {
-  int plane;
-  const PlaneFormat* format;
-  int x, y, columns, rows;  // samples or pairs
-
-  PlaneBlock(const Painting& painting, const Block& block, int index) noexcept
-      : plane(index),
-        format(&painting.panorama.plane[index]),
-        x(block.x >> format->grid.bits_x),
-        y(block.y >> format->grid.bits_y),
-        columns(block.width >> format->grid.bits_x),
-        rows(block.height >> format->grid.bits_y) {}
-
-  uint8_t* row_of(const Painting& painting, int row) const noexcept {
-    const PanoramaPlane& to = painting.planes[plane];
-    return to.first + (y + row) * to.stride + ptrdiff_t{x} * bytes_of(format->type);
-  }
-};
 
 SampleJob job_of(const Painting& painting, const BlockPlan& plan, int lens, int plane, SampleOutput output) noexcept {
   const Widenings widenings = plane == 0 ? plan.luma[lens] : plan.chroma[lens];
@@ -185,9 +166,8 @@ void sample_some_rows(const Painting& painting, const LensSamples& from, const P
   const int rows = std::min(kSampledRows, samples.rows - first_row);
   const int at = first_row * kBlockWidth;
   int16_t* const fine = memory.fine[from.lens][0];
-  sample_rows(from.job,
-              {memory.x[from.lens].values + at, memory.y[from.lens].values + at, kBlockWidth, reinterpret_cast<uint8_t*>(fine),
-               2 * kBlockWidth * sizeof *fine, samples.columns, rows, samples.rows - first_row - rows});
+  sample_rows(from.job, {memory.x[from.lens].values + at, memory.y[from.lens].values + at, kBlockWidth,
+                         reinterpret_cast<uint8_t*>(fine), 2 * kBlockWidth * sizeof *fine, samples.columns, rows});
   change_light(painting, *from.block, from.lens, samples, first_row, rows, memory);
 }
 

@@ -135,5 +135,37 @@ TEST(Blocks, WidenKernelsByHowMuchAPictureIsShrunk) {
   }
 }
 
+// Where a lens is asked for samples they lie in the block's box, which isn't larger than a node's distance makes it.
+TEST(Blocks, KnowWhereTheirSamplesLie) {
+  constexpr double kBeside = 2;  // pixels, by which positions swing past nodes
+  const Camera camera = scaled_camera(bent_pair(), 960);
+  for (const Turn& turn : kTurns) {
+    const View view = {1280, 640, turn};
+    const Plans planned(camera, view, kHalved);
+    for (const BlockPlan& plan : planned.plans) {
+      if (plan.kind == BlockKind::ring) continue;
+      const int lens = plan.kind == BlockKind::lens1;
+      const ring::PictureBox& box = plan.box[lens];
+      double left = 1e9, right = -1e9, top = 1e9, bottom = -1e9;
+      for (int y = plan.block.y; y < plan.block.y + plan.block.height; ++y) {
+        for (int x = plan.block.x; x < plan.block.x + plan.block.width; ++x) {
+          const Place at = reference_place(camera, lens, reference_direction(view, x, y));
+          left = std::min(left, at.x);
+          right = std::max(right, at.x);
+          top = std::min(top, at.y);
+          bottom = std::max(bottom, at.y);
+        }
+      }
+      ASSERT_LE(box.left, left + kBeside);
+      ASSERT_LE(box.top, top + kBeside);
+      ASSERT_GE(box.right, right - kBeside);
+      ASSERT_GE(box.bottom, bottom - kBeside);
+      const double most = 32 + 1.1 * (right - left + bottom - top);
+      ASSERT_LE(box.right - box.left, most);
+      ASSERT_LE(box.bottom - box.top, most);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace biseam::test

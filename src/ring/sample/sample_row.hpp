@@ -49,7 +49,6 @@ struct SampleRows {
   uint8_t* results;       // need not be aligned; apart from everything that is read
   std::ptrdiff_t stride;  // bytes from a row of results to the next, of any sign
   int columns, rows;
-  int below = 0;  // rows of positions that go on, which will be asked for next: what they want can be brought near
 };
 
 // A sample for each position.  Taps outside the picture are its nearest samples; nothing but the picture's samples is read: no

@@ -195,20 +195,6 @@ BISEAM_AVX512 void sample_rest_of_tiles(const SampleJob& job, const Kernel& kern
   }
 }
 
-// Brings near what the tiles below will want, about: a block's rows lie one below the other.  There may be nothing; nothing is
-// read.
-template <class Kernel>
-BISEAM_STEP void ask_for_tiles(const SampleSource& source, const SampleRows& at) {
-  for (int i = 0; i < kTiles; ++i) {
-    const std::ptrdiff_t middle = (kSide + 1) * at.pitch + kSide * i + 1;
-    const std::ptrdiff_t offset = (at.y[middle] >> 16) * source.stride + std::ptrdiff_t{at.x[middle] >> 16} * Kernel::kUnit;
-    for (int k = 1 - Kernel::kTaps; k <= 1 + Kernel::kTaps; ++k) {
-      const auto row = reinterpret_cast<uintptr_t>(source.first) + static_cast<uintptr_t>(offset + k * source.stride);
-      _mm_prefetch(reinterpret_cast<const char*>(row), _MM_HINT_T0);
-    }
-  }
-}
-
 template <class Kernel>
 BISEAM_AVX512 void sample_all_tiles(const SampleJob& job, const SampleRows& rows) {
   const Kernel kernel(job);
@@ -222,7 +208,6 @@ BISEAM_AVX512 void sample_all_tiles(const SampleJob& job, const SampleRows& rows
                           rows.stride,
                           std::min(kTileColumns, rows.columns - i),
                           std::min(kSide, rows.rows - j)};
-      if (at.columns == kTileColumns && rows.rows + rows.below - j >= 2 * kSide) ask_for_tiles<Kernel>(kernel.source, at);
       if (at.columns < kTileColumns || at.rows < kSide) {
         sample_rest_of_tiles(job, kernel, at);
       } else if (!sample_tiles(kernel, at)) {
