@@ -180,6 +180,32 @@ TEST(MatchedLight, FlareInOneLensIsEvenedOutRoundItsPlaceOnly) {
   EXPECT_LE(steps_across(config, matched, scene, 0, 0, 2).worst, 2);
 }
 
+// The darker lens sees a glow up to just below white, and is brightened: what it kept apart stays apart.
+TEST(MatchedLight, ClipsNothing) {
+  LitScene scene{[](const Vec3& d) {
+                   Rgb light = meadow(d);
+                   if (d.z > 0.5) light.fill((d.z - 0.5) * 2.6);
+                   return light;
+                 },
+                 {}};
+  scene.lens[0].exposure = 0.5;
+  scene.lens[1].exposure = -0.5;
+  const EngineConfig config = matching_config(), off = matching_config(BISEAM_NV12, false);
+  Fisheyes fisheyes = film_of(config).of(scene);
+  OwnEngine engine(config), plain(off);
+  const OwnPicture matched = engine.stitch(fisheyes), recorded = plain.stitch(fisheyes);
+  const auto front = [&](const OwnPicture& panorama, int x) {
+    return panorama.get(0, config.width / 2 + x, config.height / 2);
+  };
+  ASSERT_GT(front(recorded, 0), 215);
+  EXPECT_GT(front(matched, 40), front(recorded, 40) + 10) << "brightened";
+  for (int y = 0; y < config.height; ++y) {
+    for (int x = 0; x < config.width; ++x) ASSERT_LT(matched.get(0, x, y), 235) << x << " " << y;
+  }
+  // From where f > 1 has left its line on, a third of the slope is left.
+  EXPECT_GE(3 * (front(matched, 0) - front(matched, 20)), front(recorded, 0) - front(recorded, 20));
+}
+
 // ---- In time -----------------------------------------------------------------------------------------------------------
 
 // How much brighter the front is than the back.
