@@ -17,7 +17,7 @@ build=(
 check=(ccache clang clang-format clang-tidy libclang-rt-dev abigail-tools git mandoc groff-base)
 browser=(chromium ffmpeg fonts-dejavu-core)
 cross=(g++-aarch64-linux-gnu g++-arm-linux-gnueabihf googletest qemu-user)
-bench=(git ffmpeg libavfilter-dev libopencv-dev valgrind llvm python3-matplotlib g++-aarch64-linux-gnu g++-arm-linux-gnueabihf)
+bench=(git ffmpeg libavfilter-dev libopencv-dev valgrind llvm python3-matplotlib python3-opencv g++-aarch64-linux-gnu g++-arm-linux-gnueabihf)
 
 wanted=()
 for set in "${@:-build}"; do

@@ -33,18 +33,22 @@ def make_clip(tool, folder, width, turns):
 
 
 def commands(tool, clip, width, folder):
-    """Name to (command, the file it writes), ours by the scene's own camera and by a real one's profile: the same size, encoder, preset and constant rate factor, sound copied."""
+    """Name to (command, the file it writes), ours by the scene's own camera and by a real one's profile: the same size, encoder,
+    preset and constant rate factor, sound copied.  Whole clips are also analysed before they are stitched."""
     scene = clip.parent / f"scene_{width}" / "camera.toml"
     v360 = f"v360=dfisheye:e:ih_fov={FIELD_OF_VIEW}:iv_fov={FIELD_OF_VIEW}:w={width}:h={width // 2}"
 
     def ours(camera, file, *options):
         return [tool, "stitch", clip, "--camera", camera, "--width", str(width), "--preset", "ultrafast", "--crf", "23", *options, "-o",
                 file], file
-    theirs = folder / "clip_v360.mp4"
+    theirs, analysis = folder / "clip_v360.mp4", folder / "clip.analysis"
+    together = ("--light", "match", "--near", "on", "--seams", "steady")
     return {
         "scene": ours(scene, folder / "clip_scene.mp4"),
         "biseam": ours(REAL_CAMERA, folder / "clip_biseam.mp4"),
-        "matched": ours(REAL_CAMERA, folder / "clip_matched.mp4", "--light", "match", "--near", "on", "--seams", "steady"),
+        "matched": ours(REAL_CAMERA, folder / "clip_matched.mp4", *together),
+        "analyse": ([tool, "analyse", clip, "--camera", REAL_CAMERA, "--width", str(width), *together, "-o", analysis], analysis),
+        "followed": ours(REAL_CAMERA, folder / "clip_followed.mp4", "--analysis", analysis),
         "v360": (["ffmpeg", "-v", "error", "-nostdin", "-y", "-i", clip, "-vf", v360, *SPEED, "-c:a", "copy", theirs], theirs),
     }
 
@@ -81,7 +85,7 @@ def measure(tool, folder, width, turns, rounds):
             for figure, value in taken.items():
                 if number >= 0:  # the first turn finds cold caches
                     figures[name].setdefault(figure, []).append(value)
-    luma = {name: read_luma(file, width) for name, (_, file) in contestants.items()}
+    luma = {name: read_luma(file, width) for name, (_, file) in contestants.items() if name != "analyse"}
     if len({picture.shape for picture in luma.values()}) != 1:
         raise SystemExit(f"clips of different length: {[picture.shape for picture in luma.values()]}")
     for _, file in contestants.values():

@@ -1,6 +1,7 @@
 """What is seen of the lenses' different light: steps where they meet, unrest, and how long a cut is seen."""
 import numpy
 
+import compensators
 import shots
 
 DIFFERENT = ("--exposure-difference", 1, "--temperature-difference", 500, "--vignette-difference", 0.2)
@@ -60,7 +61,14 @@ def measure(tool, folder, width):
                 "cut": [told(steps(picture, truths[cut][1])) for picture in after]}
     result = {mode: figures(lambda scene, clip=None, mode=mode: shots.stitched(tool, scene, width, "--light", mode, clip=clip))
               for mode in MODES}
+    result["analysed"] = figures(lambda scene, clip=None: shots.analysed(tool, scene, width, "--light", "match", clip=clip))
     result["v360"] = figures(lambda scene, clip=None: shots.v360(scene, width, clip))
+    # Frame by frame, as they know nothing of other ones: what takes seconds is seen in few.
+    for kind in compensators.KINDS:
+        first, flared = (compensators.stitched(kind, scene, width)[0] for scene in (different, flare))
+        after = compensators.stitched(kind, cut, width, noisy[cut], first=CUT_AT + AFTER - 1)[0]
+        result[kind] = {"different": told(steps(first, truths[different][0])), "flare": told(steps(flared, truths[flare][0])),
+                        "cut": [told(steps(after, truths[cut][1]))]}
     for clip in noisy.values():
         clip.unlink()
     return result

@@ -48,17 +48,20 @@ def write_seams(results):
 
 def write_light(results):
     def row(name, figures):
-        cells = [f"{figures[scene][figure]:.2f}" for scene in ("different", "flare", "drift") for figure in ("mean", "worst")]
+        cells = [f"{figures[scene][figure]:.2f}" if scene in figures else "" for scene in ("different", "flare", "drift")
+                 for figure in ("mean", "worst")]
         after = ", ".join(f"{step['mean']:.2f} ({step['worst']:.2f})" for step in figures["cut"][:3])
-        return [name, *cells, f"{figures['unrest']:.3f}", after]
-    titles = {"off": "`--light off`", "match": "`--light match`", "v360": "FFmpeg v360"}
+        return [name, *cells, f"{figures['unrest']:.3f}" if "unrest" in figures else "", after]
+    titles = {"off": "`--light off`", "match": "`--light match`", "analysed": "`--light match`, the clip analysed before",
+              "v360": "FFmpeg v360"}
     return ("## Light\n\nSteps of luma across the middle of the ring against the truth, in code values: mean of sectors, and the worst of "
             "them. One lens is brighter by 1 EV, set 500 K higher and falls off by 20 %; has a veil of flare; becomes brighter by 1 EV in "
             "a second, where the worst frame counts. Unrest: how much a lens's mean changes from frame to frame under noise (2 codes). "
             "The last column has the mean and the worst steps of the first frames after a cut. Where a panorama is too dark on both sides "
-            "alike and different things lie on them, that counts as a step too.\n\n" +
+            "alike and different things lie on them, that counts as a step too. OpenCV's compensators with its graph cut and a blend in "
+            "5 bands know no other frames: they have one frame after the cut.\n\n" +
             table(["", "different", "worst", "flare", "worst", "drift", "worst", "unrest", "after a cut"],
-                  [row(titles[name], figures) for name, figures in results["light"].items()]))
+                  [row(titles.get(name, f"OpenCV, {name}"), figures) for name, figures in results["light"].items()]))
 
 
 def write_near(results):
@@ -230,6 +233,7 @@ def write_clips(results):
                  f"{clip['frames'] / median(runs[name], 'wall_s'):.1f}", f"{median(runs[name], 'peak_kib') / 1024:.0f}"]
                 for name, title in (("biseam", "biseam stitch, a real camera's profile"), ("scene", "biseam stitch, the scene's"),
                                     ("matched", "biseam stitch, a real camera's profile, light matched"),
+                                    ("analyse", "biseam analyse, the same"), ("followed", "biseam stitch --analysis, after it"),
                                     ("v360", "ffmpeg, filter v360 (remap only)"))]
         ratio = {clock: clip["ratio"][clock] for clock in ("wall_s", "cpu_s")}
         parts.append(f"{width} x {width // 2}, {clip['frames']} frames, {clip['rounds']} rounds. In pairs of runs the real camera's takes "

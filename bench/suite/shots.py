@@ -60,6 +60,16 @@ def stitched(tool, folder, width, *options, clip=None):
     return frames
 
 
+def analysed(tool, folder, width, *options, clip=None):
+    """The same of a clip that is analysed as a whole before."""
+    analysis = folder / "clip.analysis"
+    subprocess.run([tool, "analyse", clip or folder / "side_by_side.mp4", "--camera", folder / "camera.toml", "--width", str(width),
+                    *options, "-o", analysis], check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    frames = stitched(tool, folder, width, "--analysis", analysis, clip=clip)
+    analysis.unlink()
+    return frames
+
+
 def v360(folder, width, clip=None):
     """The same by FFmpeg's filter."""
     fov = FIELD_OF_VIEW * (width // 2 - 1) / (width // 2)  # to the filter, the circle ends at the middles of the outermost pixels
