@@ -38,16 +38,16 @@ BISEAM_LOOP std::int32_t unwrapped(std::int32_t value, std::int32_t other, int w
 }
 
 // Through nodes of equal distance.  Differences wrap around where nodes mean nothing.
-BISEAM_LOOP Cubic cubic_through(const NodeWindow& w, const std::int32_t (&nodes)[4]) noexcept {
-  const std::int32_t first = nodes[1], before = unwrapped(nodes[0], first, w.wrapped_bits);
-  const std::int32_t second = unwrapped(nodes[2], first, w.wrapped_bits), after = unwrapped(nodes[3], first, w.wrapped_bits);
+BISEAM_LOOP Cubic cubic_through(int bits, int wrapped_bits, const std::int32_t (&nodes)[4]) noexcept {
+  const std::int32_t first = nodes[1], before = unwrapped(nodes[0], first, wrapped_bits);
+  const std::int32_t second = unwrapped(nodes[2], first, wrapped_bits), after = unwrapped(nodes[3], first, wrapped_bits);
   const auto n = [](std::int32_t value) { return static_cast<std::uint32_t>(value); };
   const auto s = [](std::uint32_t value) { return static_cast<std::int32_t>(value); };
   const std::int32_t third = s(n(after) - n(before) + 3 * (n(first) - n(second)));
   const std::int32_t bend = s(n(before) - n(first) + (n(second) - n(first)));
   const std::int32_t d = held(third / 6, 1 << 22), c = held((bend >> 1) + (bend & 1), 1 << 22);
   const std::int32_t b = held(s(n(second) - n(first) - n(c) - n(d)), 1 << 24);
-  const std::int32_t one = 1 << w.bits, half = one >> 1;
+  const std::int32_t one = 1 << bits, half = one >> 1;
   return {first, b * one + half, c * one + half, d};
 }
 
@@ -76,9 +76,9 @@ BISEAM_LOOP int stretches(const SampleRun& run, int bits) noexcept {
   return ((run.start + (run.count - 1) * run.step) >> bits) + 1;
 }
 
-BISEAM_LOOP std::int32_t node_value(const NodeWindow& w, std::int32_t node) noexcept {
-  const std::uint32_t value = static_cast<std::uint32_t>(node) - static_cast<std::uint32_t>(w.offset);
-  return static_cast<std::int32_t>(value + static_cast<std::uint32_t>(w.halvings)) >> w.halvings;
+BISEAM_LOOP std::int32_t node_value(const NodeValues& of, std::int32_t node) noexcept {
+  const std::uint32_t value = static_cast<std::uint32_t>(node) - static_cast<std::uint32_t>(of.offset);
+  return static_cast<std::int32_t>(value + static_cast<std::uint32_t>(of.halvings)) >> of.halvings;
 }
 
 // Vectors of a fixed length, as compilers make none of short loops whose length they don't know.
@@ -104,15 +104,17 @@ struct ColumnCubics {
 };
 
 // Down through the nodes of a row of them and the three below.  Past the last column nothing is read.
-BISEAM_LOOP void find_cubics_down(const NodeWindow& w, int column, int columns, int row, ColumnCubics& cubics) noexcept {
-  const std::int32_t* const first = w.nodes + row * w.stride + column;
+BISEAM_LOOP void find_cubics_down(const NodeWindow& w, const NodeValues& values, int column, int columns, int row,
+                                  ColumnCubics& cubics) noexcept {
+  const std::int32_t* const first = values.first + row * w.stride + column;
   const std::int32_t *const second = first + w.stride, *const third = second + w.stride, *const fourth = third + w.stride;
   BISEAM_TURNS_APART
   BISEAM_KEEP_LOOP
   for (int i = 0; i < kGroup; ++i) {
-    const std::int32_t four[4] = {i < columns ? node_value(w, first[i]) : 0, i < columns ? node_value(w, second[i]) : 0,
-                                  i < columns ? node_value(w, third[i]) : 0, i < columns ? node_value(w, fourth[i]) : 0};
-    const Cubic v = cubic_through(w, four);
+    const std::int32_t four[4] = {
+        i < columns ? node_value(values, first[i]) : 0, i < columns ? node_value(values, second[i]) : 0,
+        i < columns ? node_value(values, third[i]) : 0, i < columns ? node_value(values, fourth[i]) : 0};
+    const Cubic v = cubic_through(w.bits, values.wrapped_bits, four);
     cubics.a[i] = v.a;
     cubics.b[i] = v.b;
     cubics.c[i] = v.c;
@@ -120,11 +122,12 @@ BISEAM_LOOP void find_cubics_down(const NodeWindow& w, int column, int columns, 
   }
 }
 
-BISEAM_LOOP void fill_columns(const NodeWindow& w, int first, int columns, std::int32_t (*out)[kBlockHeight]) noexcept {
+BISEAM_LOOP void fill_columns(const NodeWindow& w, const NodeValues& values, int first, int columns,
+                              std::int32_t (*out)[kBlockHeight]) noexcept {
   const int count = stretches(w.down, w.bits);
   for (int j = 0; j < count; ++j) {
     ColumnCubics cubics;
-    find_cubics_down(w, first, columns, j, cubics);
+    find_cubics_down(w, values, first, columns, j, cubics);
     const Stretch stretch = stretch_of(w.down, j, w.bits);
     for (int i = 0; i < columns; ++i) {
       const Cubic v = {cubics.a[i], cubics.b[i], cubics.c[i], cubics.d[i]};
@@ -147,12 +150,12 @@ BISEAM_LOOP void fill_even_rows(const NodeWindow& w, const Stretch& stretch, con
   }
 }
 
-BISEAM_LOOP void fill_rows(const NodeWindow& w, const Stretch& stretch, const std::int32_t (*columns)[kBlockHeight],
-                           std::int32_t* out) noexcept {
+BISEAM_LOOP void fill_rows(const NodeWindow& w, const NodeValues& values, const Stretch& stretch,
+                           const std::int32_t (*columns)[kBlockHeight], std::int32_t* out) noexcept {
   std::int32_t a[kBlockHeight], b[kBlockHeight], c[kBlockHeight], d[kBlockHeight];
   for (int y = 0; y < w.down.count; ++y) {
     const std::int32_t nodes[4] = {columns[0][y], columns[1][y], columns[2][y], columns[3][y]};
-    const Cubic v = cubic_through(w, nodes);
+    const Cubic v = cubic_through(w.bits, values.wrapped_bits, nodes);
     a[y] = v.a;
     b[y] = v.b;
     c[y] = v.c;
@@ -174,14 +177,18 @@ BISEAM_LOOP void fill_rows(const NodeWindow& w, const Stretch& stretch, const st
   }
 }
 
-BISEAM_LOOP void interpolate(const NodeWindow& window, std::int32_t* out) noexcept {
-  const NodeWindow w = window;
+BISEAM_LOOP void fill_block(const NodeWindow& w, const NodeValues& values, std::int32_t* out) noexcept {
   alignas(64) std::int32_t columns[kMostColumns][kBlockHeight];
   const int count = stretches(w.across, w.bits);
   for (int i = 0; i < count + 3; i += kGroup) {
-    fill_columns(w, i, count + 3 - i < kGroup ? count + 3 - i : kGroup, columns + i);
+    fill_columns(w, values, i, count + 3 - i < kGroup ? count + 3 - i : kGroup, columns + i);
   }
-  for (int i = 0; i < count; ++i) fill_rows(w, stretch_of(w.across, i, w.bits), columns + i, out);
+  for (int i = 0; i < count; ++i) fill_rows(w, values, stretch_of(w.across, i, w.bits), columns + i, out);
+}
+
+BISEAM_LOOP void interpolate(const NodeWindow& window, std::int32_t* const out[2]) noexcept {
+  const NodeWindow w = window;
+  for (int k = 0; k < 2; ++k) fill_block(w, w.values[k], out[k]);
 }
 
 constexpr Variants<InterpolateNodes> kLoops = loop_versions<interpolate, InterpolateNodes>;

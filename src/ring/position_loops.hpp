@@ -14,22 +14,27 @@ struct SampleRun {
   int count;
 };
 
-// Values of one plane of nodes for one block.
-struct NodeWindow {
-  const std::int32_t* nodes;  // the node left of and above the one where the runs start
-  std::ptrdiff_t stride;      // from one row of nodes to the next
-  int bits;                   // nodes are 2^bits half luma pixels apart
-  SampleRun across, down;
+// What nodes have of one coordinate.
+struct NodeValues {
+  const std::int32_t* first;  // of the node left of and above the one where the runs start
   // A node's value n is taken as (n - offset) / 2^halvings, rounded half up; halvings is 0 or 1.
   int offset, halvings;
   // Bits by which values fall short of 32 and wrap around: a cubic takes its nodes as near to each other as they can be.
   int wrapped_bits;
 };
 
-// out: rows of kBlockWidth values.  Each cubic goes through four nodes; with v(u) = A + u (B + u (C + u D)) between the two in
-// the middle, each coefficient an integer, the products are rounded half up to integers.  |B| is held below 2^24, |C| and |D|
-// below 2^22, so that sums stay below 2^31.
-using InterpolateNodes = void(const NodeWindow& window, std::int32_t* out) noexcept;
+// Both coordinates of a block's samples.
+struct NodeWindow {
+  std::ptrdiff_t stride;  // from one row of nodes to the next
+  int bits;               // nodes are 2^bits half luma pixels apart
+  SampleRun across, down;
+  NodeValues values[2];
+};
+
+// out, by coordinate: rows of kBlockWidth values.  Each cubic goes through four nodes; with v(u) = A + u (B + u (C + u D))
+// between the two in the middle, each coefficient an integer, the products are rounded half up to integers.  |B| is held below
+// 2^24, |C| and |D| below 2^22, so that sums stay below 2^31.
+using InterpolateNodes = void(const NodeWindow& window, std::int32_t* const out[2]) noexcept;
 
 extern const Variants<InterpolateNodes> kInterpolateNodes;
 InterpolateNodes interpolate_nodes_avx512;

@@ -16,7 +16,7 @@ namespace biseam::ring {
 namespace {
 
 constexpr int kLanes = 16;
-constexpr int kMostNodes = kLanes;  // in a row
+constexpr int kMostNodes = kLanes, kFewNodes = kLanes / 2;  // in a row
 constexpr int kMostStretches = kMostNodes - 3;
 
 BISEAM_STEP __m512i all(int32_t value) { return _mm512_set1_epi32(value); }
@@ -26,16 +26,9 @@ BISEAM_STEP __m512i held(__m512i value, int32_t limit) {
 
 // What all steps need to know of a window.
 struct Units {
-  __m128i bits, wrapped_bits;
-  __m512i half;
+  __m512i bits, half;
 
-  BISEAM_STEP explicit Units(const NodeWindow& w)
-      : bits(_mm_cvtsi32_si128(w.bits)), wrapped_bits(_mm_cvtsi32_si128(w.wrapped_bits)), half(all((1 << w.bits) >> 1)) {}
-
-  // From one value to another, as near as they can be.
-  BISEAM_STEP __m512i rise(__m512i from, __m512i to) const {
-    return _mm512_sra_epi32(_mm512_sll_epi32(_mm512_sub_epi32(to, from), wrapped_bits), wrapped_bits);
-  }
+  BISEAM_STEP explicit Units(const NodeWindow& w) : bits(all(w.bits)), half(all((1 << w.bits) >> 1)) {}
 };
 
 struct Cubics {
@@ -50,22 +43,27 @@ BISEAM_STEP __m512i sixth(__m512i value) {
   return _mm512_sub_epi32(_mm512_mask_blend_epi32(0xAAAA, even, odd), _mm512_srai_epi32(value, 31));
 }
 
-BISEAM_STEP Cubics cubics_through(const Units& units, const __m512i* nodes) {
-  const __m512i before = units.rise(nodes[1], nodes[0]), second = units.rise(nodes[1], nodes[2]);
-  const __m512i after = units.rise(nodes[1], nodes[3]);
+// From one value to another, as near as they can be.
+BISEAM_STEP __m512i rise(__m512i from, __m512i to, __m512i wrapped_bits) {
+  return _mm512_srav_epi32(_mm512_sllv_epi32(_mm512_sub_epi32(to, from), wrapped_bits), wrapped_bits);
+}
+
+BISEAM_STEP Cubics cubics_through(const Units& units, __m512i wrapped_bits, const __m512i* nodes) {
+  const __m512i before = rise(nodes[1], nodes[0], wrapped_bits), second = rise(nodes[1], nodes[2], wrapped_bits);
+  const __m512i after = rise(nodes[1], nodes[3], wrapped_bits);
   const __m512i thrice = _mm512_add_epi32(second, _mm512_slli_epi32(second, 1));
   const __m512i third = _mm512_sub_epi32(_mm512_sub_epi32(after, before), thrice), bend = _mm512_add_epi32(before, second);
   const __m512i d = held(sixth(third), 1 << 22);
   const __m512i c = held(_mm512_add_epi32(_mm512_srai_epi32(bend, 1), _mm512_and_si512(bend, all(1))), 1 << 22);
   const __m512i b = held(_mm512_sub_epi32(_mm512_sub_epi32(second, c), d), 1 << 24);
-  return {nodes[1], _mm512_add_epi32(_mm512_sll_epi32(b, units.bits), units.half),
-          _mm512_add_epi32(_mm512_sll_epi32(c, units.bits), units.half), d};
+  return {nodes[1], _mm512_add_epi32(_mm512_sllv_epi32(b, units.bits), units.half),
+          _mm512_add_epi32(_mm512_sllv_epi32(c, units.bits), units.half), d};
 }
 
 BISEAM_STEP __m512i values_at(const Units& units, const Cubics& v, __m512i place) {
-  const __m512i bend = _mm512_sra_epi32(_mm512_add_epi32(_mm512_mullo_epi32(v.d, place), v.c), units.bits);
-  const __m512i slope = _mm512_sra_epi32(_mm512_add_epi32(_mm512_mullo_epi32(bend, place), v.b), units.bits);
-  return _mm512_add_epi32(v.a, _mm512_sra_epi32(_mm512_add_epi32(_mm512_mullo_epi32(slope, place), units.half), units.bits));
+  const __m512i bend = _mm512_srav_epi32(_mm512_add_epi32(_mm512_mullo_epi32(v.d, place), v.c), units.bits);
+  const __m512i slope = _mm512_srav_epi32(_mm512_add_epi32(_mm512_mullo_epi32(bend, place), v.b), units.bits);
+  return _mm512_add_epi32(v.a, _mm512_srav_epi32(_mm512_add_epi32(_mm512_mullo_epi32(slope, place), units.half), units.bits));
 }
 
 // Sixteen samples of a run: where each lies in its stretch between two nodes, and which of them lie in the first stretch, the
@@ -123,57 +121,87 @@ BISEAM_STEP Cubics cubics_of(const RunVector& vector, int stretches, const Cubic
   return v;
 }
 
-// A row of nodes.  Past the last one nothing is read.
-BISEAM_STEP __m512i load_nodes(const NodeWindow& w, int row, __mmask16 columns) {
-  const __m512i nodes = _mm512_maskz_loadu_epi32(columns, w.nodes + row * w.stride);
-  return _mm512_sra_epi32(_mm512_sub_epi32(nodes, all(w.offset - w.halvings)), _mm_cvtsi32_si128(w.halvings));
-}
+// The lower halves of two vectors.
+BISEAM_STEP __m512i halves(__m512i low, __m512i high) { return _mm512_inserti64x4(low, _mm512_castsi512_si256(high), 1); }
+
+// Nodes of a row side by side: of one coordinate, or few of both, each in its half of the lanes.  Past the last one nothing is
+// read.
+template <int coordinates>
+struct NodeRow {
+  const int32_t* nodes[coordinates];
+  std::ptrdiff_t stride;
+  __mmask16 columns;
+  __m512i offset, halvings, wrapped_bits;
+
+  BISEAM_STEP NodeRow(const NodeWindow& w, const NodeValues* of, int count)
+      : stride(w.stride), columns(static_cast<__mmask16>((1u << count) - 1)) {
+    for (int k = 0; k < coordinates; ++k) nodes[k] = of[k].first;
+    const NodeValues &low = of[0], &high = of[coordinates - 1];
+    offset = sides(all(low.offset - low.halvings), all(high.offset - high.halvings));
+    halvings = sides(all(low.halvings), all(high.halvings));
+    wrapped_bits = sides(all(low.wrapped_bits), all(high.wrapped_bits));
+  }
+
+  BISEAM_STEP static __m512i sides(__m512i low, __m512i high) { return coordinates == 1 ? low : halves(low, high); }
+
+  BISEAM_STEP __m512i load(int row) const {
+    const __m512i low = _mm512_maskz_loadu_epi32(columns, nodes[0] + row * stride);
+    const __m512i high = coordinates == 1 ? low : _mm512_maskz_loadu_epi32(columns, nodes[coordinates - 1] + row * stride);
+    return _mm512_srav_epi32(_mm512_sub_epi32(sides(low, high), offset), halvings);
+  }
+};
 
 using NodeColumns = int32_t[kMostNodes][kBlockHeight];
 
 // The values of each column of nodes at the rows of samples.
-BISEAM_STEP void fill_columns(const NodeWindow& w, const Units& units, int nodes, NodeColumns& columns) {
-  const __mmask16 within = static_cast<__mmask16>((1u << nodes) - 1);
+template <int coordinates>
+BISEAM_STEP void fill_columns(const NodeWindow& w, const Units& units, const NodeValues* values, int nodes,
+                              const RunVector* down, NodeColumns* columns) {
+  const NodeRow<coordinates> row(w, values, nodes);
   const int stretches = ((w.down.start + (w.down.count - 1) * w.down.step) >> w.bits) + 1;
   CubicRow<kMostNodes> cubics[kMostStretches];
-  __m512i four[4] = {{}, load_nodes(w, 0, within), load_nodes(w, 1, within), load_nodes(w, 2, within)};
+  __m512i four[4] = {{}, row.load(0), row.load(1), row.load(2)};
   for (int j = 0; j < stretches; ++j) {
     four[0] = four[1];
     four[1] = four[2];
     four[2] = four[3];
-    four[3] = load_nodes(w, j + 3, within);
-    cubics[j].store(0, cubics_through(units, four));
+    four[3] = row.load(j + 3);
+    cubics[j].store(0, cubics_through(units, row.wrapped_bits, four));
   }
-  RunVector vectors[kBlockHeight / kLanes];
-  divide_run(w.down, w.bits, vectors);
   for (int y = 0; y < w.down.count; y += kLanes) {
-    const RunVector& vector = vectors[y / kLanes];
-    for (int i = 0; i < nodes; ++i) {
-      _mm512_store_si512(columns[i] + y, values_at(units, cubics_of(vector, vector.stretches, cubics, i), vector.place));
+    const RunVector& vector = down[y / kLanes];
+    for (int k = 0; k < coordinates; ++k) {
+      for (int i = 0; i < nodes; ++i) {
+        const Cubics column = cubics_of(vector, vector.stretches, cubics, kFewNodes * k + i);
+        _mm512_store_si512(columns[k][i] + y, values_at(units, column, vector.place));
+      }
     }
   }
 }
 
-// The same lanes of all rows.  stretches: 0 if they aren't known.
-template <int stretches>
-BISEAM_STEP void fill_vectors(const NodeWindow& w, const Units& units, const RunVector& vector,
+// All rows of so many whole vectors, each of which has lanes in so many stretches.
+template <int vectors, int stretches>
+BISEAM_STEP void fill_vectors(const NodeWindow& w, const Units& units, const RunVector* across,
                               const CubicRow<kBlockHeight>* cubics, int32_t* out) {
-  const RunVector v = vector;
   for (int y = 0; y < w.down.count; ++y) {
-    const Cubics row = cubics_of(v, stretches == 0 ? v.stretches : stretches, cubics, y);
-    _mm512_storeu_si512(out + y * kBlockWidth, values_at(units, row, v.place));
+    for (int i = 0; i < vectors; ++i) {
+      const Cubics row = cubics_of(across[i], stretches, cubics, y);
+      _mm512_storeu_si512(out + y * kBlockWidth + i * kLanes, values_at(units, row, across[i].place));
+    }
   }
 }
 
-BISEAM_STEP void fill_rest(const NodeWindow& w, const Units& units, const RunVector& vector,
-                           const CubicRow<kBlockHeight>* cubics, __mmask16 lanes, int32_t* out) {
+// Any vector.
+BISEAM_STEP void fill_vector(const NodeWindow& w, const Units& units, const RunVector& vector,
+                             const CubicRow<kBlockHeight>* cubics, __mmask16 lanes, int32_t* out) {
   for (int y = 0; y < w.down.count; ++y) {
     const Cubics row = cubics_of(vector, vector.stretches, cubics, y);
     _mm512_mask_storeu_epi32(out + y * kBlockWidth, lanes, values_at(units, row, vector.place));
   }
 }
 
-BISEAM_STEP void fill_rows(const NodeWindow& w, const Units& units, int stretches, const NodeColumns& columns, int32_t* out) {
+BISEAM_STEP void fill_rows(const NodeWindow& w, const Units& units, int wrapped, int stretches, const RunVector* across,
+                           const NodeColumns& columns, int32_t* out) {
   CubicRow<kBlockHeight> cubics[kMostStretches];
   for (int y = 0; y < w.down.count; y += kLanes) {
     __m512i four[4] = {
@@ -183,37 +211,42 @@ BISEAM_STEP void fill_rows(const NodeWindow& w, const Units& units, int stretche
       four[1] = four[2];
       four[2] = four[3];
       four[3] = _mm512_load_si512(columns[i + 3] + y);
-      cubics[i].store(y, cubics_through(units, four));
+      cubics[i].store(y, cubics_through(units, all(wrapped), four));
     }
   }
-  RunVector vectors[kBlockWidth / kLanes];
-  divide_run(w.across, w.bits, vectors);
-  for (int x = 0; x < w.across.count; x += kLanes) {
-    const RunVector& vector = vectors[x / kLanes];
-    const int left = w.across.count - x;
-    if (left < kLanes) {
-      fill_rest(w, units, vector, cubics, static_cast<__mmask16>((1u << left) - 1), out + x);
-    } else if (vector.stretches == 1) {
-      fill_vectors<1>(w, units, vector, cubics, out + x);
-    } else if (vector.stretches == 2) {
-      fill_vectors<2>(w, units, vector, cubics, out + x);
-    } else {
-      fill_vectors<0>(w, units, vector, cubics, out + x);
-    }
+  const int count = w.across.count, vectors = (count + kLanes - 1) / kLanes;
+  const int each = across[0].stretches;
+  bool alike = count % kLanes == 0;
+  for (int i = 1; i < vectors; ++i) alike = alike && across[i].stretches == each;
+  // Whole blocks of luma, and of chroma.
+  if (alike && vectors == 4 && each == 1) return fill_vectors<4, 1>(w, units, across, cubics, out);
+  if (alike && vectors == 2 && each == 1) return fill_vectors<2, 1>(w, units, across, cubics, out);
+  if (alike && vectors == 2 && each == 2) return fill_vectors<2, 2>(w, units, across, cubics, out);
+  for (int i = 0; i < vectors; ++i) {
+    const int lanes = std::min(kLanes, count - i * kLanes);
+    fill_vector(w, units, across[i], cubics, static_cast<__mmask16>((1u << lanes) - 1), out + i * kLanes);
   }
 }
 
 }  // namespace
 
-BISEAM_AVX512 void interpolate_nodes_avx512(const NodeWindow& window, int32_t* out) noexcept {
-  const NodeWindow w = window;
+BISEAM_AVX512 void interpolate_nodes_avx512(const NodeWindow& window, int32_t* const out[2]) noexcept {
+  const NodeWindow& w = window;
   const int across = ((w.across.start + (w.across.count - 1) * w.across.step) >> w.bits) + 1;
   const int down = ((w.down.start + (w.down.count - 1) * w.down.step) >> w.bits) + 1;
   if (std::max(across, down) > kMostStretches) return kInterpolateNodes.avx2(w, out);
   const Units units(w);
-  alignas(64) NodeColumns columns;
-  fill_columns(w, units, across + 3, columns);
-  fill_rows(w, units, across, columns, out);
+  RunVector runs_down[kBlockHeight / kLanes], runs_across[kBlockWidth / kLanes];
+  divide_run(w.down, w.bits, runs_down);
+  divide_run(w.across, w.bits, runs_across);
+  alignas(64) NodeColumns columns[2];
+  const int nodes = across + 3;
+  if (nodes <= kFewNodes) {
+    fill_columns<2>(w, units, w.values, nodes, runs_down, columns);
+  } else {
+    for (int k = 0; k < 2; ++k) fill_columns<1>(w, units, w.values + k, nodes, runs_down, columns + k);
+  }
+  for (int k = 0; k < 2; ++k) fill_rows(w, units, w.values[k].wrapped_bits, across, runs_across, columns[k], out[k]);
 }
 
 }  // namespace biseam::ring

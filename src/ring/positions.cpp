@@ -14,14 +14,19 @@ void set_run(int first, int length, int bits, int half, int spacing_bits, Sample
   run.count = length >> bits;
 }
 
+void set_values(const std::int32_t* first, int offset, int halvings, int wrapped_bits, NodeValues& values) noexcept {
+  values.first = first;
+  values.offset = offset;
+  values.halvings = halvings;
+  values.wrapped_bits = wrapped_bits;
+}
+
 NodeWindow window_of(const MeshShape& shape, const Block& block, const PlaneGrid& grid) noexcept {
   NodeWindow window;
-  window.nodes = nullptr;
   window.stride = shape.columns;
   window.bits = shape.spacing_bits;
   set_run(block.x, block.width, grid.bits_x, grid.half_x, shape.spacing_bits, window.across);
   set_run(block.y, block.height, grid.bits_y, grid.half_y, shape.spacing_bits, window.down);
-  window.offset = window.halvings = window.wrapped_bits = 0;
   return window;
 }
 
@@ -40,6 +45,11 @@ std::ptrdiff_t first_node(const MeshShape& shape, const Block& block, const Plan
   return row * shape.columns + column;
 }
 
+void interpolate(const NodeWindow& window, BlockValues& first, BlockValues& second) noexcept {
+  std::int32_t* const out[2] = {first.values, second.values};
+  kInterpolateNodes.best()(window, out);
+}
+
 }  // namespace
 
 void lens_positions(const Mesh& mesh, int lens, const Block& block, const PlaneGrid& panorama, const PlaneGrid& picture,
@@ -47,35 +57,27 @@ void lens_positions(const Mesh& mesh, int lens, const Block& block, const PlaneG
   constexpr int kHalfPixel = 1 << (kPositionBits - 1);
   const std::ptrdiff_t first = first_node(mesh.shape, block, panorama);
   NodeWindow window = window_of(mesh.shape, block, panorama);
-  window.nodes = mesh.lens[lens].x.values + first;
-  window.offset = picture.half_x * kHalfPixel;
-  window.halvings = picture.bits_x;
-  kInterpolateNodes.best()(window, x.values);
-  window.nodes = mesh.lens[lens].y.values + first;
-  window.offset = picture.half_y * kHalfPixel;
-  window.halvings = picture.bits_y;
-  kInterpolateNodes.best()(window, y.values);
+  set_values(mesh.lens[lens].x.values + first, picture.half_x * kHalfPixel, picture.bits_x, 0, window.values[0]);
+  set_values(mesh.lens[lens].y.values + first, picture.half_y * kHalfPixel, picture.bits_y, 0, window.values[1]);
+  interpolate(window, x, y);
 }
 
 void luma_positions(const Mesh& mesh, int lens, const Block& block, const PlaneGrid& panorama, const CoarseGrid& coarse,
                     BlockValues& x, BlockValues& y) noexcept {
   const std::ptrdiff_t first = first_node(mesh.shape, block, panorama);
   NodeWindow window = coarse_window(mesh.shape, block, panorama, coarse);
-  window.nodes = mesh.lens[lens].x.values + first;
-  kInterpolateNodes.best()(window, x.values);
-  window.nodes = mesh.lens[lens].y.values + first;
-  kInterpolateNodes.best()(window, y.values);
+  set_values(mesh.lens[lens].x.values + first, 0, 0, 0, window.values[0]);
+  set_values(mesh.lens[lens].y.values + first, 0, 0, 0, window.values[1]);
+  interpolate(window, x, y);
 }
 
 void ring_positions(const Mesh& mesh, const Block& block, const PlaneGrid& panorama, const CoarseGrid& coarse, BlockValues& t,
                     BlockValues& b) noexcept {
   const std::ptrdiff_t first = first_node(mesh.shape, block, panorama);
   NodeWindow window = coarse_window(mesh.shape, block, panorama, coarse);
-  window.nodes = mesh.b.values + first;
-  kInterpolateNodes.best()(window, b.values);
-  window.nodes = mesh.t.values + first;
-  window.wrapped_bits = 32 - kTurnBits;
-  kInterpolateNodes.best()(window, t.values);
+  set_values(mesh.t.values + first, 0, 0, 32 - kTurnBits, window.values[0]);
+  set_values(mesh.b.values + first, 0, 0, 0, window.values[1]);
+  interpolate(window, t, b);
 }
 
 }  // namespace biseam::ring

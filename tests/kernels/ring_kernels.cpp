@@ -82,11 +82,15 @@ void interpolate(KernelCall& call, InterpolateNodes* run, int limit, int wrapped
   const auto nodes = [&](const SampleRun& r) { return ((r.start + (r.count - 1) * r.step) >> window.bits) + 4; };
   window.stride = nodes(window.across) + call.number(0, 5);
   const std::size_t count = static_cast<std::size_t>((nodes(window.down) - 1) * window.stride + nodes(window.across));
-  window.nodes = call.input<int32_t>(count, -limit, limit);
-  window.halvings = wrapped_bits == 0 ? call.number(0, 1) : 0;
-  window.offset = window.halvings * (call.number(0, 1) << 15);
-  window.wrapped_bits = wrapped_bits;
-  int32_t* out = call.output<int32_t>(static_cast<std::size_t>((window.down.count - 1) * kBlockWidth + window.across.count));
+  int32_t* out[2];
+  for (int k = 0; k < 2; ++k) {
+    NodeValues& values = window.values[k];
+    values.first = call.input<int32_t>(count, -limit, limit);
+    values.wrapped_bits = k == 0 ? wrapped_bits : 0;
+    values.halvings = wrapped_bits == 0 ? call.number(0, 1) : 0;
+    values.offset = values.halvings * (call.number(0, 1) << 15);
+    out[k] = call.output<int32_t>(static_cast<std::size_t>((window.down.count - 1) * kBlockWidth + window.across.count));
+  }
   call.run([&] { run(window, out); });
 }
 
@@ -100,12 +104,15 @@ void call_interpolate_turns(KernelCall& call, InterpolateNodes* run) {
 void call_interpolate_block(KernelCall& call, InterpolateNodes* run) {
   constexpr int kStride = 124;
   NodeWindow window{};
-  window.nodes = call.input<int32_t>(5 * kStride, 0, 90 << kPositionBits);
   window.stride = kStride;
   window.bits = 6;
   window.across = {0, 2, kBlockWidth};
   window.down = {0, 2, kBlockHeight};
-  int32_t* out = call.output<int32_t>(kBlockWidth * kBlockHeight);
+  int32_t* out[2];
+  for (int k = 0; k < 2; ++k) {
+    window.values[k].first = call.input<int32_t>(5 * kStride, 0, 90 << kPositionBits);
+    out[k] = call.output<int32_t>(kBlockWidth * kBlockHeight);
+  }
   call.run([&] { run(window, out); });
 }
 

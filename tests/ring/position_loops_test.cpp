@@ -38,14 +38,21 @@ struct Nodes {
     for (std::size_t k = 0; k < values.size(); ++k) {
       values[k] = value(int(k % std::size_t(window.stride)) - 1, int(k / std::size_t(window.stride)) - 1);
     }
-    window.nodes = values.data();
+    for (NodeValues& of : window.values) of.first = values.data();
+  }
+
+  // Both coordinates alike.
+  void set(int offset, int halvings, int wrapped_bits) {
+    for (NodeValues& of : window.values) of = {of.first, offset, halvings, wrapped_bits};
   }
 
   // Samples between the block's are none of the function's.
   std::vector<std::int32_t> interpolated(InterpolateNodes* run) const {
     constexpr std::int32_t kUntouched = 1234567;
-    std::vector<std::int32_t> out(kBlockWidth * kBlockHeight, kUntouched), block;
-    run(window, out.data());
+    std::vector<std::int32_t> out(kBlockWidth * kBlockHeight, kUntouched), second = out, block;
+    std::int32_t* const both[2] = {out.data(), second.data()};
+    run(window, both);
+    EXPECT_EQ(out, second);
     for (int y = 0; y < kBlockHeight; ++y) {
       for (int x = 0; x < kBlockWidth; ++x) {
         const std::int32_t value = out[std::size_t(y * kBlockWidth + x)];
@@ -128,8 +135,7 @@ TEST_P(PositionLoops, NodesAreKept) {
 TEST_P(PositionLoops, NodesAreMovedAndHalved) {
   for (int round = 0; round < 14; ++round) {
     Nodes nodes(random_, round % 7);
-    nodes.window.offset = 1 << 15;
-    nodes.window.halvings = 1;
+    nodes.set(1 << 15, 1, 0);
     const int slope = random_.between(-100000, 100000);
     nodes.fill([&](int x, int y) { return slope * (2 * x + y); });
     const std::vector<std::int32_t> got = nodes.interpolated(run_);
@@ -143,7 +149,7 @@ TEST_P(PositionLoops, NodesAreMovedAndHalved) {
 TEST_P(PositionLoops, AnglesWrapAround) {
   for (int round = 0; round < 28; ++round) {
     Nodes nodes(random_, round % 7);
-    nodes.window.wrapped_bits = 8;
+    nodes.set(0, 0, 8);
     const int start = random_.between(-(1 << 23), (1 << 23) - 1), slope = random_.between(-400000, 400000);
     const auto wrapped = [](std::int64_t value) { return std::int32_t(((value + (1 << 23)) & ((1 << 24) - 1)) - (1 << 23)); };
     nodes.fill([&](int x, int y) { return wrapped(start + std::int64_t{slope} * (x - y)); });
@@ -151,6 +157,23 @@ TEST_P(PositionLoops, AnglesWrapAround) {
     for (std::size_t k = 0; k < got.size(); ++k) {
       const double exact = start + slope * (nodes.across(k) - nodes.down(k));
       ASSERT_NEAR(0, std::remainder(exact - got[k], 1 << 24), kRoundings) << k;
+    }
+  }
+}
+
+// Whole blocks' vectors lie in one stretch between nodes or in two, by where the block begins.
+TEST_P(PositionLoops, BlocksBeginAnywhere) {
+  for (const int bits : {5, 6}) {
+    for (const int step : {2, 4}) {
+      for (int start = 0; start < 1 << bits; ++start) {
+        Nodes nodes(random_, bits);
+        nodes.window.across = {start, step, 2 * kBlockWidth / step};
+        nodes.window.stride = last_node(nodes.window.across, bits) + 4;
+        nodes.values.resize(std::size_t(nodes.window.stride * (last_node(nodes.window.down, bits) + 4)));
+        nodes.fill([&](int, int) { return random_.between(-90 << 16, 90 << 16); });
+        ASSERT_EQ(nodes.interpolated(kInterpolateNodes.scalar), nodes.interpolated(run_))
+            << bits << " " << step << " " << start;
+      }
     }
   }
 }
