@@ -6,8 +6,9 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace biseam::test {
@@ -44,7 +45,9 @@ class ScratchFolder {
 
 inline std::string read_bytes(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  std::ostringstream bytes;
+  bytes << file.rdbuf();
+  return std::move(bytes).str();
 }
 
 inline void write_bytes(const std::string& path, const std::string& bytes) {
