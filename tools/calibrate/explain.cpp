@@ -42,6 +42,16 @@ Values turned_for(const Ground& ground, Values values, const Problem& problem) {
   return values;
 }
 
+// A ground that is too small to show displaces nevertheless.  What it gains is about half the square of its parallax over that
+// one's deviation, so that any is missed for which this is less than must speak for a ground.  Their mean square, over the
+// square of the parallax that was found; 1 at most.
+double hidden_share(const Explanations& found) {
+  const GroundMean mean = mean_ground(found.ground);
+  const double missed = found.is_expected ? found.expected_gain() : Explanations::kLeastGain;
+  const double square = 2 * missed * mean.deviation * mean.deviation / 3;
+  return square < mean.parallax * mean.parallax ? square / (mean.parallax * mean.parallax) : 1;
+}
+
 }  // namespace
 
 double Explanations::votes() const {
@@ -108,15 +118,40 @@ Explanations explain_again(Problem& problem, const Explanations& before, const S
   return {std::move(solutions[0]), std::move(solutions[1]), before.is_expected, before.evidence()};
 }
 
+GroundMean mean_ground(const Solution& solution) {
+  const int pairs = int(solution.grounds.size());
+  Vec3 sum{0, 0, 0};
+  for (const Ground& ground : solution.grounds) sum = sum + ground;
+  if (!(dot(sum, sum) > 0)) return {};
+  const Vec3 direction = unit(sum);
+  const double d[3] = {direction.x, direction.y, direction.z};
+  cv::Mat1d along(pairs, 3 * pairs, 0.0);
+  for (int i = 0; i < pairs; ++i) {
+    for (int j = 0; j < 3; ++j) along(i, 3 * i + j) = d[j];
+  }
+  const cv::Mat1d spread = along * solution.covariance(cv::Rect(kParameters, kParameters, 3 * pairs, 3 * pairs)) * along.t();
+  cv::Mat1d weights(1, pairs);
+  double all = 0;
+  for (int i = 0; i < pairs; ++i) all += weights(0, i) = 1 / spread(i, i);
+  GroundMean mean;
+  for (int i = 0; i < pairs; ++i) {
+    weights(0, i) /= all;
+    mean.parallax += weights(0, i) * dot(direction, solution.grounds[std::size_t(i)]);
+  }
+  mean.deviation = std::sqrt(cv::Mat1d(weights * spread * weights.t())(0, 0));
+  return mean;
+}
+
 cv::Mat1d covariance_of(const Explanations& found) {
   const Solution &better = found.better(), &other = found.is_ground() ? found.still : found.ground;
-  const double against = 5 * std::abs(found.evidence() - 1);
-  const double share = 1 / (1 + std::exp(against));
+  const double against = 5 * std::abs(found.evidence() - 1), undecided = 1 / (1 + std::exp(against));
+  const double share = found.is_ground() ? undecided : std::max(undecided, hidden_share(found));
   cv::Mat1d covariance = better.covariance.clone();
   for (int i = 0; i < kParameters; ++i) {
     for (int j = 0; j < kParameters; ++j) {
       const std::size_t p = std::size_t(i), q = std::size_t(j);
-      covariance(i, j) += share * (other.values[p] - better.values[p]) * (other.values[q] - better.values[q]);
+      const double apart = (other.values[p] - better.values[p]) * (other.values[q] - better.values[q]);
+      covariance(i, j) += share * (other.covariance(i, j) + apart - better.covariance(i, j));
     }
   }
   return covariance;

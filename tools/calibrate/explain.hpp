@@ -53,7 +53,13 @@ Explanations explain(Problem& problem, const Values& guess, const ShareWork& sha
 // Again with better matches, which explain() or this explained `before` as they were then.
 Explanations explain_again(Problem& problem, const Explanations& before, const ShareWork& share_work);
 
-// The covariance of the better explanation, and what the other one would change as far as it is not ruled out.
+// The grounds of all pairs as one, in the direction of their sum, each counting as much as it is known; pixels.
+struct GroundMean {
+  double parallax = 0, deviation = 0;
+};
+GroundMean mean_ground(const Solution& solution);
+
+// Of both explanations together, about the better one, each counting as far as it is not ruled out.
 cv::Mat1d covariance_of(const Explanations& found);
 
 }  // namespace biseam::calibrate

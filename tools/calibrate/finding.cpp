@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "calibrate/estimate.hpp"
+#include "calibrate/explain.hpp"
 
 namespace biseam::calibrate {
 namespace {
@@ -77,46 +78,14 @@ std::vector<ExplainedMatch> matches_of(const Estimate& found) {
   return matches;
 }
 
-// Grounds as one column, their direction given: the mean of their parallaxes there, each counting as much as it is known.
-struct Mean {
-  double value, deviation;
-};
-Mean mean_along(const Vec3& direction, const std::vector<Ground>& grounds, const cv::Mat1d& covariance) {
-  const int pairs = int(grounds.size());
-  const double d[3] = {direction.x, direction.y, direction.z};
-  cv::Mat1d along(pairs, 3 * pairs, 0.0);
-  for (int i = 0; i < pairs; ++i) {
-    for (int j = 0; j < 3; ++j) along(i, 3 * i + j) = d[j];
-  }
-  const cv::Mat1d spread = along * covariance * along.t();
-  cv::Mat1d weights(1, pairs);
-  double sum = 0;
-  for (int i = 0; i < pairs; ++i) sum += weights(0, i) = 1 / spread(i, i);
-  Mean mean{0, 0};
-  for (int i = 0; i < pairs; ++i) {
-    weights(0, i) /= sum;
-    const Ground& ground = grounds[std::size_t(i)];
-    mean.value += weights(0, i) * (d[0] * ground.x + d[1] * ground.y + d[2] * ground.z);
-  }
-  mean.deviation = std::sqrt(cv::Mat1d(weights * spread * weights.t())(0, 0));
-  return mean;
-}
-
 // What nearness displaces grows from nothing, so that noise alone gives some ground in some direction.
 std::optional<Baseline> baseline_of(const Estimate& found) {
   constexpr double kClear = 5;             // standard deviations
   constexpr double kLeastParallax = 0.25;  // pixels
-  const std::vector<Ground>& grounds = found.solution.grounds;
-  const int size = 3 * int(grounds.size());
-  const cv::Mat1d covariance = found.solution.covariance(cv::Rect(kParameters, kParameters, size, size));
-  Vec3 sum{0, 0, 0};
-  for (const Ground& ground : grounds) sum = {sum.x + ground.x, sum.y + ground.y, sum.z + ground.z};
-  const double length = std::sqrt(sum.x * sum.x + sum.y * sum.y + sum.z * sum.z);
-  if (!(length > 0)) return std::nullopt;
-  const Mean mean = mean_along({sum.x / length, sum.y / length, sum.z / length}, grounds, covariance);
-  if (!(mean.value > std::max(kLeastParallax, kClear * mean.deviation))) return std::nullopt;
+  const GroundMean mean = mean_ground(found.solution);
+  if (!(mean.parallax > std::max(kLeastParallax, kClear * mean.deviation))) return std::nullopt;
   const double scale = across_scale(found.camera) * kPixelsPerRadian;
-  return Baseline{mean.value / scale, mean.deviation / scale};
+  return Baseline{mean.parallax / scale, mean.deviation / scale};
 }
 
 std::string text_of(const std::optional<Baseline>& baseline) {

@@ -92,5 +92,33 @@ TEST(Explain, DeviationsCoverWhatIsUndecided) {
   EXPECT_GT(covariance_of(found)(kPitch, kPitch) - sure, 0.2 * difference * difference);
 }
 
+TEST(Explain, GroundsAreOneEachAsMuchAsItIsKnown) {
+  Solution solution;
+  solution.grounds = {{0, 4, 0}, {0, 8, 0}};
+  solution.covariance = cv::Mat1d::eye(kParameters + 6, kParameters + 6);
+  for (int i = kParameters + 3; i < kParameters + 6; ++i) solution.covariance(i, i) = 0.25;
+  const GroundMean mean = mean_ground(solution);
+  EXPECT_NEAR(mean.parallax, 0.2 * 4 + 0.8 * 8, 1e-12);
+  EXPECT_NEAR(mean.deviation, std::sqrt(0.2), 1e-12);
+  solution.grounds = {{0, 0, 0}, {0, 0, 0}};
+  EXPECT_EQ(mean_ground(solution).parallax, 0);
+}
+
+// What a ground changes that is too small to show is part of the deviations; one that would have shown is ruled out.
+TEST(Explain, DeviationsCoverGroundsThatAreTooSmallToShow) {
+  const Values truth = some_values();
+  Explanations found = explain_all({kFrame, see(truth, 0), 1, wide_prior(truth)});
+  ASSERT_LT(found.evidence(), 0.2);
+  found.ground.grounds = {{0, 1, 0}};
+  const double deviation = mean_ground(found.ground).deviation, difference = 0.05;
+  found.ground.values[kPitch] = found.still.values[kPitch] + difference;
+  const double sure = found.still.covariance(kPitch, kPitch);
+  const double whole = found.ground.covariance(kPitch, kPitch) + difference * difference - sure;
+  found.ground.grounds = {{0, 0.5 * deviation, 0}};
+  EXPECT_NEAR(covariance_of(found)(kPitch, kPitch) - sure, whole, 1e-9);
+  found.ground.grounds = {{0, 40 * deviation, 0}};
+  EXPECT_LT(covariance_of(found)(kPitch, kPitch) - sure, 0.03 * whole);
+}
+
 }  // namespace
 }  // namespace biseam::calibrate
