@@ -92,6 +92,25 @@ TEST(Estimate, TellsWhichLensIsCovered) {
   }
 }
 
+// How often the only pair is matched: other work is in more pieces.
+int rounds_of(const Pair& pair) {
+  int rounds = 0;
+  estimate({pair}, std::nullopt, [&](int pieces, const std::function<void(int)>& work) {
+    rounds += pieces == 1;
+    in_turn(pieces, work);
+  });
+  return rounds;
+}
+
+TEST(EstimateAccuracy, StripsAreMadeAgainUntilTheCameraStandsStill) {
+  Camera camera = some_camera(kSide);
+  camera.baseline = 0.06;
+  const int far = rounds_of(photograph(camera)), near = rounds_of(photograph(camera, 1.5, 4));
+  EXPECT_GT(far, 3);
+  EXPECT_LT(far, 6);
+  EXPECT_LT(near, far);
+}
+
 // Pictures that the circles fill show no circle: whoever says where they are gets on.
 TEST(Estimate, WithoutCirclesItStartsFromWhatIsKnown) {
   Camera camera = some_camera(kSide);

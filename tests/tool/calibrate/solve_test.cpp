@@ -64,6 +64,23 @@ TEST(Solve, HeldValuesStay) {
   for (const std::size_t p : {kScale, kK1, kK2}) EXPECT_EQ(solution.values[p], guess[p]);
 }
 
+// However far out a rim is expected, the radius still grows there: where it hardly does, any angle would do for what is seen.
+TEST(Solve, RadiiGrowUpToTheRim) {
+  Values truth = some_values();
+  truth[kK1] = -0.06;
+  truth[kK2] = truth[kK3] = 0;
+  Problem problem{kFrame, see(truth, 0), 1, wide_prior(truth)};
+  for (const int p : {kK1, kK2, kK3}) problem.prior.deviations[std::size_t(p)] = kHeld;
+  problem.prior.values[kRim] = 140;
+  problem.prior.deviations[kRim] = 0.5;
+  const Solution solution = solve(problem, truth, std::vector<Ground>(1), {1, 0.1, 0.1});
+  const double rim = solution.values[kRim] * kDegree;
+  EXPECT_GT(rim, 1.1 * truth[kRim] * kDegree);
+  for (const Lens& lens : camera_of(solution.values, kFrame).lens) {
+    EXPECT_GT(radius_slope(lens, rim), 0.2 * radius(lens, rim) / rim);
+  }
+}
+
 TEST(Solve, BothLensesBendAlikeAtTheRim) {
   Values truth = some_values();
   truth[kK3] = -0.003;
