@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "base/variants.hpp"
+#include "ring/anchors.hpp"
 
 namespace biseam::ring {
 
@@ -21,7 +22,6 @@ struct FineRow {
 };
 
 // out = sample + correction, rounded half up, clamped.
-using StoreBytes = void(FineRow row, uint8_t* out, int count) noexcept;
 using StoreWords = void(FineRow row, Storage storage, uint16_t* out, int count) noexcept;
 
 // Rows of samples without a correction.
@@ -32,11 +32,22 @@ struct FineSamples {
 };
 using StoreFineBytes = void(const FineSamples& samples, uint8_t* out, ptrdiff_t stride) noexcept;
 
+// Rows of a block, from one on that has anchors, and their corrections between those.
+struct CorrectedRows {
+  FineSamples samples;               // columns: samples or pairs
+  int first_row;                     // of the block's
+  const AnchorBand* corrections[2];  // by channel; one alone: the second is null
+  const AnchorBand* across;          // where samples lie across the ring; null: within
+  int32_t low, high;                 // beyond which nothing is corrected
+};
+// stride: bytes.
+using StoreCorrected = void(const CorrectedRows& rows, Storage storage, uint8_t* out, ptrdiff_t stride) noexcept;
+
 // The same of both lenses mixed: weights of lens 1, 0 to 256.
 using MixBytes = void(FineRow row0, FineRow row1, const int16_t* weights, uint8_t* out, int count) noexcept;
 using MixWords = void(FineRow row0, FineRow row1, const int16_t* weights, Storage storage, uint16_t* out, int count) noexcept;
 
-extern constinit const Variants<StoreBytes> kStoreBytes;
+extern constinit const Variants<StoreCorrected> kStoreCorrectedBytes, kStoreCorrectedWords;
 extern constinit const Variants<StoreWords> kStoreWords;
 extern constinit const Variants<StoreFineBytes> kStoreFineBytes;
 extern constinit const Variants<MixBytes> kMixBytes;

@@ -198,23 +198,13 @@ FineRow fine_row(const PaintMemory& memory, int lens, int row) noexcept {
   return {memory.fine[lens][row % kSampledRows], memory.added[lens]};
 }
 
-void store_row(const Painting& painting, int lens, const PlaneBlock& samples, int row, const PaintMemory& memory) noexcept {
-  uint8_t* const out = samples.row_of(painting, row);
-  const int count = channels_of(samples) * samples.columns;
-  if (is_words(samples.format->type)) {
-    const Storage storage{painting.panorama.bits, painting.panorama.shift};
-    kStoreWords.best()(fine_row(memory, lens, row), storage, reinterpret_cast<uint16_t*>(out), count);
-  } else {
-    kStoreBytes.best()(fine_row(memory, lens, row), out, count);
-  }
-}
+Storage storage_of(const Painting& painting) noexcept { return {painting.panorama.bits, painting.panorama.shift}; }
 
 void mix_row(const Painting& painting, const PlaneBlock& samples, int row, const PaintMemory& memory) noexcept {
   uint8_t* const out = samples.row_of(painting, row);
   const int count = channels_of(samples) * samples.columns;
   if (is_words(samples.format->type)) {
-    const Storage storage{painting.panorama.bits, painting.panorama.shift};
-    kMixWords.best()(fine_row(memory, 0, row), fine_row(memory, 1, row), memory.weights, storage,
+    kMixWords.best()(fine_row(memory, 0, row), fine_row(memory, 1, row), memory.weights, storage_of(painting),
                      reinterpret_cast<uint16_t*>(out), count);
   } else {
     kMixBytes.best()(fine_row(memory, 0, row), fine_row(memory, 1, row), memory.weights, out, count);
@@ -224,9 +214,18 @@ void mix_row(const Painting& painting, const PlaneBlock& samples, int row, const
 void paint_corrected(const Painting& painting, const BlockPlan& plan, int lens, const PlaneBlock& samples,
                      PaintMemory& memory) noexcept {
   const LensSamples from = prepare_lens(painting, plan, lens, samples, memory);
-  for (int row = 0; row < samples.rows; ++row) {
-    sample_fine(painting, from, samples, row, memory);
-    store_row(painting, lens, samples, row, memory);
+  const AnchorBand* const bands = memory.corrections[lens];
+  const auto store = (is_words(samples.format->type) ? kStoreCorrectedWords : kStoreCorrectedBytes).best();
+  for (int first = 0; first < samples.rows; first += kSampledRows) {
+    sample_some_rows(painting, from, samples, first, memory);
+    const int rows = std::min(kSampledRows, samples.rows - first);
+    store({{memory.fine[lens][0], 2 * kBlockWidth, samples.columns, rows},
+           first,
+           {bands, channels_of(samples) == 2 ? bands + 1 : nullptr},
+           memory.edge.near ? &memory.across : nullptr,
+           memory.edge.low,
+           memory.edge.high},
+          storage_of(painting), samples.row_of(painting, first), painting.planes[samples.plane].stride);
   }
 }
 
@@ -255,7 +254,10 @@ void paint_lit(const Painting& painting, const BlockPlan& plan, int lens, const 
       kStoreFineBytes.best()({memory.fine[lens][0], 2 * kBlockWidth, channels_of(samples) * samples.columns, rows},
                              samples.row_of(painting, first), painting.planes[samples.plane].stride);
     }
-    for (int row = first; words && row < first + rows; ++row) store_row(painting, lens, samples, row, memory);
+    for (int row = first; words && row < first + rows; ++row) {
+      kStoreWords.best()(fine_row(memory, lens, row), storage_of(painting),
+                         reinterpret_cast<uint16_t*>(samples.row_of(painting, row)), channels_of(samples) * samples.columns);
+    }
   }
 }
 

@@ -69,10 +69,8 @@ class CombineRows : public testing::TestWithParam<Isa> {
 };
 
 TEST_P(CombineRows, RoundHalfUpAndClampBytes) {
-  const auto store = ring::kStoreBytes.of(GetParam());
   const auto mix = ring::kMixBytes.of(GetParam());
-  if (store == nullptr || mix == nullptr) GTEST_SKIP() << "no version of its own";
-  check<uint8_t>({8, 0}, false, [&](FineRow row, FineRow, const int16_t*, uint8_t* out, int count) { store(row, out, count); });
+  if (mix == nullptr) GTEST_SKIP() << "no version of its own";
   check<uint8_t>({8, 0}, true, [&](FineRow a, FineRow b, const int16_t* weights, uint8_t* out, int count) {
     mix(a, b, weights, out, count);
   });
@@ -108,6 +106,61 @@ TEST_P(CombineRows, RoundHalfUpAndClampWords) {
     check<uint16_t>(storage, true, [&](FineRow a, FineRow b, const int16_t* weights, uint16_t* out, int count) {
       mix(a, b, weights, storage, out, count);
     });
+  }
+}
+
+// Corrections at anchors, 4 times theirs along the rows; samples beyond the ring's edge take none.
+struct Corrections {
+  ring::AnchorBand band;
+
+  explicit Corrections(RandomSource& random) {
+    for (auto& row : band.values) {
+      for (int32_t& value : row) value = random.between(-4 * 16383, 4 * 16383);
+    }
+  }
+  int at(int row, int column) const {
+    const double upper = band.values[row / 4][column], lower = band.values[row / 4 + 1][column];
+    return int(std::floor((upper * (4 - row % 4) + lower * (row % 4)) / 16 + 0.5));
+  }
+};
+
+template <class Sample>
+void check_corrected(ring::StoreCorrected* store, Storage storage, RandomSource& random) {
+  for (const int columns : {1, 15, 16, 17, 31, 32, 50, 64}) {
+    for (const int channels : {1, 2}) {
+      for (const bool edge : {false, true}) {
+        const int rows = random.between(1, 16), first_row = 16 * random.between(0, 1), width = channels * columns;
+        const Corrections first(random), second(random), across(random);
+        const Row fine(random, rows * width);
+        const int low = random.between(-16000, 0), high = random.between(0, 16000), stride = width + random.between(0, 3);
+        GuardedBlock<Sample> out{std::size_t((rows - 1) * stride + width)};
+        store({{fine.samples.data(), width, columns, rows},
+               first_row,
+               {&first.band, channels == 2 ? &second.band : nullptr},
+               edge ? &across.band : nullptr,
+               low,
+               high},
+              storage, reinterpret_cast<uint8_t*>(out.data()), stride * std::ptrdiff_t{sizeof(Sample)});
+        for (int row = 0; row < rows; ++row) {
+          for (int i = 0; i < width; ++i) {
+            const int column = i / channels, place = across.at(first_row + row, column);
+            const int correction = (i % channels == 0 ? first : second).at(first_row + row, column);
+            const bool within = !edge || (low <= place && place <= high);
+            const int expected = stored(fine.samples[std::size_t(row * width + i)] + (within ? correction : 0), storage);
+            ASSERT_EQ(expected, out[std::size_t(row * stride + i)]) << row << " " << i << " of " << width;
+          }
+        }
+      }
+    }
+  }
+}
+
+TEST_P(CombineRows, AreCorrectedBetweenAnchors) {
+  const auto bytes = ring::kStoreCorrectedBytes.of(GetParam()), words = ring::kStoreCorrectedWords.of(GetParam());
+  if (bytes == nullptr || words == nullptr) GTEST_SKIP() << "no version of its own";
+  for (int round = 0; round < 8; ++round) {
+    check_corrected<uint8_t>(bytes, {8, 0}, random_);
+    for (const Storage storage : kStorages) check_corrected<uint16_t>(words, storage, random_);
   }
 }
 
