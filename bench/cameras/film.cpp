@@ -60,12 +60,14 @@ Rays rays_of(const Drawn& drawn, int index) {
   return rays;
 }
 
-cv::Mat1b expose(const cv::Mat1b& wide, const Rays& rays, const Drawn& drawn, int index, const Matrix3& pose,
+// walked: metres.
+cv::Mat1b expose(const cv::Mat1b& wide, const Rays& rays, const Drawn& drawn, int index, const Matrix3& pose, double walked,
                  std::mt19937_64& state) {
   constexpr int kBorder = 8;
   const int width = wide.cols - 2 * kBorder, height = wide.rows - 2 * kBorder;
   const double side = (index == 0 ? -0.5 : 0.5) * drawn.camera.baseline;
-  const Vec3 from = pose * Vec3{0, 0, side};
+  Vec3 from = pose * Vec3{0, 0, side};
+  from.z += walked;
   cv::Mat2f map(rays.light.size());
   for (int y = 0; y < map.rows; ++y) {
     for (int x = 0; x < map.cols; ++x) {
@@ -107,7 +109,7 @@ cv::Mat1b read_gray(const std::string& path, int width, int height) {
   return picture;
 }
 
-std::vector<Shot> film(const cv::Mat1b& panorama, const Drawn& drawn, int frames, std::uint64_t seed) {
+std::vector<Shot> film(const cv::Mat1b& panorama, const Drawn& drawn, int frames, double step, std::uint64_t seed) {
   std::mt19937_64 state(seed);
   cv::Mat1b wide;
   cv::copyMakeBorder(panorama, wide, 8, 8, 0, 0, cv::BORDER_REPLICATE);
@@ -119,7 +121,7 @@ std::vector<Shot> film(const cv::Mat1b& panorama, const Drawn& drawn, int frames
     const Turn turn{yaw, 16 * uniform(state) - 8, 16 * uniform(state) - 8};
     yaw += 3 + 9 * uniform(state);
     Shot shot{{}, rotation(turn)};
-    for (int k = 0; k < 2; ++k) shot.lens[k] = expose(wide, rays[k], drawn, k, shot.pose, state);
+    for (int k = 0; k < 2; ++k) shot.lens[k] = expose(wide, rays[k], drawn, k, shot.pose, i * step, state);
     shots.push_back(shot);
   }
   return shots;

@@ -19,8 +19,8 @@ struct Shot {
   Matrix3 pose;  // from the camera's world to the panorama's
 };
 
-// The camera turns and sways from one shot to the next.
-std::vector<Shot> film(const cv::Mat1b& panorama, const Drawn& drawn, int frames, std::uint64_t seed);
+// The camera turns and sways from one shot to the next, and walks on by `step` metres, to where the panorama's middle is.
+std::vector<Shot> film(const cv::Mat1b& panorama, const Drawn& drawn, int frames, double step, std::uint64_t seed);
 
 // Through an encoder and back, both lenses in one picture.
 void encode(std::vector<Shot>& shots, bool stacked, int crf);

@@ -132,7 +132,7 @@ Likeness likeness_of(const cv::Mat1b& panorama, const Drawn& truth, const Camera
   constexpr int kWidth = 1920;
   Drawn far = truth;
   far.camera.baseline = 0;
-  const Shot shot = film(panorama, far, 1, seed + 1000000).front();
+  const Shot shot = film(panorama, far, 1, 0, seed + 1000000).front();
   const Matrix3 view = transposed(shot.pose);
   const cv::Mat1b by_truth = stitch(shot, far.camera, view, kWidth);
   const cv::Mat1b by_found = stitch(shot, found, rotation_between(far.camera, found) * view, kWidth);

@@ -1,7 +1,7 @@
 // How well cameras that were drawn at random are found again.
-//   bench_calibrate FOLDER [first seed] [cameras] [pairs] [size] [most k3]
-// FOLDER holds panoramas; the odd seeds see the meadow, the even ones the rocks.  Both lenses have the same
-// k3, up to 0.002 to either side of 0.
+//   bench_calibrate FOLDER [first seed] [cameras] [pairs] [size] [most k3] [step]
+// FOLDER holds panoramas; the odd seeds see the meadow, the even ones the rocks.  Both lenses have the same k3, up to 0.002 to
+// either side of 0.  Between two pairs the camera turns, and walks by a step of so many metres (0).
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -36,10 +36,10 @@ void print_drawn(int seed, const bench::Drawn& drawn) {
 }
 
 // One thread.
-void measure(const cv::Mat1b& panorama, int seed, int pairs, int size, double most_k3, Table& table) {
+void measure(const cv::Mat1b& panorama, int seed, int pairs, int size, double most_k3, double step, Table& table) {
   const bench::Drawn drawn = bench::draw_camera(std::uint64_t(seed), size, most_k3);
   print_drawn(seed, drawn);
-  std::vector<bench::Shot> shots = bench::film(panorama, drawn, pairs, std::uint64_t(seed));
+  std::vector<bench::Shot> shots = bench::film(panorama, drawn, pairs, step, std::uint64_t(seed));
   bench::encode(shots, drawn.stacked, 23);
   std::vector<calibrate::Pair> input;
   for (const bench::Shot& shot : shots) input.push_back({{shot.lens[0], shot.lens[1]}});
@@ -83,7 +83,7 @@ int main(int count, char** words) {
   const std::string folder = count > 1 ? words[1] : "";
   const int first = count > 2 ? std::atoi(words[2]) : 1, cameras = count > 3 ? std::atoi(words[3]) : 20;
   const int pairs = count > 4 ? std::atoi(words[4]) : 20, size = count > 5 ? std::atoi(words[5]) : 1920;
-  const double most_k3 = count > 6 ? std::atof(words[6]) : 0.002;
+  const double most_k3 = count > 6 ? std::atof(words[6]) : 0.002, step = count > 7 ? std::atof(words[7]) : 0;
   const cv::Mat1b panoramas[2] = {bench::read_gray(folder + "/truth_rocks_4096x2048.jpg", 4096, 2048),
                                   bench::read_gray(folder + "/truth_meadow_4096x2048.jpg", 4096, 2048)};
   if (panoramas[0].empty() || panoramas[1].empty()) {
@@ -91,13 +91,15 @@ int main(int count, char** words) {
     return 0;
   }
   Table table;
-  for (int seed = first; seed < first + cameras; ++seed) measure(panoramas[seed % 2], seed, pairs, size, most_k3, table);
+  for (int seed = first; seed < first + cameras; ++seed) {
+    measure(panoramas[seed % 2], seed, pairs, size, most_k3, step, table);
+  }
   const double wanted = pairs == 1 ? 1 : 0.5;
   const auto within = [](const std::vector<double>& values, double most) {
     return int(std::count_if(values.begin(), values.end(), [&](double value) { return value <= most; }));
   };
-  std::printf("%d cameras from seed %d, %d pairs of %dx%d, k3 up to %g, %d refused\n", cameras, first, pairs, size, size,
-              most_k3, table.refused);
+  std::printf("%d cameras from seed %d, %d pairs of %dx%d, k3 up to %g, steps of %g m, %d refused\n", cameras, first, pairs,
+              size, size, most_k3, step, table.refused);
   std::printf("seams within %.1f: %d, worst eighth within 1: %d, loss within 0.5 dB: %d\n", wanted, within(table.seams, wanted),
               within(table.worst, 1), within(table.loss, 0.5));
   std::printf("                 median     90 %%     95 %%    worst\n");
