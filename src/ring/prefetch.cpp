@@ -2,26 +2,15 @@
 
 #include <algorithm>
 
+#include "base/prefetch.hpp"
 #include "ring/plane_block.hpp"
 
 namespace biseam::ring {
 
 namespace {
 
-constexpr uintptr_t kLine = 64;
 // What would push everything else out of the first cache is left to the samplers.  Pictures that are shrunk need so much.
 constexpr ptrdiff_t kMostBytes = 1 << 15;
-
-template <bool written>
-void prefetch(const PlaneBytes& plane) noexcept {
-  for (int row = 0; row < plane.rows; ++row) {
-    const auto first = reinterpret_cast<uintptr_t>(plane.first + row * plane.stride);
-    const uintptr_t end = first + static_cast<uintptr_t>(plane.bytes);
-    for (uintptr_t line = first & ~(kLine - 1); line < end; line += kLine) {
-      __builtin_prefetch(reinterpret_cast<const void*>(line), written);
-    }
-  }
-}
 
 // Where samples of a box lie along an axis.
 struct Span {
@@ -45,12 +34,13 @@ PlaneBytes bytes_in_box(const SampleSource& plane, const PlaneGrid& grid, const 
 void prefetch_block(const Painting& painting, const BlockPlan& plan) noexcept {
   for (int index = 0; index < painting.panorama.planes; ++index) {
     const PlaneBlock samples(painting, plan.block, index);
-    prefetch<true>({samples.row_of(painting, 0), painting.planes[index].stride, samples.rows,
-                    ptrdiff_t{samples.columns} * bytes_of(samples.format->type)});
+    prefetch_rows<true>(samples.row_of(painting, 0), painting.planes[index].stride, samples.rows,
+                        ptrdiff_t{samples.columns} * bytes_of(samples.format->type));
     for (int lens = 0; lens < 2; ++lens) {
       if (plan.kind == (lens == 0 ? BlockKind::lens1 : BlockKind::lens0)) continue;
       const PlaneBytes plane = bytes_in_box(painting.sources[lens][index], painting.picture.plane[index].grid, plan.box[lens]);
-      if (plane.rows * plane.bytes <= kMostBytes) prefetch<false>(plane);
+      if (plane.rows * plane.bytes > kMostBytes) continue;
+      prefetch_rows<false>(plane.first, plane.stride, plane.rows, plane.bytes);
     }
   }
 }

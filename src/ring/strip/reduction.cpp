@@ -1,5 +1,7 @@
 #include "ring/strip/reduction.hpp"
 
+#include "base/prefetch.hpp"
+
 namespace biseam::ring {
 
 namespace {
@@ -17,10 +19,13 @@ ReducedAxis plan_axis(int samples, int spacing, int32_t origin, int factor) {
   return {samples, own, (samples + own - 1) / own, origin + spacing * (own - 1) * 32768, log2_of(spacing * own)};
 }
 
+// Of the plane, for a reduced row.
+int first_row(const ReducedAxis& axis, int row) { return axis.factor * (row - ReducedAxis::kMargin) - (axis.factor - 1); }
+
 // Rows of the plane that make up a reduced row, where sample x lies in each.
 template <class Sample>
 void find_rows(const ReducedAxis& axis, const PlaneSamples& plane, int row, int x, const Sample** rows) {
-  const int first = axis.factor * (row - ReducedAxis::kMargin) - (axis.factor - 1);
+  const int first = first_row(axis, row);
   for (int k = 0; k < reduction_taps(axis.factor); ++k) {
     const ptrdiff_t y = clamped(first + k, axis.samples);
     rows[k] =
@@ -63,6 +68,40 @@ void reduce_tiles(const Reduction& reduction, const PlaneSamples& plane, SampleF
   kReduceColumns.best()(line, reduction.kernel_x, out + ptrdiff_t{tile} * Reduction::kTile, indices);
 }
 
+// The next needed tiles of a row from one on, as many as are reduced together; none: begin = end = the row's end.
+struct TileRun {
+  int begin, end;
+};
+
+TileRun next_run(const Reduction& reduction, const uint8_t* needed, int row, int from) {
+  const uint8_t* const tiles = needed + ptrdiff_t{row} * reduction.tiles;
+  const int most = kRun / (Reduction::kTile * reduction.x.factor);
+  TileRun run{from, 0};
+  while (run.begin < reduction.tiles && tiles[run.begin] == 0) ++run.begin;
+  run.end = run.begin;
+  while (run.end < reduction.tiles && run.end - run.begin < most && tiles[run.end] != 0) ++run.end;
+  return run;
+}
+
+// Rims of pictures are narrow: what they have of a row is reduced long before that of the rows below could be fetched.
+constexpr int kRowsAhead = 4;
+
+// What a reduced row wants of the plane, but for what the row before it does unless it is the first.
+[[gnu::always_inline]] inline void prefetch_row(const Reduction& reduction, const PlaneSamples& plane, SampleFormat format,
+                                                const uint8_t* needed, int row, bool first) {
+  const ReducedAxis &x = reduction.x, &y = reduction.y;
+  const int end_row = first_row(y, row) + reduction_taps(y.factor);
+  const int top = clamped(first ? first_row(y, row) : end_row - y.factor, y.samples), bottom = clamped(end_row, y.samples);
+  const ptrdiff_t unit = (format.depth == 8 ? 1 : 2) * ptrdiff_t{plane.step};
+  for (TileRun run = next_run(reduction, needed, row, 0); run.begin < run.end;
+       run = next_run(reduction, needed, row, run.end)) {
+    const int left = clamped(x.factor * (run.begin * Reduction::kTile - ReducedAxis::kMargin), x.samples);
+    const int right = clamped(x.factor * (run.end * Reduction::kTile - ReducedAxis::kMargin), x.samples);
+    prefetch_rows<false>(static_cast<const char*>(plane.first) + top * plane.stride + left * unit, plane.stride, bottom - top,
+                         (right - left) * unit);
+  }
+}
+
 }  // namespace
 
 Reduction plan_reduction(const PlaneGeometry& plane, int factor) noexcept {
@@ -93,14 +132,13 @@ void reduce_part(const Reduction& reduction, const PlaneSamples& plane, SampleFo
                  int16_t* reduced) noexcept {
   const int begin = part * Reduction::kBand;
   const int end = begin + Reduction::kBand < reduction.rows() ? begin + Reduction::kBand : reduction.rows();
-  const int most = kRun / (Reduction::kTile * reduction.x.factor);
+  int asked = begin;
   for (int y = begin; y < end; ++y) {
-    const uint8_t* tiles = needed + ptrdiff_t{y} * reduction.tiles;
-    for (int tile = 0; tile < reduction.tiles;) {
-      int run = tile;
-      while (run < reduction.tiles && run - tile < most && tiles[run] != 0) ++run;
-      if (run > tile) reduce_tiles(reduction, plane, format, y, tile, run, reduced + y * reduction.stride());
-      tile = run > tile ? run : tile + 1;
+    for (; asked < end && asked <= y + kRowsAhead; ++asked) {
+      prefetch_row(reduction, plane, format, needed, asked, asked == begin);
+    }
+    for (TileRun run = next_run(reduction, needed, y, 0); run.begin < run.end; run = next_run(reduction, needed, y, run.end)) {
+      reduce_tiles(reduction, plane, format, y, run.begin, run.end, reduced + y * reduction.stride());
     }
   }
 }
