@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "plain_lens.hpp"
+#include "stages/lens/plain_lens.hpp"
 #include "support/guarded.hpp"
 
 namespace biseam::test {

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <limits>
 
-#include "plain_lens.hpp"
+#include "stages/lens/plain_lens.hpp"
 #include "support/random_source.hpp"
 
 namespace biseam::test {

@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "biseam/biseam.h"
-#include "plain_lens.hpp"
+#include "stages/lens/plain_lens.hpp"
 #include "support/guarded.hpp"
 
 namespace biseam::test {

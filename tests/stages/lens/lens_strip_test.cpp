@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-#include "plain_lens.hpp"
+#include "stages/lens/plain_lens.hpp"
 
 namespace biseam::test {
 namespace {

@@ -8,7 +8,7 @@
 #include <mutex>
 
 #include "biseam/biseam.h"
-#include "plain_lens.hpp"
+#include "stages/lens/plain_lens.hpp"
 #include "support/guarded.hpp"
 
 namespace biseam::test {

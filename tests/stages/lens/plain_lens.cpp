@@ -1,4 +1,4 @@
-#include "plain_lens.hpp"
+#include "stages/lens/plain_lens.hpp"
 
 #include <algorithm>
 #include <cmath>

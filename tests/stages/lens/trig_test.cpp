@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "biseam/biseam.h"
-#include "plain_lens.hpp"
+#include "stages/lens/plain_lens.hpp"
 #include "support/guarded.hpp"
 
 namespace biseam::test {
