@@ -1,8 +1,8 @@
 # together.awk SOURCE...: prints groups of up to eight sources of tests that can be compiled as one, a line each.
 #
-# No name may come to mean something else without an error.  So sources share a group only where no name that one declares outside of
-# functions occurs anywhere in another, and where the namespaces and directives that lines begin with are the same.  Macros,
-# operators, unscoped enumerations and what is extern "C" keep a source alone.
+# No name may come to mean something else without an error.  So sources share a group only where no name that one declares
+# outside of functions occurs anywhere in another, and where the namespaces and directives that lines begin with are the same.
+# Macros, operators, unscoped enumerations and what is extern "C" keep a source alone.
 BEGIN {
   for (i = 1; i < ARGC; ++i) {
     read(i)

@@ -63,7 +63,7 @@ check tools/calibrate tools "${rooms[@]}" || status=1
 mapfile -t rooms < <(in_order tools/biseam profile base camera calibrate text media picture clip/read clip/write setup calibration analysis \
   stitch tag scene sheet compare view options commands)
 check tools/biseam tools/biseam "${rooms[@]}" || status=1
-# The parser takes longer to compile than everything around it.
+# The parser of options takes longer to compile than everything around it.
 parsed_in=$(git ls-files -z '*.cpp' '*.hpp' | xargs -0 grep -lE '^ *# *include *[<"]CLI/')
 if [ "$parsed_in" != tools/biseam/options/command_line.cpp ]; then
   echo "CLI11 is for one source, which the others call:" $parsed_in
