@@ -44,8 +44,8 @@ def commands(tool, clip, width, folder):
     theirs, analysis = folder / "clip_v360.mp4", folder / "clip.analysis"
     together = ("--light", "match", "--near", "on", "--seams", "steady")
     return {
-        "scene": ours(scene, folder / "clip_scene.mp4"),
-        "biseam": ours(REAL_CAMERA, folder / "clip_biseam.mp4"),
+        "scene": ours(scene, folder / "clip_scene.mp4", "--light", "off"),
+        "biseam": ours(REAL_CAMERA, folder / "clip_biseam.mp4", "--light", "off"),
         "matched": ours(REAL_CAMERA, folder / "clip_matched.mp4", *together),
         "analyse": ([tool, "analyse", clip, "--camera", REAL_CAMERA, "--width", str(width), *together, "-o", analysis], analysis),
         "followed": ours(REAL_CAMERA, folder / "clip_followed.mp4", "--analysis", analysis),

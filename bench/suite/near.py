@@ -54,6 +54,10 @@ def standing(panorama, truth):
             "near": quality.psnr_of(errors[near_the_ring(width)])}
 
 
+def stitched(tool, scene, width, mode):
+    return shots.stitched(tool, scene, width, "--light", "off", "--near", mode)
+
+
 def filmed(panoramas, truths):
     where = near_the_ring(truths.shape[2])
     return [quality.psnr_of(panorama[where].astype(float) - truth[where]) for panorama, truth in zip(panoramas, truths)]
@@ -66,15 +70,15 @@ def measure(tool, folder, width, frames):
         scene = shots.film(tool, folder / f"placards_{distance}_{width}", width, "--frames", 1, "--placards", distance, *APART,
                            *NOISE)
         truth = shots.read_luma(scene / "truth.mp4", width)[0]
-        looks = {mode: shots.stitched(tool, scene, width, "--near", mode)[0] for mode in MODES}
+        looks = {mode: stitched(tool, scene, width, mode)[0] for mode in MODES}
         looks["v360"] = shots.v360(scene, width)[0]
         result["standing"][str(distance)] = {name: standing(look, truth) for name, look in looks.items()}
     for seed in (1, 2):
         scene = shots.film(tool, folder / f"far_{seed}_{width}", width, "--frames", 2, "--turn", 70 * seed, "--seed", seed, *NOISE)
         truths = shots.read_luma(scene / "truth.mp4", width)
-        result["far"][str(seed)] = {mode: filmed(shots.stitched(tool, scene, width, "--near", mode), truths) for mode in MODES}
+        result["far"][str(seed)] = {mode: filmed(stitched(tool, scene, width, mode), truths) for mode in MODES}
     for name in shots.FILMED:
         scene = shots.filmed(tool, folder, width // 2, frames, name)
         truths = shots.read_luma(scene / "truth.mp4", width // 2)
-        result["moving"][name] = {mode: filmed(shots.stitched(tool, scene, width // 2, "--near", mode), truths) for mode in MODES}
+        result["moving"][name] = {mode: filmed(stitched(tool, scene, width // 2, mode), truths) for mode in MODES}
     return result

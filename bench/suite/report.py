@@ -231,7 +231,8 @@ def write_clips(results):
                  f"{median(runs[name], 'wall_s') / median(ours, 'wall_s'):.2f}",
                  f"{median(runs[name], 'cpu_s') / median(ours, 'cpu_s'):.2f}",
                  f"{clip['frames'] / median(runs[name], 'wall_s'):.1f}", f"{median(runs[name], 'peak_kib') / 1024:.0f}"]
-                for name, title in (("biseam", "biseam stitch, a real camera's profile"), ("scene", "biseam stitch, the scene's"),
+                for name, title in (("biseam", "biseam stitch --light off, a real camera's profile"),
+                                    ("scene", "biseam stitch --light off, the scene's"),
                                     ("matched", "biseam stitch, a real camera's profile, light matched"),
                                     ("analyse", "biseam analyse, the same"), ("followed", "biseam stitch --analysis, after it"),
                                     ("v360", "ffmpeg, filter v360 (remap only)"))]

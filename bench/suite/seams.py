@@ -38,7 +38,7 @@ def stitch(tool, folder, clip, width, mode):
     """Mean columns that the seam moves in a frame, and the luma of the frames that count."""
     out = clip.with_name(f"seams_{mode}.nv12")
     command = [tool, "stitch", clip, "--size", f"{width}x{width // 2}", "--rate", "30", "--camera", folder / "camera.toml",
-               "--width", str(width), "--seams", mode, "-o", out]
+               "--width", str(width), "--light", "off", "--seams", mode, "-o", out]
 
     def movement(frames):
         told = subprocess.run([*command, "--json", "-", "--frames", str(frames)], check=True, stdout=subprocess.PIPE,
@@ -76,7 +76,7 @@ def measure_filmed(tool, folder, width, frames):
         truth = shots.read_luma(scene / "truth.mp4", width).astype(float)
         result[name] = {}
         for mode in MODES:
-            errors = shots.stitched(tool, scene, width, "--seams", mode) - truth
+            errors = shots.stitched(tool, scene, width, "--light", "off", "--seams", mode) - truth
             changes = numpy.diff(errors, axis=0)
             result[name][mode] = {"flicker": float(numpy.sqrt(numpy.mean(changes[:, near]**2) / numpy.mean(changes[:, ~near]**2))),
                                   "near": quality.psnr_of(errors[:, near])}

@@ -22,12 +22,12 @@ struct Parsed {
 };
 
 TEST(SourceOptions, GoWhereTheyBelong) {
-  const Parsed parsed({"--camera", "a.toml", "--width", "640", "--p0", "100", "--light", "match", "--near", "off",
-                       "--no-search", "--from", "1", "--seams", "free", "--strict"});
+  const Parsed parsed({"--camera", "a.toml", "--width", "640", "--p0", "100", "--light", "off", "--near", "off", "--no-search",
+                       "--from", "1", "--seams", "free", "--strict"});
   EXPECT_EQ(parsed.options.camera, "a.toml");
   EXPECT_EQ(parsed.options.settings.width, 640);
   EXPECT_EQ(parsed.options.settings.lens[0].p, 100);
-  EXPECT_EQ(parsed.options.engine.light, BISEAM_LIGHT_MATCH);
+  EXPECT_EQ(parsed.options.engine.light, BISEAM_LIGHT_OFF);
   EXPECT_EQ(parsed.options.engine.near, false);
   EXPECT_EQ(parsed.options.settings.blend.search, false);
   EXPECT_EQ(parsed.options.video.from, "1");

@@ -43,7 +43,7 @@ TEST(ClipSource, Y4mThroughAPipeIsTheSameAsFromAFile) {
 
 TEST(ClipSource, Y4mPicturesAreThoseOfSingleStitches) {
   const auto pairs = walk(4);
-  const Finished raw = run_stitch(with({"-", "-o", "-"}, known_lenses()), y4m(pairs));
+  const Finished raw = run_stitch(with({"-", "-o", "-", "--light", "off"}, known_lenses()), y4m(pairs));
   expect_success(raw, 4);
   EXPECT_EQ(raw.out, stitch_by_library(pairs, {.siting = AVCHROMA_LOC_CENTER, .rate = 25}));  // what its header says
 }
@@ -51,7 +51,7 @@ TEST(ClipSource, Y4mPicturesAreThoseOfSingleStitches) {
 TEST(ClipSource, RawFramesGoInAndOut) {
   const ScratchFolder folder;
   const auto pairs = walk(4);
-  const std::string expected = stitch_singly(pairs, near_apart());
+  const std::string expected = stitch_singly(pairs, unmatched());
   const std::vector<std::string> clip = with({"--size", size_of_walk(), "--rate", "25"}, as_pictures());
   const Finished pipe = run_stitch(with({"-", "-o", "-"}, clip), raw_bytes(pairs));
   expect_success(pipe, 4);
@@ -89,7 +89,7 @@ TEST(ClipSource, ARawClipThatEndsInsideAFrameIsTold) {
   const Finished finished = run_stitch(clip, all.substr(0, all.size() - 100));
   EXPECT_EQ(finished.exit_code, 0) << finished.err;
   EXPECT_NE(finished.err.find("1 damaged packet, 1 picture replaced by the one before"), std::string::npos) << finished.err;
-  const std::string expected = stitch_singly({pairs[0], pairs[1], pairs[1]}, near_apart());
+  const std::string expected = stitch_singly({pairs[0], pairs[1], pairs[1]}, unmatched());
   EXPECT_EQ(finished.out, expected);
   const Finished strict = run_stitch(with(clip, {"--strict"}), all.substr(0, all.size() - 100));
   EXPECT_EQ(strict.exit_code, 3) << strict.err;
@@ -108,7 +108,7 @@ TEST(ClipSource, AClipMayComeThroughAPipe) {
   write_clip(folder / "in.mkv", {}, walk(4));
   const Finished finished = run_stitch(with({"-", "-o", "-"}, as_pictures()), read_bytes(folder / "in.mkv"));
   expect_success(finished, 4);
-  EXPECT_EQ(finished.out, stitch_singly(walk(4), near_apart()));
+  EXPECT_EQ(finished.out, stitch_singly(walk(4), unmatched()));
 }
 
 TEST(ClipSource, TheFirstPictureOfAClipBecomesAPicture) {

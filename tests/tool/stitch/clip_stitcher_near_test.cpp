@@ -30,8 +30,9 @@ class NearClips : public testing::Test {
 
 TEST_F(NearClips, AreWhatTheLibraryMakesOfThem) {
   const std::string on = stitched({"--near", "on"});
-  EXPECT_TRUE(on == stitch_by_library(pairs_, {.near = BISEAM_NEAR_MATCH, .rate = 25}));
-  EXPECT_TRUE(stitched({"--near", "off"}) == stitch_by_library(pairs_, {.near = BISEAM_NEAR_OFF, .rate = 25}));
+  EXPECT_TRUE(on == stitch_by_library(pairs_, {.light = BISEAM_LIGHT_MATCH, .near = BISEAM_NEAR_MATCH, .rate = 25}));
+  EXPECT_TRUE(stitched({"--near", "off"}) ==
+              stitch_by_library(pairs_, {.light = BISEAM_LIGHT_MATCH, .near = BISEAM_NEAR_OFF, .rate = 25}));
   EXPECT_TRUE(on != stitched({"--near", "off"}));
   EXPECT_TRUE(on == stitched({})) << "lenses of which nothing is known may lie apart";
   EXPECT_TRUE(on == stitched({"--jobs", "4"}));

@@ -138,7 +138,7 @@ constexpr int kFrames = 14;
 
 std::string held(const std::string& input, int hold, const std::vector<std::string>& more = {}) {
   const Finished finished =
-      run_stitch(with(with({input, "-o", "-", "--seam-hold", std::to_string(hold)}, known_lenses()), more));
+      run_stitch(with(with({input, "-o", "-", "--light", "off", "--seam-hold", std::to_string(hold)}, known_lenses()), more));
   EXPECT_EQ(finished.exit_code, 0) << finished.err;
   return finished.out;
 }

@@ -96,10 +96,10 @@ inline std::vector<std::string> known_lenses() {
   return {"--p0", p, "--p1", p};
 }
 
-// Lenses whose views are taken as they are.
-inline std::vector<std::string> near_apart() { return with(known_lenses(), {"--near", "off"}); }
+// Lenses whose views and light are taken as they are.
+inline std::vector<std::string> unmatched() { return with(known_lenses(), {"--near", "off", "--light", "off"}); }
 
 // Of clips every picture of which is stitched like one alone.
-inline std::vector<std::string> as_pictures() { return with(near_apart(), {"--seams", "free"}); }
+inline std::vector<std::string> as_pictures() { return with(unmatched(), {"--seams", "free"}); }
 
 }  // namespace biseam::test

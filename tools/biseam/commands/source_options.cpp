@@ -35,7 +35,7 @@ void add_camera_options(Command& command, StitchOptions& options) {
 }
 
 void add_matching_options(Command& command, StitchOptions& options, const char* group) {
-  command.choice("--light", &options.engine.light, {"off", "match"}, "match the light of the lenses where they meet (off)")
+  command.choice("--light", &options.engine.light, {"off", "match"}, "match the light of the lenses where they meet (match)")
       .type("off|match")
       .group(group);
   command

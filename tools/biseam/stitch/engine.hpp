@@ -17,7 +17,7 @@ struct EngineOptions {
   EngineKind kind = EngineKind::ring;
   BiseamQuality quality = BISEAM_QUALITY_GOOD;  // the ring engine's, as look is
   BiseamTurn look{0, 0, 0};                     // where the panorama's middle looks
-  BiseamLight light = BISEAM_LIGHT_OFF;
+  BiseamLight light = BISEAM_LIGHT_MATCH;
   std::optional<bool> near;   // bring near things together; none: where the lenses can lie apart
   bool steady_seams = false;  // where seams are searched
   int threads = 0;            // that share a frame; 0: one for each processor

@@ -26,7 +26,7 @@ std::vector<Nv12> lens_walk(int index, int frames, int first = 0) {
 std::string expected_walk(int frames, int first = 0) {
   std::vector<Nv12> pairs;
   for (int step = first; step < first + frames; ++step) pairs.push_back(join(walk_lens(0, step), walk_lens(1, step), true));
-  return stitch_singly(pairs, near_apart());
+  return stitch_singly(pairs, unmatched());
 }
 
 Finished stitch_two(const ScratchFolder& folder, const std::vector<std::string>& more = {}) {
@@ -87,17 +87,18 @@ TEST(PairReader, StartsOverWithBothClips) {
 TEST(PairReader, LensesOneAboveTheOther) {
   const ScratchFolder folder;
   write_clip(folder / "in.mp4", {}, walk(3, false));
-  expect_success(
-      stitch_clip(folder / "in.mp4", folder / "out.mp4", {"--seams", "free", "--near", "off", "--layout", "top-bottom"}), 3);
+  expect_success(stitch_clip(folder / "in.mp4", folder / "out.mp4",
+                             {"--seams", "free", "--near", "off", "--light", "off", "--layout", "top-bottom"}),
+                 3);
   EXPECT_EQ(raw_bytes(ClipProbe(folder / "out.mp4").pictures), expected_walk(3));
 }
 
 TEST(PairReader, PicturesMayBeOneAboveTheOtherToo) {
   const Nv12 across = walk(1, true)[0], down = walk(1, false)[0];
   const Finished finished =
-      run_stitch(with({"-", "--size", "120x240", "--layout", "top-bottom", "-o", "-"}, near_apart()), raw_bytes(down));
+      run_stitch(with({"-", "--size", "120x240", "--layout", "top-bottom", "-o", "-"}, unmatched()), raw_bytes(down));
   EXPECT_EQ(finished.exit_code, 0) << finished.err;
-  EXPECT_EQ(finished.out, stitch_singly({across}, near_apart()));
+  EXPECT_EQ(finished.out, stitch_singly({across}, unmatched()));
 }
 
 TEST(PairReader, PartnersAreFoundByTimeNotByNumber) {
@@ -136,7 +137,7 @@ TEST(PairReader, AGapInTheSecondClipIsHeldOver) {
   EXPECT_NE(finished.err.find("stood in for 3 pictures"), std::string::npos) << finished.err;
   const ClipProbe out(folder / "out.mp4");
   ASSERT_EQ(out.pictures.size(), 7u);
-  EXPECT_EQ(raw_bytes(out.pictures[2]), stitch_singly({join(walk_lens(0, 2), walk_lens(1, 1), true)}, near_apart()));
+  EXPECT_EQ(raw_bytes(out.pictures[2]), stitch_singly({join(walk_lens(0, 2), walk_lens(1, 1), true)}, unmatched()));
   EXPECT_EQ(raw_bytes(out.pictures[6]), expected_walk(1, 6));
 }
 

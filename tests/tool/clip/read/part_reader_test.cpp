@@ -82,10 +82,10 @@ TEST(Part, AFarOneIsReachedWithoutDecodingEverything) {
   for (int k = 0; k < 40; ++k) spec.times.push_back(k * 12800);  // one a second
   const auto pairs = walk(40);
   write_clip(folder / "in.mp4", spec, pairs);
-  const Finished finished =
-      stitch_clip(folder / "in.mp4", folder / "out.mp4", {"--seams", "free", "--near", "off", "--from", "33", "--to", "35.5"});
+  const Finished finished = stitch_clip(folder / "in.mp4", folder / "out.mp4",
+                                        {"--seams", "free", "--near", "off", "--light", "off", "--from", "33", "--to", "35.5"});
   expect_success(finished, 3);
-  EXPECT_EQ(raw_bytes(ClipProbe(folder / "out.mp4").pictures), stitch_singly({pairs[33], pairs[34], pairs[35]}, near_apart()));
+  EXPECT_EQ(raw_bytes(ClipProbe(folder / "out.mp4").pictures), stitch_singly({pairs[33], pairs[34], pairs[35]}, unmatched()));
 }
 
 TEST(Part, OfAStreamThatCantBeSought) {
@@ -95,7 +95,7 @@ TEST(Part, OfAStreamThatCantBeSought) {
   const Finished finished =
       run_stitch(with({"-", "-o", "-", "--from", "0.08", "--frames", "2"}, as_pictures()), read_bytes(folder / "in.mkv"));
   expect_success(finished, 2);
-  EXPECT_EQ(finished.out, stitch_singly({pairs[2], pairs[3]}, near_apart()));
+  EXPECT_EQ(finished.out, stitch_singly({pairs[2], pairs[3]}, unmatched()));
 }
 
 TEST(Part, OfRawFramesAndStreamsWithoutAnIndex) {
@@ -103,7 +103,7 @@ TEST(Part, OfRawFramesAndStreamsWithoutAnIndex) {
   const auto pairs = walk(60);
   write_bytes(folder / "in.nv12", raw_bytes(pairs));
   const std::vector<std::string> part = with({"--from", "2.2", "--frames", "2", "-o", "-"}, as_pictures());
-  const std::string expected = stitch_singly({pairs[55], pairs[56]}, near_apart());
+  const std::string expected = stitch_singly({pairs[55], pairs[56]}, unmatched());
   EXPECT_EQ(run_stitch(with({folder / "in.nv12", "--size", "240x120", "--rate", "25"}, part)).out, expected);
   EXPECT_EQ(
       run_stitch(with({folder / "in.nv12", "--size", "240x120", "--rate", "25", "-o", folder / "in.y4m", "--width", "240"},
@@ -112,7 +112,7 @@ TEST(Part, OfRawFramesAndStreamsWithoutAnIndex) {
       0);
   const ClipProbe y4m(folder / "in.y4m");
   const Finished finished =
-      run_stitch(with({folder / "in.y4m", "-o", "-", "--from", "2.2", "--frames", "2", "--no-search"}, near_apart()));
+      run_stitch(with({folder / "in.y4m", "-o", "-", "--from", "2.2", "--frames", "2", "--no-search"}, unmatched()));
   EXPECT_EQ(finished.exit_code, 0) << finished.err;
   EXPECT_EQ(finished.out, stitch_by_library({y4m.pictures[55], y4m.pictures[56]},
                                             {.siting = y4m.siting, .search = false, .near = BISEAM_NEAR_OFF}));
@@ -128,7 +128,7 @@ TEST(Part, OfTwoClips) {
   const Finished finished =
       run_stitch(with({folder / "0.mkv", folder / "1.mkv", "-o", "-", "--from", "0.2", "--to", "0.3"}, as_pictures()));
   EXPECT_EQ(finished.exit_code, 0) << finished.err;
-  EXPECT_EQ(finished.out, stitch_singly({walk(8)[5], walk(8)[6], walk(8)[7]}, near_apart()));
+  EXPECT_EQ(finished.out, stitch_singly({walk(8)[5], walk(8)[6], walk(8)[7]}, unmatched()));
 }
 
 TEST(Part, BeyondTheEndIsRefused) {

@@ -38,8 +38,8 @@ INSTANTIATE_TEST_SUITE_P(Clip, Containers, testing::Values("mp4", "mov", "mkv"),
 TEST_P(Containers, PicturesAreThoseOfSingleStitches) {
   const auto pairs = walk(6);
   write_clip(name("in"), {}, pairs);
-  expect_success(stitch_clip(name("in"), name("out"), {"--seams", "free", "--near", "off"}), 6);
-  EXPECT_EQ(raw_bytes(ClipProbe(name("out")).pictures), stitch_singly(pairs, near_apart()));
+  expect_success(stitch_clip(name("in"), name("out"), {"--seams", "free", "--near", "off", "--light", "off"}), 6);
+  EXPECT_EQ(raw_bytes(ClipProbe(name("out")).pictures), stitch_singly(pairs, unmatched()));
 }
 
 TEST_P(Containers, OddTimesAreKept) {
@@ -126,7 +126,7 @@ TEST(ClipWriter, FullRangeOfJpegFormatsIsKept) {
     spec.format = AV_PIX_FMT_YUVJ420P;
     spec.colour.range = AVCOL_RANGE_JPEG;
     write_clip(folder / ("in." + extension), spec, walk(2));
-    expect_success(stitch_clip(folder / ("in." + extension), folder / ("out." + extension)), 2);
+    expect_success(stitch_clip(folder / ("in." + extension), folder / ("out." + extension), {"--light", "off"}), 2);
     const ClipProbe in(folder / ("in." + extension)), out(folder / ("out." + extension));
     EXPECT_EQ(out.range, AVCOL_RANGE_JPEG);
     EXPECT_EQ(out.matrix, in.matrix);
@@ -162,7 +162,7 @@ TEST_P(ColourTags, PassThroughAndSamplesStay) {
     spec.colour = GetParam().colour;
     const auto pairs = walk(2);
     write_clip(in_path, spec, pairs);
-    expect_success(stitch_clip(in_path, out_path), 2);
+    expect_success(stitch_clip(in_path, out_path, {"--light", "off"}), 2);
     const ClipProbe in(in_path), out(out_path);
     EXPECT_EQ(in.matrix, spec.colour.matrix);
     EXPECT_EQ(out.range, in.range);
@@ -329,7 +329,7 @@ TEST(ClipWriter, AnotherEncoderAndItsSettings) {
   const ScratchFolder folder;
   const auto pairs = walk(3);
   write_clip(folder / "in.mkv", {}, pairs);
-  const std::vector<std::string> lenses = near_apart();
+  const std::vector<std::string> lenses = unmatched();
   expect_success(run_stitch(with({folder / "in.mkv", "-o", folder / "ffv1.mkv", "--encoder", "ffv1"}, as_pictures())), 3);
   const ClipProbe ffv1(folder / "ffv1.mkv");
   EXPECT_EQ(ffv1.only(AVMEDIA_TYPE_VIDEO).codec, "ffv1");
