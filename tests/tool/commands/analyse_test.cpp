@@ -24,7 +24,7 @@ TEST(Analyse, AnOutputThatIsAnInputIsRefused) {
 }
 
 TEST(Analyse, OptionsAreChecked) {
-  expect_refused({"analyse", "in.mp4", "-o", "a.bsa", "--width", "100"}, "--width: must be a multiple of 8, 64 to 16384");
+  expect_refused({"analyse", "in.mp4", "-o", "a.bsa", "--width", "100"}, "--width: '100' must be a multiple of 8, 64 to 16384");
   expect_refused({"analyse", "in.nv12", "-o", "a.bsa", "--size", "64x32"}, "--rate: raw frames of a clip need their rate");
 }
 

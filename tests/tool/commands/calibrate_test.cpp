@@ -34,6 +34,8 @@ TEST(CalibrateOptions, ReportNeedsAFileOfItsOwn) {
             "biseam: --report a.png: is the same file as the input a.png\n");
   EXPECT_EQ(said({"a.png", "-o", "b.toml", "--report", "-"}),
             "biseam: --report: needs a file, standard output is the profile's\n");
+  EXPECT_EQ(said({"a.png", "-o", "b.toml", "--report", "b.png"}),
+            "biseam: --report b.png: the name must end in .html or .htm\n");
 }
 
 }  // namespace

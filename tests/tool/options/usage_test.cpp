@@ -42,14 +42,15 @@ TEST(Usage, TooManyInputsAreCounted) {
 }
 
 TEST(Usage, NumbersHaveRangesThatCanBeRead) {
-  const std::string frames = "biseam: --frames: must be a whole number, 1 to 1000000000\n";
-  for (const char* wrong : {"0", "-3", "many", "1.5", "99999999999999999999"}) {
+  for (const std::string wrong : {"0", "-3", "many", "1.5", "99999999999999999999"}) {
+    const std::string frames = "biseam: --frames: '" + wrong + "' must be a whole number, 1 to 1000000000\n";
     EXPECT_EQ(said({"stitch", "a.mp4", "-o", "b.mp4", "--frames", wrong}), frames);
     EXPECT_EQ(said({"scene", "-o", "folder", "--frames", wrong}), frames);
   }
-  EXPECT_EQ(said({"scene", "-o", "folder", "--fov", "1"}), "biseam: --fov: must be a number, 182 to 280\n");
-  EXPECT_EQ(said({"scene", "-o", "folder", "--seed", "-1"}), "biseam: --seed: must be a whole number, 0 to 4294967295\n");
-  EXPECT_EQ(said({"compare", "a", "b", "--seam-degrees", "nan"}), "biseam: --seam-degrees: must be a number, 0.5 to 90\n");
+  EXPECT_EQ(said({"scene", "-o", "folder", "--fov", "1"}), "biseam: --fov: '1' must be a number, 182 to 280\n");
+  EXPECT_EQ(said({"scene", "-o", "folder", "--seed", "-1"}), "biseam: --seed: '-1' must be a whole number, 0 to 4294967295\n");
+  EXPECT_EQ(said({"compare", "a", "b", "--seam-degrees", "nan"}),
+            "biseam: --seam-degrees: 'nan' must be a number, 0.5 to 90\n");
   EXPECT_EQ(said({"stitch", "a.mp4", "-o", "b.mp4", "--crf", "x"}), "biseam: --crf: 'x' is not a number it can take\n");
 }
 
@@ -59,7 +60,7 @@ TEST(Usage, SurplusArgumentsAreNamed) {
 
 TEST(Usage, NamesOfChoicesAreTold) {
   EXPECT_EQ(said({"stitch", "a.png", "-o", "b.png", "--layout", "up"}),
-            "biseam: --layout: must be auto, side-by-side or top-bottom\n");
+            "biseam: --layout: 'up' must be auto, side-by-side or top-bottom\n");
 }
 
 TEST(Usage, TheVersionIsPrinted) {

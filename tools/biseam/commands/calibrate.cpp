@@ -39,6 +39,9 @@ void calibrate(CalibrateOptions& options) {
   std::vector<NamedFile> inputs = {{"--start", job.start}};
   for (const std::string& file : job.files) inputs.push_back({"the input", file});
   check_distinct(inputs, {{"-o", job.output}, {"--report", job.report}});
+  if (!job.report.empty() && !job.report.ends_with(".html") && !job.report.ends_with(".htm")) {
+    throw Failure(ExitCode::usage, "--report " + job.report + ": the name must end in .html or .htm");
+  }
   job.streams = choose_streams(options.streams, job.layout, job.files.size(), false);
   calibrate_camera(job);
 }

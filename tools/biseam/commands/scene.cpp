@@ -19,7 +19,8 @@ struct SceneOptions {
 
 void make_scene(SceneOptions& options) {
   if (!profile::is_panorama_width(options.job.rig.panorama_width)) {
-    throw Failure(ExitCode::usage, "--width: must be a multiple of 8, 64 to 16384");
+    throw Failure(ExitCode::usage,
+                  "--width: '" + std::to_string(options.job.rig.panorama_width) + "' must be a multiple of 8, 64 to 16384");
   }
   options.job.rig.field_of_view = options.field_of_view * kDegree;
   options.job.rig.motion.seed = options.job.rig.seed;

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -99,7 +100,9 @@ void add_video_options(Command& command, VideoOptions& video) {
   add("--encoder", &video.encoder, "NAME", "of libav (libx264)");
   add("--crf", &video.crf, "N", "the encoder's constant quality (18 with libx264)");
   add("--preset", &video.preset, "NAME", "the encoder's preset (medium with libx264)");
-  add("--bitrate", &video.bitrate, "RATE", "bits per second, 20M for example, in place of constant quality");
+  add("--bitrate", &video.bitrate, "RATE", "bits per second, 20M for example, in place of constant quality")
+      .check(
+          [](const std::string& text) { return std::strtod(text.c_str(), nullptr) > 0 ? "" : "must be above 0, as 20M is"; });
   add("--format", &video.format, "y4m|nv12", "of frames on standard output (nv12)").among({"y4m", "nv12"});
   add_clip_options(command, video);
   add("--analysis", &video.analysis, "FILE", "treat light, near things and seams as analyse found best for the whole clip");

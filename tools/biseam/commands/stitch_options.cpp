@@ -1,6 +1,7 @@
 #include "commands/stitch_options.hpp"
 
 #include <charconv>
+#include <cstdio>
 
 #include "base/failure.hpp"
 #include "commands/layout_options.hpp"
@@ -22,6 +23,12 @@ constexpr const char* kNoCamera = "none";
 
 std::string range_text(Limits limits) { return std::to_string(int(limits.low)) + " to " + std::to_string(int(limits.high)); }
 
+[[noreturn]] void refuse_number(const std::string& option, double value, const std::string& rule) {
+  char text[32];
+  std::snprintf(text, sizeof text, "'%.15g' ", value);
+  refuse_value(option, text + rule);
+}
+
 // "1.5,-2" into the given places, which hold numbers, or may.
 template <class Place>
 void parse_numbers(const std::string& option, const std::string& text, std::vector<Place*> places, Limits limits) {
@@ -41,9 +48,7 @@ void parse_numbers(const std::string& option, const std::string& text, std::vect
 
 template <class T>
 void check_limits(const char* option, const std::optional<T>& value, Limits limits) {
-  if (value && !limits.hold(double(*value))) {
-    refuse_value(option, "must be " + range_text(limits));
-  }
+  if (value && !limits.hold(double(*value))) refuse_number(option, double(*value), "must be " + range_text(limits));
 }
 
 void check_lens(LensSettings& lens, const std::string& centre, char digit) {
@@ -51,7 +56,7 @@ void check_lens(LensSettings& lens, const std::string& centre, char digit) {
   if (!centre.empty()) parse_numbers<std::optional<double>>("--centre" + index, centre, {&lens.cx, &lens.cy}, kCentreLimits);
   check_limits(("--p" + index).c_str(), lens.p, kScaleLimits);
   check_limits("--fov", lens.fov, kFovLimits);
-  if (lens.mount && !is_quarter_turn(*lens.mount)) refuse_value("--mount" + index, "must be 0, 90, 180 or 270");
+  if (lens.mount && !is_quarter_turn(*lens.mount)) refuse_number("--mount" + index, *lens.mount, "must be 0, 90, 180 or 270");
 }
 
 void check_engine(StitchOptions& options) {
@@ -119,7 +124,9 @@ void check_stitch_options(StitchOptions& options) {
     refuse_value(options.given_settled, "not with --analysis, which has settled it");
   }
   check_save_camera(options);
-  if (settings.width && !is_panorama_width(*settings.width)) refuse_value("--width", "must be a multiple of 8, 64 to 16384");
+  if (settings.width && !is_panorama_width(*settings.width)) {
+    refuse_number("--width", *settings.width, "must be a multiple of 8, 64 to 16384");
+  }
   check_limits("--feather", settings.blend.feather, kColumnLimits);
   check_limits("--trans-width", settings.blend.trans_width, kColumnLimits);
   check_limits("--pyr-level", settings.blend.pyr_level, kLevelLimits);

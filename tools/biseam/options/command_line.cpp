@@ -11,6 +11,8 @@
 namespace biseam::tool {
 namespace {
 
+std::string fault(const std::string& text, const std::string& rule) { return rule.empty() ? "" : "'" + text + "' " + rule; }
+
 template <class Number>
 CLI::Validator in_range(Number low, Number high) {
   const auto check = [low, high](const std::string& text) -> std::string {
@@ -19,22 +21,29 @@ CLI::Validator in_range(Number low, Number high) {
     std::ostringstream rule;
     rule.precision(std::numeric_limits<double>::digits10);
     rule << "must be a " << (std::integral<Number> ? "whole number" : "number") << ", " << low << " to " << high;
-    return rule.str();
+    return fault(text, rule.str());
   };
   return CLI::Validator(check, "");
+}
+
+// Empty: it is one of them.
+std::string choice_fault(const std::string& text, const std::vector<std::string>& texts) {
+  if (std::find(texts.begin(), texts.end(), text) != texts.end()) return "";
+  std::string rule = "must be " + texts.front();
+  for (std::size_t k = 1; k < texts.size(); ++k) rule += (k + 1 < texts.size() ? ", " : " or ") + texts[k];
+  return fault(text, rule);
+}
+
+CLI::Validator one_of(const std::vector<std::string>& texts) {
+  return CLI::Validator([texts](const std::string& text) { return choice_fault(text, texts); }, "");
 }
 
 // The number of a text in place of it.
 CLI::Validator number_among(const std::vector<std::string>& texts) {
   const auto number = [texts](std::string& text) -> std::string {
-    const auto found = std::find(texts.begin(), texts.end(), text);
-    if (found == texts.end()) {
-      std::string rule = "must be " + texts.front();
-      for (std::size_t k = 1; k < texts.size(); ++k) rule += (k + 1 < texts.size() ? ", " : " or ") + texts[k];
-      return rule;
-    }
-    text = std::to_string(found - texts.begin());
-    return "";
+    const std::string wrong = choice_fault(text, texts);
+    if (wrong.empty()) text = std::to_string(std::find(texts.begin(), texts.end(), text) - texts.begin());
+    return wrong;
   };
   return CLI::Validator(number, "");
 }
@@ -49,7 +58,7 @@ struct AddOption {
   }
   CLI::Option* operator()(std::optional<bool>* value) const {
     const auto set = [value](const std::string& text) { *value = text == "on"; };
-    return parser.add_option_function<std::string>(names, set, help)->check(CLI::IsMember({"on", "off"}));
+    return parser.add_option_function<std::string>(names, set, help)->check(one_of({"on", "off"}));
   }
 };
 
@@ -147,12 +156,12 @@ Option& Option::number(double low, double high) {
 }
 
 Option& Option::among(const std::vector<std::string>& texts) {
-  option_->check(CLI::IsMember(texts));
+  option_->check(one_of(texts));
   return *this;
 }
 
-Option& Option::check(const char* (*fault)(const std::string& text)) {
-  option_->check([fault](const std::string& text) { return std::string(fault(text)); });
+Option& Option::check(const char* (*rule)(const std::string& text)) {
+  option_->check([rule](const std::string& text) { return fault(text, rule(text)); });
   return *this;
 }
 
@@ -163,7 +172,9 @@ Option Command::option(const std::string& names, Target value, const std::string
 }
 
 Option Command::flag(const std::string& names, bool* value, const std::string& help) {
-  return Option(*parser_->add_flag(names, *value, help));
+  if (!names.starts_with('!')) return Option(*parser_->add_flag(names, *value, help));
+  const auto clear = [value] { *value = false; };  // --help would show the parser's own way as --no-mark{false}
+  return Option(*parser_->add_flag_callback(names.substr(1), clear, help));
 }
 
 Option Command::flag(const std::string& names, std::optional<bool>* place, bool value, const std::string& help) {

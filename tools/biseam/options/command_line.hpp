@@ -38,7 +38,7 @@ class Option {
   Option& whole_number(std::int64_t low, std::int64_t high);
   Option& number(double low, double high);
   Option& among(const std::vector<std::string>& texts);
-  Option& check(const char* (*fault)(const std::string& text));  // gives what is wrong, or ""
+  Option& check(const char* (*rule)(const std::string& text));  // gives what the text breaks, or ""
 
   bool is_given() const;
 
@@ -52,7 +52,7 @@ class Command {
 
   // names: "-o,--output", or a word without dashes for what its place tells.  help: one line or some.
   Option option(const std::string& names, Target value, const std::string& help);
-  // Without a value.  Names after an exclamation mark make it false.
+  // Without a value.  An exclamation mark before the name: it makes false.
   Option flag(const std::string& names, bool* value, const std::string& help);
   Option flag(const std::string& names, std::optional<bool>* place, bool value, const std::string& help);
   // One of the names of an enumeration, whose enumerators are counted from 0.

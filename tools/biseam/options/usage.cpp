@@ -62,14 +62,21 @@ std::string conversion_trouble(const std::string& line) {
          "' is not a number it can take";
 }
 
-// "IN: At Most 2 required but received 3"
+// "IN: At Most 2 required but received 3", "--crop: At least 4 required but received 3", "--width: 1 required COLUMNS missing"
 std::string count_trouble(const std::string& line) {
-  const std::string before = ": At Most ", between = " required but received ";
-  const std::size_t most = line.find(before), given = line.find(between);
-  if (most == line.npos || given == line.npos) return line;
-  const std::size_t digits = most + before.size();
-  return line.substr(0, most) + ": " + line.substr(given + between.size()) + " are given, " +
-         line.substr(digits, given - digits) + " are the most";
+  const std::string most = ": At Most ", least = ": At least ", between = " required but received ", one = ": 1 required ";
+  const auto said = [&](const std::string& before, const std::string& rule) -> std::string {
+    const std::size_t at = line.find(before), given = line.find(between);
+    if (at == line.npos || given == line.npos) return "";
+    const std::size_t digits = at + before.size(), number = given + between.size();
+    const std::string verb = line.substr(number) == "1" ? " is" : " are";
+    return line.substr(0, at) + ": " + line.substr(number) + verb + " given, " + line.substr(digits, given - digits) + rule;
+  };
+  for (const std::string& text : {said(most, " are the most"), said(least, " are wanted")}) {
+    if (!text.empty()) return text;
+  }
+  const std::size_t lacking = line.find(one);
+  return lacking == line.npos ? line : line.substr(0, lacking) + ": its value is missing";
 }
 
 }  // namespace biseam::tool

@@ -11,7 +11,7 @@ namespace biseam::tool {
 std::string command_trouble(const std::string& given, const std::vector<std::string>& known);
 std::string option_trouble(std::string given, const std::string& command, const std::vector<std::string>& known);
 
-// What the parser says of a value that is no number and of too many values, said plainly.
+// What the parser says of a value that is no number, and of too many values or too few, said plainly.
 std::string conversion_trouble(const std::string& line);
 std::string count_trouble(const std::string& line);
 
