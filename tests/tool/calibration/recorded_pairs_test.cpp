@@ -83,6 +83,25 @@ TEST(RecordedPairs, TwoClipsStayTogether) {
   }
 }
 
+// Two readers look for pictures of a clip, and a third one may have before.
+TEST(RecordedPairs, ATurnedClipIsSpokenOfOnce) {
+  const test::ScratchFolder folder;
+  test::ClipSpec spec;
+  spec.options["g"] = "10";
+  spec.display = {-65536, 0, 0, 0, -65536, 0, 0, 0, 1 << 30};
+  test::write_clip(folder / "in.mov", spec, std::vector<Nv12>(120, flat(128, 40)));
+  ClipFiles files{{folder / "in.mov"}, {}, std::nullopt};
+  settle_streams(*open_first(files), files);
+  const auto said = [&] {
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(read_clip_pairs(files, Layout::automatic, 3).size(), 3u);
+    return testing::internal::GetCapturedStderr();
+  };
+  EXPECT_EQ(said(), "biseam: " + folder / "in.mov" + ": the pictures of stream 0 are turned clockwise by 180 degrees\n");
+  files.are_known = true;
+  EXPECT_EQ(said(), "");
+}
+
 // A picture whose lenses are of different colours.
 TEST(RecordedPairs, ColoursOfEachLens) {
   Rgb both(128, 64);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/size.hpp"
 #include "tool/support/expect_failure.hpp"
 #include "tool/support/samples.hpp"
 
@@ -53,6 +54,21 @@ TEST(Split, TheShapeTellsTheLayoutUnlessItIsGiven) {
   split(*high, Layout::side_by_side, "in.png", halves);
   EXPECT_EQ(halves[1].width, 4);
   EXPECT_EQ(halves[1].height, 16);
+}
+
+TEST(Split, ANearlySquarePictureShowsOneLensUnlessTheLayoutIsGiven) {
+  BiseamPicture halves[2];
+  for (const Size size : {Size{16, 16}, Size{20, 16}, Size{16, 20}}) {
+    const Libav<AVFrame> picture = test::make_frame(AV_PIX_FMT_GRAY8, size.width, size.height);
+    EXPECT_FALSE(has_both_circles(*picture));
+    const auto [code, line] = test::failure_of([&] { split(*picture, Layout::automatic, "in.png", halves); });
+    EXPECT_EQ(code, ExitCode::input);
+    EXPECT_EQ(line, "in.png: " + size_text(size) +
+                        " pixels show one lens; the other's file is missing, or --layout says where both are");
+    split(*picture, Layout::side_by_side, "in.png", halves);
+    EXPECT_EQ(halves[1].width, size.width / 2);
+  }
+  EXPECT_TRUE(has_both_circles(*test::make_frame(AV_PIX_FMT_GRAY8, 24, 16)));
 }
 
 TEST(Split, HalvesThatArentWholeAreRefused) {

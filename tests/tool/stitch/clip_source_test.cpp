@@ -41,6 +41,19 @@ TEST(ClipSource, Y4mThroughAPipeIsTheSameAsFromAFile) {
   EXPECT_EQ(pipe.out.substr(0, pipe.out.find('\n')), "YUV4MPEG2 W240 H120 F25:1 Ip A1:1 C420jpeg");
 }
 
+TEST(ClipSource, ATurnedClipIsSpokenOfOnceThoughItIsAlsoReadForItsCamera) {
+  const ScratchFolder folder;
+  ClipSpec spec;
+  spec.display = {-65536, 0, 0, 0, -65536, 0, 0, 0, 1 << 30};
+  write_clip(folder / "in.mov", spec, walk(4));
+  const Finished finished = run_stitch({folder / "in.mov", "-o", folder / "out.mp4"});
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  const std::string turned = "turned clockwise by 180 degrees\n";
+  const std::size_t first = finished.err.find(turned);
+  EXPECT_NE(first, std::string::npos) << finished.err;
+  EXPECT_EQ(first, finished.err.rfind(turned)) << finished.err;
+}
+
 TEST(ClipSource, Y4mPicturesAreThoseOfSingleStitches) {
   const auto pairs = walk(4);
   const Finished raw = run_stitch(with({"-", "-o", "-", "--light", "off"}, known_lenses()), y4m(pairs));

@@ -26,17 +26,12 @@ calibrate::Luma luma_of(const BiseamPicture& picture) {
   return {static_cast<const std::uint8_t*>(picture.planes[0]), picture.width, picture.height, picture.strides[0]};
 }
 
-// Two circles make a picture about twice as long as it is wide.
-bool has_both_circles(const AVFrame& picture) {
-  return 2 * std::max(picture.width, picture.height) >= 3 * std::min(picture.width, picture.height);
-}
-
 // The pictures of a clip at ascending times.  Where key frames lie closer together than what is wanted, they are taken;
 // otherwise everything up to the time is decoded, once.
 class Sampler {
  public:
   explicit Sampler(const ClipFiles& files)
-      : reader_(open_clips(files, open_first(files))), scout_(open_clips(files, open_first(files))) {}
+      : reader_(open_clips(files, open_first(files))), scout_(open_clips(known(files), open_first(files))) {}
 
   // The times that the clip says it has, in microseconds; empty: it doesn't.
   struct Span {
@@ -70,6 +65,11 @@ class Sampler {
   }
 
  private:
+  static ClipFiles known(ClipFiles files) {
+    files.are_known = true;
+    return files;
+  }
+
   static constexpr std::int64_t kLeastStepBack = AV_TIME_BASE;  // of what start_at() finds
 
   static std::int64_t in_microseconds(std::int64_t time, const PairReader& reader) {

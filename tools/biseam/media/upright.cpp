@@ -170,14 +170,14 @@ Libav<AVFrame> Upright::turn(const AVFrame& square) const {
   return upright;
 }
 
-std::unique_ptr<Upright> make_upright(const Container& clip, AVStream& stream, AVFrame& first) {
+std::unique_ptr<Upright> make_upright(const Container& clip, AVStream& stream, AVFrame& first, bool was_said) {
   const Display display = display_of(*clip.get(), stream, &first);
   const std::string subject = clip.name() + ": the pictures of stream " + std::to_string(stream.index);
-  if (display.is_askew) notice(subject + " ask for a turn by no quarters, which is not done");
+  if (!was_said && display.is_askew) notice(subject + " ask for a turn by no quarters, which is not done");
   if (display.is_plain()) return nullptr;
   auto upright = std::make_unique<Upright>(display, first, clip.name());
   const std::string text = display_text(display, {first.width, first.height});
-  if (!text.empty()) notice(subject + " are " + text);
+  if (!was_said && !text.empty()) notice(subject + " are " + text);
   return upright;
 }
 

@@ -30,8 +30,8 @@ class Upright {
   Libav<SwsContext> scaler_;
 };
 
-// For the pictures of a clip's stream, the first one given; null where they are shown as they are recorded.  A notice tells
-// what will be done, or that a turn by no quarters can't be.  Throws as Upright does.
-std::unique_ptr<Upright> make_upright(const Container& clip, AVStream& stream, AVFrame& first);
+// For the pictures of a clip's stream, the first one given; null where they are shown as they are recorded.  A notice says
+// what will be done, or that a turn by no quarters can't be, unless it was said before.  Throws as Upright does.
+std::unique_ptr<Upright> make_upright(const Container& clip, AVStream& stream, AVFrame& first, bool was_said = false);
 
 }  // namespace biseam::tool

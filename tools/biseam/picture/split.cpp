@@ -4,7 +4,10 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
+#include <algorithm>
+
 #include "base/failure.hpp"
+#include "base/size.hpp"
 #include "media/pixel_format.hpp"
 
 namespace biseam::tool {
@@ -21,7 +24,15 @@ std::ptrdiff_t bytes_to(const AVPixFmtDescriptor& format, int plane, int column)
 
 }  // namespace
 
+bool has_both_circles(const AVFrame& picture) {
+  return 2 * std::max(picture.width, picture.height) >= 3 * std::min(picture.width, picture.height);
+}
+
 void split(const AVFrame& picture, Layout layout, const std::string& name, BiseamPicture (&halves)[2]) {
+  if (layout == Layout::automatic && !has_both_circles(picture)) {
+    throw Failure(ExitCode::input, name + ": " + size_text({picture.width, picture.height}) +
+                                       " pixels show one lens; the other's file is missing, or --layout says where both are");
+  }
   const bool across = layout == Layout::automatic ? picture.width >= picture.height : layout == Layout::side_by_side;
   const int side = across ? picture.width : picture.height;
   const AVPixFmtDescriptor& format = *av_pix_fmt_desc_get(AVPixelFormat(picture.format));

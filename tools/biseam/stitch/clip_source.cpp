@@ -108,7 +108,11 @@ KnownCamera camera_of(const StitchSource& job, const ClipFiles& files, const Cli
   if (!job.finds_camera) return {};
   const std::string& name = source.clips().clip(0).container().name();
   std::vector<RecordedPair> pairs;
-  if (are_seekable(source.clips())) pairs = read_clip_pairs(files, job.layout, kUsualPairs);
+  if (are_seekable(source.clips())) {
+    ClipFiles again = files;
+    again.are_known = true;
+    pairs = read_clip_pairs(again, job.layout, kUsualPairs);
+  }
   const FramePair& first = source.first_picture();
   if (pairs.empty()) pairs.emplace_back(*first.picture[0], first.picture[1].get(), job.layout, name);
   return {find_camera(pairs, name, job.save_camera), ""};

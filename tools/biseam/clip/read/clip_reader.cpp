@@ -166,7 +166,7 @@ void ClipReader::accept(Libav<AVFrame> frame) {
 }
 
 std::shared_ptr<const AVFrame> ClipReader::shown(Libav<AVFrame> frame) {
-  if (!std::exchange(is_upright_made_, true)) upright_ = make_upright(*container_, *stream_, *frame);
+  if (!std::exchange(is_upright_made_, true)) upright_ = make_upright(*container_, *stream_, *frame, is_silent_);
   if (upright_) frame = upright_->apply(*frame);
   return {frame.release(), LibavDelete()};
 }

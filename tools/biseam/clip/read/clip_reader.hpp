@@ -35,6 +35,9 @@ class ClipReader {
   // One lens of a file that has a stream for each.  The other streams' packets come with lens 0.
   ClipReader(std::unique_ptr<Container> container, bool strict, const LensStreams& lenses, int lens);
 
+  // For a clip whose pictures another reader has spoken of.
+  void read_silently() { is_silent_ = true; }
+
   // Starts over with a picture at the time or before it, in microseconds; damage before the time isn't counted.  For files that
   // can be read at any place; others go on where they are, at first their beginning.
   void start_at(std::int64_t time);
@@ -85,7 +88,7 @@ class ClipReader {
   ClipFrame last_;
   Size size_;  // as recorded
   std::unique_ptr<Upright> upright_;
-  bool is_upright_made_ = false;
+  bool is_upright_made_ = false, is_silent_ = false;
   ClipDamage damage_;
   std::int64_t packets_read_ = 0, last_time_ = AV_NOPTS_VALUE, last_end_ = 0;  // last_end_: microseconds
   std::int64_t wanted_from_ = AV_NOPTS_VALUE;

@@ -22,8 +22,10 @@ void settle_streams(const Container& first, ClipFiles& files) {
 PairReader open_clips(const ClipFiles& files, std::unique_ptr<Container> first) {
   const auto reader = [&](std::unique_ptr<Container> container, int lens) {
     const std::optional<LensStreams>& lenses = files.streams.wanted;
-    return lenses ? std::make_unique<ClipReader>(std::move(container), files.strict, *lenses, lens)
-                  : std::make_unique<ClipReader>(std::move(container), files.strict);
+    auto made = lenses ? std::make_unique<ClipReader>(std::move(container), files.strict, *lenses, lens)
+                       : std::make_unique<ClipReader>(std::move(container), files.strict);
+    if (files.are_known) made->read_silently();
+    return made;
   };
   std::unique_ptr<ClipReader> clip0 = reader(std::move(first), 0), clip1;
   if (files.streams.wanted || files.paths.size() == 2) clip1 = reader(open_file(files.paths.back(), files), 1);

@@ -17,6 +17,7 @@ struct ClipFiles {
   std::optional<RawVideo> raw;     // given: NV12 without a head
   std::int64_t offset = 0;         // microseconds, added to the times of the second clip
   bool strict = false;             // damage is a Failure
+  bool are_known = false;          // what there is to say of their pictures was said
 };
 
 // Throws Failure (input, usage).
