@@ -1,6 +1,6 @@
 #!/bin/sh
-# demo.sh BUILD_DIR: photographs a virtual courtyard with a virtual camera, stitches the two pictures with and without seam
-# search and with the exact engine, and leaves everything in out/demo/.
+# demo.sh BUILD_DIR [view]: photographs a virtual courtyard with a virtual camera, stitches the two pictures with and without seam
+# search and with the exact engine, and leaves everything in out/demo/.  view: also a page to look around in.
 set -eu
 biseam=$1/tools/biseam/biseam
 out=out/demo
@@ -14,7 +14,11 @@ pair="$out/side_by_side.png --camera $out/camera.toml"
 "$biseam" stitch $pair -o "$out/panorama.png" --show-seams "$out/seams.png"
 "$biseam" stitch $pair -o "$out/plain.png" --no-search
 "$biseam" stitch $pair -o "$out/exact.png" --engine exact
-"$biseam" view "$out/panorama.png" --show-seams "$out/seams.png" -o "$out/panorama.html"
+page="biseam view     makes a page of it to look around in, once make build has brought its viewer"
+if [ "${2:-}" = view ]; then
+  page="$out/panorama.html      both to look around in: open it in a browser"
+  "$biseam" view "$out/panorama.png" --show-seams "$out/seams.png" -o "$out/panorama.html"
+fi
 
 "$biseam" contact-sheet -o "$out/contact_sheet.png" \
   "$out/truth.png" "$out/panorama.png" "$out/seams.png" "$out/exact.png" \
@@ -35,7 +39,7 @@ echo
 echo "$out/side_by_side.png   the two fisheye pictures"
 echo "$out/panorama.png       the panorama"
 echo "$out/seams.png          the same with the zone where the lenses are joined, and the seam"
-echo "$out/panorama.html      both to look around in: open it in a browser"
+echo "$page"
 echo "$out/plain.png          stitched without seam search"
 echo "$out/exact.png          stitched by the exact engine"
 echo "$out/truth.png          what a perfect stitch would be"

@@ -1,17 +1,17 @@
 #!/usr/bin/env bash
 # Installs what is missing of the Debian 12 packages that a task needs; says nothing when all are there.
-#   install_packages.sh [build|check|cross|bench|browser]...     build alone when nothing is named
+#   install_packages.sh [tool|build|check|cross|bench|browser]...     build alone when nothing is named
 set -euo pipefail
 
-build=(
+tool=(
   cmake g++ ninja-build pkg-config
   libgtest-dev                                              # tests
   libavcodec-dev libavformat-dev libavutil-dev libswscale-dev # the tool's pictures and videos
   libexiv2-dev                                              # what its pictures say about themselves
   libcli11-dev libtomlplusplus-dev                          # its command line and profiles
   libopencv-core-dev libopencv-imgproc-dev                  # its calibration
-  libmicrohttpd-dev ca-certificates                         # its viewer, served and bundled
 )
+build=("${tool[@]}" libmicrohttpd-dev ca-certificates) # the viewer, served and bundled
 # Node and npm, which bundle the viewer, are often there from elsewhere and then clash with Debian's.
 { command -v node && command -v npm; } >/dev/null || build+=(nodejs npm)
 check=(ccache clang clang-format clang-tidy libclang-rt-dev abigail-tools git mandoc groff-base)
@@ -22,6 +22,7 @@ bench=(git ffmpeg libavfilter-dev libopencv-dev valgrind llvm python3-matplotlib
 wanted=()
 for set in "${@:-build}"; do
   case $set in
+    tool) wanted+=("${tool[@]}") ;;
     build) wanted+=("${build[@]}") ;;
     check) wanted+=("${check[@]}") ;;
     bench) wanted+=("${bench[@]}") ;;

@@ -6,7 +6,8 @@ namespace biseam::tool {
 namespace {
 
 [[noreturn]] void refuse() {
-  throw Failure(ExitCode::usage, "view: this biseam was built without its viewer (BISEAM_BUILD_VIEWER is off)");
+  throw Failure(ExitCode::usage,
+                "view: this biseam was built without its viewer; make build adds it, with the packages it needs");
 }
 
 }  // namespace
