@@ -194,9 +194,9 @@ BISEAM_API BiseamCamera biseam_camera_of(int32_t width, int32_t height, double f
 BISEAM_API BiseamPanorama* biseam_panorama_open(const BiseamCamera* camera, const BiseamPanoramaOptions* options,
                                                 BiseamError* error);
 
-/* Stitches one frame.  fisheyes: lens 0's picture and lens 1's, of the camera's size; panorama: of the options' size, apart
- * from both; all of the options' format; both fisheyes have one siting.  frame: NULL for the defaults.  Returns error's code.
- * The panorama is written whole or, after an error, not at all.  Asks nothing of the heap. */
+/* Stitches one frame.  fisheyes: lens 0's picture and lens 1's, of the camera's size; picture: the panorama's, of the options'
+ * size, apart from both; all of the options' format; both fisheyes have one siting.  frame: NULL for the defaults.  Returns
+ * error's code.  The picture is written whole or, after an error, not at all.  Asks nothing of the heap. */
 BISEAM_API int32_t biseam_panorama_stitch(BiseamPanorama* panorama, const BiseamPicture fisheyes[2],
                                           const BiseamPicture* picture, const BiseamFrame* frame, BiseamError* error);
 
