@@ -38,7 +38,7 @@ constexpr int kFrames = 24, kCut = 10, kFlash = 5, kBlack = 15, kCovered = 18, k
 
 LitScene scene_at(int frame) {
   const Turn turn = frame < kCut ? Turn{2.0 * frame, 0, 0} : Turn{2.0 * frame, 0, 90};
-  LitScene scene{[turn](const Vec3& d) { return gravel(rotation(turn) * d); }, {}};
+  LitScene scene{[turned = rotation(turn)](const Vec3& d) { return gravel(turned * d); }, {}};
   scene.lens[1].exposure = 0.1 + 0.01 * frame + (frame == kFlash ? 0.6 : 0);
   scene.noise = 2;
   scene.seed = static_cast<std::uint32_t>(frame);

@@ -241,7 +241,7 @@ TEST(MatchedLightAccuracy, FollowsACutAtOnceAndADriftWithinHalfASecond) {
   LitScene before = uneven(gravel);
   Fisheyes first = film_of(config).of(before);
   for (int i = 0; i < 20; ++i) engine.stitch(first);
-  LitScene after{[](const Vec3& d) { return gravel(rotation({120, 0, 0}) * d); }, {}};
+  LitScene after{[turned = rotation({120, 0, 0})](const Vec3& d) { return gravel(turned * d); }, {}};
   after.lens[0].exposure = 0.5;
   after.lens[1].exposure = -0.5;
   Fisheyes second = film_of(config).of(after);
@@ -326,7 +326,7 @@ TEST(MatchedLight, WhiteSkyStaysWhite) {
 std::vector<LitScene> walk(int frames) {
   std::vector<LitScene> scenes;
   for (int i = 0; i < frames; ++i) {
-    LitScene scene = uneven([i](const Vec3& d) { return gravel(rotation({0.7 * i, 0, 0}) * d); });
+    LitScene scene = uneven([turned = rotation({0.7 * i, 0, 0})](const Vec3& d) { return gravel(turned * d); });
     scene.seed = static_cast<std::uint32_t>(i);
     scene.lens[1].exposure += 0.02 * i;
     scenes.push_back(scene);

@@ -17,7 +17,7 @@ RingImage image_of(const LitScene& scene, int lens = 0) {
 }
 
 LitScene turned(double yaw, double noise = 2) {
-  LitScene scene{[yaw](const Vec3& d) { return gravel(rotation({yaw, 0, 0}) * d); }, {}};
+  LitScene scene{[turned = rotation({yaw, 0, 0})](const Vec3& d) { return gravel(turned * d); }, {}};
   scene.noise = noise;
   return scene;
 }

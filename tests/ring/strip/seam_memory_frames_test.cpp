@@ -98,7 +98,7 @@ TEST(SteadySeam, LeavesWhatComesIntoItsWayWithinSomeFrames) {
 
 TEST(SteadySeam, IsFreeAtACut) {
   OwnEngine engine(steady_config()), fresh(steady_config());
-  const auto turned = [](const Vec3& d) { return gravel(rotation({120, 0, 0}) * d); };
+  const auto turned = [by = rotation({120, 0, 0})](const Vec3& d) { return gravel(by * d); };
   Fisheyes before = film().of({gravel, {}}), after = film().of({turned, {}});
   for (int i = 0; i < 10; ++i) engine.stitch(before);
   for (int i = 0; i < 3; ++i) {
@@ -113,7 +113,7 @@ Fisheyes& walk(int frame) {
   static std::vector<Fisheyes> frames = [] {
     std::vector<Fisheyes> made;
     for (int i = 0; i < 28; ++i) {
-      LitScene scene{[i](const Vec3& d) { return gravel(rotation({2.0 * i, 0, 0}) * d); }, {}};
+      LitScene scene{[turned = rotation({2.0 * i, 0, 0})](const Vec3& d) { return gravel(turned * d); }, {}};
       scene.lens[1].exposure = 0.1 + 0.01 * i;
       scene.noise = 2;
       scene.seed = static_cast<std::uint32_t>(i);
