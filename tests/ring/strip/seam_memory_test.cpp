@@ -147,7 +147,7 @@ TEST(SeamMemory, RefusesWhatCannotHaveBeenKept) {
   refuses("a place behind the last", &own.memory.count->next, int32_t{kFrames});
   refuses("a row near the edge", &own.memory.paths[2][47], int16_t{kMargin - 1});
   refuses("a row near the other edge", &own.memory.paths[0][20], int16_t{9 - kMargin});
-  const int16_t far = static_cast<int16_t>(own.memory.paths[1][0] <= 4 ? 6 : 2);
+  const int16_t far = static_cast<int16_t>(own.memory.paths[1][47] <= 4 ? 6 : 2);  // from the row before it
   refuses("a jump where the path closes", &own.memory.paths[1][0], far);
   refuses("a cost that none is", &own.memory.costs[2][kSamples - 1], static_cast<uint16_t>(kMostSeamCost + 1));
   // What doesn't count may be anything.
