@@ -168,6 +168,9 @@ TEST(StitchClip, EncodersAndSettingsThatDoNotExistAreNamed) {
       {{"--encoder", "ffv1", "--crf", "3"}, 2, "--crf: the encoder ffv1 has no such setting"},
       {{"--encoder", "ffv1", "--preset", "fast"}, 2, "--preset: the encoder ffv1 has no such setting"},
       {{"--crf", "-5"}, 2, "--crf"},
+      {{"--crf", "-1"}, 2, "--crf: '-1': libx264 takes 0 to 51"},
+      {{"--encoder", "libx265", "--crf", "51.5"}, 2, "--crf: '51.5': libx265 takes 0 to 51"},
+      {{"--encoder", "libvpx-vp9", "--crf", "nan"}, 2, "--crf"},
       {{"--preset", "sluggish"}, 2, "--preset: 'sluggish'"},
       {{"--bitrate", "much"}, 2, "--bitrate"},
   };

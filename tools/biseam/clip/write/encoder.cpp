@@ -17,12 +17,26 @@ namespace {
 
 constexpr const char *kUsualCrf = "18", *kUsualPreset = "medium";  // of libx264: hardly a visible loss
 
+std::string number_text(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%g", value);
+  return text;
+}
+
 // The encoder itself would print its complaint.
 void check_preset(const std::string& encoder, const std::string& preset) {
   if (encoder != "libx264" && encoder != "libx265") return;
   const std::string known = "ultrafast superfast veryfast faster fast medium slow slower veryslow placebo";
   if (preset.find(' ') == std::string::npos && (" " + known + " ").find(" " + preset + " ") != std::string::npos) return;
   throw Failure(ExitCode::usage, "--preset: '" + preset + "': " + encoder + " knows " + known);
+}
+
+// Numbers below 0 stand for no setting in libav, and x264 and x265 take what is too large for their largest.
+void check_crf(const std::string& encoder, double crf) {
+  const bool is_x26 = encoder.starts_with("libx264") || encoder == "libx265";
+  const int most = is_x26 ? 51 : 63;
+  if (crf >= 0 && crf <= most) return;
+  throw Failure(ExitCode::usage, "--crf: '" + number_text(crf) + "': " + encoder + " takes 0 to " + std::to_string(most));
 }
 
 AVPixelFormat choose_format(const AVCodec& codec, AVPixelFormat panoramas, bool full_range) {
@@ -57,12 +71,6 @@ const AVCodec& find_encoder(const std::string& name) {
     throw Failure(ExitCode::usage, "--encoder: there is no video encoder '" + name + "' here (ffmpeg -encoders lists them)");
   }
   return *codec;
-}
-
-std::string number_text(double value) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%g", value);
-  return text;
 }
 
 }  // namespace
@@ -115,6 +123,7 @@ void Encoder::set_options(const EncoderSettings& settings) {
   const bool usual = settings.name == "libx264";
   if (settings.crf) {
     set_option("crf", number_text(*settings.crf));
+    check_crf(settings.name, *settings.crf);
   } else if (usual && settings.bitrate.empty()) {
     set_option("crf", kUsualCrf);
   }
