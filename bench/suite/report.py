@@ -100,7 +100,7 @@ def write_limits(results):
 
 def write_ring(results):
     parts = ["## Frames of a real camera\n\nSeam searched, blended in bands; one NV12 frame after the other, unless it says 10 bits "
-             "(P010). v360 and the exact engine have the virtual camera.\n"]
+             "(P010). v360, OpenCV and the exact engine have the virtual camera.\n"]
     for width, by_threads in results["ring"].items():
         for threads, measured in by_threads.items():
             frames = measured["frames"]

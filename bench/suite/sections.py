@@ -61,7 +61,7 @@ class Suite:
         return {name: quality.psnr(ours, picture) for name, picture in pictures.items()}
 
     def ring(self, width):
-        """Whole frames of the ring engine by a real camera, of the exact one, and of v360, by one thread and by two."""
+        """Whole frames of the ring engine by a real camera, of the exact one and of others, by one thread and by two."""
         result = {}
         for threads in (2, 1):
             def start(name):
@@ -70,7 +70,7 @@ class Suite:
             contestants = {**{name: start(name) for name in RING_OPTIONS}, "v360": self.start("v360", width=width, threads=threads),
                            "v360_spline16": self.start("v360", width=width, threads=threads, interp="spline16")}
             if threads == 2:
-                contestants["exact"] = self.start("biseam", width=width)
+                contestants |= {"exact": self.start("biseam", width=width), "opencv": self.start("opencv", width=width)}
             result[str(threads)] = {"first": first, "frames": self.turns(contestants)}
         return result
 
