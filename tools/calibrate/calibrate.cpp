@@ -97,7 +97,7 @@ Finding calibrate(const std::vector<LumaPair>& pairs, const Options& options, co
 }
 
 profile::CameraSettings circles(const std::vector<LumaPair>& pairs, const ShareWork& share_work) {
-  constexpr double kMostApart = 0.05;  // of the radii
+  constexpr double kMostApart = 0.05;  // of the radii, which are as large as their pictures
   const std::vector<Pair> pictures = pictures_of(pairs);
   std::optional<Circle> found[2];
   share_work(2, [&](int k) {
@@ -107,7 +107,12 @@ profile::CameraSettings circles(const std::vector<LumaPair>& pairs, const ShareW
     }
     if (std::min(frames.front().cols, frames.front().rows) >= kLeastSide) found[k] = find_circle(frames);
   });
-  if (!found[0] || !found[1] || std::abs(found[0]->radius - found[1]->radius) > kMostApart * found[0]->radius) return {};
+  if (!found[0] || !found[1]) return {};
+  const auto share_of = [&](int k) {
+    const cv::Mat1b& picture = pictures.front().lens[k];
+    return found[k]->radius / std::min(picture.cols, picture.rows);
+  };
+  if (std::abs(share_of(0) - share_of(1)) > kMostApart * share_of(0)) return {};
   profile::CameraSettings settings;
   Camera camera;
   for (int k = 0; k < 2; ++k) {

@@ -1,10 +1,13 @@
 // `biseam stitch` without a profile.
 #include "calibration/find_camera.hpp"
 
+#include <opencv2/imgproc.hpp>
+
 #include "picture/write_picture.hpp"
 #include "tool/calibration/photographed.hpp"
 #include "tool/support/clip_maker.hpp"
 #include "tool/support/scratch_folder.hpp"
+#include "tool/support/sphere.hpp"
 
 namespace biseam::tool {
 namespace {
@@ -50,6 +53,37 @@ TEST(StitchWithoutAProfile, CirclesThatAreFoundAreTold) {
   const Finished finished = run_tool("stitch", {folder / "wall.png", "-o", folder / "a.png"});
   EXPECT_EQ(finished.exit_code, 0) << finished.err;
   EXPECT_TRUE(tells(finished, "the camera is not found, its image circles are, and taken for 195 degrees: ")) << finished.err;
+}
+
+TEST(StitchWithoutAProfile, APanoramaIsRefused) {
+  const ScratchFolder folder;
+  write_picture(folder / "done.png", test::paint_panorama(2 * kSide));
+  for (const char* command : {"stitch", "calibrate"}) {
+    const Finished finished = run_tool(command, {folder / "done.png", "-o", folder / "a.png"});
+    expect_refused(finished, 3, folder / "a.png");
+    EXPECT_TRUE(tells(finished, "done.png: is a finished panorama: ")) << finished.err;
+  }
+  for (const std::vector<std::string>& told : {std::vector<std::string>{"--layout", "side-by-side"}, {"--camera", "none"}}) {
+    std::vector<std::string> arguments = {folder / "done.png", "-o", folder / "a.png"};
+    arguments.insert(arguments.end(), told.begin(), told.end());
+    EXPECT_EQ(run_tool("stitch", arguments).exit_code, 0);
+  }
+}
+
+// One lens's picture was scaled, or is of another camera.
+TEST(StitchWithoutAProfile, TwoSizesNeedACircleEach) {
+  const ScratchFolder folder;
+  write_picture(folder / "0.png", lens_picture(photographed().lens[0]));
+  cv::Mat1b half;
+  cv::resize(photographed().lens[1], half, {kSide / 2, kSide / 2}, 0, 0, cv::INTER_AREA);
+  write_picture(folder / "1.png", lens_picture(half));
+  write_picture(folder / "covered.png", lens_picture(cv::Mat1b(kSide / 2, kSide / 2, static_cast<unsigned char>(2))));
+  const Finished finished = run_tool("stitch", {folder / "0.png", folder / "1.png", "-o", folder / "a.png"});
+  EXPECT_EQ(finished.exit_code, 0) << finished.err;
+  EXPECT_TRUE(tells(finished, "the camera is not found, its image circles are")) << finished.err;
+  const Finished refused = run_tool("stitch", {folder / "0.png", folder / "covered.png", "-o", folder / "b.png"});
+  expect_refused(refused, 3, folder / "b.png");
+  EXPECT_TRUE(tells(refused, "lens 0's picture has 320x320 pixels, lens 1's 160x160")) << refused.err;
 }
 
 TEST(StitchWithoutAProfile, NoneAndTheCamerasOptionsForbidTheSearch) {

@@ -5,6 +5,7 @@
 #include "base/failure.hpp"
 #include "base/replace_file.hpp"
 #include "base/share_work.hpp"
+#include "base/size.hpp"
 #include "base/thread_count.hpp"
 #include "calibrate/finding.hpp"
 #include "profile/write.hpp"
@@ -22,6 +23,16 @@ std::vector<calibrate::LumaPair> lumas_of(std::span<const RecordedPair> pairs) {
 
 std::string pairs_text(std::size_t pairs) {
   return pairs == 1 ? "one pair of pictures" : std::to_string(pairs) + " pairs of pictures";
+}
+
+Size size_of(const BiseamPicture& picture) { return {picture.width, picture.height}; }
+
+// Whatever is wrong with such pictures, a guess of the camera makes it no better.
+void refuse_two_sizes(const RecordedPair& pair, const std::string& name) {
+  const Size first = size_of(pair.pictures()[0]), second = size_of(pair.pictures()[1]);
+  if (first == second) return;
+  throw Failure(ExitCode::input, name + ": lens 0's picture has " + size_text(first) + " pixels, lens 1's " +
+                                     size_text(second) + ", and they don't both show their circle: are they of one camera?");
 }
 
 }  // namespace
@@ -48,6 +59,7 @@ profile::CameraSettings find_camera(std::span<const RecordedPair> pairs, const s
   } catch (const calibrate::Refusal& refusal) {
     if (!save.empty()) throw Failure(ExitCode::input, name + ": no camera to save: " + refusal.what());
     const profile::CameraSettings settings = calibrate::circles(lumas_of(pairs), share);
+    if (!settings.lens[0].p) refuse_two_sizes(pairs.front(), name);
     const std::string assumed = settings.lens[0].p ? "its image circles are, and taken for 195 degrees: "
                                                    : "lenses of 195 degrees are assumed, with circles that fit the pictures: ";
     notice(name + ": the camera is not found, " + assumed + refusal.what());

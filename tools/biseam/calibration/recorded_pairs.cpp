@@ -6,6 +6,7 @@
 
 #include "base/failure.hpp"
 #include "base/interrupt.hpp"
+#include "calibrate/panorama.hpp"
 #include "media/frame_converter.hpp"
 #include "media/pixel_format.hpp"
 #include "picture/frame_over.hpp"
@@ -95,6 +96,11 @@ RecordedPair::RecordedPair(const AVFrame& first, const AVFrame* second, Layout l
   frames_[0] = nv12_of(first, name);
   if (second == nullptr) {
     split(*frames_[0], layout, name, pictures_);
+    if (layout == Layout::automatic && first.width > first.height && calibrate::is_panorama(luma())) {
+      throw Failure(ExitCode::input, name +
+                                         ": is a finished panorama: its sides meet, and its first and last row show one place "
+                                         "each; --layout side-by-side takes it for two fisheyes");
+    }
   } else {
     frames_[1] = nv12_of(*second, name);
     for (int k = 0; k < 2; ++k) pictures_[k] = engine_picture(*frames_[k]);
