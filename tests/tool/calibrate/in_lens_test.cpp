@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "calibrate/estimate.hpp"
+#include "calibrate/vectors.hpp"
 #include "tool/calibrate/turned.hpp"
 
 namespace biseam::calibrate {
@@ -81,6 +82,28 @@ TEST(InLens, RimsStayWhereLensesBendMuch) {
   EXPECT_GT(values[kRim], 100);
   EXPECT_LT(values[kRim], 104);
   EXPECT_NEAR(radius(camera_of(values, kFrame).lens[0], values[kRim] * kDegree), radius(before, 100 * kDegree), 1e-6);
+}
+
+// A camera that is carried along over a ground: what is below moves by more than the turn.
+TEST(InLens, WalkingOverAGroundBendsNoLens) {
+  constexpr int kPairs = 4;
+  constexpr double kGround = 1.5, kStep = 0.3;  // metres
+  const Camera camera = some_camera(kTurningSide);
+  std::vector<Pair> pairs;
+  for (int i = 0; i < kPairs; ++i) {
+    const Matrix3 pose = rotation({7.0 * i, 0, 0});
+    pairs.push_back(photograph(camera, 1e9, 1, [&](const Vec3& d) {
+      const Vec3 turned = pose * d;
+      return turned.y < 1e-6 ? turned : unit((kGround / turned.y) * turned + Vec3{0, 0, i * kStep});
+    }));
+  }
+  const Values guess = rough_guess(camera);
+  const std::optional<InLens> found = look_in_lenses(pairs, guess, kFrame, {0, 1, 0}, in_turn);
+  ASSERT_TRUE(found);
+  EXPECT_GT(found->tracks, 300u);
+  Values values = guess;
+  take_in_lens(*found, kFrame, values);
+  for (int k = 0; k < 2; ++k) EXPECT_LT(straightness(camera, camera_of(values, kFrame), k), 0.25);
 }
 
 TEST(InLens, ACameraThatStandsTellsNothing) {
