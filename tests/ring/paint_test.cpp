@@ -42,9 +42,7 @@ class BlockWidenings {
 };
 
 Kernel kernel_of(ring::Quality quality) {
-  return quality == ring::Quality::fast   ? Kernel::bilinear
-         : quality == ring::Quality::good ? Kernel::spline16
-                                          : Kernel::spline36;
+  return quality == ring::Quality::fast ? Kernel::bilinear : quality == ring::Quality::good ? Kernel::cubic : Kernel::spline36;
 }
 
 struct Interval {
@@ -199,7 +197,7 @@ TEST_P(SameScene, TheRingEqualsAHardCut) {
         for (int x = 0; x < panorama.columns(c); ++x) {
           const int lens = ring.across(x, y) > 0 ? 1 : 0;
           const Place at = reference_place(config.camera, lens, ring.direction(x, y));
-          const double cut = std::round(reference_sample(pictures[lens], Kernel::spline16, (at.x - grid.offset_x) / grid.sub_x,
+          const double cut = std::round(reference_sample(pictures[lens], Kernel::cubic, (at.x - grid.offset_x) / grid.sub_x,
                                                          (at.y - grid.offset_y) / grid.sub_y, {}));
           ASSERT_NEAR(panorama.get(c, x, y), cut, 1) << "channel " << c << " at " << x << ", " << y << ", pitch " << turn.pitch;
         }

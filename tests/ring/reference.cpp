@@ -24,9 +24,9 @@ Vec3 yawed(const Vec3& v, double a) {
 
 double bilinear_weight(double d) { return d < 1 ? 1 - d : 0; }
 
-double spline16_weight(double d) {
-  if (d < 1) return ((d - 9.0 / 5) * d - 1.0 / 5) * d + 1;
-  if (d < 2) return ((-1.0 / 3 * (d - 1) + 4.0 / 5) * (d - 1) - 7.0 / 15) * (d - 1);
+double cubic_weight(double d) {
+  if (d < 1) return ((0.63 * d - 1.26) * d - 0.37) * d + 1;
+  if (d < 2) return ((-0.21 * (d - 1) + 0.63) * (d - 1) - 0.42) * (d - 1);
   return 0;
 }
 
@@ -42,14 +42,14 @@ double weight(Kernel kernel, double distance) {
   switch (kernel) {
     case Kernel::bilinear:
       return bilinear_weight(d);
-    case Kernel::spline16:
-      return spline16_weight(d);
+    case Kernel::cubic:
+      return cubic_weight(d);
     default:
       return spline36_weight(d);
   }
 }
 
-int reach_of(Kernel kernel) { return kernel == Kernel::bilinear ? 1 : kernel == Kernel::spline16 ? 2 : 3; }
+int reach_of(Kernel kernel) { return kernel == Kernel::bilinear ? 1 : kernel == Kernel::cubic ? 2 : 3; }
 
 struct Taps {
   int first;

@@ -30,7 +30,7 @@ RingPlace reference_ring(const Vec3& direction);
 
 // ---- Sampling ----------------------------------------------------------------------------------------------------------
 
-enum class Kernel { bilinear, spline16, spline36 };
+enum class Kernel { bilinear, cubic, spline36 };
 
 // One channel.  Where its samples stand: every sub_x-th luma sample across, the first offset_x luma samples from the first one.
 struct ReferencePlane {
@@ -70,7 +70,7 @@ struct RingSample {
 struct ReferenceFrame {
   Camera camera;
   View view;
-  Kernel kernel = Kernel::spline16;
+  Kernel kernel = Kernel::cubic;
   double half_width = 0;  // of the ring, radians; from there on only the lens that looks there counts
   std::function<Widening(const Shrink&)> widening = covering;
   std::function<double(const RingSample&)> blend;  // inside the ring

@@ -12,11 +12,17 @@ constexpr int kAll = sizeof kWidenings / sizeof kWidenings[0];
 // Kernels as functions of the distance, not negative, in samples.
 constexpr double triangle(double d) { return d < 1 ? 1 - d : 0; }
 
-constexpr double spline16(double d) {
-  if (d < 1) return ((d - 9.0 / 5) * d - 1.0 / 5) * d + 1;
-  if (d >= 2) return 0;
-  d -= 1;
-  return ((-1.0 / 3 * d + 4.0 / 5) * d - 7.0 / 15) * d;
+// The cubic through four samples, with its bend a quarter stronger.  That cubic leaves the straight line between the middle two
+// as the slowest waves do; finer ones bend more.  Of all strengths this one misses the least, in the mean over all places
+// between samples, of pictures whose waves of f cycles a sample have the power (1 - 2f)^4 / f^2, which is natural pictures
+// behind a lens; four weights found for each place alone miss 0.004 dB less.  A stronger bend comes closer to sharper pictures,
+// but lets more noise through.
+constexpr double kBend = 1.26;
+
+constexpr double cubic(double d) {
+  if (d < 1) return (1 - d) * (1 + kBend / 2 * d * (1 - d));
+  if (d < 2) return -kBend / 6 * (d - 1) * (2 - d) * (3 - d);
+  return 0;
 }
 
 constexpr double spline36(double d) {
@@ -32,7 +38,7 @@ constexpr double spline36(double d) {
 
 constexpr double kernel_at(Quality quality, double d) {
   if (d < 0) d = -d;
-  return quality == Quality::fast ? triangle(d) : quality == Quality::good ? spline16(d) : spline36(d);
+  return quality == Quality::fast ? triangle(d) : quality == Quality::good ? cubic(d) : spline36(d);
 }
 
 constexpr int radius_of(Quality quality) { return quality == Quality::fast ? 1 : quality == Quality::good ? 2 : 3; }

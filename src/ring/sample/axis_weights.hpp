@@ -8,7 +8,7 @@
 // 1.5 times that, which the sums of the samplers are laid out for.
 namespace biseam::ring {
 
-enum class Quality { fast, good, best };  // bilinear, spline16 (4 x 4), spline36 (6 x 6)
+enum class Quality { fast, good, best };  // bilinear, cubic (4 x 4), spline36 (6 x 6)
 
 inline constexpr int kTapBits = 13;
 inline constexpr int32_t kTapsOne = 1 << kTapBits;

@@ -16,8 +16,8 @@ inline double formula(Quality quality, double distance) {
     case Quality::fast:
       return std::max(0.0, 1 - d);
     case Quality::good:
-      if (d < 1) return d * d * d - 9.0 / 5 * d * d - d / 5 + 1;
-      return d < 2 ? -e * e * e / 3 + 4.0 / 5 * e * e - 7.0 / 15 * e : 0;
+      if (d < 1) return 0.63 * d * d * d - 1.26 * d * d - 0.37 * d + 1;
+      return d < 2 ? -0.21 * e * e * e + 0.63 * e * e - 0.42 * e : 0;
     default:
       if (d < 1) return (247 * d * d * d - 453 * d * d - 3 * d) / 209 + 1;
       if (d < 2) return (-114 * e * e * e + 270 * e * e - 156 * e) / 209;
