@@ -1,16 +1,18 @@
 #!/usr/bin/env bash
-# bench.sh [--quick] [--against COMMIT]: builds the side-by-side measurements, runs them and leaves tables and plot in out/bench/.
+# bench.sh [--quick] [--against COMMIT] [--samples DIR]: builds the side-by-side measurements, runs them and leaves tables and plot in out/bench/.
 #   --quick     only to see that everything works
 #   --against   measures the library of an older commit too
+#   --samples   measures where the lenses meet in real cameras' pictures, too: those that real_seams.py knows by name
 set -euo pipefail
 cd "$(dirname "$0")/.."
 out=out/bench
 build=build/release
-quick=() against=()
+quick=() against=() samples=()
 while [ $# -gt 0 ]; do
   case $1 in
     --quick) quick=(--quick); out=out/bench-quick; shift ;;
     --against) against=(--against "${2:?--against needs a commit}"); shift 2 ;;
+    --samples) samples=(--samples "${2:?--samples needs a folder}"); shift 2 ;;
     *) echo "bench.sh: no option '$1'" >&2; exit 2 ;;
   esac
 done
@@ -31,6 +33,6 @@ cmake --preset bench -DBISEAM_BENCH_AGAINST="$library"
 cmake --build --preset bench
 mkdir -p "$out"
 /usr/bin/python3 bench/arm/estimate.py --out "$out/arm.json"
-/usr/bin/python3 bench/suite/run.py --build "$build" --out "$out" --arm "$out/arm.json" "${quick[@]}" "${against[@]}"
+/usr/bin/python3 bench/suite/run.py --build "$build" --out "$out" --arm "$out/arm.json" "${quick[@]}" "${against[@]}" "${samples[@]}"
 echo
 cat "$out/bench.md"

@@ -1,4 +1,5 @@
 """What joining the lenses must reach, and what of it is held."""
+import real_seams
 from figures import median
 
 FOLLOWED = 2  # frames after a cut that are not judged
@@ -40,6 +41,14 @@ def lost(scenes):
     return max(off - on for scene in scenes for off, on in zip(scene["off"], scene["on"]))
 
 
+def of_real_seams(samples):
+    for name, eighths in samples.items():
+        for figure, text in (("along", "along the ring"), ("far", "far things across it")):
+            value = real_seams.worst(eighths, figure)
+            if value is not None:
+                yield f"{name}, worst eighth: {text}, px of 3840", *less_than(0.5, value)
+
+
 def of_cost(meeting):
     yield ("all three: CPU ms of a frame of 3840 x 1920",
            *less_than(4, median(meeting["all"], "frame.cpu_ms") - median(meeting["off"], "frame.cpu_ms")))
@@ -52,7 +61,7 @@ def of_clips(clips):
                    *less_than(0.85, clip["matched_ratio"]["wall_s"]["median"]))
 
 
-SECTIONS = {"light": of_light, "seams": of_seams, "near": of_near, "meeting": of_cost, "clips": of_clips}
+SECTIONS = {"light": of_light, "seams": of_seams, "near": of_near, "real_seams": of_real_seams, "meeting": of_cost, "clips": of_clips}
 
 
 def judge(results):

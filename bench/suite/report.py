@@ -86,6 +86,14 @@ def write_filmed_seams(results):
             table(["", "", "flicker near the ring, against elsewhere", "luma PSNR near the ring"], rows))
 
 
+def write_real_seams(results):
+    rows = [[name, *(f"{part['matches']}: {part['along']:+.2f} ({part['rms']:.2f}), {part['far']:+.2f}" if "far" in part else part["matches"]
+                     for part in eighths)] for name, eighths in results["real_seams"].items()]
+    return ("## Real cameras\n\nWhat both lenses see by the profile that `biseam calibrate` finds, pixels of 3840, by eighths of the ring from "
+            "the left upwards: matches; median along the ring (rms), where nearness displaces nothing; the far end across it. Below 0 "
+            "is what would lie beyond infinity.\n\n" + table(["", *(str(i + 1) for i in range(8))], rows))
+
+
 def write_meeting(results):
     frames = results["meeting"]
     cpu = {name: median(figures, "frame.cpu_ms") for name, figures in frames.items()}
@@ -267,7 +275,7 @@ def write_arm(results):
             "such version or no cost for one of its instructions. On 64-bit ARM compilers use NEON for the scalar definitions too.\n\n" + table(["loop", "processor", "scalar", "NEON", "ratio"], rows))
 
 
-SECTIONS = {"analytic": write_analytic, "seams": write_seams, "filmed_seams": write_filmed_seams, "light": write_light, "near": write_near, "meeting": write_meeting, "ring": write_ring, "ring_curve": write_ring_curve, "contest": write_contest, "stages": write_stages, "curve": write_curve, "search": write_search,
+SECTIONS = {"analytic": write_analytic, "seams": write_seams, "filmed_seams": write_filmed_seams, "light": write_light, "near": write_near, "real_seams": write_real_seams, "meeting": write_meeting, "ring": write_ring, "ring_curve": write_ring_curve, "contest": write_contest, "stages": write_stages, "curve": write_curve, "search": write_search,
             "tables": write_tables, "memory": write_memory, "clips": write_clips, "instructions": write_instructions, "arm": write_arm,
             "kernels": write_kernels}
 

@@ -13,6 +13,7 @@ import machine
 import near
 import plot
 import quality
+import real_seams
 import report
 import seams
 from pictures import make_pictures
@@ -31,11 +32,12 @@ def read_arguments():
     parser.add_argument("--out", type=pathlib.Path, required=True)
     parser.add_argument("--arm", type=pathlib.Path, help="table of estimates for ARM to be shown too")
     parser.add_argument("--against", help="name of the library that bench_against was built of")
+    parser.add_argument("--samples", type=pathlib.Path, help="folder of real cameras' pictures; without it they are left out")
     parser.add_argument("--quick", action="store_true", help="only to see that everything works: few rounds, small panoramas")
     return parser.parse_args()
 
 
-def sections(suite, sizes, curve, tool, quick):
+def sections(suite, sizes, curve, tool, samples, quick):
     yield "analytic", lambda: {camera: {str(width): analytic.measure(suite, width, camera) for width in sizes}
                                for camera in analytic.CAMERAS}
     yield "seams", lambda: seams.measure(tool, suite.out / "pictures", seams.WIDTH)
@@ -43,6 +45,10 @@ def sections(suite, sizes, curve, tool, quick):
     yield "filmed_seams", lambda: seams.measure_filmed(tool, pictures, 480 if quick else 960, FEW if quick else FILMED)
     yield "light", lambda: light.measure(tool, pictures, 512 if quick else 1920)
     yield "near", lambda: near.measure(tool, pictures, 960 if quick else 1920, FEW if quick else FILMED)
+    if samples:
+        yield "real_seams", lambda: real_seams.measure_samples(tool, pictures, samples)
+    else:
+        print("real_seams    left out: no --samples", flush=True)
     yield "meeting", lambda: suite.meeting(sizes[0])
     yield "ring", lambda: {str(width): suite.ring(width) for width in sizes}
     yield "ring_curve", lambda: suite.ring_curve(curve)
@@ -94,7 +100,7 @@ def main():
                   sizes=sorted({width // 2 for width in (*sizes, *curve, seams.WIDTH)}))
     suite = Suite(arguments.build, arguments.out, rounds=2 if arguments.quick else ROUNDS, against=arguments.against)
     results = {"machine": machine.describe(), "rounds": suite.rounds, "against": arguments.against}
-    for name, section in sections(suite, sizes, curve, tool, arguments.quick):
+    for name, section in sections(suite, sizes, curve, tool, arguments.samples, arguments.quick):
         start = time.monotonic()
         results[name] = section()
         print(f"{name:13} {time.monotonic() - start:5.1f} s", flush=True)
