@@ -111,14 +111,14 @@ constexpr AxisWeights weights_of() {
 }
 
 template <Quality q>
-struct Widenings {
+struct WidenedWeights {
   static constexpr AxisWeights kWeights[] = {weights_of<q, 0>(), weights_of<q, 1>(), weights_of<q, 2>(),
                                              weights_of<q, 3>(), weights_of<q, 4>(), weights_of<q, 5>(),
                                              weights_of<q, 6>(), weights_of<q, 7>(), weights_of<q, 8>()};
 };
 
 template <>
-struct Widenings<Quality::fast> {
+struct WidenedWeights<Quality::fast> {
   static constexpr Quality q = Quality::fast;
   static constexpr AxisWeights kWeights[] = {weights_of<q, 0>(),  weights_of<q, 1>(),  weights_of<q, 2>(),  weights_of<q, 3>(),
                                              weights_of<q, 4>(),  weights_of<q, 5>(),  weights_of<q, 6>(),  weights_of<q, 7>(),
@@ -136,8 +136,9 @@ int widening_for(double scale) noexcept {
 }
 
 const AxisWeights& axis_weights(Quality quality, int widening) noexcept {
-  if (quality == Quality::fast || widening > kWidest) return Widenings<Quality::fast>::kWeights[widening];
-  return quality == Quality::good ? Widenings<Quality::good>::kWeights[widening] : Widenings<Quality::best>::kWeights[widening];
+  if (quality == Quality::fast || widening > kWidest) return WidenedWeights<Quality::fast>::kWeights[widening];
+  return quality == Quality::good ? WidenedWeights<Quality::good>::kWeights[widening]
+                                  : WidenedWeights<Quality::best>::kWeights[widening];
 }
 
 }  // namespace biseam::ring

@@ -1,8 +1,10 @@
-# together.awk SOURCE...: prints groups of up to eight sources of tests that can be compiled as one, a line each.
+# together.awk SOURCE...: prints groups of up to eight sources that can be compiled as one, a line each.
 #
 # No name may come to mean something else without an error.  So sources share a group only where no name that one declares
-# outside of functions occurs anywhere in another, and where the namespaces and directives that lines begin with are the same.
-# Macros, operators, unscoped enumerations and what is extern "C" keep a source alone.
+# outside of functions occurs anywhere in another, where the namespaces and directives that lines begin with are the same, and in
+# the same first folder, as headers of two need not go together.  A processor's kernels, under its condition, are with each other
+# only: intrinsics may change what other loops can be compiled for.  Macros, other conditions, operators, unscoped enumerations and
+# what is extern "C" keep a source alone.
 BEGIN {
   for (i = 1; i < ARGC; ++i) {
     read(i)
@@ -16,10 +18,13 @@ BEGIN {
 }
 
 function read(i,    line, words, n, k, status) {
+  split(ARGV[i], words, "/")
+  directives[i] = words[1] "\n"
   while ((status = getline line < ARGV[i]) > 0) {
-    if (line ~ /^#include/) continue
+    if (line ~ /^#if defined\(BISEAM_(X86_64|ARM)\)( && defined\(__aarch64__\))?$/) directives[i] = directives[i] "kernels\n"
+    if (line ~ /^#(include|endif|if defined\(BISEAM_(X86_64|ARM)\)( && defined\(__aarch64__\))?$)/) continue
     sub(/\/\/.*/, "", line)
-    sub(/^\[\[[a-z_]*\]\] /, "", line)
+    sub(/^\[\[[a-z_:]*\]\] /, "", line)
     if (line ~ /^#|^enum [A-Za-z_]* *[:{]|^enum *\{|^extern|^[A-Za-z].*operator/) alone[i] = 1
     else if (line ~ /^namespace [a-z:_]+ \{|^using namespace/) directives[i] = directives[i] line "\n"
     else if (line ~ /^[A-Za-z]/ && line !~ /^(TEST|INSTANTIATE|namespace \{|template$)/) declare(i, line)
