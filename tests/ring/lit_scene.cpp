@@ -10,11 +10,10 @@ double recorded_by_bt709(double light) { return light < 0.018 ? 4.5 * light : 1.
 Rgb lens_light(const LensLight& lens, Rgb light, double angle, double t) {
   const double across = kPi / 2 - angle;  // of lens 1
   if (across >= lens.patch.low && across < lens.patch.high && std::abs(t) < lens.patch.around) light.fill(lens.patch.light);
-  const double rim = angle / (100 * kDegree), falloff = 1 - lens.vignette * rim * rim;
+  const double rim = angle / (100 * kDegree), falloff = 1 - lens.vignette * rim * rim, exposure = std::exp2(lens.exposure);
   const double apart = std::remainder(t - lens.flare_at, 2 * kPi);
-  for (std::size_t c = 0; c < 3; ++c) {
-    light[c] = light[c] * std::exp2(lens.exposure) * lens.balance[c] * falloff + lens.flare * std::exp(-apart * apart * 3);
-  }
+  const double flare = lens.flare == 0 ? 0 : lens.flare * std::exp(-apart * apart * 3);
+  for (std::size_t c = 0; c < 3; ++c) light[c] = light[c] * exposure * lens.balance[c] * falloff + flare;
   return light;
 }
 
@@ -57,22 +56,38 @@ Film::Film(const ring::EngineConfig& config) : config_(config) {
   }
 }
 
-Fisheyes Film::of(const LitScene& scene) const {
+Film::Exposed Film::expose(const LitScene& scene) const {
+  Exposed exposed;
+  for (int lens = 0; lens < 2; ++lens) {
+    if (scene.covered[lens]) continue;
+    for (int grid = 0; grid < 2; ++grid) {
+      for (const Seen& seen : seen_[lens][grid]) {
+        const auto codes = bt709_codes(lens_light(scene.lens[lens], scene.light(seen.direction), seen.angle, seen.round));
+        if (grid == 0) exposed.codes[lens][0].push_back(codes[0]);
+        for (std::size_t channel = 1; grid == 1 && channel < 3; ++channel)
+          exposed.codes[lens][channel].push_back(codes[channel]);
+      }
+    }
+  }
+  return exposed;
+}
+
+Fisheyes Film::develop(const Exposed& exposed, double noise, std::uint32_t seed) const {
   const TestFormat& format = test_format(config_.format);
-  std::mt19937 random(scene.seed);
+  std::mt19937 random(seed);
   return Fisheyes(config_, [&](int lens, int channel, int x, int y) {
-    if (scene.covered[lens]) return (channel == 0 ? 16 : 128) << (format.bits - 8);
-    const int grid = channel == 0 ? 0 : 1;
-    const Seen& seen = seen_[lens][grid][static_cast<std::size_t>(y * columns_[lens][grid] + x)];
-    const Rgb light = lens_light(scene.lens[lens], scene.light(seen.direction), seen.angle, seen.round);
-    double code = bt709_codes(light)[static_cast<std::size_t>(channel)];
-    if (scene.noise > 0) {
+    const std::vector<double>& codes = exposed.codes[lens][channel];
+    if (codes.empty()) return (channel == 0 ? 16 : 128) << (format.bits - 8);
+    double code = codes[static_cast<std::size_t>(y * columns_[lens][channel == 0 ? 0 : 1] + x)];
+    if (noise > 0) {
       double sum = -2;  // of four, whose variances add up to a third
-      for (int i = 0; i < 4; ++i) sum += std::ldexp(static_cast<double>(random()), -32);
-      code += scene.noise * std::sqrt(3.0) * sum;
+      for (int i = 0; i < 4; ++i) sum += 0x1p-32 * static_cast<double>(random());
+      code += noise * std::sqrt(3.0) * sum;
     }
     return std::clamp(static_cast<int>(std::lround(std::ldexp(code, format.bits - 8))), 0, format.highest());
   });
 }
+
+Fisheyes Film::of(const LitScene& scene) const { return develop(expose(scene), scene.noise, scene.seed); }
 
 }  // namespace biseam::test

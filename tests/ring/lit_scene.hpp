@@ -59,6 +59,13 @@ class Film {
   explicit Film(const ring::EngineConfig& config);
   Fisheyes of(const LitScene& scene) const;
 
+  // The same in two steps, for scenes in which nothing moves: what is seen, and noise on it.
+  struct Exposed {
+    std::vector<double> codes[2][3];  // by lens and channel, of 8 bits; none of a covered lens
+  };
+  Exposed expose(const LitScene& scene) const;
+  Fisheyes develop(const Exposed& exposed, double noise, std::uint32_t seed) const;
+
  private:
   struct Seen {
     Vec3 direction;

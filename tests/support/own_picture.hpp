@@ -145,7 +145,7 @@ class OwnPicture {
   }
   bool untouched() const {
     return std::all_of(std::begin(memory_), std::end(memory_), [&](const std::vector<uint8_t>& memory) {
-      return std::all_of(memory.begin(), memory.end(), [&](uint8_t byte) { return byte == layout_.poison; });
+      return memory == std::vector<uint8_t>(memory.size(), layout_.poison);
     });
   }
 

@@ -100,7 +100,7 @@ double psnr(const EngineConfig& config, const OwnPicture& panorama, const World&
   return 10 * std::log10(255 * 255 * count / sum);
 }
 
-bool same(const OwnPicture& a, const OwnPicture& b) { return a.channel(0) == b.channel(0); }
+bool same(const OwnPicture& a, const OwnPicture& b) { return a.bytes() == b.bytes(); }
 
 TEST(NearThingsAccuracy, AreBroughtTogether) {
   for (const double distance : {0.7, 1.0, 3.0}) {
