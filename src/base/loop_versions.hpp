@@ -13,6 +13,13 @@
 #define BISEAM_TURNS_APART _Pragma("GCC ivdep")
 #endif
 
+// Before a loop of fixed length that would be taken apart instead of becoming a vector.
+#if defined(__clang__)
+#define BISEAM_KEEP_LOOP
+#else
+#define BISEAM_KEEP_LOOP _Pragma("GCC unroll 1")
+#endif
+
 namespace biseam {
 
 namespace detail {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <type_traits>
 
 #include "base/loop_versions.hpp"
 #include "camera/trigonometry.hpp"
@@ -61,20 +62,45 @@ BISEAM_LOOP void mix_row_pairs(const int32_t* const upper[2], const int32_t* con
   }
 }
 
-// Distances in 1/4096 of a sample; a product of one within the ramp and the slope is at most 2^28.
-BISEAM_LOOP void weigh(const int32_t* distances, int32_t ramp, int16_t* weights, int count) noexcept {
-  const int32_t across = ramp >> 4, slope = ((1 << 28) + across / 2) / across;
-  BISEAM_TURNS_APART
-  for (ptrdiff_t i = 0; i < count; ++i) {
-    const int32_t distance = (distances[i] + (ramp >> 1)) >> 4;
-    const int32_t within = distance < 0 ? 0 : distance > across ? across : distance;
-    weights[i] = static_cast<int16_t>((within * slope + (1 << 19)) >> 20);
+// Whether any of some columns lies below a reach beyond the seam, and above one before it.
+struct Sides {
+  int32_t lens[2];
+};
+template <class Length>
+BISEAM_LOOP Sides sides_of(const int32_t* distances, int rows, Length length, int32_t reach) noexcept {
+  const int count = length;
+  int32_t least[kNeededColumns], largest[kNeededColumns];
+  BISEAM_KEEP_LOOP
+  for (int i = 0; i < count; ++i) least[i] = largest[i] = distances[i];
+  for (int row = 1; row < rows; ++row) {
+    const int32_t* const here = distances + row * kBlockWidth;
+    BISEAM_KEEP_LOOP
+    for (int i = 0; i < count; ++i) {
+      least[i] = here[i] < least[i] ? here[i] : least[i];
+      largest[i] = here[i] > largest[i] ? here[i] : largest[i];
+    }
   }
+  int32_t low = least[0], high = largest[0];
+  BISEAM_KEEP_LOOP
+  for (int i = 0; i < count; ++i) {
+    low = least[i] < low ? least[i] : low;
+    high = largest[i] > high ? largest[i] : high;
+  }
+  return {{low<reach, high> - reach}};
 }
 
-BISEAM_LOOP void keep_within(const int32_t* places, int32_t low, int32_t high, int32_t* values, int count) noexcept {
-  BISEAM_TURNS_APART
-  for (ptrdiff_t i = 0; i < count; ++i) values[i] = places[i] < low || places[i] > high ? 0 : values[i];
+BISEAM_LOOP void find_needed(const int32_t* distances, int rows, int columns, int32_t reach, ColumnRange* needed) noexcept {
+  for (int lens = 0; lens < 2; ++lens) needed[lens] = {columns, columns};
+  for (int first = 0; first < columns; first += kNeededColumns) {
+    const bool whole = columns - first >= kNeededColumns;
+    const Sides sides = whole ? sides_of(distances + first, rows, std::integral_constant<int, kNeededColumns>{}, reach)
+                              : sides_of(distances + first, rows, columns - first, reach);
+    for (int lens = 0; lens < 2; ++lens) {
+      if (sides.lens[lens] == 0) continue;
+      if (needed[lens].first == columns) needed[lens].first = first;
+      needed[lens].end = whole ? first + kNeededColumns : columns;
+    }
+  }
 }
 
 void fill_band(const AnchorValues& anchors, AnchorCount count, AnchorBand& band) noexcept {
@@ -90,8 +116,7 @@ constinit const Variants<FindRange> kFindRange = loop_versions<find_range, FindR
 constinit const Variants<FillAnchorRow> kFillAnchorRow = loop_versions<fill_row, FillAnchorRow>;
 constinit const Variants<MixAnchorRows> kMixAnchorRows = loop_versions<mix_rows, MixAnchorRows>;
 constinit const Variants<MixAnchorRowPairs> kMixAnchorRowPairs = loop_versions<mix_row_pairs, MixAnchorRowPairs>;
-constinit const Variants<WeighDistances> kWeighDistances = loop_versions<weigh, WeighDistances>;
-constinit const Variants<KeepWithin> kKeepWithin = loop_versions<keep_within, KeepWithin>;
+constinit const Variants<FindNeededColumns> kFindNeededColumns = loop_versions<find_needed, FindNeededColumns>;
 
 void place_anchors(const Mesh& mesh, const Block& block, const PlaneGrid& grid, StripShape shape,
                    AnchorPlaces& places) noexcept {

@@ -82,19 +82,20 @@ using MixAnchorRows = void(const int32_t* upper, const int32_t* lower, int below
 // The same of two bands, whose values take turns in out: 2 count of them.
 using MixAnchorRowPairs = void(const int32_t* const upper[2], const int32_t* const lower[2], int below, int32_t* out,
                                int count) noexcept;
-// Weights of lens 1, 0 to 256, from distances.
-using WeighDistances = void(const int32_t* distances, int32_t ramp, int16_t* weights, int count) noexcept;
-
-// Values whose places lie outside become 0.
-using KeepWithin = void(const int32_t* places, int32_t low, int32_t high, int32_t* values, int count) noexcept;
+// Of rows of a band of distances, kBlockWidth apart: the columns that lie nearer to a lens's side of the seam than a reach
+// beyond it, rounded outwards to multiples of kNeededColumns, by lens.
+inline constexpr int kNeededColumns = 16;
+struct ColumnRange {
+  int first, end;  // none: both are the number of columns
+};
+using FindNeededColumns = void(const int32_t* distances, int rows, int columns, int32_t reach, ColumnRange* needed) noexcept;
 
 extern constinit const Variants<DistancesFromSeam> kDistancesFromSeam;
 extern constinit const Variants<FindRange> kFindRange;
 extern constinit const Variants<FillAnchorRow> kFillAnchorRow;
 extern constinit const Variants<MixAnchorRows> kMixAnchorRows;
 extern constinit const Variants<MixAnchorRowPairs> kMixAnchorRowPairs;
-extern constinit const Variants<WeighDistances> kWeighDistances;
-extern constinit const Variants<KeepWithin> kKeepWithin;
+extern constinit const Variants<FindNeededColumns> kFindNeededColumns;
 
 // Row y of the block's samples.
 void row_of_band(const AnchorBand& band, int y, int32_t* out, int count) noexcept;

@@ -32,25 +32,36 @@ struct FineSamples {
 };
 using StoreFineBytes = void(const FineSamples& samples, uint8_t* out, ptrdiff_t stride) noexcept;
 
-// Rows of a block, from one on that has anchors, and their corrections between those.
+// Beyond which nothing is corrected.
+struct CorrectedEdge {
+  const AnchorBand* across;  // where samples lie across the ring; null: within
+  int32_t low, high;
+};
+
+// Columns and rows of a block, and their corrections between anchors.
 struct CorrectedRows {
   FineSamples samples;               // columns: samples or pairs
-  int first_row;                     // of the block's
+  int first_column, first_row;       // of the block's
   const AnchorBand* corrections[2];  // by channel; one alone: the second is null
-  const AnchorBand* across;          // where samples lie across the ring; null: within
-  int32_t low, high;                 // beyond which nothing is corrected
+  CorrectedEdge edge;
 };
 // stride: bytes.
 using StoreCorrected = void(const CorrectedRows& rows, Storage storage, uint8_t* out, ptrdiff_t stride) noexcept;
 
-// The same of both lenses mixed: weights of lens 1, 0 to 256.
-using MixBytes = void(FineRow row0, FineRow row1, const int16_t* weights, uint8_t* out, int count) noexcept;
-using MixWords = void(FineRow row0, FineRow row1, const int16_t* weights, Storage storage, uint16_t* out, int count) noexcept;
+// The same of both lenses mixed by how far samples are from the seam.
+struct MixedRows {
+  FineSamples samples[2];  // of as many columns and rows
+  int first_column, first_row;
+  const AnchorBand* corrections[2][2];  // by lens and channel
+  CorrectedEdge edge;
+  const AnchorBand* distances;
+  int32_t ramp;  // across the seam, as the distances: at least 16
+};
+using MixCorrected = void(const MixedRows& rows, Storage storage, uint8_t* out, ptrdiff_t stride) noexcept;
 
 extern constinit const Variants<StoreCorrected> kStoreCorrectedBytes, kStoreCorrectedWords;
 extern constinit const Variants<StoreWords> kStoreWords;
 extern constinit const Variants<StoreFineBytes> kStoreFineBytes;
-extern constinit const Variants<MixBytes> kMixBytes;
-extern constinit const Variants<MixWords> kMixWords;
+extern constinit const Variants<MixCorrected> kMixCorrectedBytes, kMixCorrectedWords;
 
 }  // namespace biseam::ring

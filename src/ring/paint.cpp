@@ -38,8 +38,10 @@ struct Needed {
 };
 
 // Values between anchors lie between theirs; the ramp's ends are taken into it by a little more than all rounding.
+int32_t reach_of(int32_t ramp) noexcept { return ramp / 2 + 16; }
+
 Needed needed_within(const DistanceRange& distances, int32_t ramp) noexcept {
-  const int32_t reach = ramp / 2 + 16;
+  const int32_t reach = reach_of(ramp);
   return {{distances.least < reach, -reach < distances.largest}};
 }
 
@@ -89,9 +91,9 @@ void prepare_light(const Painting& painting, const BlockPlan& plan, int lens, co
   }
 }
 
-// Undoes what the lens did to the light of a row of fine samples.
-void undo_light(const Painting& painting, int lens, const PlaneBlock& samples, int row, PaintMemory& memory) noexcept {
-  int16_t* const fine = memory.fine[lens][row % kSampledRows];
+// Undoes what the lens did to the light of a row of fine samples, which is number i of those sampled together.
+void undo_light(const Painting& painting, int lens, const PlaneBlock& samples, int row, int i, PaintMemory& memory) noexcept {
+  int16_t* const fine = memory.fine[lens][i];
   const Light& light = painting.lights[lens];
   const int channels = channels_of(samples), *const channel = samples.format->channels;
   const AnchorBand* const bands = memory.light[lens];
@@ -102,7 +104,7 @@ void undo_light(const Painting& painting, int lens, const PlaneBlock& samples, i
   }
   kLightRow.best()(fine, memory.factors, light.pivot[channel[0]], channels * samples.columns);
   if (light.tint[channel[0]] == 0 && light.tint[channel[1]] == 0) return;
-  const Tint tint{memory.luma[row % kSampledRows], light.pivot[0], {light.tint[channel[0]], light.tint[channel[1]]}};
+  const Tint tint{memory.luma[i], light.pivot[0], {light.tint[channel[0]], light.tint[channel[1]]}};
   kTintRow.best()(fine, tint, channels, samples.columns);
 }
 
@@ -125,7 +127,7 @@ void change_light(const Painting& painting, const Block& block, int lens, const 
   if (!changes_light(painting, lens)) return;
   if (is_chroma(painting, samples)) find_luma(painting, samples, first_row, rows, memory);
   if (painting.lights[lens].any) {
-    for (int i = 0; i < rows; ++i) undo_light(painting, lens, samples, first_row + i, memory);
+    for (int i = 0; i < rows; ++i) undo_light(painting, lens, samples, first_row + i, i, memory);
   }
   if (painting.match.nodes == nullptr) return;
   match_block_rows(painting.match, *painting.mesh, block, samples.format->grid, lens, first_row, memory.luma[0],
@@ -149,94 +151,128 @@ LensSamples prepare_lens(const Painting& painting, const BlockPlan& plan, int le
   return {job_of(painting, plan, lens, samples.plane, SampleOutput::fine), &plan.block, lens};
 }
 
-// What lies outside the ring is a lens's alone, also between anchors of which some lie within.
-void keep_in_ring(const PlaneBlock& samples, int row, int32_t* added, PaintMemory& memory) noexcept {
-  const int channels = channels_of(samples);
-  if (channels == 2) {
-    row_of_bands(memory.across, memory.across, row, memory.away, samples.columns);
-  } else {
-    row_of_band(memory.across, row, memory.away, samples.columns);
-  }
-  kKeepWithin.best()(memory.away, memory.edge.low, memory.edge.high, added, channels * samples.columns);
+// Columns of rows from first_row on, of which no more are sampled together than places are kept for.
+struct SampledRows {
+  int first, count;
+};
+
+void sample_columns(const LensSamples& from, const PlaneBlock& samples, const SampledRows& rows, const ColumnRange& columns,
+                    PaintMemory& memory) noexcept {
+  const int at = rows.first * kBlockWidth + columns.first;
+  int16_t* const fine = memory.fine[from.lens][0] + channels_of(samples) * columns.first;
+  sample_rows(from.job,
+              {memory.x[from.lens].values + at, memory.y[from.lens].values + at, kBlockWidth, reinterpret_cast<uint8_t*>(fine),
+               2 * kBlockWidth * sizeof *fine, columns.end - columns.first, rows.count});
 }
 
 // From first_row on.
-void sample_some_rows(const Painting& painting, const LensSamples& from, const PlaneBlock& samples, int first_row,
-                      PaintMemory& memory) noexcept {
-  const int rows = std::min(kSampledRows, samples.rows - first_row);
-  const int at = first_row * kBlockWidth;
-  int16_t* const fine = memory.fine[from.lens][0];
-  sample_rows(from.job, {memory.x[from.lens].values + at, memory.y[from.lens].values + at, kBlockWidth,
-                         reinterpret_cast<uint8_t*>(fine), 2 * kBlockWidth * sizeof *fine, samples.columns, rows});
-  change_light(painting, *from.block, from.lens, samples, first_row, rows, memory);
-}
-
-void sample_fine(const Painting& painting, const LensSamples& from, const PlaneBlock& samples, int row,
-                 PaintMemory& memory) noexcept {
-  if (row % kSampledRows == 0) sample_some_rows(painting, from, samples, row, memory);
-  const AnchorBand* const bands = memory.corrections[from.lens];
-  if (channels_of(samples) == 2) {
-    row_of_bands(bands[0], bands[1], row, memory.added[from.lens], samples.columns);
-  } else {
-    row_of_band(bands[0], row, memory.added[from.lens], samples.columns);
-  }
-  if (memory.edge.near) keep_in_ring(samples, row, memory.added[from.lens], memory);
-}
-
-// What lens 1 weighs in a row.
-void find_weights(const Painting& painting, const PlaneBlock& samples, int row, PaintMemory& memory) noexcept {
-  const int channels = channels_of(samples);
-  if (channels == 2) {
-    row_of_bands(memory.distances, memory.distances, row, memory.away, samples.columns);
-  } else {
-    row_of_band(memory.distances, row, memory.away, samples.columns);
-  }
-  kWeighDistances.best()(memory.away, painting.ring.ramp.across, memory.weights, channels * samples.columns);
-}
-
-FineRow fine_row(const PaintMemory& memory, int lens, int row) noexcept {
-  return {memory.fine[lens][row % kSampledRows], memory.added[lens]};
+SampledRows sample_some_rows(const Painting& painting, const LensSamples& from, const PlaneBlock& samples, int first_row,
+                             PaintMemory& memory) noexcept {
+  const SampledRows rows{first_row, std::min(kSampledRows, samples.rows - first_row)};
+  sample_columns(from, samples, rows, {0, samples.columns}, memory);
+  change_light(painting, *from.block, from.lens, samples, rows.first, rows.count, memory);
+  return rows;
 }
 
 Storage storage_of(const Painting& painting) noexcept { return {painting.panorama.bits, painting.panorama.shift}; }
 
-void mix_row(const Painting& painting, const PlaneBlock& samples, int row, const PaintMemory& memory) noexcept {
-  uint8_t* const out = samples.row_of(painting, row);
-  const int count = channels_of(samples) * samples.columns;
-  if (is_words(samples.format->type)) {
-    kMixWords.best()(fine_row(memory, 0, row), fine_row(memory, 1, row), memory.weights, storage_of(painting),
-                     reinterpret_cast<uint16_t*>(out), count);
-  } else {
-    kMixBytes.best()(fine_row(memory, 0, row), fine_row(memory, 1, row), memory.weights, out, count);
-  }
+CorrectedEdge edge_of(const PaintMemory& memory) noexcept {
+  return {memory.edge.near ? &memory.across : nullptr, memory.edge.low, memory.edge.high};
+}
+
+const AnchorBand* second_band(const PlaneBlock& samples, const AnchorBand* bands) noexcept {
+  return channels_of(samples) == 2 ? bands + 1 : nullptr;
+}
+
+FineSamples fine_samples(const PlaneBlock& samples, int lens, const SampledRows& rows, const ColumnRange& columns,
+                         const PaintMemory& memory) noexcept {
+  return {memory.fine[lens][0] + channels_of(samples) * columns.first, 2 * kBlockWidth, columns.end - columns.first,
+          rows.count};
+}
+
+// Where columns of a row are painted.
+uint8_t* place_of(const Painting& painting, const PlaneBlock& samples, int row, int column) noexcept {
+  return samples.row_of(painting, row) + ptrdiff_t{column} * bytes_of(samples.format->type);
+}
+
+void store_corrected(const Painting& painting, int lens, const PlaneBlock& samples, const SampledRows& rows,
+                     const ColumnRange& columns, const PaintMemory& memory) noexcept {
+  if (columns.first >= columns.end) return;
+  const AnchorBand* const bands = memory.corrections[lens];
+  const auto store = (is_words(samples.format->type) ? kStoreCorrectedWords : kStoreCorrectedBytes).best();
+  store({fine_samples(samples, lens, rows, columns, memory),
+         columns.first,
+         rows.first,
+         {bands, second_band(samples, bands)},
+         edge_of(memory)},
+        storage_of(painting), place_of(painting, samples, rows.first, columns.first), painting.planes[samples.plane].stride);
 }
 
 void paint_corrected(const Painting& painting, const BlockPlan& plan, int lens, const PlaneBlock& samples,
                      PaintMemory& memory) noexcept {
   const LensSamples from = prepare_lens(painting, plan, lens, samples, memory);
-  const AnchorBand* const bands = memory.corrections[lens];
-  const auto store = (is_words(samples.format->type) ? kStoreCorrectedWords : kStoreCorrectedBytes).best();
   for (int first = 0; first < samples.rows; first += kSampledRows) {
-    sample_some_rows(painting, from, samples, first, memory);
-    const int rows = std::min(kSampledRows, samples.rows - first);
-    store({{memory.fine[lens][0], 2 * kBlockWidth, samples.columns, rows},
-           first,
-           {bands, channels_of(samples) == 2 ? bands + 1 : nullptr},
-           memory.edge.near ? &memory.across : nullptr,
-           memory.edge.low,
-           memory.edge.high},
-          storage_of(painting), samples.row_of(painting, first), painting.planes[samples.plane].stride);
+    const SampledRows rows = sample_some_rows(painting, from, samples, first, memory);
+    store_corrected(painting, lens, samples, rows, {0, samples.columns}, memory);
   }
 }
 
+void mix_corrected(const Painting& painting, const PlaneBlock& samples, const SampledRows& rows, const ColumnRange& columns,
+                   const PaintMemory& memory) noexcept {
+  if (columns.first >= columns.end) return;
+  const auto& bands = memory.corrections;
+  const auto mix = (is_words(samples.format->type) ? kMixCorrectedWords : kMixCorrectedBytes).best();
+  mix({{fine_samples(samples, 0, rows, columns, memory), fine_samples(samples, 1, rows, columns, memory)},
+       columns.first,
+       rows.first,
+       {{bands[0], second_band(samples, bands[0])}, {bands[1], second_band(samples, bands[1])}},
+       edge_of(memory),
+       &memory.distances,
+       painting.ring.ramp.across},
+      storage_of(painting), place_of(painting, samples, rows.first, columns.first), painting.planes[samples.plane].stride);
+}
+
+// What isn't sampled doesn't count, but light is changed everywhere.
+void clear_columns(const PlaneBlock& samples, int lens, int rows, const ColumnRange& columns, PaintMemory& memory) noexcept {
+  const int channels = channels_of(samples);
+  for (int row = 0; row < rows && columns.first < columns.end; ++row) {
+    std::fill_n(memory.fine[lens][row] + channels * columns.first, channels * (columns.end - columns.first), int16_t{0});
+  }
+}
+
+void sample_needed(const Painting& painting, const LensSamples& from, const PlaneBlock& samples, const SampledRows& rows,
+                   const ColumnRange& needed, PaintMemory& memory) noexcept {
+  if (needed.first >= needed.end) return;
+  sample_columns(from, samples, rows, needed, memory);
+  if (!changes_light(painting, from.lens)) return;
+  clear_columns(samples, from.lens, rows.count, {0, needed.first}, memory);
+  clear_columns(samples, from.lens, rows.count, {needed.end, samples.columns}, memory);
+  change_light(painting, *from.block, from.lens, samples, rows.first, rows.count, memory);
+}
+
+// Rows that a seam may pass.  Both lenses are mixed where both are needed; every column needs one.
+void paint_beside_seam(const Painting& painting, const LensSamples (&from)[2], const PlaneBlock& samples,
+                       const SampledRows& rows, PaintMemory& memory) noexcept {
+  const int anchors = ((rows.first + rows.count - 1) >> kAnchorBits) + 2 - (rows.first >> kAnchorBits);
+  ColumnRange needed[2];
+  // Bands hold 4 times the values.
+  kFindNeededColumns.best()(memory.distances.values[rows.first >> kAnchorBits], anchors, samples.columns,
+                            4 * reach_of(painting.ring.ramp.across), needed);
+  for (const LensSamples& lens : from) sample_needed(painting, lens, samples, rows, needed[lens.lens], memory);
+  for (int lens = 0; lens < 2; ++lens) {
+    const ColumnRange &own = needed[lens], &other = needed[1 - lens];
+    store_corrected(painting, lens, samples, rows, {own.first, std::min(own.end, other.first)}, memory);
+    store_corrected(painting, lens, samples, rows, {std::max(own.first, other.end), own.end}, memory);
+  }
+  mix_corrected(painting, samples, rows, {std::max(needed[0].first, needed[1].first), std::min(needed[0].end, needed[1].end)},
+                memory);
+}
+
 void paint_mixed(const Painting& painting, const BlockPlan& plan, const PlaneBlock& samples, PaintMemory& memory) noexcept {
-  const LensSamples from0 = prepare_lens(painting, plan, 0, samples, memory);
-  const LensSamples from1 = prepare_lens(painting, plan, 1, samples, memory);
-  for (int row = 0; row < samples.rows; ++row) {
-    sample_fine(painting, from0, samples, row, memory);
-    sample_fine(painting, from1, samples, row, memory);
-    find_weights(painting, samples, row, memory);
-    mix_row(painting, samples, row, memory);
+  const LensSamples from[2] = {prepare_lens(painting, plan, 0, samples, memory),
+                               prepare_lens(painting, plan, 1, samples, memory)};
+  for (int first = 0; first < samples.rows; first += kMixedRows) {
+    paint_beside_seam(painting, from, samples, {first, std::min(kMixedRows, samples.rows - first)}, memory);
   }
 }
 
@@ -246,17 +282,17 @@ void paint_lit(const Painting& painting, const BlockPlan& plan, int lens, const 
   const LensSamples from{job_of(painting, plan, lens, samples.plane, SampleOutput::fine), &plan.block, lens};
   prepare_lights(painting, plan, lens, samples, memory);
   const bool words = is_words(samples.format->type);
-  if (words) std::fill_n(memory.added[lens], 2 * kBlockWidth, 0);
+  if (words) std::fill_n(memory.added, 2 * kBlockWidth, 0);
   for (int first = 0; first < samples.rows; first += kSampledRows) {
-    sample_some_rows(painting, from, samples, first, memory);
-    const int rows = std::min(kSampledRows, samples.rows - first);
+    const int rows = sample_some_rows(painting, from, samples, first, memory).count;
     if (!words) {
       kStoreFineBytes.best()({memory.fine[lens][0], 2 * kBlockWidth, channels_of(samples) * samples.columns, rows},
                              samples.row_of(painting, first), painting.planes[samples.plane].stride);
     }
-    for (int row = first; words && row < first + rows; ++row) {
-      kStoreWords.best()(fine_row(memory, lens, row), storage_of(painting),
-                         reinterpret_cast<uint16_t*>(samples.row_of(painting, row)), channels_of(samples) * samples.columns);
+    for (int i = 0; words && i < rows; ++i) {
+      kStoreWords.best()({memory.fine[lens][i], memory.added}, storage_of(painting),
+                         reinterpret_cast<uint16_t*>(samples.row_of(painting, first + i)),
+                         channels_of(samples) * samples.columns);
     }
   }
 }

@@ -38,9 +38,9 @@ struct Painting {
   RingBand ring;
 };
 
-// Rows of a block that are sampled together where they are changed afterwards.
-inline constexpr int kSampledRows = 16;
-static_assert(kSampledRows % kSharedRows == 0);
+// Rows of a block that are sampled together where they are changed afterwards: from one lens, and from both beside a seam.
+inline constexpr int kSampledRows = 16, kMixedRows = 8;
+static_assert(kSampledRows % kSharedRows == 0 && kMixedRows % kSharedRows == 0 && kMixedRows <= kSampledRows);
 
 // Working memory of one thread.
 struct PaintMemory {
@@ -53,9 +53,7 @@ struct PaintMemory {
   // Of rows that are sampled together.  Of a row a pair takes two places.
   alignas(64) int16_t fine[2][kSampledRows][2 * kBlockWidth];
   alignas(64) int16_t luma[kSampledRows][2 * kBlockWidth];
-  alignas(64) int32_t added[2][2 * kBlockWidth];
-  alignas(64) int32_t away[2 * kBlockWidth];
-  alignas(64) int16_t weights[2 * kBlockWidth];
+  alignas(64) int32_t added[2 * kBlockWidth];
   alignas(64) int32_t factors[2 * kBlockWidth];
 };
 

@@ -5,13 +5,6 @@
 #include "base/loop_versions.hpp"
 #include "ring/positions.hpp"
 
-// Before a loop that would be taken apart instead of becoming a vector.
-#if defined(__clang__)
-#define BISEAM_KEEP_LOOP
-#else
-#define BISEAM_KEEP_LOOP _Pragma("GCC unroll 1")
-#endif
-
 namespace biseam::ring {
 
 namespace {

@@ -159,13 +159,18 @@ void call_tint_row(KernelCall& call, TintRow* undo) {
   });
 }
 
-void call_keep_within(KernelCall& call, KeepWithin* keep) {
-  const std::size_t count = static_cast<std::size_t>(call.size());
-  const int32_t *places = call.input<int32_t>(count, -(50 << 16), 100 << 16), *values = call.input<int32_t>(count, -99, 99);
-  int32_t* kept = call.output<int32_t>(count);
+void call_find_needed(KernelCall& call, FindNeededColumns* find) {
+  constexpr int kRows = kBlockHeight / kAnchorSpacing / 4 + 1;
+  const std::size_t count = static_cast<std::size_t>((kRows - 1) * kBlockWidth + call.size());
+  const int32_t* distances = call.input<int32_t>(count, -(1 << 20), 1 << 20);
+  int32_t* found = call.output<int32_t>(4);
   call.run([&] {
-    std::copy_n(values, count, kept);
-    keep(places, 3 << 16, 52 << 16, kept, call.size());
+    ColumnRange needed[2];
+    find(distances, kRows, call.size(), 1 << 19, needed);
+    for (int lens = 0; lens < 2; ++lens) {
+      found[2 * lens] = needed[lens].first;
+      found[2 * lens + 1] = needed[lens].end;
+    }
   });
 }
 
@@ -183,7 +188,7 @@ std::vector<Kernel> ring_kernels() {
           make_kernel("light", kFindLight, call_find_light, 17),
           make_kernel("lit rows", kLightRow, call_light_row, 64),
           make_kernel("tinted rows", kTintRow, call_tint_row, 64),
-          make_kernel("kept in the ring", kKeepWithin, call_keep_within, 64)};
+          make_kernel("needed columns", kFindNeededColumns, call_find_needed, 64, 1, {1, 15, 16, 17, 32, 50, 63, 64})};
 }
 
 }  // namespace biseam::test

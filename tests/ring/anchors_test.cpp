@@ -181,25 +181,35 @@ TEST_P(AnchorLoops, MixRows) {
   }
 }
 
-TEST_P(AnchorLoops, WeighDistances) {
-  const auto weigh = ring::kWeighDistances.of(GetParam());
-  if (weigh == nullptr) GTEST_SKIP() << "no version of its own";
-  for (const int32_t ramp : {1 << 12, 49152, 1 << 16, 1 << 18, 1 << 20}) {
-    std::vector<int32_t> distances = {0, 1, -1, 1 << 24, -(1 << 24), ramp / 2, -ramp / 2, ramp / 2 + 16, -ramp / 2 - 16};
-    while (distances.size() < 61) distances.push_back(random_.between(-ramp, ramp));
-    GuardedBlock<int16_t> out(distances.size());
-    weigh(distances.data(), ramp, out.data(), int(distances.size()));
-    for (std::size_t i = 0; i < distances.size(); ++i) {
-      const double weight = std::clamp(128 + 256.0 * distances[i] / ramp, 0.0, 256.0);
-      // Distances are cut off to 1/4096 of a sample, the slope is rounded to 1/2 in 2^28 / (ramp / 16).
-      ASSERT_LE(std::abs(weight - out[i]), 256.0 * 16 / ramp + 0.5 + 0.01) << distances[i] << " of " << ramp;
-      if (std::abs(distances[i]) > ramp / 2) {
-        ASSERT_NEAR(out[i], distances[i] > 0 ? 256 : 0, 1);
-      }
+// Of columns of which few are near the other lens's side.
+TEST_P(AnchorLoops, FindColumnsThatALensIsNeededFor) {
+  const auto find = ring::kFindNeededColumns.of(GetParam());
+  if (find == nullptr) GTEST_SKIP() << "no version of its own";
+  for (int round = 0; round < 400; ++round) {
+    const int columns = random_.between(0, 1) == 0 ? 64 : random_.between(1, 64), rows = random_.between(1, 5);
+    const int reach = random_.between(1, 1000), side = random_.between(0, 1) == 0 ? 1 : -1;
+    std::vector<int32_t> distances(std::size_t((rows - 1) * ring::kBlockWidth + columns), side * (reach + 5));
+    for (int n = random_.between(0, 6); n > 0; --n) {
+      const int at = random_.between(0, rows - 1) * ring::kBlockWidth + random_.between(0, columns - 1);
+      distances[std::size_t(at)] = random_.between(-2 * reach, 2 * reach);
     }
-    EXPECT_EQ(out[3], 256);
-    EXPECT_EQ(out[4], 0);
-    EXPECT_EQ(out[0], 128);
+    ring::ColumnRange got[2];
+    find(distances.data(), rows, columns, reach, got);
+    for (int lens = 0; lens < 2; ++lens) {
+      int first = columns, end = columns;
+      for (int column = 0; column < columns; ++column) {
+        bool needed = false;
+        for (int row = 0; row < rows; ++row) {
+          const int32_t distance = distances[std::size_t(row * ring::kBlockWidth + column)];
+          needed = needed || (lens == 0 ? distance < reach : distance > -reach);
+        }
+        if (!needed) continue;
+        if (first == columns) first = column / 16 * 16;
+        end = std::min(column / 16 * 16 + 16, columns);
+      }
+      ASSERT_EQ(got[lens].first, first) << lens << ", " << columns;
+      ASSERT_EQ(got[lens].end, end) << lens << ", " << columns;
+    }
   }
 }
 
