@@ -44,11 +44,12 @@ Values turned_for(const Ground& ground, Values values, const Problem& problem) {
 
 // A ground that is too small to show displaces nevertheless.  What it gains is about half the square of its parallax over that
 // one's deviation, so that any is missed for which this is less than must speak for a ground.  Their mean square, over the
-// square of the parallax that was found; 1 at most.
+// square of the parallax that was found; 1 at most.  The gain itself tells the deviation of one that is sought where it is
+// expected; one that is sought anywhere gains by chance as well.
 double hidden_share(const Explanations& found) {
+  if (found.is_expected) return Explanations::kExpectedGain / std::max(3 * found.gain(), Explanations::kExpectedGain);
   const GroundMean mean = mean_ground(found.ground);
-  const double missed = found.is_expected ? found.expected_gain() : Explanations::kLeastGain;
-  const double square = 2 * missed * mean.deviation * mean.deviation / 3;
+  const double square = 2 * Explanations::kLeastGain * mean.deviation * mean.deviation / 3;
   return square < mean.parallax * mean.parallax ? square / (mean.parallax * mean.parallax) : 1;
 }
 

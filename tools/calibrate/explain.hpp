@@ -26,7 +26,7 @@ struct Explanations {
   // it counts twice.
   double evidence() const { return std::min(earlier, own_evidence()); }
   double own_evidence() const {
-    if (is_expected) return gain() / expected_gain();
+    if (is_expected) return gain() / kExpectedGain;
     return std::max((gain() + still.prior_cost - ground.prior_cost) / kSureGain,
                     std::min(gain() / kLeastGain, votes() / kLeastVotes));
   }
@@ -37,9 +37,9 @@ struct Explanations {
   static double cost_of(const Solution& solution, double alike) {
     return solution.prior_cost + (solution.cost - solution.prior_cost) * solution.scatter.alike / alike;
   }
-  // Nearly every camera stands over a ground, so that little must speak for one that lies below.  One where there is none costs
-  // a tenth of a pixel at the seams; none where there is one, pixels.
-  double expected_gain() const { return 1.5 + 0.5 * double(ground.grounds.size()); }
+  // Nearly every camera stands over a ground, so that little must speak for one that lies below, in however many pairs.  One
+  // where there is none costs a tenth of a pixel at the seams; none where there is one, pixels.
+  static constexpr double kExpectedGain = 2;
   // Cameras without a baseline reached 12, those with 3 mm over a ground 1.5 m below 20, and with 15 mm more than 100.
   static constexpr double kSureGain = 30, kLeastGain = 12, kLeastVotes = 2.5;
 };

@@ -120,5 +120,26 @@ TEST(Explain, DeviationsCoverGroundsThatAreTooSmallToShow) {
   EXPECT_LT(covariance_of(found)(kPitch, kPitch) - sure, 0.03 * whole);
 }
 
+// Below a camera there is one, seen once or in many pictures: little must speak for it, and where less does, as much as that
+// may hide is part of the deviations.
+TEST(Explain, ExpectedGroundsNeedLittle) {
+  constexpr double kDifference = 0.05;
+  Explanations found;
+  found.is_expected = true;
+  for (Solution* each : {&found.still, &found.ground}) {
+    each->grounds.resize(20);
+    each->covariance = cv::Mat1d::eye(kParameters + 60, kParameters + 60);
+  }
+  found.ground.values[kPitch] = kDifference;
+  found.still.cost = 1.1 * Explanations::kExpectedGain;
+  EXPECT_TRUE(found.is_ground());
+  for (const double part : {0.1, 0.3, 0.7}) {  // of what would be enough
+    found.still.cost = part * Explanations::kExpectedGain;
+    EXPECT_FALSE(found.is_ground());
+    const double share = std::min(1.0, 1 / (3 * part));
+    EXPECT_NEAR(covariance_of(found)(kPitch, kPitch), 1 + share * kDifference * kDifference, 1e-9) << part;
+  }
+}
+
 }  // namespace
 }  // namespace biseam::calibrate
