@@ -41,6 +41,12 @@ bool is_dark(const std::vector<cv::Mat1b>& frames) {
   return brightest < 4;
 }
 
+// One lens's picture was given for both.
+bool is_one_lens_twice(const std::vector<Pair>& pairs) {
+  return std::all_of(pairs.begin(), pairs.end(),
+                     [](const Pair& pair) { return cv::norm(pair.lens[0], pair.lens[1], cv::NORM_INF) == 0; });
+}
+
 // Where none is found.
 Circles circles_of(const Known& known) {
   Circles circles;
@@ -64,6 +70,7 @@ Circles find_circles(const std::vector<Pair>& pairs, const std::optional<Known>&
   for (int k = 0; k < 2; ++k) {
     if (dark[k]) throw Refusal("the picture of lens " + std::to_string(k) + " shows nothing; is it covered?");
   }
+  if (is_one_lens_twice(pairs)) throw Refusal("both lenses' pictures are one and the same");
   if (!circles.found[0] && !circles.found[1]) {
     if (known) return circles_of(*known);
     throw Refusal("no circle is found in either picture; a profile to start from is needed");

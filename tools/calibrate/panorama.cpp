@@ -48,7 +48,7 @@ bool sides_meet(const cv::Mat1b& left, const cv::Mat1b& right) {
   const double usual = 0.5 * (apart(left.col(0), left.col(1)) + apart(right.col(last), right.col(last - 1)));
   const double elsewhere =
       0.5 * (apart(left.col(0), left.col(left.cols / 2)) + apart(right.col(last), right.col(right.cols / 2)));
-  return across < 1.5 * usual + 2 && elsewhere > 2 * across && deviation_of(left.col(0), right.col(last)) > kUneven;
+  return across < 1.5 * usual + 2 && elsewhere > 2 * across;
 }
 
 }  // namespace

@@ -92,6 +92,12 @@ TEST(Estimate, TellsWhichLensIsCovered) {
   }
 }
 
+TEST(Estimate, TellsThatOneLensWasGivenTwice) {
+  Pair pair = photograph(some_camera(kSide));
+  pair.lens[1] = pair.lens[0];
+  EXPECT_EQ(refusal_of({pair}, std::nullopt), "both lenses' pictures are one and the same");
+}
+
 // How often the only pair is matched: other work is in more pieces.
 int rounds_of(const Pair& pair) {
   int rounds = 0;
