@@ -194,10 +194,11 @@ void judge_seams(Estimate& estimate) {
   }
   cv::Mat1d t(kPlaces, kParameters, 0.0), b(kPlaces, kParameters, 0.0);
   const std::vector<Slopes> slopes = slopes_of(estimate.solution.values, estimate.frame, places);
+  const double scale = across_scale(estimate.camera);
   for (int i = 0; i < kPlaces; ++i) {
     for (int p = 0; p < kParameters; ++p) {
       t(i, p) = slopes[std::size_t(i)].t[std::size_t(p)];
-      b(i, p) = slopes[std::size_t(i)].b[std::size_t(p)];
+      b(i, p) = slopes[std::size_t(i)].b[std::size_t(p)] / scale;
     }
   }
   const cv::Mat1d covariance = estimate.solution.covariance(cv::Rect(0, 0, kParameters, kParameters));

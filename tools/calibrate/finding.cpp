@@ -37,13 +37,16 @@ std::string line(const char* format, Numbers... numbers) {
 }
 
 // Root mean square, along the ring, of what is far or on a ground; along both where it is far.
-Octants octants_of(const Solution& solution) {
+Octants octants_of(const Estimate& found) {
+  const Solution& solution = found.solution;
+  const double scale = across_scale(found.camera);
   Octants square{}, count{};
   for (std::size_t i = 0; i < solution.remainders.size(); ++i) {
     const Remainder& remainder = solution.remainders[i];
     const auto octant = std::size_t(std::clamp(int((remainder.at.t + kPi) / (2 * kPi) * kOctants), 0, kOctants - 1));
     const Share& share = solution.shares[i];
-    square[octant] += share.good() * remainder.off.t * remainder.off.t + share.far * remainder.off.b * remainder.off.b;
+    const double along = remainder.off.t, across = remainder.off.b / scale;
+    square[octant] += share.good() * along * along + share.far * across * across;
     count[octant] += share.good() + share.far;
   }
   Octants left;
@@ -141,7 +144,7 @@ double Finding::worst() const { return *std::max_element(left.begin(), left.end(
 
 Finding finding_of(const Estimate& found) {
   Finding finding{settings_of(found.camera),  found.start, found.camera, found.deviations,
-                  octants_of(found.solution), found.kept,  found.tracks, baseline_of(found),
+                  octants_of(found), found.kept,  found.tracks, baseline_of(found),
                   matches_of(found),          ""};
   finding.summary = summary_of(finding, found.loose_rim);
   return finding;

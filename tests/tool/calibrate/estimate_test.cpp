@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "tool/calibrate/world.hpp"
@@ -57,6 +58,24 @@ TEST(EstimateAccuracy, FindsTheTurnAndSaysHowSureItIs) {
     EXPECT_NEAR(found.circle[k]->cx, camera.lens[k].cx, 1);
     EXPECT_NEAR(found.circle[k]->cy, camera.lens[k].cy, 1);
   }
+}
+
+// Of lenses whose radius hardly grows at the rim, where a pixel of the pictures is many of the panorama.
+TEST(EstimateAccuracy, SaysByHowManyPixelsOfThePanoramaLensesMayDisagree) {
+  constexpr double kSmall = 1e-3;  // of a deviation, for which everything is linear
+  Camera camera = some_camera(kSide);
+  for (Lens& lens : camera.lens) lens.k[0] = -0.05;
+  const Known known{values_of(camera), {kSide, kSide, {0, 0}}, {}};
+  const Estimate found = estimate({photograph(camera)}, known, in_turn);
+  cv::Mat1d variances, axes;
+  cv::eigen(found.solution.covariance(cv::Rect(0, 0, kParameters, kParameters)), variances, axes);
+  double square = 0;
+  for (int i = 0; i < kParameters; ++i) {
+    Values moved = found.solution.values;
+    for (int p = 0; p < kParameters; ++p) moved[std::size_t(p)] += kSmall * std::sqrt(std::max(0.0, variances(i, 0))) * axes(i, p);
+    square += std::pow(seam_error(found.camera, camera_of(moved, found.frame)) / kSmall, 2);
+  }
+  EXPECT_NEAR(found.seam_deviation, std::sqrt(square), 0.05 * std::sqrt(square));
 }
 
 TEST(Estimate, WhatIsHeldStaysAndTheRestIsFound) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "calibrate/estimate.hpp"
 #include "profile/write.hpp"
@@ -69,6 +70,20 @@ TEST(Finding, MatchesAreWhatTheNumbersTell) {
     EXPECT_EQ(finding.start.lens[k].mount, finding.camera.lens[k].mount);
   }
   EXPECT_GT(seam_error(finding.camera, finding.start), 3);
+}
+
+TEST(Finding, WhatIsLeftIsInPixelsOfThePanorama) {
+  Estimate found;
+  found.camera = some_camera(kSide);
+  for (Lens& lens : found.camera.lens) lens.k[0] = -0.05;
+  const double scale = across_scale(found.camera);
+  ASSERT_LT(scale, 0.7);
+  found.matches.resize(1);
+  found.solution.grounds.resize(1);
+  found.solution.remainders = {{{3, 4 * scale}, {0.1, 0}}};
+  found.solution.shares = {{1, 0, 0}};
+  found.solution.covariance = cv::Mat1d::eye(kParameters + 3, kParameters + 3);
+  EXPECT_NEAR(finding_of(found).left[4], 5 / std::sqrt(2), 1e-9);
 }
 
 TEST(Finding, RoundsToDecimals) {
