@@ -36,7 +36,8 @@ std::string line(const char* format, Numbers... numbers) {
   return text;
 }
 
-// Root mean square, along the ring, of what is far or on a ground; along both where it is far.
+// Root mean square, along the ring, of what is far or on a ground; both ways of what is far, as all is that would lie on a ground
+// where that isn't raised.
 Octants octants_of(const Estimate& found) {
   const Solution& solution = found.solution;
   const double scale = across_scale(found.camera);
@@ -46,8 +47,10 @@ Octants octants_of(const Estimate& found) {
     const auto octant = std::size_t(std::clamp(int((remainder.at.t + kPi) / (2 * kPi) * kOctants), 0, kOctants - 1));
     const Share& share = solution.shares[i];
     const double along = remainder.off.t, across = remainder.off.b / scale;
-    square[octant] += share.good() * along * along + share.far * across * across;
-    count[octant] += share.good() + share.far;
+    const bool raised = parallax_of(solution.grounds[std::size_t(found.matches[i].pair)], remainder.at) > 0;
+    const double far = share.far + (raised ? 0 : share.ground);
+    square[octant] += share.good() * along * along + far * across * across;
+    count[octant] += share.good() + far;
   }
   Octants left;
   for (std::size_t i = 0; i < kOctants; ++i) left[i] = count[i] < 1 ? -1 : std::sqrt(square[i] / count[i]);

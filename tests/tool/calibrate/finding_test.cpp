@@ -84,6 +84,10 @@ TEST(Finding, WhatIsLeftIsInPixelsOfThePanorama) {
   found.solution.shares = {{1, 0, 0}};
   found.solution.covariance = cv::Mat1d::eye(kParameters + 3, kParameters + 3);
   EXPECT_NEAR(finding_of(found).left[4], 5 / std::sqrt(2), 1e-9);
+  found.solution.shares = {{0, 1, 0}};  // on a ground that is nowhere
+  EXPECT_NEAR(finding_of(found).left[4], 5 / std::sqrt(2), 1e-9);
+  found.solution.grounds = {{1, 0, 0}};
+  EXPECT_NEAR(finding_of(found).left[4], 3, 1e-9);
 }
 
 TEST(Finding, RoundsToDecimals) {
