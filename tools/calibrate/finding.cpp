@@ -36,8 +36,8 @@ std::string line(const char* format, Numbers... numbers) {
   return text;
 }
 
-// Root mean square, along the ring, of what is far or on a ground; both ways of what is far, as all is that would lie on a ground
-// where that isn't raised.
+// Root mean square, along the ring, of what is far or on a ground; both ways of what is far, as all is that would lie on a
+// ground where that isn't raised.
 Octants octants_of(const Estimate& found) {
   const Solution& solution = found.solution;
   const double scale = across_scale(found.camera);
@@ -146,9 +146,9 @@ double ExplainedMatch::pixels() const { return std::hypot(around, across) * kPix
 double Finding::worst() const { return *std::max_element(left.begin(), left.end()); }
 
 Finding finding_of(const Estimate& found) {
-  Finding finding{settings_of(found.camera),  found.start, found.camera, found.deviations,
-                  octants_of(found), found.kept,  found.tracks, baseline_of(found),
-                  matches_of(found),          ""};
+  Finding finding{settings_of(found.camera), found.start, found.camera, found.deviations,
+                  octants_of(found),         found.kept,  found.tracks, baseline_of(found),
+                  matches_of(found),         ""};
   finding.summary = summary_of(finding, found.loose_rim);
   return finding;
 }

@@ -72,7 +72,8 @@ TEST(EstimateAccuracy, SaysByHowManyPixelsOfThePanoramaLensesMayDisagree) {
   double square = 0;
   for (int i = 0; i < kParameters; ++i) {
     Values moved = found.solution.values;
-    for (int p = 0; p < kParameters; ++p) moved[std::size_t(p)] += kSmall * std::sqrt(std::max(0.0, variances(i, 0))) * axes(i, p);
+    for (int p = 0; p < kParameters; ++p)
+      moved[std::size_t(p)] += kSmall * std::sqrt(std::max(0.0, variances(i, 0))) * axes(i, p);
     square += std::pow(seam_error(found.camera, camera_of(moved, found.frame)) / kSmall, 2);
   }
   EXPECT_NEAR(found.seam_deviation, std::sqrt(square), 0.05 * std::sqrt(square));
