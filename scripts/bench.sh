@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# bench.sh [--quick] [--against COMMIT] [--samples DIR]: builds the side-by-side measurements, runs them and leaves tables and plot in out/bench/.
+# bench.sh [--quick] [--against COMMIT] [--samples DIR]: builds the side-by-side measurements, runs them and leaves tables and
+# plot in out/bench/.
 #   --quick     only to see that everything works
 #   --against   measures the library of an older commit too
 #   --samples   measures where the lenses meet in real cameras' pictures, too: those that real_seams.py knows by name

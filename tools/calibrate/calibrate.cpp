@@ -97,7 +97,7 @@ Finding calibrate(const std::vector<LumaPair>& pairs, const Options& options, co
 }
 
 profile::CameraSettings circles(const std::vector<LumaPair>& pairs, const ShareWork& share_work) {
-  constexpr double kMostApart = 0.05;  // of the radii, which are as large as their pictures
+  constexpr double kMostApart = 0.05;  // of the radii, each over its picture's side: sizes may differ
   const std::vector<Pair> pictures = pictures_of(pairs);
   std::optional<Circle> found[2];
   share_work(2, [&](int k) {
