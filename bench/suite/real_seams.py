@@ -1,8 +1,9 @@
 """How far apart both lenses see the same things by a camera's profile, in pictures of real cameras: pixels of a panorama 3840 wide.
 
 Both rims are drawn as strips by the documented formulas, read from the profile, and patches of one are sought in the other by
-OpenCV's alignment of images, which shares nothing with `biseam calibrate`.  Along the ring nearness displaces nothing: what is
-left there is an error.  Across it near things lie apart, always to the same side, so that far ones are the lower end."""
+OpenCV's alignment of images, which shares nothing with `biseam calibrate`.  Across the ring near things lie apart, always to the
+same side, so that far ones are the lower end.  Along it nearness displaces in proportion, by one wave round the ring, where lens
+1 stands beside the axis of lens 0: what is left without that is an error."""
 import argparse
 import pathlib
 import subprocess
@@ -24,6 +25,7 @@ EIGHTHS = 8
 LEAST_MATCHES = 8  # of an eighth, to say anything about it
 FARTHEST = 0.2  # of the patches of an eighth are taken for its far end
 USUAL = 3  # pixels along from the median: what is further off is another thing
+ROUNDS, LEAST_USUAL = 10, 0.1  # of the least squares, and pixels that are never far off
 MOST_FAR = 2  # pixels: where even the far end is nearer, nothing far is seen
 
 
@@ -137,16 +139,33 @@ def measure(profile, pictures):
     return match(strips, seen)
 
 
+def eighths_of(matches):
+    return ((matches[:, 0] + numpy.pi) / (2 * numpy.pi) * EIGHTHS).astype(int) % EIGHTHS
+
+
+def slanted(matches):
+    """Displacements along the ring by nearness: least squares of the wave, and of a constant in each eighth, without what is far off."""
+    t, along, across = matches[:, 0], matches[:, 2], matches[:, 3]
+    wave = numpy.stack((across * numpy.sin(t), across * numpy.cos(t)), axis=1)
+    terms = numpy.concatenate((wave, eighths_of(matches)[:, None] == numpy.arange(EIGHTHS)), axis=1)
+    usual = numpy.full(len(matches), True)
+    for _ in range(ROUNDS):
+        found = numpy.linalg.lstsq(terms[usual], along[usual], rcond=None)[0]
+        left = abs(along - terms @ found)
+        usual = left < 3 * max(LEAST_USUAL, 1.5 * numpy.median(left))
+    return wave @ found[:2]
+
+
 def told(matches):
     """Of each eighth: how many, and where it is enough, rms and median along, and how far apart the far end is."""
     def figures(part):
-        along, across = part[:, 2], part[:, 3]
+        along, across = part[:, 2] - part[:, 5], part[:, 3]
         usual = abs(along - numpy.median(along)) < USUAL
         farthest = numpy.sort(across[usual])[:max(3, int(FARTHEST * usual.sum()))]
         return {"matches": len(part), "rms": float(numpy.sqrt(numpy.mean(along[usual]**2))),
                 "along": float(numpy.median(along[usual])), "far": float(numpy.median(farthest))}
-    eighth = ((matches[:, 0] + numpy.pi) / (2 * numpy.pi) * EIGHTHS).astype(int) % EIGHTHS
-    parts = [matches[eighth == i] for i in range(EIGHTHS)]
+    matches = numpy.concatenate((matches, slanted(matches)[:, None]), axis=1)
+    parts = [matches[eighths_of(matches) == i] for i in range(EIGHTHS)]
     return [figures(part) if len(part) >= LEAST_MATCHES else {"matches": len(part)} for part in parts]
 
 

@@ -40,7 +40,7 @@ void doubt_places(std::vector<Match>& matches, const Solution& solution) {
   });
   std::vector<double> off(count), factors(count), part(neighbours);
   for (std::size_t i = 0; i < count; ++i) {
-    off[i] = std::abs(solution.remainders[order[i]].off.t) / matches[order[i]].t_doubt;
+    off[i] = std::abs(solution.along[order[i]]) / matches[order[i]].t_doubt;
   }
   const double usual = std::max(1e-6, median(off));
   for (std::size_t i = 0; i < count; ++i) {

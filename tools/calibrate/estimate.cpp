@@ -22,6 +22,7 @@ constexpr double kUsualK1 = -0.005;
 constexpr std::size_t kLeastMatches = 40;
 constexpr double kAlikeError = 0.04;              // pixels of the pictures by which neighbouring matches may be off together
 constexpr int kLeastRounds = 3, kMostRounds = 6;  // of strips by a better camera
+constexpr int kScatteredRounds = 3;               // likewise, once things are taken to be at all distances
 constexpr double kLeastKept = 0.4;
 constexpr const char* kTooLittle = "too few things are seen by both lenses, or they don't fit together";
 constexpr double kMostSeamDeviation = 1.0, kMostWorstDeviation = 3.0;
@@ -132,6 +133,7 @@ Prior prior_of(const Circles& circles, const Frame& frame, const Values& middle)
       kCircleDeviation + std::max(circles.used[0].deviation, circles.used[1].deviation) / circles.used[0].radius;
   prior.deviations[kYaw] = prior.deviations[kPitch] = prior.deviations[kRoll] = 4;
   prior.deviations[kRim] = 2.5;
+  prior.deviations[kBesideX] = prior.deviations[kBesideY] = kHeld;
   return prior;
 }
 
@@ -308,6 +310,13 @@ Estimate estimate(const std::vector<Pair>& pairs, const std::optional<Known>& kn
     problem.matches =
         match_pairs(pairs, explanations.better().values, problem.frame, {4, 4, 28, 8, wanted, 0.8, true}, share_work);
     explanations = explain_again(problem, explanations, share_work);
+  }
+  if (explain_scattered(problem, explanations)) {
+    for (int round = 0; round < kScatteredRounds; ++round) {
+      problem.matches =
+          match_pairs(pairs, explanations.better().values, problem.frame, {4, 4, 28, 8, wanted, 0.8, true}, share_work);
+      explanations = explain_again(problem, explanations, share_work);
+    }
   }
   Solution better = explanations.better();
   const double loose = loose_rim(better, problem.prior);

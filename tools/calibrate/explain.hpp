@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <optional>
 
 #include "calibrate/calibrate.hpp"
 #include "calibrate/solve.hpp"
@@ -13,6 +14,8 @@ struct Explanations {
   Solution still, ground;
   bool is_expected = false;  // the ground lies below, which is known
   double earlier = 1e9;      // evidence, by other matches of the same pictures
+  // Things lie at all distances, as in a wood, whether there is a ground or not; only where that is clearly likelier than both.
+  std::optional<Solution> scattered{};
 
   // How much likelier the ground makes the matches, as a logarithm.
   double gain() const {
@@ -31,7 +34,7 @@ struct Explanations {
                     std::min(gain() / kLeastGain, votes() / kLeastVotes));
   }
   bool is_ground() const { return evidence() > 1; }
-  const Solution& better() const { return is_ground() ? ground : still; }
+  const Solution& better() const { return scattered ? *scattered : is_ground() ? ground : still; }
 
   // Solutions that take their matches for more or less alike don't compare as they are.
   static double cost_of(const Solution& solution, double alike) {
@@ -52,6 +55,9 @@ Explanations explain(Problem& problem, const Values& guess, const ShareWork& sha
 
 // Again with better matches, which explain() or this explained `before` as they were then.
 Explanations explain_again(Problem& problem, const Explanations& before, const ShareWork& share_work);
+
+// Whether things lie at all distances.  Lens 1 may then stand beside the axis of lens 0, which near things show.
+bool explain_scattered(const Problem& problem, Explanations& found);
 
 // The grounds of all pairs as one, in the direction of their sum, each counting as much as it is known; pixels.
 struct GroundMean {

@@ -46,7 +46,7 @@ Octants octants_of(const Estimate& found) {
     const Remainder& remainder = solution.remainders[i];
     const auto octant = std::size_t(std::clamp(int((remainder.at.t + kPi) / (2 * kPi) * kOctants), 0, kOctants - 1));
     const Share& share = solution.shares[i];
-    const double along = remainder.off.t, across = remainder.off.b / scale;
+    const double along = solution.along[i], across = remainder.off.b / scale;
     const bool raised = parallax_of(solution.grounds[std::size_t(found.matches[i].pair)], remainder.at) > 0;
     const double far = share.far + (raised ? 0 : share.ground);
     square[octant] += share.good() * along * along + far * across * across;
@@ -79,7 +79,8 @@ std::vector<ExplainedMatch> matches_of(const Estimate& found) {
     } else if (share.ground > share.far) {
       across -= parallax;
     }
-    matches.push_back({found.matches[i], remainder.at, remainder.off.t / kPixelsPerRadian, across / scale, share.good() > 0.5});
+    matches.push_back(
+        {found.matches[i], remainder.at, solution.along[i] / kPixelsPerRadian, across / scale, share.good() > 0.5});
   }
   return matches;
 }
@@ -114,7 +115,17 @@ std::string text_of_view(const Finding& finding, double loose_rim) {
   return line("angle of view: %.1f +-%.1f degrees%s\n", fov, 2 * deviation, doubt);
 }
 
-std::string summary_of(const Finding& finding, double loose_rim) {
+// Things at all distances tell it.
+std::string text_of_beside(const Estimate& found) {
+  const Solution& solution = found.solution;
+  if (!solution.scatter.scattered) return "";
+  const double scale = across_scale(found.camera);
+  return line("things lie at all distances; along the axis lens 1 stands 1, beside it %.2f +-%.2f, %.2f +-%.2f\n",
+              scale * solution.values[kBesideX], scale * found.deviations[kBesideX], scale * solution.values[kBesideY],
+              scale * found.deviations[kBesideY]);
+}
+
+std::string summary_of(const Finding& finding, const Estimate& found) {
   const Values& off = finding.deviations;
   std::string text;
   for (int k = 0; k < 2; ++k) {
@@ -124,11 +135,12 @@ std::string summary_of(const Finding& finding, double loose_rim) {
                  k, lens.cx, off[x], lens.cy, off[y], lens.p, lens.p * off[kScale], lens.k[0], off[kK1], lens.k[1], off[kK2],
                  lens.k[2], off[kK3], lens.mount);
   }
-  text += text_of_view(finding, loose_rim);
+  text += text_of_view(finding, found.loose_rim);
   const Turn& turn = finding.camera.lens[1].turn;
   text += line("lens 1: yaw %.2f +-%.2f, pitch %.2f +-%.2f, roll %.2f +-%.2f\n", turn.yaw, off[kYaw], turn.pitch, off[kPitch],
                turn.roll, off[kRoll]);
   text += text_of(finding.baseline);
+  text += text_of_beside(found);
   text += line("%zu matches, %.0f %% of them kept\n", finding.matches.size(), 100 * finding.kept);
   if (finding.tracks > 0) text += line("%zu tracks within the lenses, as the camera turns\n", finding.tracks);
   return text + text_of(finding.left);
@@ -149,7 +161,7 @@ Finding finding_of(const Estimate& found) {
   Finding finding{settings_of(found.camera), found.start, found.camera, found.deviations,
                   octants_of(found),         found.kept,  found.tracks, baseline_of(found),
                   matches_of(found),         ""};
-  finding.summary = summary_of(finding, found.loose_rim);
+  finding.summary = summary_of(finding, found);
   return finding;
 }
 

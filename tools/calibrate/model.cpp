@@ -6,7 +6,7 @@
 
 namespace biseam::calibrate {
 
-const Values kSteps = {1e-3, 1e-3, 1e-3, 1e-3, 3e-4, 1e-3, 1e-3, 0.5, 0.5, 0.5, 0.5, 0.1, 0.1, 0.1, 0.1};
+const Values kSteps = {1e-3, 1e-3, 1e-3, 1e-3, 3e-4, 1e-3, 1e-3, 0.5, 0.5, 0.5, 0.5, 0.1, 0.1, 0.1, 0.1, 0.05, 0.05};
 
 namespace {
 

@@ -24,7 +24,10 @@ enum Parameter {
   kYaw,  // degrees
   kPitch,
   kRoll,
-  kRim,  // degrees from the axis where both circles end
+  kRim,      // degrees from the axis where both circles end
+  kBesideX,  // where lens 1 stands beside the axis of lens 0: by so much nearness displaces along the ring, of what it does
+             // across
+  kBesideY,
   kParameters
 };
 using Values = std::array<double, kParameters>;

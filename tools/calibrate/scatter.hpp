@@ -13,6 +13,9 @@ struct Scatter {
   bool near_known = false;
   // Neighbours err alike, and so does what stands still before a camera on a tripod: so many matches tell as much as one alone.
   double alike = 1;
+  // Near things lie at all distances, the rarer the nearer, so that across the ring hardly anything is where what is far would
+  // be, nor all on one ground: noise is what is left along it.
+  bool scattered = false;
 };
 inline constexpr double kMostNear = 40;        // pixels
 inline constexpr double kWrongArea = 60 * 60;  // square pixels where wrong matches lie
@@ -27,7 +30,8 @@ struct Share {
 struct Observed {
   Residual off;
   double t_noise, b_noise;
-  double parallax;  // of the ground where the match is; 0 where there is none
+  double parallax;   // of the ground where the match is; 0 where there is none
+  double slant = 0;  // by how much nearness displaces along the ring, for each pixel across it
 };
 Share share_of(const Observed& observed, const Scatter& scatter);
 double log_likelihood(const Observed& observed, const Scatter& scatter);
@@ -37,6 +41,6 @@ struct Pull {
   double stiffness, slope;
 };
 // Of what is near: its parallax may be anything that is not negative.
-Pull near_pull(double b, double noise, double share);
+Pull near_pull(double b, double noise, double share, const Scatter& scatter);
 
 }  // namespace biseam::calibrate

@@ -21,6 +21,11 @@ Pull ground_pull(double parallax, double price) {
 }
 double ground_cost(double parallax, double price) { return price * (std::hypot(parallax, kSoft) - kSoft); }
 
+double slant_of(const Values& values, double t) {
+  const SineCosine at = sine_cosine(t);
+  return values[kBesideX] * at.sine - values[kBesideY] * at.cosine;
+}
+
 // Directions that have a price of their own, with the prices to either side.
 struct Axis {
   Vec3 along;
@@ -86,6 +91,11 @@ struct State {
   std::vector<Ground> grounds;
 };
 
+// Of a match, as far as it isn't wrong: what nearness doesn't explain.
+double along_of(const Observed& seen, const Share& share) {
+  return share.good() * seen.off.t - seen.slant * (share.ground * seen.parallax + share.near * seen.off.b);
+}
+
 class Solver {
  public:
   Solver(const Problem& problem, State state) : problem_(problem), state_(std::move(state)) {
@@ -132,6 +142,17 @@ class Solver {
     return likelihoods;
   }
 
+  std::vector<double> along(const Scatter& scatter) const {
+    std::vector<double> along;
+    along.reserve(remainders_.size());
+    for (std::size_t i = 0; i < remainders_.size(); ++i) {
+      const Observed seen = observed(i, scatter);
+      const Share share = share_of(seen, scatter);
+      along.push_back(share.good() > 0 ? along_of(seen, share) / share.good() : seen.off.t);
+    }
+    return along;
+  }
+
   // What is observed of a match at the solver's state.
   Observed observed(std::size_t i, const Scatter& scatter) const { return observed(state_, remainders_, i, scatter); }
 
@@ -150,7 +171,7 @@ class Solver {
   Observed observed(const State& state, const std::vector<Remainder>& remainders, std::size_t i, const Scatter& scatter) const {
     const Match& match = problem_.matches[i];
     return {remainders[i].off, scatter.noise * match.t_doubt, scatter.noise * match.b_doubt,
-            parallax_of(state.grounds[std::size_t(match.pair)], remainders[i].at)};
+            parallax_of(state.grounds[std::size_t(match.pair)], remainders[i].at), slant_of(state.values, remainders[i].at.t)};
   }
 
   double cost_of(const State& state, const std::vector<Remainder>& remainders, const Scatter& scatter) const {
@@ -193,9 +214,14 @@ class Solver {
     const Observed seen = observed(i, scatter);
     const Share share = share_of(seen, scatter);
     const double counts = 1 / scatter.alike;
-    const double along = counts * share.good() / (seen.t_noise * seen.t_noise), across = counts / (seen.b_noise * seen.b_noise);
-    normal.add(slopes.t, along, along * seen.off.t);
-    const Pull near = near_pull(seen.off.b, seen.b_noise, share.near);
+    const double across = counts / (seen.b_noise * seen.b_noise);
+    const double along = counts / (seen.t_noise * seen.t_noise);
+    if (scatter.scattered) {
+      add_slanted(slopes, i, seen, share, along, normal);
+    } else {
+      normal.add(slopes.t, share.good() * along, share.good() * along * seen.off.t);
+    }
+    const Pull near = near_pull(seen.off.b, seen.b_noise, share.near, scatter);
     normal.add(slopes.b, share.far * across + counts * near.stiffness, share.far * across * seen.off.b + counts * near.slope);
     if (seen.parallax <= 0) {
       normal.add(slopes.b, share.ground * across, share.ground * across * seen.off.b);
@@ -204,6 +230,27 @@ class Solver {
     const Vec3 d = ring_direction(remainders_[i].at.t, remainders_[i].at.b);
     normal.add(slopes.b, {-d.x, -d.y, -d.z}, kParameters + 3 * problem_.matches[i].pair, share.ground * across,
                share.ground * across * (seen.off.b - seen.parallax));
+  }
+
+  // What is left along the ring, of what is far, what lies on a ground and what is near.
+  void add_slanted(const Slopes& slopes, std::size_t i, const Observed& seen, const Share& share, double stiffness,
+                   Normal& normal) const {
+    const RingPoint& at = remainders_[i].at;
+    const SineCosine t = sine_cosine(at.t);
+    const auto displaced = [&](double by) {
+      Row row = slopes.t;
+      row[kBesideX] = -by * t.sine;
+      row[kBesideY] = by * t.cosine;
+      return row;
+    };
+    normal.add(slopes.t, stiffness * share.far, stiffness * share.far * seen.off.t);
+    const Vec3 raised = (seen.parallax > 0 ? -seen.slant : 0) * ring_direction(at.t, at.b);
+    const double ground = stiffness * share.ground, near = stiffness * share.near;
+    normal.add(displaced(seen.parallax), raised, kParameters + 3 * problem_.matches[i].pair, ground,
+               ground * (seen.off.t - seen.slant * seen.parallax));
+    Row row = displaced(seen.off.b);
+    for (std::size_t p = 0; p < kBesideX; ++p) row[p] -= seen.slant * slopes.b[p];
+    normal.add(row, near, near * (seen.off.t - seen.slant * seen.off.b));
   }
 
   void add_priors(Normal& normal) const {
@@ -309,7 +356,7 @@ double alike_of(const Solver& solver, const Scatter& scatter, const std::vector<
     const Observed seen = solver.observed(i, scatter);
     const Share& share = shares[i];
     const int place = std::clamp(int((solver.remainders()[i].at.t / (2 * kPi) + 0.5) * kPlaces), 0, kPlaces - 1);
-    const double t = share.good() * seen.off.t / seen.t_noise;
+    const double t = along_of(seen, share) / seen.t_noise;
     const double b = (share.far * seen.off.b + share.ground * (seen.off.b - seen.parallax)) / seen.b_noise;
     sums[place][0] += t;
     sums[place][1] += b;
@@ -332,8 +379,13 @@ Scatter refitted(const Solver& solver, const Scatter& before, double least_noise
     const double raised = seen.off.b - seen.parallax, b = share.far * seen.off.b * seen.off.b + share.ground * raised * raised;
     still += share.far + share.ground;
     near += share.near;
-    square += share.good() * seen.off.t * seen.off.t / (seen.t_noise * seen.t_noise) + b / (seen.b_noise * seen.b_noise);
-    count += 2 * (share.far + share.ground) + share.near;
+    const double far = seen.off.t, ground = far - seen.slant * seen.parallax, close = far - seen.slant * seen.off.b;
+    const double along = share.far * far * far + share.ground * ground * ground + share.near * close * close;
+    square += along / (seen.t_noise * seen.t_noise);
+    count += share.good();
+    if (before.scattered) continue;
+    square += b / (seen.b_noise * seen.b_noise);
+    count += share.far + share.ground;
   }
   const double all = std::max(1.0, double(shares.size())), good = std::max(1e-9, still + near);
   Scatter scatter = before;
@@ -366,7 +418,8 @@ Solution solve(const Problem& problem, const Values& guess, const std::vector<Gr
   solver.descend(scatter, kManySteps);
   return {solver.state().values, solver.state().grounds, scatter,
           solver.cost(),         solver.prior_cost(),    solver.covariance(scatter),
-          solver.remainders(),   solver.shares(scatter), solver.likelihoods(scatter)};
+          solver.remainders(),   solver.shares(scatter), solver.likelihoods(scatter),
+          solver.along(scatter)};
 }
 
 }  // namespace biseam::calibrate

@@ -33,6 +33,7 @@ struct Solution {
   std::vector<Remainder> remainders;
   std::vector<Share> shares;
   std::vector<double> likelihoods;  // logarithms, of the matches
+  std::vector<double> along;        // what is left of each match along the ring, beyond what nearness explains
 };
 
 struct Problem {

@@ -28,8 +28,9 @@ TEST(Doubt, PlacesThatAreOffAlongTheRing) {
   solution.remainders = remainders_of(truth, kFrame, matches);
   const auto is_bad = [](double t) { return t > 1 && t < 2; };
   for (Remainder& remainder : solution.remainders) {
-    if (is_bad(remainder.at.t)) remainder.off.t *= 20;
-    remainder.off.b += 5;  // which may be parallax
+    solution.along.push_back((is_bad(remainder.at.t) ? 20 : 1) * remainder.off.t);
+    remainder.off.t += 2;  // both may be parallax
+    remainder.off.b += 5;
   }
   doubt_places(matches, solution);
   for (std::size_t i = 0; i < matches.size(); ++i) {
@@ -47,6 +48,7 @@ TEST(Doubt, FewMatchesStayAsTheyAre) {
   std::vector<Match> matches(5);
   Solution solution;
   solution.remainders.resize(5);
+  solution.along.resize(5);
   doubt_places(matches, solution);
   for (const Match& match : matches) EXPECT_EQ(match.t_doubt, 1);
 }

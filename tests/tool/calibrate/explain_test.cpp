@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "tool/calibrate/matches.hpp"
 
 namespace biseam::calibrate {
@@ -25,6 +27,39 @@ TEST(Explain, FarThingsNeedNoGround) {
   const Explanations found = explain_all({kFrame, see(truth, 0), 1, wide_prior(truth)});
   EXPECT_FALSE(found.is_ground());
   EXPECT_EQ(found.better().grounds[0].y, 0);
+}
+
+// As far things, the near ones would turn lens 1 by a tenth of a degree; as near ones on its axis, they would be wrong.
+TEST(Explain, ThingsAtAllDistancesShowWhereLens1Stands) {
+  const Values truth = some_values();
+  const double scale = across_scale(camera_of(truth, kFrame));
+  for (const auto& [x, y] : {std::pair{0.0, 0.0}, {-0.25, 0.15}}) {
+    Problem problem{kFrame, see_wood(truth, x, y), 1, wide_prior(truth)};
+    Explanations found = explain_all(problem);
+    ASSERT_TRUE(explain_scattered(problem, found));
+    found = explain_again(problem, found, in_turn);
+    ASSERT_TRUE(found.scattered);
+    const Values& values = found.better().values;
+    const cv::Mat1d covariance = covariance_of(found);
+    for (const int p : {kYaw, kPitch, kRoll}) {
+      const double deviation = std::sqrt(covariance(p, p));
+      EXPECT_NEAR(values[std::size_t(p)], truth[std::size_t(p)], 4 * deviation) << "parameter " << p;
+      EXPECT_LT(deviation, 0.03) << "parameter " << p;
+    }
+    EXPECT_NEAR(values[kBesideX] * scale, x, 0.03);
+    EXPECT_NEAR(values[kBesideY] * scale, y, 0.03);
+    for (const double along : found.better().along) EXPECT_LT(std::abs(along), 1);
+  }
+}
+
+TEST(Explain, GroundsAndFarThingsAreNotScattered) {
+  const Values truth = some_values();
+  for (const double parallax : {0.0, 1.5, 12.0}) {
+    const Problem problem{kFrame, see(truth, parallax), 1, wide_prior(truth)};
+    Explanations found = explain_all(problem);
+    EXPECT_FALSE(explain_scattered(problem, found)) << parallax;
+    EXPECT_EQ(found.better().values[kBesideX], 0);
+  }
 }
 
 // Of what see() sees, the part below the horizon: above it is a clear sky.

@@ -80,7 +80,8 @@ TEST(Finding, WhatIsLeftIsInPixelsOfThePanorama) {
   ASSERT_LT(scale, 0.7);
   found.matches.resize(1);
   found.solution.grounds.resize(1);
-  found.solution.remainders = {{{3, 4 * scale}, {0.1, 0}}};
+  found.solution.remainders = {{{9, 4 * scale}, {0.1, 0}}};
+  found.solution.along = {3};
   found.solution.shares = {{1, 0, 0}};
   found.solution.covariance = cv::Mat1d::eye(kParameters + 3, kParameters + 3);
   EXPECT_NEAR(finding_of(found).left[4], 5 / std::sqrt(2), 1e-9);
@@ -88,6 +89,19 @@ TEST(Finding, WhatIsLeftIsInPixelsOfThePanorama) {
   EXPECT_NEAR(finding_of(found).left[4], 5 / std::sqrt(2), 1e-9);
   found.solution.grounds = {{1, 0, 0}};
   EXPECT_NEAR(finding_of(found).left[4], 3, 1e-9);
+}
+
+TEST(Finding, TellsWhereLens1Stands) {
+  Estimate found;
+  found.camera = some_camera(kSide);
+  found.solution.covariance = cv::Mat1d::eye(kParameters + 3, kParameters + 3);
+  EXPECT_FALSE(tells(finding_of(found), "beside")) << "it is not known where nothing is near";
+  const double scale = across_scale(found.camera);
+  found.deviations[kBesideX] = found.deviations[kBesideY] = 0.02 / scale;
+  found.solution.values[kBesideX] = 0.25 / scale;
+  found.solution.values[kBesideY] = -0.1 / scale;
+  found.solution.scatter.scattered = true;
+  EXPECT_TRUE(tells(finding_of(found), "beside it 0.25 +-0.02, -0.10 +-0.02")) << finding_of(found).summary;
 }
 
 TEST(Finding, RoundsToDecimals) {
