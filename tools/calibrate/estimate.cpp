@@ -171,14 +171,26 @@ std::vector<Match> match_pairs(const std::vector<Pair>& pairs, const Values& val
   return matches;
 }
 
-// The rim's deviation where what lenses usually are like counts a quarter.
+// The rim's deviation where what lenses usually are like counts a quarter.  What is held is left out, as nothing could be
+// solved with it.
 double loose_rim(const Solution& solution, const Prior& prior) {
-  cv::Mat1d information = solution.covariance.inv(cv::DECOMP_CHOLESKY);
-  for (const int p : {kK1, kK2, kK3, kRim}) {
-    const double deviation = prior.deviations[std::size_t(p)];
-    if (deviation > kHeld) information(p, p) -= 0.75 / (deviation * deviation);
+  std::vector<int> free;
+  for (int p = 0; p < kParameters; ++p) {
+    if (prior.deviations[std::size_t(p)] != kHeld) free.push_back(p);
   }
-  return std::sqrt(cv::Mat1d(information.inv(cv::DECOMP_CHOLESKY))(kRim, kRim));
+  const int count = int(free.size());
+  cv::Mat1d covariance(count, count);
+  for (int i = 0; i < count; ++i) {
+    for (int j = 0; j < count; ++j) covariance(i, j) = solution.covariance(free[std::size_t(i)], free[std::size_t(j)]);
+  }
+  cv::Mat1d information = covariance.inv(cv::DECOMP_CHOLESKY);
+  for (int i = 0; i < count; ++i) {
+    const int p = free[std::size_t(i)];
+    const double deviation = prior.deviations[std::size_t(p)];
+    if (p == kK1 || p == kK2 || p == kK3 || p == kRim) information(i, i) -= 0.75 / (deviation * deviation);
+  }
+  const auto rim = int(std::find(free.begin(), free.end(), int(kRim)) - free.begin());
+  return std::sqrt(cv::Mat1d(information.inv(cv::DECOMP_CHOLESKY))(rim, rim));
 }
 
 // What the covariance says about where far things lie in both lenses: on so many places of the ring.
