@@ -64,6 +64,14 @@ Solution solve_again(const Problem& problem, const Solution& from, bool scattere
   return solve(beside, from.values, from.grounds, scatter);
 }
 
+// Where infinity lies among things at all distances is a guess that they all share, so that the values are no better known than
+// they would be if what is not far were noise.
+cv::Mat1d covariance_of_scattered(const Explanations& found) {
+  const Scatter &scatter = found.scattered->scatter, &otherwise = (found.is_ground() ? found.ground : found.still).scatter;
+  const double noisier = otherwise.noise / scatter.noise, more_alike = otherwise.alike / scatter.alike;
+  return std::max(1.0, noisier * noisier * more_alike) * found.scattered->covariance;
+}
+
 }  // namespace
 
 double Explanations::votes() const {
@@ -134,13 +142,13 @@ Explanations explain_again(Problem& problem, const Explanations& before, const S
 }
 
 bool explain_scattered(const Problem& problem, Explanations& found) {
-  // Of the cost, and of the matches that aren't wrong.  Rendered cameras over a ground gain 1 at most and have no such things,
-  // pictures of real woods and slopes gain 2.5 to 15 by a quarter and more.
-  constexpr double kLeastGain = 2, kLeastNear = 0.15;
+  // Of the matches that aren't wrong.  Of those of rendered cameras over a ground it takes a twentieth for such things, the
+  // least there can be; of real woods and slopes a quarter and more.
+  constexpr double kLeastNear = 0.15;
   const Solution &before = found.better(), scattered = solve_again(problem, before, true);
   const double alike = std::max(before.scatter.alike, scattered.scatter.alike);
   const double gain = Explanations::cost_of(before, alike) - Explanations::cost_of(scattered, alike);
-  if (gain < kLeastGain || scattered.scatter.near < kLeastNear) return false;
+  if (gain < 0 || scattered.scatter.near < kLeastNear) return false;
   found.scattered = scattered;
   return true;
 }
@@ -170,7 +178,7 @@ GroundMean mean_ground(const Solution& solution) {
 }
 
 cv::Mat1d covariance_of(const Explanations& found) {
-  if (found.scattered) return found.scattered->covariance;
+  if (found.scattered) return covariance_of_scattered(found);
   const Solution &better = found.better(), &other = found.is_ground() ? found.still : found.ground;
   const double against = 5 * std::abs(found.evidence() - 1), undecided = 1 / (1 + std::exp(against));
   const double share = found.is_ground() ? undecided : std::max(undecided, hidden_share(found));
