@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "ring/anchors.hpp"
+
 namespace biseam::ring {
 
 namespace {
@@ -82,15 +84,37 @@ PictureBox box_of(const Mesh& mesh, const LensNodes& nodes, const Block& block) 
   return {sample(x.least), sample(y.least), sample(x.largest), sample(y.largest)};
 }
 
+// No angle changes by more than so many pixels' way, where pixels are largest.
+int32_t angle_of(const MeshShape& shape, double pixels) noexcept {
+  const int round = std::min(shape.width, 2 * shape.height);  // pixels round the sphere
+  return static_cast<int32_t>(std::ldexp(pixels, kTurnBits) / round) + 1;
+}
+
+// Of a block where the angles b are no farther beyond these extremes than a reach.
+BlockKind kind_within(const Extremes& b, int32_t reach, int32_t half_width) noexcept {
+  return b.least - reach > half_width ? BlockKind::lens1 : b.largest + reach < -half_width ? BlockKind::lens0 : BlockKind::ring;
+}
+
+// By every fourth pixel: none is farther from one than by two in each direction.
+BlockKind kind_by_anchors(const Mesh& mesh, const Block& block, int32_t half_width) noexcept {
+  const AnchorCount count = anchors_around(block.width, block.height);
+  BlockValues t, b;
+  ring_positions(mesh, block, {}, {kAnchorBits, count.columns, count.rows}, t, b);
+  Extremes found{INT32_MAX, INT32_MIN};
+  for (int j = 0; j < count.rows; ++j) {
+    int32_t least, largest;
+    kFindRange.best()(b.values + j * kBlockWidth, count.columns, &least, &largest);
+    found = {std::min(found.least, least), std::max(found.largest, largest)};
+  }
+  return kind_within(found, angle_of(mesh.shape, 3), half_width);
+}
+
 BlockPlan plan_block(const Mesh& mesh, const Block& block, int32_t half_width, const PlaneGrid& chroma) noexcept {
   const NodeRange range = nodes_around(mesh.shape, block);
-  // From a node to the farthest place that is nearest to it no angle changes by more than the way there.
-  const int round = std::min(mesh.shape.width, 2 * mesh.shape.height);  // pixels round the sphere, where they are largest
-  const int32_t reach = static_cast<int32_t>(std::ldexp(1.0, kTurnBits + mesh.shape.spacing_bits - 1) / round) + 1;
-  const Extremes b = extremes_of(mesh, mesh.b, range);
+  const int32_t reach = angle_of(mesh.shape, std::ldexp(0.5, mesh.shape.spacing_bits));  // from a node to what is nearest to it
   BlockPlan plan{.block = block, .kind = BlockKind::ring, .luma = {}, .chroma = {}, .box = {}};
-  if (b.least - reach > half_width) plan.kind = BlockKind::lens1;
-  if (b.largest + reach < -half_width) plan.kind = BlockKind::lens0;
+  plan.kind = kind_within(extremes_of(mesh, mesh.b, range), reach, half_width);
+  if (plan.kind == BlockKind::ring) plan.kind = kind_by_anchors(mesh, block, half_width);
   for (int lens = 0; lens < 2; ++lens) {
     const Used used{lens == 1 ? 1 : -1, -half_width - reach};
     plan.luma[lens] = widenings_of(mesh, mesh.lens[lens], range, used, {});

@@ -24,10 +24,14 @@ bool stands_as_before(const Painting& painting, int plane) noexcept {
          painting.picture.plane[plane].grid == painting.picture.plane[plane - 1].grid;
 }
 
-void find_positions(const Painting& painting, const BlockPlan& plan, int lens, int plane, BlockValues& x,
-                    BlockValues& y) noexcept {
-  lens_positions(*painting.mesh, lens, plan.block, painting.panorama.plane[plane].grid, painting.picture.plane[plane].grid, x,
-                 y);
+// In some columns.
+void find_positions(const Painting& painting, const Block& block, int lens, const PlaneBlock& samples,
+                    const ColumnRange& columns, PaintMemory& memory) noexcept {
+  const PlaneGrid& grid = samples.format->grid;
+  const Block part{block.x + (columns.first << grid.bits_x), block.y, (columns.end - columns.first) << grid.bits_x,
+                   block.height};
+  lens_positions(*painting.mesh, lens, part, grid, painting.picture.plane[samples.plane].grid,
+                 memory.x[lens].values + columns.first, memory.y[lens].values + columns.first);
 }
 
 int channels_of(const PlaneBlock& samples) noexcept { return is_pairs(samples.format->type) ? 2 : 1; }
@@ -45,6 +49,20 @@ Needed needed_within(const DistanceRange& distances, int32_t ramp) noexcept {
   return {{distances.least < reach, -reach < distances.largest}};
 }
 
+// A block's rows from first on.
+struct SampledRows {
+  int first, count;
+};
+
+// Columns of rows that each lens is needed in.
+void find_needed(const Painting& painting, const SampledRows& rows, int columns, const PaintMemory& memory,
+                 ColumnRange (&needed)[2]) noexcept {
+  const int anchors = ((rows.first + rows.count - 1) >> kAnchorBits) + 2 - (rows.first >> kAnchorBits);
+  // Bands hold 4 times the values.
+  kFindNeededColumns.best()(memory.distances.values[rows.first >> kAnchorBits], anchors, columns,
+                            4 * reach_of(painting.ring.ramp.across), needed);
+}
+
 // Where a plane's samples lie on the ring, and in the pictures of the lenses that they need.
 Needed place_in_ring(const Painting& painting, const BlockPlan& plan, const PlaneBlock& samples, PaintMemory& memory) noexcept {
   const PlaneGrid& grid = samples.format->grid;
@@ -53,8 +71,10 @@ Needed place_in_ring(const Painting& painting, const BlockPlan& plan, const Plan
   memory.edge = find_edge(*painting.mesh, grid, painting.ring.shape, memory.places);
   if (memory.edge.near) look_up_across(memory.places, memory.across);
   const Needed needed = needed_within(distances, painting.ring.ramp.across);
+  ColumnRange columns[2] = {{0, samples.columns}, {0, samples.columns}};
+  if (needed.lens[0] && needed.lens[1]) find_needed(painting, {0, samples.rows}, samples.columns, memory, columns);
   for (int lens = 0; lens < 2; ++lens) {
-    if (needed.lens[lens]) find_positions(painting, plan, lens, samples.plane, memory.x[lens], memory.y[lens]);
+    if (needed.lens[lens]) find_positions(painting, plan.block, lens, samples, columns[lens], memory);
   }
   return needed;
 }
@@ -151,11 +171,7 @@ LensSamples prepare_lens(const Painting& painting, const BlockPlan& plan, int le
   return {job_of(painting, plan, lens, samples.plane, SampleOutput::fine), &plan.block, lens};
 }
 
-// Columns of rows from first_row on, of which no more are sampled together than places are kept for.
-struct SampledRows {
-  int first, count;
-};
-
+// No more rows are sampled together than places are kept for.
 void sample_columns(const LensSamples& from, const PlaneBlock& samples, const SampledRows& rows, const ColumnRange& columns,
                     PaintMemory& memory) noexcept {
   const int at = rows.first * kBlockWidth + columns.first;
@@ -253,11 +269,8 @@ void sample_needed(const Painting& painting, const LensSamples& from, const Plan
 // Rows that a seam may pass.  Both lenses are mixed where both are needed; every column needs one.
 void paint_beside_seam(const Painting& painting, const LensSamples (&from)[2], const PlaneBlock& samples,
                        const SampledRows& rows, PaintMemory& memory) noexcept {
-  const int anchors = ((rows.first + rows.count - 1) >> kAnchorBits) + 2 - (rows.first >> kAnchorBits);
   ColumnRange needed[2];
-  // Bands hold 4 times the values.
-  kFindNeededColumns.best()(memory.distances.values[rows.first >> kAnchorBits], anchors, samples.columns,
-                            4 * reach_of(painting.ring.ramp.across), needed);
+  find_needed(painting, rows, samples.columns, memory, needed);
   for (const LensSamples& lens : from) sample_needed(painting, lens, samples, rows, needed[lens.lens], memory);
   for (int lens = 0; lens < 2; ++lens) {
     const ColumnRange &own = needed[lens], &other = needed[1 - lens];
@@ -304,7 +317,7 @@ void paint_lens_block(const Painting& painting, const BlockPlan& plan, PaintMemo
   for (int plane = 0; plane < painting.panorama.planes; ++plane) {
     const PlaneBlock samples(painting, plan.block, plane);
     if (!stands_as_before(painting, plane)) {
-      find_positions(painting, plan, lens, plane, memory.x[lens], memory.y[lens]);
+      find_positions(painting, plan.block, lens, samples, {0, samples.columns}, memory);
     }
     if (changes_light(painting, lens)) {
       paint_lit(painting, plan, lens, samples, memory);

@@ -45,15 +45,15 @@ std::ptrdiff_t first_node(const MeshShape& shape, const Block& block, const Plan
   return row * shape.columns + column;
 }
 
-void interpolate(const NodeWindow& window, BlockValues& first, BlockValues& second) noexcept {
-  std::int32_t* const out[2] = {first.values, second.values};
+void interpolate(const NodeWindow& window, std::int32_t* first, std::int32_t* second) noexcept {
+  std::int32_t* const out[2] = {first, second};
   kInterpolateNodes.best()(window, out);
 }
 
 }  // namespace
 
 void lens_positions(const Mesh& mesh, int lens, const Block& block, const PlaneGrid& panorama, const PlaneGrid& picture,
-                    BlockValues& x, BlockValues& y) noexcept {
+                    std::int32_t* x, std::int32_t* y) noexcept {
   constexpr int kHalfPixel = 1 << (kPositionBits - 1);
   const std::ptrdiff_t first = first_node(mesh.shape, block, panorama);
   NodeWindow window = window_of(mesh.shape, block, panorama);
@@ -68,7 +68,7 @@ void luma_positions(const Mesh& mesh, int lens, const Block& block, const PlaneG
   NodeWindow window = coarse_window(mesh.shape, block, panorama, coarse);
   set_values(mesh.lens[lens].x.values + first, 0, 0, 0, window.values[0]);
   set_values(mesh.lens[lens].y.values + first, 0, 0, 0, window.values[1]);
-  interpolate(window, x, y);
+  interpolate(window, x.values, y.values);
 }
 
 void ring_positions(const Mesh& mesh, const Block& block, const PlaneGrid& panorama, const CoarseGrid& coarse, BlockValues& t,
@@ -77,7 +77,7 @@ void ring_positions(const Mesh& mesh, const Block& block, const PlaneGrid& panor
   NodeWindow window = coarse_window(mesh.shape, block, panorama, coarse);
   set_values(mesh.t.values + first, 0, 0, 32 - kTurnBits, window.values[0]);
   set_values(mesh.b.values + first, 0, 0, 0, window.values[1]);
-  interpolate(window, t, b);
+  interpolate(window, t.values, b.values);
 }
 
 }  // namespace biseam::ring

@@ -28,9 +28,9 @@ struct BlockValues {
 };
 
 // Positions in a plane of a lens's recorded picture, 1/65536 of that plane's samples, an integer being the middle of a sample.
-// panorama, picture: the plane's grid in the panorama and in the recorded picture.
+// panorama, picture: the plane's grid in the panorama and in the recorded picture.  x, y: rows as of BlockValues.
 void lens_positions(const Mesh& mesh, int lens, const Block& block, const PlaneGrid& panorama, const PlaneGrid& picture,
-                    BlockValues& x, BlockValues& y) noexcept;
+                    std::int32_t* x, std::int32_t* y) noexcept;
 
 // A coarser grid over a plane's samples: every 2^spacing_bits-th one from the block's first, in so many columns and rows, which
 // may go on for 8 samples past the block.

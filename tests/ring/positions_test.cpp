@@ -64,7 +64,7 @@ double luma_y(const Block& block, const PlaneGrid& grid, int j) { return block.y
 double lens_error(const OwnMesh& mesh, const Camera& camera, const View& view, int k, const Block& block,
                   const PlaneGrid& panorama, const PlaneGrid& picture) {
   BlockValues x, y;
-  lens_positions(*mesh, k, block, panorama, picture, x, y);
+  lens_positions(*mesh, k, block, panorama, picture, x.values, y.values);
   double worst = 0;
   for (int j = 0; j < block.height >> panorama.bits_y; ++j) {
     for (int i = 0; i < block.width >> panorama.bits_x; ++i) {
@@ -163,8 +163,8 @@ TEST(Positions, BlocksMayLieAnywhere) {
       if (part.x + part.width > 1922 || part.y + part.height > 962) continue;
       const int at_x = 2 * random.between(0, part.width / 2 - 1), at_y = 2 * random.between(0, part.height / 2 - 1);
       BlockValues x, y, one_x, one_y;
-      lens_positions(*mesh, n % 2, part, grid, grid, x, y);
-      lens_positions(*mesh, n % 2, {part.x + at_x, part.y + at_y, 2, 2}, grid, grid, one_x, one_y);
+      lens_positions(*mesh, n % 2, part, grid, grid, x.values, y.values);
+      lens_positions(*mesh, n % 2, {part.x + at_x, part.y + at_y, 2, 2}, grid, grid, one_x.values, one_y.values);
       const int at = (at_y >> grid.bits_y) * kBlockWidth + (at_x >> grid.bits_x);
       ASSERT_EQ(x.values[at], one_x.values[0]);
       ASSERT_EQ(y.values[at], one_y.values[0]);
@@ -181,7 +181,7 @@ TEST(Positions, OtherPlacesStay) {
       BlockValues x, y;
       std::memset(&x, 0x5A, sizeof x);
       std::memset(&y, 0x5A, sizeof y);
-      lens_positions(*mesh, 0, {64, 32, width, 30}, grid, grid, x, y);
+      lens_positions(*mesh, 0, {64, 32, width, 30}, grid, grid, x.values, y.values);
       for (int j = 0; j < kBlockHeight; ++j) {
         for (int i = 0; i < kBlockWidth; ++i) {
           if (i < width >> grid.bits_x && j < 30 >> grid.bits_y) continue;
@@ -203,7 +203,7 @@ TEST(Positions, AreHeldEverywhere) {
         for (int x = 0; x < 640; x += kBlockWidth) {
           BlockValues px, py;
           for (int k = 0; k < 2; ++k) {
-            lens_positions(*mesh, k, {x, y, kBlockWidth, kBlockHeight}, kLuma, kLuma, px, py);
+            lens_positions(*mesh, k, {x, y, kBlockWidth, kBlockHeight}, kLuma, kLuma, px.values, py.values);
             for (int i = 0; i < kBlockWidth * kBlockHeight; ++i) {
               ASSERT_LE(std::abs(px.values[i]), (kFarthest + 1024) << kPositionBits);
               ASSERT_LE(std::abs(py.values[i]), (kFarthest + 1024) << kPositionBits);
@@ -224,7 +224,7 @@ TEST(Positions, HaveTheSameBitsOnEveryHost) {
       for (int x = 0; x < 1922; x += 3 * kBlockWidth) {
         const Block block{x, y, std::min(kBlockWidth, 1922 - x), std::min(kBlockHeight, 962 - y)};
         BlockValues values[4];
-        lens_positions(*mesh, 0, block, grid, kLeft420, values[0], values[1]);
+        lens_positions(*mesh, 0, block, grid, kLeft420, values[0].values, values[1].values);
         ring_positions(*mesh, block, grid, {0, block.width >> grid.bits_x, block.height >> grid.bits_y}, values[2], values[3]);
         for (const BlockValues& v : values) {
           for (int j = 0; j < block.height >> grid.bits_y; ++j) {
