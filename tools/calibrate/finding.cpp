@@ -143,6 +143,9 @@ std::string summary_of(const Finding& finding, const Estimate& found) {
   text += text_of_beside(found);
   text += line("%zu matches, %.0f %% of them kept\n", finding.matches.size(), 100 * finding.kept);
   if (finding.tracks > 0) text += line("%zu tracks within the lenses, as the camera turns\n", finding.tracks);
+  text +=
+      line("far things meet at the seams within %.2f pixels of a panorama 3840 wide, %.2f in the worst eighth of the ring\n",
+           2 * finding.seam_deviation, 2 * finding.worst_deviation);
   return text + text_of(finding.left);
 }
 
@@ -158,9 +161,9 @@ double ExplainedMatch::pixels() const { return std::hypot(around, across) * kPix
 double Finding::worst() const { return *std::max_element(left.begin(), left.end()); }
 
 Finding finding_of(const Estimate& found) {
-  Finding finding{settings_of(found.camera), found.start, found.camera, found.deviations,
-                  octants_of(found),         found.kept,  found.tracks, baseline_of(found),
-                  matches_of(found),         ""};
+  Finding finding{
+      settings_of(found.camera), found.start, found.camera, found.deviations,   octants_of(found), found.seam_deviation,
+      found.worst_deviation,     found.kept,  found.tracks, baseline_of(found), matches_of(found), ""};
   finding.summary = summary_of(finding, found);
   return finding;
 }

@@ -34,13 +34,16 @@ struct Finding {
   Camera start, camera;              // the first guess, and what was found, not rounded
   Values deviations{};               // standard deviations
   Octants left{};                    // what is left of the matches that are explained
+  // Standard deviations of how far both lenses may disagree about far things, over the ring and in its worst eighth; pixels of a
+  // panorama 3840 wide.
+  double seam_deviation = 0, worst_deviation = 0;
   double kept = 0;                   // share of the matches that are explained
   std::size_t tracks = 0;            // within the lenses; 0: the camera doesn't turn enough
   std::optional<Baseline> baseline;  // none where it doesn't show
   std::vector<ExplainedMatch> matches;
   std::string summary;  // lines: the camera, its standard deviations, the residual in each eighth of the ring
 
-  double worst() const;  // of the eighths
+  double worst() const;  // of what is left in the eighths
 };
 
 struct Estimate;

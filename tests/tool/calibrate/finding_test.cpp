@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 
 #include "calibrate/estimate.hpp"
 #include "profile/write.hpp"
@@ -70,6 +71,15 @@ TEST(Finding, MatchesAreWhatTheNumbersTell) {
     EXPECT_EQ(finding.start.lens[k].mount, finding.camera.lens[k].mount);
   }
   EXPECT_GT(seam_error(finding.camera, finding.start), 3);
+  EXPECT_GT(finding.seam_deviation, 0);
+  EXPECT_GE(finding.worst_deviation, finding.seam_deviation);
+  char seams[100];
+  std::snprintf(seams, sizeof seams, "within %.2f pixels of a panorama 3840 wide, %.2f in", 2 * finding.seam_deviation,
+                2 * finding.worst_deviation);
+  EXPECT_TRUE(tells(finding, seams)) << finding.summary;
+  Camera truth = some_camera(kSide);
+  truth.baseline = 0;
+  EXPECT_LT(seam_error(truth, finding.camera), 2 * finding.seam_deviation);
 }
 
 TEST(Finding, WhatIsLeftIsInPixelsOfThePanorama) {

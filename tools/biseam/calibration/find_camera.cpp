@@ -50,9 +50,9 @@ profile::CameraSettings find_camera(std::span<const RecordedPair> pairs, const s
     const calibrate::Finding finding = calibrate_pairs(pairs, {});
     char line[200];
     std::snprintf(line, sizeof line,
-                  "camera found in %s: %.0f %% of the matches agree, within %.2f pixels of a panorama 3840 wide in the worst "
-                  "eighth of the ring",
-                  pairs_text(pairs.size()).c_str(), 100 * finding.kept, finding.worst());
+                  "camera found in %s: %.0f %% of the matches agree; far things meet at the seams within %.2f pixels of a "
+                  "panorama 3840 wide",
+                  pairs_text(pairs.size()).c_str(), 100 * finding.kept, 2 * finding.seam_deviation);
     notice(line);
     if (!save.empty()) replace_file(save, text_bytes(profile_of(finding, pairs.size())));
     return finding.settings;

@@ -59,7 +59,10 @@ std::string facts(const Finding& finding, std::size_t pairs) {
     ++count;
   }
   std::string out = "<dl class=\"facts\">\n";
-  out += fact("Left at the seams", formatted("%.2f px", std::sqrt(sum / std::max(1.0, count))),
+  out += fact("Far things meet within", formatted("%.2f px", 2 * finding.seam_deviation),
+              formatted("%.2f px in the worst eighth of the ring: two standard deviations, of a panorama 3840 wide",
+                        2 * finding.worst_deviation));
+  out += fact("Left of the matches", formatted("%.2f px", std::sqrt(sum / std::max(1.0, count))),
               formatted("%.2f px in the worst eighth of the ring; of a panorama 3840 wide", finding.worst()));
   out += fact("Matches kept", formatted("%.0f %%", 100 * finding.kept),
               formatted("of %zu, in %zu pair%s of pictures", finding.matches.size(), pairs, pairs == 1 ? "" : "s"));
