@@ -24,9 +24,10 @@ bool stands_as_before(const Painting& painting, int plane) noexcept {
          painting.picture.plane[plane].grid == painting.picture.plane[plane - 1].grid;
 }
 
-// In some columns.
+// In some columns; there may be none, as a lens may be needed by places past the block alone.
 void find_positions(const Painting& painting, const Block& block, int lens, const PlaneBlock& samples,
                     const ColumnRange& columns, PaintMemory& memory) noexcept {
+  if (columns.first >= columns.end) return;
   const PlaneGrid& grid = samples.format->grid;
   const Block part{block.x + (columns.first << grid.bits_x), block.y, (columns.end - columns.first) << grid.bits_x,
                    block.height};
