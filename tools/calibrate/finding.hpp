@@ -31,11 +31,11 @@ using Octants = std::array<double, kOctants>;  // from t = -pi on; pixels of a p
 
 struct Finding {
   profile::CameraSettings settings;
-  Camera start, camera;              // the first guess, and what was found, not rounded
-  Values deviations{};               // standard deviations
-  Octants left{};                    // what is left of the matches that are explained
-  // Standard deviations of how far both lenses may disagree about far things, over the ring and in its worst eighth; pixels of a
-  // panorama 3840 wide.
+  Camera start, camera;  // the first guess, and what was found, not rounded
+  Values deviations{};   // standard deviations
+  Octants left{};        // what is left of the matches that are explained
+  // Standard deviations of how far both lenses may disagree about far things, over the ring and in its worst eighth; pixels of
+  // a panorama 3840 wide.
   double seam_deviation = 0, worst_deviation = 0;
   double kept = 0;                   // share of the matches that are explained
   std::size_t tracks = 0;            // within the lenses; 0: the camera doesn't turn enough
