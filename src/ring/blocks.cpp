@@ -95,8 +95,23 @@ BlockKind kind_within(const Extremes& b, int32_t reach, int32_t half_width) noex
   return b.least - reach > half_width ? BlockKind::lens1 : b.largest + reach < -half_width ? BlockKind::lens0 : BlockKind::ring;
 }
 
+// Whether a node in a block tells that it is the ring's, as most of the ring's do.
+bool shows_ring(const Mesh& mesh, const Block& block, int32_t most) noexcept {
+  const int bits = mesh.shape.spacing_bits, before = (1 << bits) - 1;
+  const int last_column = (2 * (block.x + block.width) >> bits) + 1, last_row = (2 * (block.y + block.height) >> bits) + 1;
+  for (int j = ((2 * block.y + before) >> bits) + 1; j <= last_row; ++j) {
+    const int32_t* const b = mesh.b.values + ptrdiff_t{j} * mesh.shape.columns;
+    for (int i = ((2 * block.x + before) >> bits) + 1; i <= last_column; ++i) {
+      if (b[i] >= -most && b[i] <= most) return true;
+    }
+  }
+  return false;
+}
+
 // By every fourth pixel: none is farther from one than by two in each direction.
 BlockKind kind_by_anchors(const Mesh& mesh, const Block& block, int32_t half_width) noexcept {
+  const int32_t reach = angle_of(mesh.shape, 3);
+  if (shows_ring(mesh, block, half_width + reach)) return BlockKind::ring;
   const AnchorCount count = anchors_around(block.width, block.height);
   BlockValues t, b;
   ring_positions(mesh, block, {}, {kAnchorBits, count.columns, count.rows}, t, b);
@@ -106,7 +121,7 @@ BlockKind kind_by_anchors(const Mesh& mesh, const Block& block, int32_t half_wid
     kFindRange.best()(b.values + j * kBlockWidth, count.columns, &least, &largest);
     found = {std::min(found.least, least), std::max(found.largest, largest)};
   }
-  return kind_within(found, angle_of(mesh.shape, 3), half_width);
+  return kind_within(found, reach, half_width);
 }
 
 BlockPlan plan_block(const Mesh& mesh, const Block& block, int32_t half_width, const PlaneGrid& chroma) noexcept {
@@ -116,6 +131,7 @@ BlockPlan plan_block(const Mesh& mesh, const Block& block, int32_t half_width, c
   plan.kind = kind_within(extremes_of(mesh, mesh.b, range), reach, half_width);
   if (plan.kind == BlockKind::ring) plan.kind = kind_by_anchors(mesh, block, half_width);
   for (int lens = 0; lens < 2; ++lens) {
+    if (plan.kind == (lens == 0 ? BlockKind::lens1 : BlockKind::lens0)) continue;  // nothing of it is asked for
     const Used used{lens == 1 ? 1 : -1, -half_width - reach};
     plan.luma[lens] = widenings_of(mesh, mesh.lens[lens], range, used, {});
     plan.chroma[lens] = widenings_of(mesh, mesh.lens[lens], range, used, chroma);

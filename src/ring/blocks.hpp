@@ -24,7 +24,7 @@ struct PictureBox {
 struct BlockPlan {
   Block block;
   BlockKind kind;
-  Widenings luma[2], chroma[2];  // by lens
+  Widenings luma[2], chroma[2];  // by lens; of those that are needed
   PictureBox box[2];             // of either lens's picture: holds the block's samples but for a pixel or two
 };
 
