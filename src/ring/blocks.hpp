@@ -24,8 +24,9 @@ struct PictureBox {
 struct BlockPlan {
   Block block;
   BlockKind kind;
-  Widenings luma[2], chroma[2];  // by lens; of those that are needed
-  PictureBox box[2];             // of either lens's picture: holds the block's samples but for a pixel or two
+  // By lens; of those that are needed.
+  Widenings luma[2], chroma[2];
+  PictureBox box[2];  // of the lens's picture: holds the block's samples but for a pixel or two
 };
 
 constexpr int block_columns(int width) noexcept { return (width + kBlockWidth - 1) / kBlockWidth; }

@@ -294,13 +294,16 @@ Estimate estimate(const std::vector<Pair>& pairs, const std::optional<Known>& kn
   if (known) hold(*known, problem.prior);
   const Solution solution = solve(problem, aligned->values, std::vector<Ground>(pairs.size()), {20, 0.01, 0.1});
   const int wanted = pairs.size() == 1 ? 1280 : std::max(320, int(6400 / pairs.size()));
+  const auto match_again = [&](const Values& camera, int margin) {
+    const Search search{margin, margin, margin + 24, 8, wanted, 0.8, true};
+    problem.matches = match_pairs(pairs, camera, problem.frame, search, share_work);
+  };
+  constexpr int kFirstMargin = 12, kMargin = 4;  // strip pixels by which the camera may still be off
   Explanations explanations;
   Values values = solution.values;
   for (int round = 0; round < kMostRounds; ++round) {
-    const int margin = round == 0 ? 12 : 4;
     if (round > 0) expect_lenses_alike(values, problem);
-    const Search search{margin, margin, margin + 24, 8, wanted, 0.8, true};
-    problem.matches = match_pairs(pairs, values, problem.frame, search, share_work);
+    match_again(values, round == 0 ? kFirstMargin : kMargin);
     if (problem.matches.size() < kLeastMatches) throw Refusal(kTooLittle);
     if (round == 0) {
       explanations = explain(problem, values, share_work);
@@ -319,14 +322,12 @@ Estimate estimate(const std::vector<Pair>& pairs, const std::optional<Known>& kn
     problem.prior.stiffness = in_lens->stiffness;
     problem.prior.others = in_lens->values;
     for (Solution* each : {&explanations.still, &explanations.ground}) take_in_lens(*in_lens, problem.frame, each->values);
-    problem.matches =
-        match_pairs(pairs, explanations.better().values, problem.frame, {4, 4, 28, 8, wanted, 0.8, true}, share_work);
+    match_again(explanations.better().values, kMargin);
     explanations = explain_again(problem, explanations, share_work);
   }
   if (explain_scattered(problem, explanations)) {
     for (int round = 0; round < kScatteredRounds; ++round) {
-      problem.matches =
-          match_pairs(pairs, explanations.better().values, problem.frame, {4, 4, 28, 8, wanted, 0.8, true}, share_work);
+      match_again(explanations.better().values, kMargin);
       explanations = explain_again(problem, explanations, share_work);
     }
   }

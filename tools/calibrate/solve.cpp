@@ -23,6 +23,7 @@ Pull ground_pull(double parallax, double price) {
 double ground_cost(double parallax, double price) { return price * (std::hypot(parallax, kSoft) - kSoft); }
 
 double slant_of(const Values& values, double t) {
+  if (values[kBesideX] == 0 && values[kBesideY] == 0) return 0;  // held, as nearly always: sines of every match are expensive
   const SineCosine at = sine_cosine(t);
   return values[kBesideX] * at.sine - values[kBesideY] * at.cosine;
 }
