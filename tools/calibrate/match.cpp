@@ -4,6 +4,8 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
+#include "calibrate/correlate.hpp"
+
 namespace biseam::calibrate {
 namespace {
 
@@ -103,17 +105,12 @@ bool search_window(const Strip& first, const Strip& second, const Search& search
                   side + search.up + search.down);
   region &= cv::Rect(0, 0, second.light.cols, second.light.rows);
   if (region.width < side || region.height < side) return false;
-  cv::Mat1f scores;
-  cv::matchTemplate(second.light(region), first.light(cv::Rect(from.x - half, from.y - half, side, side)), scores,
-                    cv::TM_CCOEFF_NORMED);
-  cv::Point best;
-  double score;
-  cv::minMaxLoc(scores, nullptr, &score, nullptr, &best);
-  if (score < search.least_score) return false;
-  const cv::Point to = region.tl() + best + cv::Point(half, half);
+  const BestPlace best = best_place(first.light(cv::Rect(from.x - half, from.y - half, side, side)), second.light(region));
+  if (best.score < search.least_score) return false;
+  const cv::Point to = region.tl() + best.at + cv::Point(half, half);
   const cv::Rect window(to.x - half, to.y - half, side, side);
   if (cv::countNonZero(second.seen(window)) < side * side) return false;
-  match = {{cv::Point2d(from), cv::Point2d(to)}, score, {1, 1}};
+  match = {{cv::Point2d(from), cv::Point2d(to)}, best.score, {1, 1}};
   return true;
 }
 

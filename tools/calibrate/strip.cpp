@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <opencv2/imgproc.hpp>
 
+#include "calibrate/positions.hpp"
+
 namespace biseam::calibrate {
 namespace {
 
@@ -17,14 +19,12 @@ Unroller::Unroller(const Camera& camera, int index, const StripSize& size) : see
   const Lens& lens = camera.lens[index];
   const double limit = angle_of_radius(lens, (1 - kRimMargin) * radius(lens, lens.fov / 2 * kDegree), lens.fov / 2 * kDegree);
   cv::Mat2f map(size.rows, size.columns());
-  for (int y = 0; y < size.rows; ++y) {
-    for (int x = 0; x < size.columns(); ++x) {
-      const ImagePoint at = projector.project(ring_direction(size.t(x), size.b(y)));
-      map(y, x) = {float(at.x), float(at.y)};
-      const bool inside = at.x >= 2 && at.y >= 2 && at.x <= lens.width - 3 && at.y <= lens.height - 3;
-      seen_(y, x) = inside && at.angle < limit ? 255 : 0;
-    }
-  }
+  const Positions positions(map.size(), [&](int x, int y) { return projector.project(ring_direction(size.t(x), size.b(y))); });
+  positions.each([&](int x, int y, const ImagePoint& at) {
+    map(y, x) = {float(at.x), float(at.y)};
+    const bool inside = at.x >= 2 && at.y >= 2 && at.x <= lens.width - 3 && at.y <= lens.height - 3;
+    seen_(y, x) = inside && at.angle < limit ? 255 : 0;
+  });
   cv::convertMaps(map, cv::noArray(), map_, weights_, CV_16SC2);
   seen_.convertTo(share_, CV_32F, 1 / 255.0);
   cv::blur(share_, share_, {kLocal, kLocal}, {-1, -1}, cv::BORDER_REPLICATE);

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "calibrate/match.hpp"
+#include "calibrate/positions.hpp"
 #include "calibrate/vectors.hpp"
 
 namespace biseam::calibrate {
@@ -146,12 +147,9 @@ constexpr int kPatchHalf = 16, kWindowHalf = 10;
 cv::Mat1f patch_of(const cv::Mat1b& picture, const Projector& projector, const Tangent& tangent) {
   constexpr int kSide = 2 * kPatchHalf + 1;
   cv::Mat2f map(kSide, kSide);
-  for (int y = 0; y < kSide; ++y) {
-    for (int x = 0; x < kSide; ++x) {
-      const ImagePoint at = projector.project(tangent.at(x - kPatchHalf, y - kPatchHalf));
-      map(y, x) = {float(at.x), float(at.y)};
-    }
-  }
+  const Positions positions(map.size(),
+                            [&](int x, int y) { return projector.project(tangent.at(x - kPatchHalf, y - kPatchHalf)); });
+  positions.each([&](int x, int y, const ImagePoint& at) { map(y, x) = {float(at.x), float(at.y)}; });
   cv::Mat1b bytes;
   cv::remap(picture, bytes, map, cv::noArray(), cv::INTER_LINEAR, cv::BORDER_REPLICATE);
   cv::Mat1f patch;
