@@ -34,8 +34,7 @@ LOOPS = (
     ("expansion across", "expand_pixels_scalar", "expand_byte_pixels_neon", 6),
 )
 
-
-VERSION = re.compile(r"_(scalar|neon)\(|loop_versions<")  # where a kernel's versions stand
+WANTED = re.compile("|".join(sorted({rf"\b{name.split('::')[0]}\b" for _, *versions, _ in LOOPS for name in versions})))
 
 
 def compiled(compiler, source):
@@ -53,7 +52,7 @@ def short_name(name):
 
 
 def all_functions():
-    sources = [path for path in sorted(ROOT.glob("src/**/*.cpp")) if VERSION.search(path.read_text())]
+    sources = [path for path in sorted(ROOT.glob("src/**/*.cpp")) if WANTED.search(path.read_text())]
     with concurrent.futures.ThreadPoolExecutor(2) as pool:
         jobs = {(compiler, source): pool.submit(compiled, compiler, source) for compiler in COMPILERS for source in sources}
         functions = {compiler: {} for compiler in COMPILERS}
