@@ -1,9 +1,7 @@
 // This library, held to an instruction set, as a whole and by stages.
-#include <cstdio>
-
-#include "base/isa.hpp"
 #include "base/threads.hpp"
 #include "contestants/stitched_frame.hpp"
+#include "driver/isa.hpp"
 #include "frame/remap/sample_region.hpp"
 #include "frame/seam/search.hpp"
 #include "frame/stages.hpp"
@@ -11,14 +9,6 @@
 namespace biseam::bench {
 
 namespace {
-
-bool hold_to(const std::string& isa) {
-  if (isa == "best") return true;
-  for (const Isa known : kIsas) {
-    if (isa == name_of(known)) return limit_isa(known);
-  }
-  return false;
-}
 
 void* run_search(void* task) {
   search_bytes(*static_cast<BlendInstance*>(task));
@@ -57,10 +47,7 @@ Figures run_stages(StitchedFrame& frame) {
 int run(int argc, char** argv) {
   const Server server;
   const Setup setup = read_setup(argc, argv);
-  if (!hold_to(setup.isa)) {
-    std::fprintf(stderr, "this machine can't be held to '%s'\n", setup.isa.c_str());
-    return 3;
-  }
+  hold_to_isa(setup);
   StitchedFrame frame(setup);
   Commands commands = frame.commands();
   commands["stages"] = [&](const std::string&) { return run_stages(frame); };

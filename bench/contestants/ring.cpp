@@ -1,4 +1,4 @@
-// This library's ring engine, through its front door.
+// This library's ring engine, through its front door, held to an instruction set.
 //
 // start: what opening the engine and its first frame took, and the MiB it holds.  frame: one more.  save FILE: the panorama.
 #include <algorithm>
@@ -9,6 +9,7 @@
 
 #include "biseam/panorama.hpp"
 #include "driver/camera.hpp"
+#include "driver/isa.hpp"
 #include "driver/pictures.hpp"
 #include "driver/serve.hpp"
 
@@ -132,5 +133,7 @@ class Ring {
 int main(int argc, char** argv) {
   using namespace biseam::bench;
   const Server server;
-  return server.serve(Ring(read_setup(argc, argv)).commands());
+  const Setup setup = read_setup(argc, argv);
+  hold_to_isa(setup);
+  return server.serve(Ring(setup).commands());
 }
