@@ -58,18 +58,14 @@ void sample_row_scalar(const SampleJob& job, const int32_t* x, const int32_t* y,
   }
 }
 
-void sample_rest(const VectorKernel& kernel, const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination,
-                 int count) noexcept {
+void sample_rest(SampleVectors* sample, int samples, const SampleJob& job, const int32_t* x, const int32_t* y,
+                 uint8_t* destination, int count) noexcept {
   constexpr int kMost = 16, kMostBytes = 4;
   int32_t last_x[kMost], last_y[kMost];
   uint8_t results[kMost * kMostBytes];
-  for (int i = 0; i < kernel.samples; ++i) last_x[i] = x[std::min(i, count - 1)], last_y[i] = y[std::min(i, count - 1)];
-  if (kernel.sample(job, last_x, last_y, results)) {
-    const int bytes = output_bytes_of(job.source.type, job.output);
-    std::memcpy(destination, results, static_cast<std::size_t>(count * bytes));
-  } else {
-    kernel.otherwise(job, x, y, destination, count);
-  }
+  for (int i = 0; i < samples; ++i) last_x[i] = x[std::min(i, count - 1)], last_y[i] = y[std::min(i, count - 1)];
+  sample(job, last_x, last_y, results, samples);
+  std::memcpy(destination, results, static_cast<std::size_t>(count * output_bytes_of(job.source.type, job.output)));
 }
 
 namespace {

@@ -336,22 +336,16 @@ BISEAM_STEP bool sample_lanes(const SampleJob& job, const int32_t* x, const int3
 }
 
 template <SampleType type, int taps>
-BISEAM_AVX2 bool sample_alone(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination) noexcept {
-  return sample_lanes<type, taps>(job, x, y, destination);
-}
-
-template <SampleType type, int taps>
-BISEAM_AVX2 void sample_type(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination, int count) {
+BISEAM_AVX2 void sample_type(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination,
+                             int count) noexcept {
   constexpr int samples = Shape<type>::kSamples;
+  if (count < samples) return sample_rest(sample_type<type, taps>, samples, job, x, y, destination, count);
   const int bytes = output_bytes_of(type, job.output);
-  int i = 0;
-  for (; i + samples <= count; i += samples) {
+  for (int i = 0; i < count; i += samples) {
+    i = std::min(i, count - samples);
     if (!sample_lanes<type, taps>(job, x + i, y + i, destination + i * bytes)) {
       sample_row_scalar(job, x + i, y + i, destination + i * bytes, samples);
     }
-  }
-  if (i < count) {
-    sample_rest({sample_alone<type, taps>, samples, sample_row_scalar}, job, x + i, y + i, destination + i * bytes, count - i);
   }
 }
 

@@ -162,34 +162,26 @@ BISEAM_AVX512 bool sample_steep(const Kernel<taps, output>& kernel, const int32_
   return true;
 }
 
-// Where the row as a whole has misled about a vector.
 template <SampleType type, int taps, SampleOutput output>
-BISEAM_AVX512 bool sample_alone(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination) noexcept {
-  const Kernel<taps, output> kernel(job);
-  const Course course = course_of<type, taps>(x, y, Shape<type>::kSamples);
-  return course.flat ? sample_flat<type>(kernel, x, y, course, destination)
-                     : sample_steep<type>(kernel, x, y, course, destination);
-}
-
-template <SampleType type, int taps, SampleOutput output>
-BISEAM_AVX512 void sample_output(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination, int count) {
+BISEAM_AVX512 void sample_output(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination,
+                                 int count) noexcept {
   constexpr int samples = Shape<type>::kSamples, bytes = output_bytes_of(type, output);
-  const VectorKernel alone{sample_alone<type, taps, output>, samples, sample_row_avx2};
+  if (count < samples) return sample_rest(sample_output<type, taps, output>, samples, job, x, y, destination, count);
   const Kernel<taps, output> kernel(job);
   const Course course = course_of<type, taps>(x, y, count);
-  int i = 0;
-  if (course.flat) {
-    for (; i + samples <= count; i += samples) {
-      if (sample_flat<type>(kernel, x + i, y + i, course, destination + i * bytes)) continue;
-      sample_rest(alone, job, x + i, y + i, destination + i * bytes, samples);
+  for (int i = 0; i < count; i += samples) {
+    i = std::min(i, count - samples);
+    uint8_t* const to = destination + i * bytes;
+    if (course.flat ? sample_flat<type>(kernel, x + i, y + i, course, to)
+                    : sample_steep<type>(kernel, x + i, y + i, course, to)) {
+      continue;
     }
-  } else {
-    for (; i + samples <= count; i += samples) {
-      if (sample_steep<type>(kernel, x + i, y + i, course, destination + i * bytes)) continue;
-      sample_rest(alone, job, x + i, y + i, destination + i * bytes, samples);
+    if (count > samples) {  // the row as a whole may have misled about this vector
+      sample_output<type, taps, output>(job, x + i, y + i, to, samples);
+    } else {
+      sample_row_avx2(job, x + i, y + i, to, samples);
     }
   }
-  if (i < count) sample_rest(alone, job, x + i, y + i, destination + i * bytes, count - i);
 }
 
 template <SampleType type, int taps>

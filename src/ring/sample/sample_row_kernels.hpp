@@ -23,17 +23,12 @@ bool sample_widened_avx512(const SampleJob& job, const int32_t* x, const int32_t
 SampleAll sample_tiles_avx512, sample_word_tiles_avx512;
 bool are_tiles(const SampleJob& job) noexcept;
 
-// One vector of samples; false: these positions have to be sampled otherwise.
-using SampleLanes = bool(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination) noexcept;
-struct VectorKernel {
-  SampleLanes* sample;
-  int samples;  // in a vector, at most 16
-  SampleRow* otherwise;
-};
+// Vectors of samples, the last of which may overlap the one before it.
+using SampleVectors = void(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination, int count) noexcept;
 
-// Fewer samples than a vector has, by one whose last position is repeated.
-void sample_rest(const VectorKernel& kernel, const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination,
-                 int count) noexcept;
+// Fewer samples than a vector has, at most 16, by one whose last position is repeated.
+void sample_rest(SampleVectors* sample, int samples, const SampleJob& job, const int32_t* x, const int32_t* y,
+                 uint8_t* destination, int count) noexcept;
 
 // Both sums are held at 14 bits and a fraction, whatever the depth: the first has kTapBits + bits, the second kTapBits
 // + 14.

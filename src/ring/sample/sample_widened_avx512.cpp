@@ -186,24 +186,17 @@ BISEAM_STEP bool sample_four(const Kernel& kernel, const int32_t* x, const int32
 }
 
 template <SampleType type, int across>
-BISEAM_AVX512 bool sample_alone(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination) noexcept {
-  return sample_four<type, across>(Kernel(job), x, y, destination);
-}
-
-template <SampleType type, int across>
-BISEAM_AVX512 void sample_blocks(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination, int count) {
+BISEAM_AVX512 void sample_blocks(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination,
+                                 int count) noexcept {
   constexpr int samples = kResults / bytes_of(type);
+  if (count < samples) return sample_rest(sample_blocks<type, across>, samples, job, x, y, destination, count);
   const Kernel kernel(job);
   const int bytes = output_bytes_of(type, job.output);
-  int i = 0;
-  for (; i + samples <= count; i += samples) {
+  for (int i = 0; i < count; i += samples) {
+    i = std::min(i, count - samples);
     if (!sample_four<type, across>(kernel, x + i, y + i, destination + i * bytes)) {
       sample_row_scalar(job, x + i, y + i, destination + i * bytes, samples);
     }
-  }
-  if (i < count) {
-    sample_rest({sample_alone<type, across>, samples, sample_row_scalar}, job, x + i, y + i, destination + i * bytes,
-                count - i);
   }
 }
 
