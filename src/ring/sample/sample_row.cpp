@@ -61,6 +61,7 @@ void sample_row_scalar(const SampleJob& job, const int32_t* x, const int32_t* y,
 void sample_rest(SampleVectors* sample, int samples, const SampleJob& job, const int32_t* x, const int32_t* y,
                  uint8_t* destination, int count) noexcept {
   constexpr int kMost = 16, kMostBytes = 4;
+  if (count <= 0) return;
   int32_t last_x[kMost], last_y[kMost];
   uint8_t results[kMost * kMostBytes];
   for (int i = 0; i < samples; ++i) last_x[i] = x[std::min(i, count - 1)], last_y[i] = y[std::min(i, count - 1)];

@@ -26,7 +26,7 @@ bool are_tiles(const SampleJob& job) noexcept;
 // Vectors of samples, the last of which may overlap the one before it.
 using SampleVectors = void(const SampleJob& job, const int32_t* x, const int32_t* y, uint8_t* destination, int count) noexcept;
 
-// Fewer samples than a vector has, at most 16, by one whose last position is repeated.
+// None, or fewer samples than a vector has, at most 16, by one whose last position is repeated.
 void sample_rest(SampleVectors* sample, int samples, const SampleJob& job, const int32_t* x, const int32_t* y,
                  uint8_t* destination, int count) noexcept;
 
