@@ -39,7 +39,8 @@ void sum_products(const cv::Mat1f& window, const cv::Mat1f& light, int left, int
 
 }  // namespace
 
-// Windows of matches are small: sums of products are several times as fast as transforms, by which OpenCV would correlate them.
+// Windows of matches are small: sums of products take less time than transforms, by which OpenCV would correlate them, and half
+// of it where places are few.
 BestPlace best_place(const cv::Mat1f& window, const cv::Mat1f& region) {
   BestPlace best;
   const cv::Mat1f even = normalised(window);

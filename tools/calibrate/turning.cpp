@@ -6,6 +6,7 @@
 #include <opencv2/imgproc.hpp>
 #include <optional>
 
+#include "calibrate/correlate.hpp"
 #include "calibrate/match.hpp"
 #include "calibrate/positions.hpp"
 #include "calibrate/vectors.hpp"
@@ -82,20 +83,17 @@ std::vector<Seen> match_coarsely(const cv::Mat1b& first, const cv::Mat1b& second
                                  const Projector& projector) {
   constexpr int kHalf = 7, kReach = 28;
   constexpr double kLeastScore = 0.75;
+  const cv::Mat1f light[2] = {cv::Mat1f(first), cv::Mat1f(second)};
   std::vector<Seen> matches;
-  cv::Mat1f scores;
   for (const cv::Point2d& corner : corners_of(first, scale, lens, 6, 3)) {
     const cv::Point at(int(std::lround((corner.x + 0.5) * scale - 0.5)), int(std::lround((corner.y + 0.5) * scale - 0.5)));
     const cv::Rect whole(0, 0, first.cols, first.rows), window(at.x - kHalf, at.y - kHalf, 2 * kHalf + 1, 2 * kHalf + 1);
     if ((window & whole) != window) continue;
     const cv::Rect region =
         cv::Rect(window.x - kReach, window.y - kReach, window.width + 2 * kReach, window.height + 2 * kReach) & whole;
-    cv::matchTemplate(second(region), first(window), scores, cv::TM_CCOEFF_NORMED);
-    double score;
-    cv::Point best;
-    cv::minMaxLoc(scores, nullptr, &score, nullptr, &best);
-    if (!(score > kLeastScore)) continue;
-    const cv::Point2d to = enlarged(cv::Point2d(region.tl() + best + cv::Point(kHalf, kHalf)), scale);
+    const BestPlace best = best_place(light[0](window), light[1](region));
+    if (best.score < kLeastScore) continue;
+    const cv::Point2d to = enlarged(cv::Point2d(region.tl() + best.at + cv::Point(kHalf, kHalf)), scale);
     const cv::Point2d from = enlarged(cv::Point2d(at), scale);
     matches.push_back({projector.unproject(from.x, from.y), projector.unproject(to.x, to.y)});
   }
