@@ -17,7 +17,7 @@ constexpr std::uint8_t kUntouched = 0xa5;
 using Guide = std::vector<std::uint8_t>;
 
 struct Nv12 {
-  Nv12(int width, int height) : width(width), height(height), bytes(std::size_t(width * height * 3 / 2), kUntouched) {}
+  Nv12(int w, int h) : width(w), height(h), bytes(std::size_t(w * h * 3 / 2), kUntouched) {}
   BiseamPicture record() {
     BiseamPicture picture = picture_defaults();
     picture.format = BISEAM_NV12;

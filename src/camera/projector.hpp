@@ -8,7 +8,7 @@ namespace biseam {
 
 // Beyond fov / 2 a lens has no picture.  Its radius goes on as the formula says for so many degrees, as interpolation near the
 // limit needs positions beyond it, and stays as it is from there on.
-inline constexpr double kBeyondFov = 20;
+inline constexpr double kBeyondFov = 28;
 
 struct ImagePoint {
   double x, y;   // of the recorded picture

@@ -18,9 +18,15 @@ struct NodeRange {
 // Samples of coarser grids stand up to half a luma pixel past the block's first or last ones.
 NodeRange nodes_around(const MeshShape& shape, const Block& block) noexcept {
   const int bits = shape.spacing_bits;
-  // Node (0, 0) has the index (1, 1).
-  return {(2 * block.x >> bits) + 1, std::min((2 * (block.x + block.width) >> bits) + 2, shape.columns - 1),
-          (2 * block.y >> bits) + 1, std::min((2 * (block.y + block.height) >> bits) + 2, shape.rows - 1)};
+  return {(2 * block.x >> bits) + kNodesBefore, (2 * (block.x + block.width) >> bits) + 1 + kNodesBefore,
+          (2 * block.y >> bits) + kNodesBefore, (2 * (block.y + block.height) >> bits) + 1 + kNodesBefore};
+}
+
+// Those next to the block's samples.
+NodeRange nodes_beside(const MeshShape& shape, const Block& block) noexcept {
+  const int bits = shape.spacing_bits;
+  return {(2 * block.x >> bits) + kNodesBefore, ((2 * (block.x + block.width) - 1) >> bits) + 1 + kNodesBefore,
+          (2 * block.y >> bits) + kNodesBefore, ((2 * (block.y + block.height) - 1) >> bits) + 1 + kNodesBefore};
 }
 
 struct Extremes {
@@ -47,24 +53,25 @@ struct Used {
   bool node(int32_t b) const noexcept { return side * b >= least; }
 };
 
-// Largest number of source samples that one sample of the panorama moves on by, along one axis of the picture.  step_x, step_y:
-// luma samples of the panorama from sample to sample; unit: luma samples of the picture from sample to sample along the axis.
+// Largest number of source samples that one sample of the panorama moves on by, along one axis of the picture: at nodes, as half
+// of what lies between those on either side.  step_x, step_y: luma samples of the panorama from sample to sample; unit: luma
+// samples of the picture from sample to sample along the axis.
 double largest_step(const Mesh& mesh, NodePlane plane, const NodeRange& range, const Used& used, int step_x, int step_y,
                     int unit) noexcept {
   double largest = 0;
-  for (int j = range.first_row; j < range.last_row; ++j) {
+  for (int j = range.first_row; j <= range.last_row; ++j) {
     const int32_t* const row = plane.values + ptrdiff_t{j} * mesh.shape.columns;
-    const int32_t* const below = row + mesh.shape.columns;
+    const int32_t *const above = row - mesh.shape.columns, *const below = row + mesh.shape.columns;
     const int32_t* const b = mesh.b.values + ptrdiff_t{j} * mesh.shape.columns;
-    for (int i = range.first_column; i < range.last_column; ++i) {
-      if (!used.node(b[i]) && !used.node(b[i + 1]) && !used.node(b[i + mesh.shape.columns])) continue;
-      const double x = static_cast<double>(int64_t{row[i + 1]} - row[i]) * step_x;
-      const double y = static_cast<double>(int64_t{below[i]} - row[i]) * step_y;
+    for (int i = range.first_column; i <= range.last_column; ++i) {
+      if (!used.node(b[i])) continue;
+      const double x = static_cast<double>(int64_t{row[i + 1]} - row[i - 1]) * step_x;
+      const double y = static_cast<double>(int64_t{below[i]} - above[i]) * step_y;
       largest = std::max(largest, x * x + y * y);
     }
   }
-  const double node_spacing = std::ldexp(0.5, mesh.shape.spacing_bits);  // luma pixels
-  return std::sqrt(largest) / (node_spacing * unit * (1 << kPositionBits));
+  const double apart = std::ldexp(1, mesh.shape.spacing_bits);  // luma pixels
+  return std::sqrt(largest) / (apart * unit * (1 << kPositionBits));
 }
 
 Widenings widenings_of(const Mesh& mesh, const LensNodes& nodes, const NodeRange& range, const Used& used,
@@ -75,10 +82,7 @@ Widenings widenings_of(const Mesh& mesh, const LensNodes& nodes, const NodeRange
 }
 
 // The least box of nodes between which the block's samples stand.
-PictureBox box_of(const Mesh& mesh, const LensNodes& nodes, const Block& block) noexcept {
-  const int bits = mesh.shape.spacing_bits;
-  const NodeRange range{(2 * block.x >> bits) + 1, ((2 * (block.x + block.width) - 1) >> bits) + 2, (2 * block.y >> bits) + 1,
-                        ((2 * (block.y + block.height) - 1) >> bits) + 2};
+PictureBox box_of(const Mesh& mesh, const LensNodes& nodes, const NodeRange& range) noexcept {
   const Extremes x = extremes_of(mesh, nodes.x, range), y = extremes_of(mesh, nodes.y, range);
   const auto sample = [](int32_t position) { return static_cast<int16_t>(position >> kPositionBits); };
   return {sample(x.least), sample(y.least), sample(x.largest), sample(y.largest)};
@@ -98,11 +102,12 @@ BlockKind kind_within(const Extremes& b, int32_t reach, int32_t half_width) noex
 // Whether a node in a block tells that it is the ring's, as most of the ring's do.
 bool shows_ring(const Mesh& mesh, const Block& block, int32_t most) noexcept {
   const int bits = mesh.shape.spacing_bits, before = (1 << bits) - 1;
-  const int last_column = (2 * (block.x + block.width) >> bits) + 1, last_row = (2 * (block.y + block.height) >> bits) + 1;
-  for (int j = ((2 * block.y + before) >> bits) + 1; j <= last_row; ++j) {
-    const int32_t* const b = mesh.b.values + ptrdiff_t{j} * mesh.shape.columns;
-    for (int i = ((2 * block.x + before) >> bits) + 1; i <= last_column; ++i) {
-      if (b[i] >= -most && b[i] <= most) return true;
+  const int first_column = (2 * block.x + before) >> bits, last_column = 2 * (block.x + block.width) >> bits;
+  const int first_row = (2 * block.y + before) >> bits, last_row = 2 * (block.y + block.height) >> bits;
+  for (int j = first_row; j <= last_row; ++j) {
+    for (int i = first_column; i <= last_column; ++i) {
+      const int32_t b = mesh.b.values[node_index(mesh.shape, i, j)];
+      if (b >= -most && b <= most) return true;
     }
   }
   return false;
@@ -125,17 +130,17 @@ BlockKind kind_by_anchors(const Mesh& mesh, const Block& block, int32_t half_wid
 }
 
 BlockPlan plan_block(const Mesh& mesh, const Block& block, int32_t half_width, const PlaneGrid& chroma) noexcept {
-  const NodeRange range = nodes_around(mesh.shape, block);
+  const NodeRange range = nodes_beside(mesh.shape, block);
   const int32_t reach = angle_of(mesh.shape, std::ldexp(0.5, mesh.shape.spacing_bits));  // from a node to what is nearest to it
   BlockPlan plan{.block = block, .kind = BlockKind::ring, .luma = {}, .chroma = {}, .box = {}};
-  plan.kind = kind_within(extremes_of(mesh, mesh.b, range), reach, half_width);
+  plan.kind = kind_within(extremes_of(mesh, mesh.b, nodes_around(mesh.shape, block)), reach, half_width);
   if (plan.kind == BlockKind::ring) plan.kind = kind_by_anchors(mesh, block, half_width);
   for (int lens = 0; lens < 2; ++lens) {
     if (plan.kind == (lens == 0 ? BlockKind::lens1 : BlockKind::lens0)) continue;  // nothing of it is asked for
     const Used used{lens == 1 ? 1 : -1, -half_width - reach};
     plan.luma[lens] = widenings_of(mesh, mesh.lens[lens], range, used, {});
     plan.chroma[lens] = widenings_of(mesh, mesh.lens[lens], range, used, chroma);
-    plan.box[lens] = box_of(mesh, mesh.lens[lens], block);
+    plan.box[lens] = box_of(mesh, mesh.lens[lens], range);
   }
   return plan;
 }

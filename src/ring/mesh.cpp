@@ -14,7 +14,7 @@ std::size_t angle_bytes(const MeshShape& shape) noexcept {
   return piece_bytes(2 * static_cast<std::size_t>(shape.columns) * sizeof(double));
 }
 
-// Of node i, -1 being the first.
+// Of node i.
 double node_position(const MeshShape& shape, int i) noexcept { return i * (0.5 * (1 << shape.spacing_bits)); }
 
 }  // namespace
@@ -42,7 +42,7 @@ void build_mesh(const Mesh& mesh, const Projector& lens0, const Projector& lens1
   const View view{shape.width, shape.height, turn};
   double *sines = mesh.angles, *cosines = mesh.angles + shape.columns;
   for (int i = 0; i < shape.columns; ++i) {
-    const SineCosine longitude = sine_cosine(longitude_of(view, node_position(shape, i - 1)));
+    const SineCosine longitude = sine_cosine(longitude_of(view, node_position(shape, i - kNodesBefore)));
     sines[i] = longitude.sine;
     cosines[i] = longitude.cosine;
   }
@@ -51,7 +51,7 @@ void build_mesh(const Mesh& mesh, const Projector& lens0, const Projector& lens1
   LensNodeRow* const lens_row = kLensNodeRow.best();
   RingNodeRow* const ring_row = kRingNodeRow.best();
   for (int j = 0; j < shape.rows; ++j) {
-    const NodeRow row = {sines, cosines, sine_cosine(latitude_of(view, node_position(shape, j - 1))), shape.columns};
+    const NodeRow row = {sines, cosines, sine_cosine(latitude_of(view, node_position(shape, j - kNodesBefore))), shape.columns};
     const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(j) * shape.columns;
     lens_row(row, lens0, to_picture[0], mesh.lens[0].x.values + at, mesh.lens[0].y.values + at);
     lens_row(row, lens1, to_picture[1], mesh.lens[1].x.values + at, mesh.lens[1].y.values + at);

@@ -19,7 +19,7 @@ inline constexpr int kFarthest = 24576;
 // from the plane between the lenses, positive towards lens 1.
 inline constexpr int kTurnBits = 24;
 
-// One value at every node, row by row from node (-1, -1).
+// One value at every node, row by row from node (-kNodesBefore, -kNodesBefore).
 struct NodePlane {
   std::int32_t* values;
 };

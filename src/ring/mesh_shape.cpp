@@ -9,11 +9,12 @@ namespace {
 // Half pixels past a panorama for which there are nodes too: coarse grids go on past its last block.
 constexpr int kPastTheEnd = 16;
 
-constexpr double kWidestSpacing = 6 * kDegree;  // three of them stay below kBeyondFov
-constexpr double kLargestStep = 200;            // pixels of a lens between two nodes; the integer cubics hold 256
+// A cubic's farthest nodes, 4.3 times as far away, are within kBeyondFov; and near things and light are known at nodes alone.
+constexpr double kWidestSpacing = 6.5 * kDegree;
+constexpr double kLargestStep = 200;  // pixels of a lens between two nodes; the integer cubics hold 256
 // Cubics through nodes h radians apart err by kErrorFactor * r(a) / sin(a)^4 * h^4 pixels beyond 90 degrees from the axis, as
-// positions turn ever faster round the point opposite to it, and by less within.  The factor is measured.
-constexpr double kErrorFactor = 0.15, kLargestError = 0.004;
+// positions turn ever faster round the point opposite to it, and by less within.  The factor is measured, up to 120 degrees.
+constexpr double kErrorFactor = 0.025, kLargestError = 0.004;
 constexpr int kAngleSteps = 64;
 
 double larger(double a, double b) noexcept { return a < b ? b : a; }
@@ -52,8 +53,8 @@ MeshShape mesh_shape(const Camera& camera, int width, int height) noexcept {
   shape.width = width;
   shape.height = height;
   shape.spacing_bits = bits;
-  shape.columns = ((2 * width + kPastTheEnd) >> bits) + 4;
-  shape.rows = ((2 * height + kPastTheEnd) >> bits) + 4;
+  shape.columns = ((2 * width + kPastTheEnd) >> bits) + 1 + kNodesAround;
+  shape.rows = ((2 * height + kPastTheEnd) >> bits) + 1 + kNodesAround;
   return shape;
 }
 

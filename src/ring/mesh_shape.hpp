@@ -8,8 +8,8 @@
 namespace biseam::ring {
 
 // Node (i, j) stands at the panorama's luma position (i * spacing, j * spacing), spacing being 2^spacing_bits half pixels.
-// Indices go from -1 to columns - 2 and rows - 2: two nodes lie right of and below every position in the panorama, as a cubic
-// through four of them needs.
+// Indices go from -kNodesBefore to columns - kNodesBefore - 1 and rows - kNodesBefore - 1: three nodes lie left of and right of
+// every position in the panorama, above and below it, as a cubic with slopes from six of them needs.
 struct MeshShape {
   int width = 0, height = 0;  // of the panorama, even
   int spacing_bits = 0;       // 0 (every half pixel) .. 6 (every 32 pixels)
@@ -17,12 +17,20 @@ struct MeshShape {
 };
 
 inline constexpr int kLargestSpacingBits = 6;
+inline constexpr int kCubicNodes = 6;
+inline constexpr int kNodesAround = kCubicNodes - 1;  // beside the one left of or above a position
+inline constexpr int kNodesBefore = 2;                // of these; for the panorama's first position too
 
 // Degrees beyond the plane between the lenses up to which a lens may be used: no ring is wider to either side.
 inline constexpr double kLargestHalfWidth = 15;
 
 // The widest spacing that keeps positions within 0.005 pixels of the exact ones wherever a lens is used.
 MeshShape mesh_shape(const Camera& camera, int width, int height) noexcept;
+
+// Where node (column, row) is among a plane's.
+inline std::ptrdiff_t node_index(const MeshShape& shape, int column, int row) noexcept {
+  return std::ptrdiff_t{row + kNodesBefore} * shape.columns + column + kNodesBefore;
+}
 
 inline std::size_t node_count(const MeshShape& shape) noexcept {
   return static_cast<std::size_t>(shape.columns) * static_cast<std::size_t>(shape.rows);

@@ -10,7 +10,7 @@ namespace biseam::ring {
 namespace {
 
 // Half-pixel nodes have this many columns in a block and one sample more, which coarse grids go on for.
-constexpr int kMostColumns = 2 * kBlockWidth + 6;
+constexpr int kMostColumns = 2 * kBlockWidth + 1 + kNodesAround;
 
 // A + u (B + u (C + u D)) with u in units of 2^-bits.  B and C are kept times 2^bits, with the half that rounds the product
 // added to them.
@@ -23,25 +23,29 @@ BISEAM_LOOP std::int32_t held(std::int32_t value, std::int32_t limit) noexcept {
   return low > limit ? limit : low;
 }
 
-// The nearest value to another one, modulo 2^(32 - wrapped_bits).
-BISEAM_LOOP std::int32_t unwrapped(std::int32_t value, std::int32_t other, int wrapped_bits) noexcept {
-  const std::uint32_t apart = (static_cast<std::uint32_t>(value) - static_cast<std::uint32_t>(other)) << wrapped_bits;
-  const std::int32_t rise = static_cast<std::int32_t>(apart) >> wrapped_bits;
-  return static_cast<std::int32_t>(static_cast<std::uint32_t>(other) + static_cast<std::uint32_t>(rise));
+// From one value to another, as near as they can be modulo 2^(32 - wrapped_bits).
+BISEAM_LOOP std::uint32_t rise(std::int32_t from, std::int32_t to, int wrapped_bits) noexcept {
+  const std::uint32_t apart = (static_cast<std::uint32_t>(to) - static_cast<std::uint32_t>(from)) << wrapped_bits;
+  return static_cast<std::uint32_t>(static_cast<std::int32_t>(apart) >> wrapped_bits);
 }
 
-// Through nodes of equal distance.  Differences wrap around where nodes mean nothing.
-BISEAM_LOOP Cubic cubic_through(int bits, int wrapped_bits, const std::int32_t (&nodes)[4]) noexcept {
-  const std::int32_t first = nodes[1], before = unwrapped(nodes[0], first, wrapped_bits);
-  const std::int32_t second = unwrapped(nodes[2], first, wrapped_bits), after = unwrapped(nodes[3], first, wrapped_bits);
-  const auto n = [](std::int32_t value) { return static_cast<std::uint32_t>(value); };
-  const auto s = [](std::uint32_t value) { return static_cast<std::int32_t>(value); };
-  const std::int32_t third = s(n(after) - n(before) + 3 * (n(first) - n(second)));
-  const std::int32_t bend = s(n(before) - n(first) + (n(second) - n(first)));
-  const std::int32_t d = held(third / 6, 1 << 22), c = held((bend >> 1) + (bend & 1), 1 << 22);
-  const std::int32_t b = held(s(n(second) - n(first) - n(c) - n(d)), 1 << 24);
+// At the third of five nodes of equal distance: a twelfth, as a sixth rounded towards 0 and its half rounded half up.
+BISEAM_LOOP std::uint32_t slope_at(int wrapped_bits, const std::int32_t* nodes) noexcept {
+  const auto rise_to = [&](int node) { return rise(nodes[2], nodes[node], wrapped_bits); };
+  const std::uint32_t twelve = 8 * (rise_to(3) - rise_to(1)) - (rise_to(4) - rise_to(0));
+  return static_cast<std::uint32_t>((static_cast<std::int32_t>(twelve) / 6 + 1) >> 1);
+}
+
+// Between the third and the fourth of six nodes of equal distance.  Sums wrap around where nodes mean nothing.
+BISEAM_LOOP Cubic cubic_between(int bits, int wrapped_bits, const std::int32_t (&nodes)[kCubicNodes]) noexcept {
+  const std::uint32_t second = rise(nodes[2], nodes[3], wrapped_bits);
+  const std::uint32_t slope = slope_at(wrapped_bits, nodes), both = slope + slope_at(wrapped_bits, nodes + 1);
+  const std::int32_t d = held(static_cast<std::int32_t>(both - 2 * second), 1 << 22);
+  const std::int32_t c = held(static_cast<std::int32_t>(3 * second - both - slope), 1 << 22);
+  const std::int32_t b =
+      held(static_cast<std::int32_t>(second - static_cast<std::uint32_t>(c) - static_cast<std::uint32_t>(d)), 1 << 24);
   const std::int32_t one = 1 << bits, half = one >> 1;
-  return {first, b * one + half, c * one + half, d};
+  return {nodes[2], b * one + half, c * one + half, d};
 }
 
 BISEAM_LOOP std::int32_t at(const Cubic& v, std::int32_t place, int bits) noexcept {
@@ -96,18 +100,17 @@ struct ColumnCubics {
   alignas(32) std::int32_t a[kGroup], b[kGroup], c[kGroup], d[kGroup];
 };
 
-// Down through the nodes of a row of them and the three below.  Past the last column nothing is read.
+// Down through the nodes of a row of them and those below.  Past the last column nothing is read.
 BISEAM_LOOP void find_cubics_down(const NodeWindow& w, const NodeValues& values, int column, int columns, int row,
                                   ColumnCubics& cubics) noexcept {
-  const std::int32_t* const first = values.first + row * w.stride + column;
-  const std::int32_t *const second = first + w.stride, *const third = second + w.stride, *const fourth = third + w.stride;
+  const std::int32_t* rows[kCubicNodes];
+  for (int k = 0; k < kCubicNodes; ++k) rows[k] = values.first + (row + k) * w.stride + column;
   BISEAM_TURNS_APART
   BISEAM_KEEP_LOOP
   for (int i = 0; i < kGroup; ++i) {
-    const std::int32_t four[4] = {
-        i < columns ? node_value(values, first[i]) : 0, i < columns ? node_value(values, second[i]) : 0,
-        i < columns ? node_value(values, third[i]) : 0, i < columns ? node_value(values, fourth[i]) : 0};
-    const Cubic v = cubic_through(w.bits, values.wrapped_bits, four);
+    std::int32_t nodes[kCubicNodes];
+    for (int k = 0; k < kCubicNodes; ++k) nodes[k] = i < columns ? node_value(values, rows[k][i]) : 0;
+    const Cubic v = cubic_between(w.bits, values.wrapped_bits, nodes);
     cubics.a[i] = v.a;
     cubics.b[i] = v.b;
     cubics.c[i] = v.c;
@@ -147,8 +150,9 @@ BISEAM_LOOP void fill_rows(const NodeWindow& w, const NodeValues& values, const 
                            const std::int32_t (*columns)[kBlockHeight], std::int32_t* out) noexcept {
   std::int32_t a[kBlockHeight], b[kBlockHeight], c[kBlockHeight], d[kBlockHeight];
   for (int y = 0; y < w.down.count; ++y) {
-    const std::int32_t nodes[4] = {columns[0][y], columns[1][y], columns[2][y], columns[3][y]};
-    const Cubic v = cubic_through(w.bits, values.wrapped_bits, nodes);
+    std::int32_t nodes[kCubicNodes];
+    for (int k = 0; k < kCubicNodes; ++k) nodes[k] = columns[k][y];
+    const Cubic v = cubic_between(w.bits, values.wrapped_bits, nodes);
     a[y] = v.a;
     b[y] = v.b;
     c[y] = v.c;
@@ -172,9 +176,9 @@ BISEAM_LOOP void fill_rows(const NodeWindow& w, const NodeValues& values, const 
 
 BISEAM_LOOP void fill_block(const NodeWindow& w, const NodeValues& values, std::int32_t* out) noexcept {
   alignas(64) std::int32_t columns[kMostColumns][kBlockHeight];
-  const int count = stretches(w.across, w.bits);
-  for (int i = 0; i < count + 3; i += kGroup) {
-    fill_columns(w, values, i, count + 3 - i < kGroup ? count + 3 - i : kGroup, columns + i);
+  const int count = stretches(w.across, w.bits), nodes = count + kNodesAround;
+  for (int i = 0; i < nodes; i += kGroup) {
+    fill_columns(w, values, i, nodes - i < kGroup ? nodes - i : kGroup, columns + i);
   }
   for (int i = 0; i < count; ++i) fill_rows(w, values, stretch_of(w.across, i, w.bits), columns + i, out);
 }

@@ -6,6 +6,7 @@
 #if defined(BISEAM_X86_64)
 
 #include <algorithm>
+#include <type_traits>
 
 // Compilers make vectors of whole stretches between two nodes only.  Here vectors go on across them, their lanes taking the
 // coefficients of the stretches that they lie in.
@@ -17,7 +18,7 @@ namespace {
 
 constexpr int kLanes = 16;
 constexpr int kMostNodes = kLanes, kFewNodes = kLanes / 2;  // in a row
-constexpr int kMostStretches = kMostNodes - 3;
+constexpr int kMostStretches = kMostNodes - kNodesAround;
 
 BISEAM_STEP __m512i all(int32_t value) { return _mm512_set1_epi32(value); }
 BISEAM_STEP __m512i held(__m512i value, int32_t limit) {
@@ -35,30 +36,66 @@ struct Cubics {
   __m512i a, b, c, d;
 };
 
+BISEAM_STEP __m512i sum(__m512i a, __m512i b) { return _mm512_add_epi32(a, b); }
+BISEAM_STEP __m512i difference(__m512i a, __m512i b) { return _mm512_sub_epi32(a, b); }
+
 // Rounded towards 0.
 BISEAM_STEP __m512i sixth(__m512i value) {
   const __m512i factor = all(0x2AAAAAAB);
   const __m512i even = _mm512_srli_epi64(_mm512_mul_epi32(value, factor), 32);
   const __m512i odd = _mm512_mul_epi32(_mm512_srli_epi64(value, 32), factor);
-  return _mm512_sub_epi32(_mm512_mask_blend_epi32(0xAAAA, even, odd), _mm512_srai_epi32(value, 31));
+  return difference(_mm512_mask_blend_epi32(0xAAAA, even, odd), _mm512_srai_epi32(value, 31));
 }
 
-// From one value to another, as near as they can be.
-BISEAM_STEP __m512i rise(__m512i from, __m512i to, __m512i wrapped_bits) {
-  return _mm512_srav_epi32(_mm512_sllv_epi32(_mm512_sub_epi32(to, from), wrapped_bits), wrapped_bits);
-}
+struct NoWraps {};
 
-BISEAM_STEP Cubics cubics_through(const Units& units, __m512i wrapped_bits, const __m512i* nodes) {
-  const __m512i before = rise(nodes[1], nodes[0], wrapped_bits), second = rise(nodes[1], nodes[2], wrapped_bits);
-  const __m512i after = rise(nodes[1], nodes[3], wrapped_bits);
-  const __m512i thrice = _mm512_add_epi32(second, _mm512_slli_epi32(second, 1));
-  const __m512i third = _mm512_sub_epi32(_mm512_sub_epi32(after, before), thrice), bend = _mm512_add_epi32(before, second);
-  const __m512i d = held(sixth(third), 1 << 22);
-  const __m512i c = held(_mm512_add_epi32(_mm512_srai_epi32(bend, 1), _mm512_and_si512(bend, all(1))), 1 << 22);
-  const __m512i b = held(_mm512_sub_epi32(_mm512_sub_epi32(second, c), d), 1 << 24);
-  return {nodes[1], _mm512_add_epi32(_mm512_sllv_epi32(b, units.bits), units.half),
-          _mm512_add_epi32(_mm512_sllv_epi32(c, units.bits), units.half), d};
-}
+// Cubics between nodes of one direction, as they come one after the other.  Wraps: the bits by which values wrap around, if
+// they do.
+template <class Wraps>
+class CubicChain {
+ public:
+  BISEAM_STEP CubicChain(const Units& units, Wraps wraps) : units_(units), wraps_(wraps) {}
+
+  // The first five nodes.
+  BISEAM_STEP void begin(const __m512i (&nodes)[kNodesAround]) {
+    for (int k = 0; k < kNodesAround; ++k) nodes_[k + 1] = nodes[k];
+    slope_ = slope_at(nodes_ + 1);
+  }
+
+  BISEAM_STEP Cubics next(__m512i node) {
+    for (int k = 0; k < kNodesAround; ++k) nodes_[k] = nodes_[k + 1];
+    nodes_[kNodesAround] = node;
+    const __m512i slope = slope_, second = rise(nodes_[2], nodes_[3]);
+    slope_ = slope_at(nodes_ + 1);
+    const __m512i both = sum(slope, slope_), twice = sum(second, second);
+    const __m512i d = held(difference(both, twice), 1 << 22);
+    const __m512i c = held(difference(sum(twice, second), sum(both, slope)), 1 << 22);
+    const __m512i b = held(difference(difference(second, c), d), 1 << 24);
+    return {nodes_[2], sum(_mm512_sllv_epi32(b, units_.bits), units_.half), sum(_mm512_sllv_epi32(c, units_.bits), units_.half),
+            d};
+  }
+
+ private:
+  // From one value to another, as near as they can be.
+  BISEAM_STEP __m512i rise(__m512i from, __m512i to) const {
+    const __m512i apart = difference(to, from);
+    if constexpr (std::is_empty_v<Wraps>) {
+      return apart;
+    } else {
+      return _mm512_srav_epi32(_mm512_sllv_epi32(apart, wraps_), wraps_);
+    }
+  }
+
+  BISEAM_STEP __m512i slope_at(const __m512i* nodes) const {
+    const __m512i inner = difference(rise(nodes[2], nodes[3]), rise(nodes[2], nodes[1]));
+    const __m512i outer = difference(rise(nodes[2], nodes[4]), rise(nodes[2], nodes[0]));
+    return _mm512_srai_epi32(sum(sixth(difference(_mm512_slli_epi32(inner, 3), outer)), all(1)), 1);
+  }
+
+  const Units& units_;
+  Wraps wraps_;
+  __m512i nodes_[kCubicNodes], slope_;
+};
 
 BISEAM_STEP __m512i values_at(const Units& units, const Cubics& v, __m512i place) {
   const __m512i bend = _mm512_srav_epi32(_mm512_add_epi32(_mm512_mullo_epi32(v.d, place), v.c), units.bits);
@@ -160,14 +197,11 @@ BISEAM_STEP void fill_columns(const NodeWindow& w, const Units& units, const Nod
   const NodeRow<coordinates> row(w, values, nodes);
   const int stretches = ((w.down.start + (w.down.count - 1) * w.down.step) >> w.bits) + 1;
   CubicRow<kMostNodes> cubics[kMostStretches];
-  __m512i four[4] = {{}, row.load(0), row.load(1), row.load(2)};
-  for (int j = 0; j < stretches; ++j) {
-    four[0] = four[1];
-    four[1] = four[2];
-    four[2] = four[3];
-    four[3] = row.load(j + 3);
-    cubics[j].store(0, cubics_through(units, row.wrapped_bits, four));
-  }
+  __m512i first[kNodesAround];
+  for (int k = 0; k < kNodesAround; ++k) first[k] = row.load(k);
+  CubicChain chain(units, row.wrapped_bits);
+  chain.begin(first);
+  for (int j = 0; j < stretches; ++j) cubics[j].store(0, chain.next(row.load(j + kNodesAround)));
   for (int y = 0; y < w.down.count; y += kLanes) {
     const RunVector& vector = down[y / kLanes];
     for (int k = 0; k < coordinates; ++k) {
@@ -200,19 +234,16 @@ BISEAM_STEP void fill_vector(const NodeWindow& w, const Units& units, const RunV
   }
 }
 
-BISEAM_STEP void fill_rows(const NodeWindow& w, const Units& units, int wrapped, int stretches, const RunVector* across,
+template <class Wraps>
+BISEAM_STEP void fill_rows(const NodeWindow& w, const Units& units, Wraps wraps, int stretches, const RunVector* across,
                            const NodeColumns& columns, int32_t* out) {
   CubicRow<kBlockHeight> cubics[kMostStretches];
   for (int y = 0; y < w.down.count; y += kLanes) {
-    __m512i four[4] = {
-        {}, _mm512_load_si512(columns[0] + y), _mm512_load_si512(columns[1] + y), _mm512_load_si512(columns[2] + y)};
-    for (int i = 0; i < stretches; ++i) {
-      four[0] = four[1];
-      four[1] = four[2];
-      four[2] = four[3];
-      four[3] = _mm512_load_si512(columns[i + 3] + y);
-      cubics[i].store(y, cubics_through(units, all(wrapped), four));
-    }
+    __m512i first[kNodesAround];
+    for (int k = 0; k < kNodesAround; ++k) first[k] = _mm512_load_si512(columns[k] + y);
+    CubicChain chain(units, wraps);
+    chain.begin(first);
+    for (int i = 0; i < stretches; ++i) cubics[i].store(y, chain.next(_mm512_load_si512(columns[i + kNodesAround] + y)));
   }
   const int count = w.across.count, vectors = (count + kLanes - 1) / kLanes;
   const int each = across[0].stretches;
@@ -240,13 +271,19 @@ BISEAM_AVX512 void interpolate_nodes_avx512(const NodeWindow& window, int32_t* c
   divide_run(w.down, w.bits, runs_down);
   divide_run(w.across, w.bits, runs_across);
   alignas(64) NodeColumns columns[2];
-  const int nodes = across + 3;
+  const int nodes = across + kNodesAround;
   if (nodes <= kFewNodes) {
     fill_columns<2>(w, units, w.values, nodes, runs_down, columns);
   } else {
     for (int k = 0; k < 2; ++k) fill_columns<1>(w, units, w.values + k, nodes, runs_down, columns + k);
   }
-  for (int k = 0; k < 2; ++k) fill_rows(w, units, w.values[k].wrapped_bits, across, runs_across, columns[k], out[k]);
+  for (int k = 0; k < 2; ++k) {
+    if (w.values[k].wrapped_bits == 0) {
+      fill_rows(w, units, NoWraps{}, across, runs_across, columns[k], out[k]);
+    } else {
+      fill_rows(w, units, all(w.values[k].wrapped_bits), across, runs_across, columns[k], out[k]);
+    }
+  }
 }
 
 }  // namespace biseam::ring

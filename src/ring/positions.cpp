@@ -39,10 +39,10 @@ NodeWindow coarse_window(const MeshShape& shape, const Block& block, const Plane
   return window;
 }
 
+// The first of those that a block's cubics go by.
 std::ptrdiff_t first_node(const MeshShape& shape, const Block& block, const PlaneGrid& grid) noexcept {
-  const std::ptrdiff_t column = (2 * block.x + grid.half_x) >> shape.spacing_bits;
-  const std::ptrdiff_t row = (2 * block.y + grid.half_y) >> shape.spacing_bits;
-  return row * shape.columns + column;
+  return node_index(shape, ((2 * block.x + grid.half_x) >> shape.spacing_bits) - kNodesBefore,
+                    ((2 * block.y + grid.half_y) >> shape.spacing_bits) - kNodesBefore);
 }
 
 void interpolate(const NodeWindow& window, std::int32_t* first, std::int32_t* second) noexcept {

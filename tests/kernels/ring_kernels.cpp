@@ -79,7 +79,7 @@ void interpolate(KernelCall& call, InterpolateNodes* run, int limit, int wrapped
   window.bits = call.size();
   window.across = run_of(call, kBlockWidth, window.bits);
   window.down = run_of(call, kBlockHeight, window.bits);
-  const auto nodes = [&](const SampleRun& r) { return ((r.start + (r.count - 1) * r.step) >> window.bits) + 4; };
+  const auto nodes = [&](const SampleRun& r) { return ((r.start + (r.count - 1) * r.step) >> window.bits) + kCubicNodes; };
   window.stride = nodes(window.across) + call.number(0, 5);
   const std::size_t count = static_cast<std::size_t>((nodes(window.down) - 1) * window.stride + nodes(window.across));
   int32_t* out[2];
@@ -110,7 +110,7 @@ void call_interpolate_block(KernelCall& call, InterpolateNodes* run) {
   window.down = {0, 2, kBlockHeight};
   int32_t* out[2];
   for (int k = 0; k < 2; ++k) {
-    window.values[k].first = call.input<int32_t>(5 * kStride, 0, 90 << kPositionBits);
+    window.values[k].first = call.input<int32_t>(kCubicNodes * kStride, 0, 90 << kPositionBits);
     out[k] = call.output<int32_t>(kBlockWidth * kBlockHeight);
   }
   call.run([&] { run(window, out); });

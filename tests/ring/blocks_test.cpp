@@ -123,10 +123,10 @@ TEST(Blocks, WidenKernelsByHowMuchAPictureIsShrunk) {
               for (int x = plan.block.x; x < plan.block.x + plan.block.width; x += 4) step_at(x, y);
             }
             const ring::Widenings got = of.bits_x == 0 ? plan.luma[lens] : plan.chroma[lens];
-            // Steps over a whole node's distance are means: up to a twentieth smaller than the largest.
+            // Steps at nodes are means over two nodes' distance: up to a twentieth off.
             EXPECT_GE(got.across, ring::widening_for(most_x * 0.95)) << most_x;
             EXPECT_GE(got.down, ring::widening_for(most_y * 0.95)) << most_y;
-            // Nodes reach 32 pixels past the block, where a step may be larger by as much as it changes in it.
+            // The last nodes stand past the block, where a step may be larger by as much as it changes in it.
             EXPECT_LE(got.across, ring::widening_for((2 * most_x - least_x) * 1.05)) << most_x << " " << least_x;
             EXPECT_LE(got.down, ring::widening_for((2 * most_y - least_y) * 1.05)) << most_y << " " << least_y;
           }

@@ -12,11 +12,12 @@ namespace {
 using namespace ring;
 
 TEST(MeshShape, IsWideForLargePanoramas) {
+  EXPECT_EQ(6, mesh_shape(scaled_camera(city_square(), 960), 1920, 960).spacing_bits);
   EXPECT_EQ(6, mesh_shape(scaled_camera(city_square(), 1920), 3840, 1920).spacing_bits);
   EXPECT_EQ(6, mesh_shape(scaled_camera(city_square(), 3840), 7680, 3840).spacing_bits);
 }
 
-// Two nodes beyond every position, those 8 samples past the end included, and the memory that large panoramas may take.
+// Three nodes beyond every position, those 8 samples past the end included, and the memory that large panoramas may take.
 TEST(MeshShape, ReachesBeyondEveryPosition) {
   RandomSource random;
   for (int i = 0; i < 3000; ++i) {
@@ -25,8 +26,8 @@ TEST(MeshShape, ReachesBeyondEveryPosition) {
     ASSERT_GE(s.spacing_bits, 0);
     ASSERT_LE(s.spacing_bits, kLargestSpacingBits);
     const int last_x = (2 * width + 16) >> s.spacing_bits, last_y = (2 * height + 16) >> s.spacing_bits;
-    ASSERT_EQ(last_x + 2, s.columns - 2);
-    ASSERT_EQ(last_y + 2, s.rows - 2);
+    ASSERT_EQ(last_x + 3, s.columns - kNodesBefore - 1);
+    ASSERT_EQ(last_y + 3, s.rows - kNodesBefore - 1);
   }
   EXPECT_LT(mesh_bytes(mesh_shape(scaled_camera(bent_pair(), 3840), 7680, 3840)), 1u << 20);
   EXPECT_LT(mesh_bytes(mesh_shape(scaled_camera(bent_pair(), 1920), 3840, 1920)), 1u << 18);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -29,14 +30,14 @@ struct Nodes {
     window.bits = bits;
     window.across = run_of(kBlockWidth);
     window.down = run_of(kBlockHeight);
-    window.stride = last_node(window.across, bits) + 4 + random.between(0, 5);
-    values.resize(std::size_t(window.stride * (last_node(window.down, bits) + 4)));
+    window.stride = last_node(window.across, bits) + kCubicNodes + random.between(0, 5);
+    values.resize(std::size_t(window.stride * (last_node(window.down, bits) + kCubicNodes)));
   }
 
   template <class Value>
   void fill(Value value) {
     for (std::size_t k = 0; k < values.size(); ++k) {
-      values[k] = value(int(k % std::size_t(window.stride)) - 1, int(k / std::size_t(window.stride)) - 1);
+      values[k] = value(int(k % std::size_t(window.stride)) - kNodesBefore, int(k / std::size_t(window.stride)) - kNodesBefore);
     }
     for (NodeValues& of : window.values) of.first = values.data();
   }
@@ -84,8 +85,10 @@ class PositionLoops : public testing::TestWithParam<Isa> {
   RandomSource random_;
 };
 
-// Coefficients are integers and each product is rounded: six times half a unit a direction, and once more what is off down.
-constexpr double kRoundings = 6;
+// In units, a direction: nodes are half of one off, of which cubics make up to 1.375 times as much; slopes are .92 off at most,
+// which is .23 half-way between nodes; and three products are rounded, each by half of one.  That is 2.42 down, of which across
+// makes 3.33, and adds the other 1.73.
+constexpr double kRoundings = 5.1;
 
 // A cubic in either direction is its own interpolation.
 TEST_P(PositionLoops, GoThroughCubics) {
@@ -116,6 +119,29 @@ TEST_P(PositionLoops, GoThroughCubics) {
   }
 }
 
+// Between the nodes of x^4 a cubic with the same ends and slopes is less by u^2 (1 - u)^2, u being the way from one to the
+// next.
+TEST_P(PositionLoops, HaveTheSlopesOfQuartics) {
+  for (int round = 0; round < 60; ++round) {
+    Nodes nodes(random_, round % 7);
+    const double middle_x = last_node(nodes.window.across, nodes.window.bits) / 2.0;
+    const double middle_y = last_node(nodes.window.down, nodes.window.bits) / 2.0, reach = std::max(middle_x, middle_y) + 3;
+    // No steeper than coefficients may be.
+    const double most = 3e6 / (4 * reach * reach * reach), across = random_.real_between(-1, 1) * most;
+    const double down = random_.real_between(-1, 1) * most;
+    const auto quartic = [](double factor, double at) { return factor * at * at * at * at; };
+    nodes.fill(
+        [&](int x, int y) { return std::int32_t(std::lround(quartic(across, x - middle_x) + quartic(down, y - middle_y))); });
+    const std::vector<std::int32_t> got = nodes.interpolated(run_);
+    for (std::size_t k = 0; k < got.size(); ++k) {
+      const double x = nodes.across(k), y = nodes.down(k), u = x - std::floor(x), v = y - std::floor(y);
+      const double less = across * u * u * (1 - u) * (1 - u) + down * v * v * (1 - v) * (1 - v);
+      ASSERT_NEAR(quartic(across, x - middle_x) + quartic(down, y - middle_y) - less, got[k], kRoundings)
+          << nodes.window.bits << ": " << k;
+    }
+  }
+}
+
 // Samples that stand on a node are that node, whatever it is.
 TEST_P(PositionLoops, NodesAreKept) {
   for (int round = 0; round < 28; ++round) {
@@ -126,7 +152,8 @@ TEST_P(PositionLoops, NodesAreKept) {
     for (std::size_t k = 0; k < got.size(); ++k) {
       const double x = nodes.across(k), y = nodes.down(k);
       if (x != std::floor(x) || y != std::floor(y)) continue;
-      ASSERT_EQ(nodes.values[std::size_t(y + 1) * std::size_t(nodes.window.stride) + std::size_t(x + 1)], got[k]);
+      ASSERT_EQ(nodes.values[std::size_t(y + kNodesBefore) * std::size_t(nodes.window.stride) + std::size_t(x + kNodesBefore)],
+                got[k]);
     }
   }
 }
@@ -168,8 +195,8 @@ TEST_P(PositionLoops, BlocksBeginAnywhere) {
       for (int start = 0; start < 1 << bits; ++start) {
         Nodes nodes(random_, bits);
         nodes.window.across = {start, step, 2 * kBlockWidth / step};
-        nodes.window.stride = last_node(nodes.window.across, bits) + 4;
-        nodes.values.resize(std::size_t(nodes.window.stride * (last_node(nodes.window.down, bits) + 4)));
+        nodes.window.stride = last_node(nodes.window.across, bits) + kCubicNodes;
+        nodes.values.resize(std::size_t(nodes.window.stride * (last_node(nodes.window.down, bits) + kCubicNodes)));
         nodes.fill([&](int, int) { return random_.between(-90 << 16, 90 << 16); });
         ASSERT_EQ(nodes.interpolated(kInterpolateNodes.scalar), nodes.interpolated(run_))
             << bits << " " << step << " " << start;

@@ -19,19 +19,13 @@ Start start_of(int first, int half, int bits) noexcept {
   return {place >> bits, place & ((1 << bits) - 1)};
 }
 
-// Node (0, 0) has the index (1, 1).
-ptrdiff_t index_of(const MeshShape& shape, int column, int row) noexcept {
-  return ptrdiff_t{row + 1} * shape.columns + column + 1;
-}
-
 bool is_same(const MatchPlace& a, const MatchPlace& b) noexcept { return std::memcmp(&a, &b, sizeof a) == 0; }
 
 // Whether all nodes that a block's samples lie between say the same.
 bool is_flat(const MeshShape& shape, const Block& block, const MatchPlace* nodes) noexcept {
   const int bits = shape.spacing_bits, first_column = 2 * block.x >> bits, first_row = 2 * block.y >> bits;
-  const int end_column = std::min((2 * (block.x + block.width) >> bits) + 2, shape.columns - 1);
-  const int end_row = std::min((2 * (block.y + block.height) >> bits) + 2, shape.rows - 1);
-  const MatchPlace* row = nodes + index_of(shape, first_column, first_row);
+  const int end_column = (2 * (block.x + block.width) >> bits) + 2, end_row = (2 * (block.y + block.height) >> bits) + 2;
+  const MatchPlace* row = nodes + node_index(shape, first_column, first_row);
   const MatchPlace& first = *row;
   for (int j = first_row; j < end_row; ++j, row += shape.columns) {
     for (int i = 0; i < end_column - first_column; ++i) {
@@ -95,7 +89,7 @@ void prepare_match(const MatchedLight& light, const Mesh& mesh, const Block& blo
   if (!made.flat) return;
   made.up = made.down = false;
   const int bits = mesh.shape.spacing_bits;
-  fill_flat(light.nodes->places[lens][index_of(mesh.shape, 2 * block.x >> bits, 2 * block.y >> bits)],
+  fill_flat(light.nodes->places[lens][node_index(mesh.shape, 2 * block.x >> bits, 2 * block.y >> bits)],
             block.width >> grid.bits_x, made);
 }
 
@@ -113,7 +107,7 @@ RowsBetweenNodes find_nodes(const MatchedLight& light, const Mesh& mesh, const B
   const Start down = start_of(block.y + ((first_row + kSharedRows / 2) << grid.bits_y), grid.half_y, bits);
   if (down.node != made.node_row) {
     const NodeColumns nodes{start_of(block.x, grid.half_x, bits), bits, 1 + grid.bits_x, columns};
-    const MatchPlace* const upper = light.nodes->places[lens] + index_of(mesh.shape, 0, down.node);
+    const MatchPlace* const upper = light.nodes->places[lens] + node_index(mesh.shape, 0, down.node);
     // The lower ones may be there already.
     const bool next = made.node_row >= 0 && down.node == made.node_row + 1;
     if (next) {

@@ -25,7 +25,7 @@ struct OwnNodes {
   Mesh mesh{};
 
   OwnNodes(int spacing_bits, RandomSource& random) {
-    mesh.shape = {256, 128, spacing_bits, (512 >> spacing_bits) + 4, (256 >> spacing_bits) + 4};
+    mesh.shape = {256, 128, spacing_bits, (512 >> spacing_bits) + 1 + kNodesAround, (256 >> spacing_bits) + 1 + kNodesAround};
     block.resize(2 * node_count(mesh.shape));
     nodes = carve_match_nodes(mesh.shape, block.data());
     for (MatchPlace& node : block) {
@@ -36,7 +36,7 @@ struct OwnNodes {
     }
   }
 
-  int16_t& at(int v, int column, int row) { return nodes.places[kLens][(row + 1) * mesh.shape.columns + column + 1].values[v]; }
+  int16_t& at(int v, int column, int row) { return nodes.places[kLens][node_index(mesh.shape, column, row)].values[v]; }
 
   // Linear between the nodes, along rows of them first; the place is in half pixels.
   int16_t between(int v, int x, int y) {
