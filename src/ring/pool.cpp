@@ -1,6 +1,10 @@
 #include "ring/pool.hpp"
 
+#include <sched.h>
+#include <time.h>
+
 #include <algorithm>
+#include <cstdint>
 
 namespace biseam::ring {
 
@@ -8,6 +12,21 @@ namespace {
 
 // Threads wait for what they have written whenever they take parts; the last ones that are taken should end together.
 constexpr int kMostAtOnce = 8, kLeastTimes = 32;  // that a thread takes parts
+
+constexpr int64_t kAwake = 50000;  // nanoseconds
+
+int64_t nanoseconds() noexcept {
+  timespec time;
+  clock_gettime(CLOCK_MONOTONIC, &time);
+  return int64_t{time.tv_sec} * 1000000000 + time.tv_nsec;
+}
+
+// A frame is some jobs one after the other, and to be woken for the next one takes as long as a short one does.  So threads
+// stay awake for a while, unless others want their processor.
+template <class Condition>
+void await_awake(const Condition& holds) noexcept {
+  for (const int64_t end = nanoseconds() + kAwake; !holds() && nanoseconds() < end;) sched_yield();
+}
 
 }  // namespace
 
@@ -50,8 +69,9 @@ void* Pool::work(void* argument) {
   const Worker& worker = *static_cast<const Worker*>(argument);
   Pool& pool = *worker.pool;
   unsigned done = 0;
-  pthread_mutex_lock(&pool.mutex_);
   while (true) {
+    await_awake([&] { return pool.round_.load(std::memory_order_relaxed) != done; });
+    pthread_mutex_lock(&pool.mutex_);
     while ((pool.round_ == done || !pool.open_) && !pool.closing_) pthread_cond_wait(&pool.begun_, &pool.mutex_);
     if (pool.closing_) break;
     done = pool.round_;
@@ -60,6 +80,7 @@ void* Pool::work(void* argument) {
     pool.take_parts(worker.index);
     pthread_mutex_lock(&pool.mutex_);
     if (--pool.busy_ == 0) pthread_cond_signal(&pool.ended_);
+    pthread_mutex_unlock(&pool.mutex_);
   }
   pthread_mutex_unlock(&pool.mutex_);
   return nullptr;
@@ -77,6 +98,7 @@ void Pool::run(PoolJob job, void* context, int parts) noexcept {
   pthread_cond_broadcast(&begun_);
   pthread_mutex_unlock(&mutex_);
   take_parts(0);
+  await_awake([&] { return busy_.load(std::memory_order_relaxed) == 0; });
   pthread_mutex_lock(&mutex_);
   open_ = false;  // nothing is left to take: who has not woken up yet isn't waited for
   while (busy_ > 0) pthread_cond_wait(&ended_, &mutex_);

@@ -41,10 +41,10 @@ class Pool {
   int started_ = 0;
   pthread_mutex_t mutex_;
   pthread_cond_t begun_, ended_;
-  // Guarded by the mutex.
-  unsigned round_ = 0;  // counts jobs
-  bool open_ = false;   // whether workers may join the present one
-  int busy_ = 0;        // workers that have joined it and not left yet
+  // Changed under the mutex alone.
+  std::atomic<unsigned> round_{0};  // counts jobs
+  std::atomic<int> busy_{0};        // workers that have joined the present one and not left yet
+  bool open_ = false;               // whether workers may join it
   bool closing_ = false;
   // Of the present job; written while no worker is busy.
   PoolJob job_ = nullptr;
