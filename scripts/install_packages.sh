@@ -14,7 +14,7 @@ tool=(
 build=("${tool[@]}" libmicrohttpd-dev ca-certificates) # the viewer, served and bundled
 # Node and npm, which bundle the viewer, are often there from elsewhere and then clash with Debian's.
 { command -v node && command -v npm; } >/dev/null || build+=(nodejs npm)
-check=(ccache clang clang-format clang-tidy libclang-rt-dev abigail-tools git mandoc groff-base)
+check=(ccache clang lld clang-format clang-tidy libclang-rt-dev abigail-tools git mandoc groff-base)
 browser=(chromium ffmpeg fonts-dejavu-core)
 cross=(g++-aarch64-linux-gnu g++-arm-linux-gnueabihf googletest qemu-user)
 bench=(git ffmpeg libavfilter-dev libopencv-dev valgrind llvm python3-matplotlib python3-opencv g++-aarch64-linux-gnu g++-arm-linux-gnueabihf)

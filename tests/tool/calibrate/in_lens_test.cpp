@@ -37,7 +37,7 @@ double straightness(const Camera& truth, const Camera& found, int lens) {
   return std::sqrt(square) * kPixelsPerRadian;
 }
 
-TEST(InLens, TurningTellsScaleAndDistortionApart) {
+TEST(InLensAccuracy, TurningTellsScaleAndDistortionApart) {
   const Camera camera = some_camera(kTurningSide);
   const Values guess = rough_guess(camera);
   const std::vector<Pair> pairs = film_turning(camera);

@@ -84,7 +84,7 @@ TEST(SceneClips, ShowThingsThatMoveTheSameWayEveryTime) {
   }
 }
 
-TEST(SceneClips, StitchedComeNearTheTruthInEveryFrame) {
+TEST(SceneClipsAccuracy, StitchedComeNearTheTruthInEveryFrame) {
   const ScratchFolder folder;
   run({kTool, "scene", "-o", folder / "s", "--width", "512", "--fisheye-size", "288", "--frames", "3"});
   const Finished stitched = run({kTool, "stitch", folder / "s/side_by_side.mp4", "--camera", folder / "s/camera.toml", "-o",
@@ -120,7 +120,7 @@ TEST(SceneClips, TellHowEachFrameWasTaken) {
 }
 
 // `stitch --look` brings a turned camera's panorama to where the camera began.
-TEST(SceneClips, TurnAsTheTruthSays) {
+TEST(SceneClipsAccuracy, TurnAsTheTruthSays) {
   const ScratchFolder folder;
   run({kTool, "scene", "-o", folder / "s", "--width", "512", "--fisheye-size", "288", "--frames", "2", "--turn", "30"});
   const std::vector<Nv12> truth = pictures_of(folder / "s/truth.mp4");

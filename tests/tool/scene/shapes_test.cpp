@@ -70,7 +70,7 @@ Ray ray_from_outside(test::RandomSource& random, int n) {
   return {origin, normalised(direction)};
 }
 
-TEST(Shapes, AreMetWhereTheRayComesIn) {
+TEST(ShapesAgainstReference, AreMetWhereTheRayComesIn) {
   test::RandomSource random;
   for (std::size_t which = 0; which < solids().size(); ++which) {
     SCOPED_TRACE(which);
