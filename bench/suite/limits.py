@@ -1,4 +1,4 @@
-"""What joining the lenses must reach, and what of it is held."""
+"""What the ring engine must reach, and what of it is held."""
 import real_seams
 from figures import median
 
@@ -54,6 +54,13 @@ def of_cost(meeting):
            *less_than(4, median(meeting["all"], "frame.cpu_ms") - median(meeting["off"], "frame.cpu_ms")))
 
 
+def of_sizes(curve):
+    """Two threads' time for a pixel of the costliest size against that of the cheapest."""
+    costs = [median(figures, "frame.wall_ms") / int(width) ** 2 for width, figures in curve["frames"].items()]
+    if "1920" in curve["frames"] and "7680" in curve["frames"]:
+        yield "cost of a pixel, 1920 to 7680 columns: most against least", *less_than(1.15, max(costs) / min(costs))
+
+
 def of_clips(clips):
     for clip in clips:
         if clip["rounds"] > 1:
@@ -61,7 +68,8 @@ def of_clips(clips):
                    *less_than(0.85, clip["matched_ratio"]["wall_s"]["median"]))
 
 
-SECTIONS = {"light": of_light, "seams": of_seams, "near": of_near, "real_seams": of_real_seams, "meeting": of_cost, "clips": of_clips}
+SECTIONS = {"light": of_light, "seams": of_seams, "near": of_near, "real_seams": of_real_seams, "meeting": of_cost, "ring_curve": of_sizes,
+            "clips": of_clips}
 
 
 def judge(results):

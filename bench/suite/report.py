@@ -103,7 +103,7 @@ def write_meeting(results):
 
 def write_limits(results):
     rows = [[what, limit, measured, "held" if held else "**missed**"] for what, limit, measured, held in limits.judge(results)]
-    return "## Where the lenses meet\n\nWhat must be reached, and what is.\n\n" + table(["", "must", "measured", ""], rows)
+    return "## What the ring engine must reach, and what it does\n\n" + table(["", "must", "measured", ""], rows)
 
 
 def write_ring(results):
