@@ -53,9 +53,9 @@ struct Used {
   bool node(int32_t b) const noexcept { return side * b >= least; }
 };
 
-// Largest number of source samples that one sample of the panorama moves on by, along one axis of the picture: at nodes, as half
-// of what lies between those on either side.  step_x, step_y: luma samples of the panorama from sample to sample; unit: luma
-// samples of the picture from sample to sample along the axis.
+// Largest number of source samples that one sample of the panorama moves on by, along one axis of the picture: at nodes, as
+// half of what lies between those on either side.  step_x, step_y: luma samples of the panorama from sample to sample; unit:
+// luma samples of the picture from sample to sample along the axis.
 double largest_step(const Mesh& mesh, NodePlane plane, const NodeRange& range, const Used& used, int step_x, int step_y,
                     int unit) noexcept {
   double largest = 0;

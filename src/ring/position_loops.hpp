@@ -32,9 +32,9 @@ struct NodeWindow {
 };
 
 // out, by coordinate: rows of kBlockWidth values.  Each cubic goes through the two nodes on either side, with the slope there
-// that a quartic through five nodes has: next to the cubic through four it errs by an eighth.  With v(u) = A + u (B + u (C + u D)),
-// each coefficient an integer, the products are rounded half up to integers.  |B| is held below 2^24, |C| and |D| below 2^22, so
-// that sums stay below 2^31.
+// that a quartic through five nodes has: next to the cubic through four it errs by an eighth.  With v(u) = A + u (B + u (C + u
+// D)), each coefficient an integer, the products are rounded half up to integers.  |B| is held below 2^24, |C| and |D| below
+// 2^22, so that sums stay below 2^31.
 using InterpolateNodes = void(const NodeWindow& window, std::int32_t* const out[2]) noexcept;
 
 extern const Variants<InterpolateNodes> kInterpolateNodes;
