@@ -37,7 +37,7 @@ Engine::Engine(const EngineConfig& config) noexcept
     : config_(config),
       projectors_{Projector(config.camera, 0), Projector(config.camera, 1)},
       lights_{light_of(config, 0), light_of(config, 1)},
-      mesh_shape_(mesh_shape(config.camera, config.width, config.height)),
+      mesh_shape_(mesh_shape(config.camera, config.width, config.height, config.match_near ? kMovedSpacing : kWidestSpacing)),
       ring_(ring_shape(config.camera, config.width)),
       block_count_(ring::block_count(config.width, config.height)) {}
 

@@ -9,8 +9,6 @@ namespace {
 // Half pixels past a panorama for which there are nodes too: coarse grids go on past its last block.
 constexpr int kPastTheEnd = 16;
 
-// A cubic's farthest nodes, 4.3 times as far away, are within kBeyondFov; and near things and light are known at nodes alone.
-constexpr double kWidestSpacing = 6.5 * kDegree;
 constexpr double kLargestStep = 200;  // pixels of a lens between two nodes; the integer cubics hold 256
 // Cubics through nodes h radians apart err by kErrorFactor * r(a) / sin(a)^4 * h^4 pixels beyond 90 degrees from the axis, as
 // positions turn ever faster round the point opposite to it, and by less within.  The factor is measured, up to 120 degrees.
@@ -39,16 +37,20 @@ Strain strain_of(const Lens& lens) noexcept {
 }
 
 bool is_fine(double h, const Strain& strain) noexcept {
-  return h <= kWidestSpacing && h * strain.step <= kLargestStep && strain.error * (h * h) * (h * h) <= kLargestError;
+  return h * strain.step <= kLargestStep && strain.error * (h * h) * (h * h) <= kLargestError;
 }
 
 }  // namespace
 
-MeshShape mesh_shape(const Camera& camera, int width, int height) noexcept {
+MeshShape mesh_shape(const Camera& camera, int width, int height, double widest) noexcept {
   const Strain strains[2] = {strain_of(camera.lens[0]), strain_of(camera.lens[1])};
   const double across = 2 * kPi / width, down = kPi / height, pixel = across < down ? down : across;
+  const auto is_fine_enough = [&](int bits) {
+    const double h = pixel * (1 << bits) / 2;
+    return h <= widest * kDegree && is_fine(h, strains[0]) && is_fine(h, strains[1]);
+  };
   int bits = kLargestSpacingBits;
-  while (bits > 0 && !(is_fine(pixel * (1 << bits) / 2, strains[0]) && is_fine(pixel * (1 << bits) / 2, strains[1]))) --bits;
+  while (bits > 0 && !is_fine_enough(bits)) --bits;
   MeshShape shape;
   shape.width = width;
   shape.height = height;

@@ -24,8 +24,12 @@ inline constexpr int kNodesBefore = 2;                // of these; for the panor
 // Degrees beyond the plane between the lenses up to which a lens may be used: no ring is wider to either side.
 inline constexpr double kLargestHalfWidth = 15;
 
-// The widest spacing that keeps positions within 0.005 pixels of the exact ones wherever a lens is used.
-MeshShape mesh_shape(const Camera& camera, int width, int height) noexcept;
+// Degrees between nodes at most: the farthest ones that a cubic goes by, 4.3 times as far away, are within kBeyondFov.  Where
+// nodes are moved for near things, they stand close enough to follow what varies within some degrees.
+inline constexpr double kWidestSpacing = 6.5, kMovedSpacing = 5;
+
+// The widest spacing, widest at most, that keeps positions within 0.005 pixels of the exact ones wherever a lens is used.
+MeshShape mesh_shape(const Camera& camera, int width, int height, double widest = kWidestSpacing) noexcept;
 
 // Where node (column, row) is among a plane's.
 inline std::ptrdiff_t node_index(const MeshShape& shape, int column, int row) noexcept {

@@ -13,7 +13,8 @@ using namespace ring;
 
 TEST(MeshShape, IsWideForLargePanoramas) {
   EXPECT_EQ(6, mesh_shape(scaled_camera(city_square(), 960), 1920, 960).spacing_bits);
-  EXPECT_EQ(6, mesh_shape(scaled_camera(city_square(), 1920), 3840, 1920).spacing_bits);
+  EXPECT_EQ(5, mesh_shape(scaled_camera(city_square(), 960), 1920, 960, kMovedSpacing).spacing_bits);
+  EXPECT_EQ(6, mesh_shape(scaled_camera(city_square(), 1920), 3840, 1920, kMovedSpacing).spacing_bits);
   EXPECT_EQ(6, mesh_shape(scaled_camera(city_square(), 3840), 7680, 3840).spacing_bits);
 }
 
