@@ -29,10 +29,8 @@ Lens scaled(const Lens& lens, int width, int height) noexcept {
 }
 
 // Newton's steps, halving where one would leave the interval that holds the solution; 64 halvings alone are enough.  Where
-// Newton goes to and fro between neighbouring numbers, nothing is left to halve.  After a step as short as kLast the next one
-// would change nothing, as it is about the square of it.
+// Newton goes to and fro between neighbouring numbers, nothing is left to halve.
 double angle_of_radius(const Lens& lens, double wanted, double last) noexcept {
-  constexpr double kLast = 1e-9;
   if (!(wanted > 0)) return 0;
   if (wanted >= radius(lens, last)) return last;
   double low = 0, high = last, angle = wanted / lens.p;
@@ -45,7 +43,7 @@ double angle_of_radius(const Lens& lens, double wanted, double last) noexcept {
     if (excess == 0) return angle;
     (excess < 0 ? low : high) = angle;
     const double slope = radius_slope(lens, angle), next = slope > 0 ? angle - excess / slope : low;
-    if (slope > 0 && std::fabs(next - angle) < kLast * angle) return next;
+    if (next == angle) return angle;
     angle = next;
   }
   return angle > low && angle < high ? angle : low;
