@@ -15,18 +15,12 @@ struct NodeRange {
   int first_column, last_column, first_row, last_row;
 };
 
-// Samples of coarser grids stand up to half a luma pixel past the block's first or last ones.
-NodeRange nodes_around(const MeshShape& shape, const Block& block) noexcept {
+// Nodes next to half pixels from a block's first up to its last one, and past more behind it.
+NodeRange nodes_around(const MeshShape& shape, const Block& block, int past = 0) noexcept {
   const int bits = shape.spacing_bits;
-  return {(2 * block.x >> bits) + kNodesBefore, (2 * (block.x + block.width) >> bits) + 1 + kNodesBefore,
-          (2 * block.y >> bits) + kNodesBefore, (2 * (block.y + block.height) >> bits) + 1 + kNodesBefore};
-}
-
-// Those next to the block's samples.
-NodeRange nodes_beside(const MeshShape& shape, const Block& block) noexcept {
-  const int bits = shape.spacing_bits;
-  return {(2 * block.x >> bits) + kNodesBefore, ((2 * (block.x + block.width) - 1) >> bits) + 1 + kNodesBefore,
-          (2 * block.y >> bits) + kNodesBefore, ((2 * (block.y + block.height) - 1) >> bits) + 1 + kNodesBefore};
+  const auto first = [&](int at) { return (2 * at >> bits) + kNodesBefore; };
+  const auto last = [&](int end) { return ((2 * end - 1 + past) >> bits) + 1 + kNodesBefore; };
+  return {first(block.x), last(block.x + block.width), first(block.y), last(block.y + block.height)};
 }
 
 struct Extremes {
@@ -130,10 +124,11 @@ BlockKind kind_by_anchors(const Mesh& mesh, const Block& block, int32_t half_wid
 }
 
 BlockPlan plan_block(const Mesh& mesh, const Block& block, int32_t half_width, const PlaneGrid& chroma) noexcept {
-  const NodeRange range = nodes_beside(mesh.shape, block);
+  const NodeRange range = nodes_around(mesh.shape, block);
   const int32_t reach = angle_of(mesh.shape, std::ldexp(0.5, mesh.shape.spacing_bits));  // from a node to what is nearest to it
   BlockPlan plan{.block = block, .kind = BlockKind::ring, .luma = {}, .chroma = {}, .box = {}};
-  plan.kind = kind_within(extremes_of(mesh, mesh.b, nodes_around(mesh.shape, block)), reach, half_width);
+  // Samples of coarser grids stand up to half a luma pixel past the block's last ones.
+  plan.kind = kind_within(extremes_of(mesh, mesh.b, nodes_around(mesh.shape, block, 1)), reach, half_width);
   if (plan.kind == BlockKind::ring) plan.kind = kind_by_anchors(mesh, block, half_width);
   for (int lens = 0; lens < 2; ++lens) {
     if (plan.kind == (lens == 0 ? BlockKind::lens1 : BlockKind::lens0)) continue;  // nothing of it is asked for
