@@ -10,12 +10,16 @@ namespace {
 constexpr int kPastTheEnd = 16;
 
 constexpr double kLargestStep = 200;  // pixels of a lens between two nodes; the integer cubics hold 256
-// Cubics through nodes h radians apart err by kErrorFactor * r(a) / sin(a)^4 * h^4 pixels beyond 90 degrees from the axis, as
-// positions turn ever faster round the point opposite to it, and by less within.  The factor is measured, up to 120 degrees.
-constexpr double kErrorFactor = 0.025, kLargestError = 0.004;
+// Cubics through nodes h radians apart err by error_factor(a) * r(a) / sin(a)^4 * h^4 pixels beyond 90 degrees from the axis,
+// as positions turn ever faster round the point opposite to it, and by less within.  The factor is measured, in equidistant
+// lenses with angles of view up to 300 degrees.
+constexpr double kErrorFactor = 0.025, kFactorsGrowth = 0.035, kGrowsFrom = 120 * kDegree;
+constexpr double kLargestError = 0.004;
 constexpr int kAngleSteps = 64;
 
 double larger(double a, double b) noexcept { return a < b ? b : a; }
+
+double error_factor(double angle) noexcept { return kErrorFactor + kFactorsGrowth * larger(0, angle - kGrowsFrom); }
 
 struct Strain {
   double step;   // pixels a radian, along the radius or around the axis
@@ -31,7 +35,7 @@ Strain strain_of(const Lens& lens) noexcept {
     const double angle = last * i / kAngleSteps, slope = radius_slope(lens, angle), sine = sine_cosine(angle).sine;
     const double around = radius(lens, angle) / sine;
     most.step = larger(most.step, larger(slope, around));
-    if (2 * angle > kPi) most.error = larger(most.error, kErrorFactor * around / (sine * sine * sine));
+    if (2 * angle > kPi) most.error = larger(most.error, error_factor(angle) * around / (sine * sine * sine));
   }
   return most;
 }

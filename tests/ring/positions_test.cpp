@@ -151,6 +151,15 @@ TEST(PositionsAccuracy, AreExactForWideLenses) {
   expect_exact(camera, 1920, 960);
 }
 
+TEST(PositionsAccuracy, AreExactFarBeyondRightAngles) {
+  for (const int side : {600, 1198, 1405, 1480, 2457}) {
+    Camera camera;
+    camera.lens[0] = camera.lens[1] = usual_lens(side, side, 300);
+    camera.lens[1].turn = {45, 20, 0};
+    expect_exact(camera, 3840, 1920, 2, 40);
+  }
+}
+
 // Blocks that begin and end anywhere give what whole blocks give.
 TEST(Positions, BlocksMayLieAnywhere) {
   RandomSource random;
