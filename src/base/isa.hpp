@@ -17,6 +17,14 @@
 #endif
 #endif
 
+// A step of a kernel, part of every loop that takes it.  Sanitizers' checks make such loops so long that compilers take several
+// times as long over them: there a step is a function.
+#if defined(BISEAM_SANITIZED)
+#define BISEAM_INLINED inline
+#else
+#define BISEAM_INLINED [[gnu::always_inline]] inline
+#endif
+
 namespace biseam {
 
 // Instruction sets in rising order; those of other architectures never occur on a host.  avx512 stands for what Ice Lake and

@@ -3,7 +3,7 @@
 #include "base/variants.hpp"
 
 // Marks a loop that loop_versions compiles for several instruction sets.
-#define BISEAM_LOOP [[gnu::always_inline]] inline
+#define BISEAM_LOOP BISEAM_INLINED
 
 // Before a loop that writes nothing that a later turn of it reads: g++ makes no checks for that then, and vectorises loops over
 // more rows than it would check.  clang++ checks more by itself.

@@ -12,7 +12,7 @@
 // coefficients of the stretches that they lie in.
 namespace biseam::ring {
 
-#define BISEAM_STEP [[gnu::always_inline]] BISEAM_AVX512 inline
+#define BISEAM_STEP BISEAM_INLINED BISEAM_AVX512
 
 namespace {
 

@@ -41,7 +41,7 @@ BISEAM_AVX512 inline __m512i widened(const uint8_t* s, __mmask32 lanes) {
 }
 
 // n pixels, at most kReduced; n is a constant wherever that many are left.
-[[gnu::always_inline]] BISEAM_AVX512 inline void reduce_group(const uint16_t* sums, uint8_t* row, ptrdiff_t n,
+BISEAM_INLINED BISEAM_AVX512 void reduce_group(const uint16_t* sums, uint8_t* row, ptrdiff_t n,
                                                               const __m512i take[5]) {
   // From two pixels before the first to two behind the last.  Nothing is read where no lane is left.
   const uint64_t lanes = first_lanes(6 * n + 9);
@@ -58,7 +58,7 @@ BISEAM_AVX512 inline __m512i widened(const uint8_t* s, __mmask32 lanes) {
 }
 
 // n pixels, at most kExpanded.
-[[gnu::always_inline]] BISEAM_AVX512 inline void expand_group(const uint8_t* src, uint16_t* row, ptrdiff_t n,
+BISEAM_INLINED BISEAM_AVX512 void expand_group(const uint8_t* src, uint16_t* row, ptrdiff_t n,
                                                               __m512i first_turns, __m512i last_turns) {
   const __mmask32 lanes = static_cast<__mmask32>(first_lanes(3 * n));
   const __m512i before = widened(src - 3, lanes), middle = widened(src, lanes), after = widened(src + 3, lanes);

@@ -7,7 +7,7 @@
 
 #include "base/intrinsics.hpp"
 
-#define BISEAM_STEP [[gnu::always_inline]] BISEAM_AVX512 inline
+#define BISEAM_STEP BISEAM_INLINED BISEAM_AVX512
 
 // The steps that the loops over a row and over a pair of rows are made of.  Neighbouring entries name neighbouring samples: a
 // window of a few rows is laid over the picture, loaded whole, and the samples are taken out of registers, which costs a

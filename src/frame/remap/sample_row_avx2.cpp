@@ -7,7 +7,7 @@
 
 #include "base/intrinsics.hpp"
 
-#define BISEAM_STEP [[gnu::always_inline]] BISEAM_AVX2 inline
+#define BISEAM_STEP BISEAM_INLINED BISEAM_AVX2
 
 // Vectors for the arithmetic only.  Without a permutation of two registers' bytes a window costs more than it saves, and
 // gathers are no faster than loads, on many processors much slower.

@@ -186,7 +186,7 @@ BISEAM_AVX512 inline Projection make_projection(const LensRecord& lens, float sc
   return p;
 }
 
-[[gnu::always_inline]] BISEAM_AVX512 inline Entries project(const Projection& p, const Run& run, int i) noexcept {
+BISEAM_INLINED BISEAM_AVX512 Entries project(const Projection& p, const Run& run, int i) noexcept {
   const __m512i first = _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
   const __m512i second = _mm512_add_epi32(first, all(8));
   const __m512 distance = _mm512_mul_ps(p.scale, _mm512_loadu_ps(run.angle + i));

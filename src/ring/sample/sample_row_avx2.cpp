@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#define BISEAM_STEP [[gnu::always_inline]] BISEAM_AVX2 inline
+#define BISEAM_STEP BISEAM_INLINED BISEAM_AVX2
 
 // Eight lanes of 32 bits are eight samples, or both components of four pairs.  Neighbouring positions name neighbouring
 // samples: each half of the lanes has a window of 16 bytes by some rows, from which the taps of all its lanes are taken by

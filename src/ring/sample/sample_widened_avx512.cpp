@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#define BISEAM_STEP [[gnu::always_inline]] BISEAM_AVX512 inline
+#define BISEAM_STEP BISEAM_INLINED BISEAM_AVX512
 
 // Widened kernels have so many taps that one sample's fill vectors: eight rows by eight columns of bytes are one, of pairs two.
 // Four results are worked out together, samples or both components of two pairs, as their sums down fill a vector then.

@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-#define BISEAM_STEP [[gnu::always_inline]] BISEAM_AVX512 inline
+#define BISEAM_STEP BISEAM_INLINED BISEAM_AVX512
 
 namespace biseam::ring {
 
