@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 namespace biseam::test {
 
@@ -20,8 +19,8 @@ class GuardedBuffer {
   ~GuardedBuffer();
 
   uint8_t* data() { return data_; }
+  const uint8_t* data() const { return data_; }
   std::size_t size() const { return bytes_; }
-  std::vector<uint8_t> bytes() const { return {data_, data_ + bytes_}; }
   bool poison_is_whole() const;
 
  private:

@@ -26,13 +26,13 @@ std::string describe(const KernelCall::Settings& s) {
 
 std::string compare(const KernelCall& expected, const KernelCall& actual) {
   for (std::size_t i = 0; i < expected.buffers().size(); ++i) {
-    const std::vector<uint8_t> want = expected.buffers()[i].bytes(), got = actual.buffers()[i].bytes();
-    if (!actual.buffers()[i].poison_is_whole()) return "wrote outside buffer " + std::to_string(i);
-    const auto [w, g] = std::mismatch(want.begin(), want.end(), got.begin());
-    if (w != want.end()) {
-      return "byte " + std::to_string(w - want.begin()) + " of buffer " + std::to_string(i) + " is " + std::to_string(*g) +
-             ", not " + std::to_string(*w);
-    }
+    const GuardedBuffer &want = expected.buffers()[i], &got = actual.buffers()[i];
+    const uint8_t* const end = want.data() + want.size();
+    if (!got.poison_is_whole()) return "wrote outside buffer " + std::to_string(i);
+    if (std::equal(want.data(), end, got.data())) continue;
+    const auto [w, g] = std::mismatch(want.data(), end, got.data());
+    return "byte " + std::to_string(w - want.data()) + " of buffer " + std::to_string(i) + " is " + std::to_string(*g) +
+           ", not " + std::to_string(*w);
   }
   return {};
 }
