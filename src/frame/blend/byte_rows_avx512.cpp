@@ -41,8 +41,7 @@ BISEAM_AVX512 inline __m512i widened(const uint8_t* s, __mmask32 lanes) {
 }
 
 // n pixels, at most kReduced; n is a constant wherever that many are left.
-BISEAM_INLINED BISEAM_AVX512 void reduce_group(const uint16_t* sums, uint8_t* row, ptrdiff_t n,
-                                                              const __m512i take[5]) {
+BISEAM_INLINED BISEAM_AVX512 void reduce_group(const uint16_t* sums, uint8_t* row, ptrdiff_t n, const __m512i take[5]) {
   // From two pixels before the first to two behind the last.  Nothing is read where no lane is left.
   const uint64_t lanes = first_lanes(6 * n + 9);
   const __m512i low = _mm512_maskz_loadu_epi16(static_cast<__mmask32>(lanes), sums - 6);
@@ -58,8 +57,8 @@ BISEAM_INLINED BISEAM_AVX512 void reduce_group(const uint16_t* sums, uint8_t* ro
 }
 
 // n pixels, at most kExpanded.
-BISEAM_INLINED BISEAM_AVX512 void expand_group(const uint8_t* src, uint16_t* row, ptrdiff_t n,
-                                                              __m512i first_turns, __m512i last_turns) {
+BISEAM_INLINED BISEAM_AVX512 void expand_group(const uint8_t* src, uint16_t* row, ptrdiff_t n, __m512i first_turns,
+                                               __m512i last_turns) {
   const __mmask32 lanes = static_cast<__mmask32>(first_lanes(3 * n));
   const __m512i before = widened(src - 3, lanes), middle = widened(src, lanes), after = widened(src + 3, lanes);
   const __m512i between = _mm512_slli_epi16(_mm512_add_epi16(middle, after), 2);

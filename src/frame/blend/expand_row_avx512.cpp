@@ -28,8 +28,8 @@ constexpr Lanes taking_turns(int first) {
 constexpr Lanes kFirstTurns = taking_turns(0), kLastTurns = taking_turns(kLanes);
 
 // n pixels, at most kPixels; n is a constant wherever that many are left.
-BISEAM_INLINED BISEAM_AVX512 void expand_group(const int32_t* src, int32_t* row, ptrdiff_t n,
-                                                              __m512i first_turns, __m512i last_turns) {
+BISEAM_INLINED BISEAM_AVX512 void expand_group(const int32_t* src, int32_t* row, ptrdiff_t n, __m512i first_turns,
+                                               __m512i last_turns) {
   const uint32_t out = (uint32_t{1} << (6 * n)) - 1;
   const __mmask16 lanes = static_cast<__mmask16>((uint32_t{1} << (3 * n)) - 1);
   const __m512i before = _mm512_maskz_loadu_epi32(lanes, src - 3), middle = _mm512_maskz_loadu_epi32(lanes, src);
