@@ -7,6 +7,7 @@
 #include <cstring>
 #include <map>
 #include <new>
+#include <vector>
 
 namespace biseam::test {
 
