@@ -1,6 +1,6 @@
 # First builds are many: newcomers make one, and checks one for every processor and sanitizer.  Several sources compiled as one
 # take two thirds of the time, as they share what headers bring; after a change more is compiled again.  With clang, optimised,
-# each is compiled alone, and the tool's under sanitizers, which shows that each has all the headers it needs.
+# each is compiled alone, which shows that it has all the headers it needs.
 option(BISEAM_TOGETHER "Compile up to eight sources as one" ON)
 
 set(BISEAM_JOINED_OPTIONS)
