@@ -1,7 +1,5 @@
 #include "ring/position_loops.hpp"
 
-#include <bit>
-
 #include "base/loop_versions.hpp"
 #include "ring/positions.hpp"
 
@@ -9,11 +7,13 @@ namespace biseam::ring {
 
 namespace {
 
-// Half-pixel nodes have this many columns in a block and one sample more, which coarse grids go on for.
-constexpr int kMostColumns = 2 * kBlockWidth + 1 + kNodesAround;
+// So many columns are worked out together.
+constexpr int kGroup = 8;
 
-// A + u (B + u (C + u D)) with u in units of 2^-bits.  B and C are kept times 2^bits, with the half that rounds the product
-// added to them.
+// Half-pixel nodes have this many columns in a block and one sample more, which coarse grids go on for; in whole groups.
+constexpr int kMostColumns = (2 * kBlockWidth + 1 + kNodesAround + kGroup - 1) / kGroup * kGroup;
+
+// A + u (B + u (C + u D)) with u in units of 2^-bits.  A is anything where nodes mean nothing.
 struct Cubic {
   std::int32_t a, b, c, d;
 };
@@ -37,40 +37,23 @@ BISEAM_LOOP std::uint32_t slope_at(int wrapped_bits, const std::int32_t* nodes) 
 }
 
 // Between the third and the fourth of six nodes of equal distance.  Sums wrap around where nodes mean nothing.
-BISEAM_LOOP Cubic cubic_between(int bits, int wrapped_bits, const std::int32_t (&nodes)[kCubicNodes]) noexcept {
+BISEAM_LOOP Cubic cubic_between(int wrapped_bits, const std::int32_t (&nodes)[kCubicNodes]) noexcept {
   const std::uint32_t second = rise(nodes[2], nodes[3], wrapped_bits);
   const std::uint32_t slope = slope_at(wrapped_bits, nodes), both = slope + slope_at(wrapped_bits, nodes + 1);
   const std::int32_t d = held(static_cast<std::int32_t>(both - 2 * second), 1 << 22);
   const std::int32_t c = held(static_cast<std::int32_t>(3 * second - both - slope), 1 << 22);
   const std::int32_t b =
       held(static_cast<std::int32_t>(second - static_cast<std::uint32_t>(c) - static_cast<std::uint32_t>(d)), 1 << 24);
-  const std::int32_t one = 1 << bits, half = one >> 1;
-  return {nodes[2], b * one + half, c * one + half, d};
+  return {nodes[2], b, c, d};
+}
+
+BISEAM_LOOP std::int32_t product(std::int32_t value, std::int32_t place, int bits) noexcept {
+  return (value * place + ((1 << bits) >> 1)) >> bits;
 }
 
 BISEAM_LOOP std::int32_t at(const Cubic& v, std::int32_t place, int bits) noexcept {
-  const std::int32_t half = (1 << bits) >> 1;
-  const std::int32_t slope = (((v.d * place + v.c) >> bits) * place + v.b) >> bits;
-  return v.a + ((slope * place + half) >> bits);
-}
-
-// Samples of a run that lie between node number index and the next one.
-struct Stretch {
-  int first, end;  // of the run's samples
-  int place;       // of the first
-};
-
-BISEAM_LOOP Stretch stretch_of(const SampleRun& run, int index, int bits) noexcept {
-  const auto samples_before = [&](int node) {
-    const int count = ((node << bits) - run.start + run.step - 1) >> std::countr_zero(static_cast<unsigned>(run.step));
-    return count < 0 ? 0 : count > run.count ? run.count : count;
-  };
-  const int first = samples_before(index);
-  return {first, samples_before(index + 1), run.start + first * run.step - (index << bits)};
-}
-
-BISEAM_LOOP int stretches(const SampleRun& run, int bits) noexcept {
-  return ((run.start + (run.count - 1) * run.step) >> bits) + 1;
+  const std::int32_t more = product(v.b + product(v.c + product(v.d, place, bits), place, bits), place, bits);
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(v.a) + static_cast<std::uint32_t>(more));
 }
 
 BISEAM_LOOP std::int32_t node_value(const NodeValues& of, std::int32_t node) noexcept {
@@ -93,94 +76,108 @@ BISEAM_LOOP void fill_stretch(const Cubic& v, const Stretch& stretch, int step, 
   for (; i < count; ++i) out[i] = at(v, stretch.place + i * step, bits);
 }
 
-constexpr int kGroup = 8;
+// Times 2^up, rounded half up.
+BISEAM_LOOP std::uint32_t scaled(std::int32_t value, int up) noexcept {
+  if (up >= 0) return static_cast<std::uint32_t>(value) << up;
+  return static_cast<std::uint32_t>((value + ((1 << -up) >> 1)) >> -up);
+}
 
-// Cubics of as many columns of nodes, which are worked out together.
-struct ColumnCubics {
-  alignas(32) std::int32_t a[kGroup], b[kGroup], c[kGroup], d[kGroup];
+// Where columns are at a row of samples, and how they go on.
+template <int Columns>
+struct Going {
+  alignas(32) std::int32_t from[Columns], first[Columns], second[Columns], third[Columns];
 };
 
-// Down through the nodes of a row of them and those below.  Past the last column nothing is read.
-BISEAM_LOOP void find_cubics_down(const NodeWindow& w, const NodeValues& values, int column, int columns, int row,
-                                  ColumnCubics& cubics) noexcept {
+// Of columns of nodes: a group, from the first sample at a place in a stretch between two rows.  Past the last column nothing
+// is read.
+BISEAM_LOOP void start_group(const NodeWindow& w, const NodeValues& values, int row, std::int32_t place, int column,
+                             int columns, Going<kMostColumns>& going) noexcept {
+  const int once_closer = values.slope_bits, closer = bits_closer(w.down, w.bits), rest = columns - column;
+  const int twice_closer = once_closer - closer, thrice_closer = twice_closer - closer;
   const std::int32_t* rows[kCubicNodes];
   for (int k = 0; k < kCubicNodes; ++k) rows[k] = values.first + (row + k) * w.stride + column;
   BISEAM_TURNS_APART
   BISEAM_KEEP_LOOP
   for (int i = 0; i < kGroup; ++i) {
     std::int32_t nodes[kCubicNodes];
-    for (int k = 0; k < kCubicNodes; ++k) nodes[k] = i < columns ? node_value(values, rows[k][i]) : 0;
-    const Cubic v = cubic_between(w.bits, values.wrapped_bits, nodes);
-    cubics.a[i] = v.a;
-    cubics.b[i] = v.b;
-    cubics.c[i] = v.c;
-    cubics.d[i] = v.d;
+    for (int k = 0; k < kCubicNodes; ++k) nodes[k] = i < rest ? node_value(values, rows[k][i]) : 0;
+    const Cubic v = cubic_between(values.wrapped_bits, nodes);
+    // The same cubic, counted from the sample on.
+    const std::int32_t third = product(v.d, place, w.bits), once = v.c + third, twice = once + third, bend = twice + third;
+    const std::int32_t mean = v.b + product(once, place, w.bits), slope = mean + product(twice, place, w.bits);
+    going.from[column + i] = v.a + product(mean, place, w.bits);
+    going.first[column + i] =
+        static_cast<std::int32_t>(scaled(slope, once_closer) + scaled(bend, twice_closer) + scaled(v.d, thrice_closer));
+    going.second[column + i] = static_cast<std::int32_t>(scaled(2 * bend, twice_closer) + scaled(6 * v.d, thrice_closer));
+    going.third[column + i] = static_cast<std::int32_t>(scaled(6 * v.d, thrice_closer + kThirdBits));
   }
 }
 
-BISEAM_LOOP void fill_columns(const NodeWindow& w, const NodeValues& values, int first, int columns,
-                              std::int32_t (*out)[kBlockHeight]) noexcept {
-  const int count = stretches(w.down, w.bits);
-  for (int j = 0; j < count; ++j) {
-    ColumnCubics cubics;
-    find_cubics_down(w, values, first, columns, j, cubics);
-    const Stretch stretch = stretch_of(w.down, j, w.bits);
+BISEAM_LOOP Cubic cubic_from(const std::int32_t* first, int wrapped_bits) noexcept {
+  std::int32_t nodes[kCubicNodes];
+  for (int k = 0; k < kCubicNodes; ++k) nodes[k] = first[k];
+  return cubic_between(wrapped_bits, nodes);
+}
+
+// From columns of nodes to columns of samples.
+BISEAM_LOOP void spread(const NodeWindow& w, int wrapped_bits, const Going<kMostColumns>& nodes,
+                        Going<kBlockWidth>& samples) noexcept {
+  const int count = stretches(w.across, w.bits), step = w.across.step;
+  for (int i = 0; i < count; ++i) {
+    const Stretch stretch = stretch_of(w.across, i, w.bits);
+    fill_stretch(cubic_from(nodes.from + i, wrapped_bits), stretch, step, w.bits, samples.from + stretch.first);
+    fill_stretch(cubic_from(nodes.first + i, 0), stretch, step, w.bits, samples.first + stretch.first);
+    fill_stretch(cubic_from(nodes.second + i, 0), stretch, step, w.bits, samples.second + stretch.first);
+    fill_stretch(cubic_from(nodes.third + i, 0), stretch, step, w.bits, samples.third + stretch.first);
+  }
+}
+
+// Rows of a block, of those that a stretch has.
+struct Rows {
+  int before, count;
+};
+
+// A group of columns or less.
+BISEAM_LOOP void fill_columns(const Going<kBlockWidth>& start, int fraction, const Rows& rows, int column, int columns,
+                              std::int32_t* out) noexcept {
+  const auto before = static_cast<std::uint32_t>(rows.before);
+  const std::uint32_t pairs = before * (before - 1) / 2, triples = pairs * (before - 2) / 3;
+  std::uint32_t way[kGroup], first[kGroup], second[kGroup], third[kGroup];
+  for (int i = 0; i < columns; ++i) {
+    third[i] = scaled(start.third[column + i], -kThirdBits);
+    second[i] = static_cast<std::uint32_t>(start.second[column + i]);
+    first[i] = static_cast<std::uint32_t>(start.first[column + i]);
+    way[i] = (1u << fraction >> 1) + before * first[i] + pairs * second[i] + triples * third[i];
+    first[i] += before * second[i] + pairs * third[i];
+    second[i] += before * third[i];
+  }
+  for (int y = 0; y < rows.count; ++y) {
+    BISEAM_KEEP_LOOP
     for (int i = 0; i < columns; ++i) {
-      const Cubic v = {cubics.a[i], cubics.b[i], cubics.c[i], cubics.d[i]};
-      fill_stretch(v, stretch, w.down.step, w.bits, out[i] + stretch.first);
+      out[y * kBlockWidth + column + i] = start.from[column + i] + (static_cast<std::int32_t>(way[i]) >> fraction);
+      way[i] += first[i];
+      first[i] += second[i];
+      second[i] += third[i];
     }
   }
 }
 
-struct RowCubics {
-  const std::int32_t *a, *b, *c, *d;
-  Cubic at_row(int y) const noexcept { return {a[y], b[y], c[y], d[y]}; }
-};
-
-// Rows of which each has Count samples in the stretch.
-template <int Count>
-BISEAM_LOOP void fill_even_rows(const NodeWindow& w, const Stretch& stretch, const RowCubics& cubics,
-                                std::int32_t* out) noexcept {
-  for (int y = 0; y < w.down.count; ++y) {
-    fill_vector<Count>(cubics.at_row(y), stretch.place, w.across.step, w.bits, out + y * kBlockWidth);
-  }
-}
-
-BISEAM_LOOP void fill_rows(const NodeWindow& w, const NodeValues& values, const Stretch& stretch,
-                           const std::int32_t (*columns)[kBlockHeight], std::int32_t* out) noexcept {
-  std::int32_t a[kBlockHeight], b[kBlockHeight], c[kBlockHeight], d[kBlockHeight];
-  for (int y = 0; y < w.down.count; ++y) {
-    std::int32_t nodes[kCubicNodes];
-    for (int k = 0; k < kCubicNodes; ++k) nodes[k] = columns[k][y];
-    const Cubic v = cubic_between(w.bits, values.wrapped_bits, nodes);
-    a[y] = v.a;
-    b[y] = v.b;
-    c[y] = v.c;
-    d[y] = v.d;
-  }
-  const int count = stretch.end - stretch.first;
-  const RowCubics cubics = {a, b, c, d};
-  switch (count) {
-    case 32:
-      return fill_even_rows<32>(w, stretch, cubics, out + stretch.first);
-    case 16:
-      return fill_even_rows<16>(w, stretch, cubics, out + stretch.first);
-    case 8:
-      return fill_even_rows<8>(w, stretch, cubics, out + stretch.first);
-    default:
-      for (int y = 0; y < w.down.count; ++y) {
-        fill_stretch(cubics.at_row(y), stretch, w.across.step, w.bits, out + y * kBlockWidth + stretch.first);
-      }
-  }
-}
-
 BISEAM_LOOP void fill_block(const NodeWindow& w, const NodeValues& values, std::int32_t* out) noexcept {
-  alignas(64) std::int32_t columns[kMostColumns][kBlockHeight];
-  const int count = stretches(w.across, w.bits), nodes = count + kNodesAround;
-  for (int i = 0; i < nodes; i += kGroup) {
-    fill_columns(w, values, i, nodes - i < kGroup ? nodes - i : kGroup, columns + i);
+  const int nodes = stretches(w.across, w.bits) + kNodesAround, columns = w.across.count;
+  const int count = stretches(w.down, w.bits), fraction = values.slope_bits + bits_closer(w.down, w.bits);
+  for (int j = 0; j < count; ++j) {
+    const Stretch stretch = stretch_of(w.down, j, w.bits);
+    const Rows rows = {stretch.place / w.down.step, stretch.end - stretch.first};
+    if (rows.count == 0) continue;
+    Going<kMostColumns> start;
+    for (int i = 0; i < nodes; i += kGroup) start_group(w, values, j, stretch.place % w.down.step, i, nodes, start);
+    Going<kBlockWidth> going;
+    spread(w, values.wrapped_bits, start, going);
+    std::int32_t* const first = out + stretch.first * kBlockWidth;
+    int i = 0;
+    for (; i + kGroup <= columns; i += kGroup) fill_columns(going, fraction, rows, i, kGroup, first);
+    if (i < columns) fill_columns(going, fraction, rows, i, columns - i, first);
   }
-  for (int i = 0; i < count; ++i) fill_rows(w, values, stretch_of(w.across, i, w.bits), columns + i, out);
 }
 
 BISEAM_LOOP void interpolate(const NodeWindow& window, std::int32_t* const out[2]) noexcept {

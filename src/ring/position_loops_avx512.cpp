@@ -21,23 +21,15 @@ constexpr int kMostNodes = kLanes, kFewNodes = kLanes / 2;  // in a row
 constexpr int kMostStretches = kMostNodes - kNodesAround;
 
 BISEAM_STEP __m512i all(int32_t value) { return _mm512_set1_epi32(value); }
+BISEAM_STEP __m512i sum(__m512i a, __m512i b) { return _mm512_add_epi32(a, b); }
+BISEAM_STEP __m512i difference(__m512i a, __m512i b) { return _mm512_sub_epi32(a, b); }
 BISEAM_STEP __m512i held(__m512i value, int32_t limit) {
   return _mm512_min_epi32(_mm512_max_epi32(value, all(-limit)), all(limit));
 }
 
-// What all steps need to know of a window.
-struct Units {
-  __m512i bits, half;
-
-  BISEAM_STEP explicit Units(const NodeWindow& w) : bits(all(w.bits)), half(all((1 << w.bits) >> 1)) {}
-};
-
 struct Cubics {
   __m512i a, b, c, d;
 };
-
-BISEAM_STEP __m512i sum(__m512i a, __m512i b) { return _mm512_add_epi32(a, b); }
-BISEAM_STEP __m512i difference(__m512i a, __m512i b) { return _mm512_sub_epi32(a, b); }
 
 // Rounded towards 0.
 BISEAM_STEP __m512i sixth(__m512i value) {
@@ -49,58 +41,32 @@ BISEAM_STEP __m512i sixth(__m512i value) {
 
 struct NoWraps {};
 
-// Cubics between nodes of one direction, as they come one after the other.  Wraps: the bits by which values wrap around, if
-// they do.
+// From one value to another, as near as they can be.  Wraps: the bits by which values wrap around, if they do.
 template <class Wraps>
-class CubicChain {
- public:
-  BISEAM_STEP CubicChain(const Units& units, Wraps wraps) : units_(units), wraps_(wraps) {}
-
-  // The first five nodes.
-  BISEAM_STEP void begin(const __m512i (&nodes)[kNodesAround]) {
-    for (int k = 0; k < kNodesAround; ++k) nodes_[k + 1] = nodes[k];
-    slope_ = slope_at(nodes_ + 1);
+BISEAM_STEP __m512i rise(__m512i from, __m512i to, Wraps wraps) {
+  const __m512i apart = difference(to, from);
+  if constexpr (std::is_empty_v<Wraps>) {
+    return apart;
+  } else {
+    return _mm512_srav_epi32(_mm512_sllv_epi32(apart, wraps), wraps);
   }
+}
 
-  BISEAM_STEP Cubics next(__m512i node) {
-    for (int k = 0; k < kNodesAround; ++k) nodes_[k] = nodes_[k + 1];
-    nodes_[kNodesAround] = node;
-    const __m512i slope = slope_, second = rise(nodes_[2], nodes_[3]);
-    slope_ = slope_at(nodes_ + 1);
-    const __m512i both = sum(slope, slope_), twice = sum(second, second);
-    const __m512i d = held(difference(both, twice), 1 << 22);
-    const __m512i c = held(difference(sum(twice, second), sum(both, slope)), 1 << 22);
-    const __m512i b = held(difference(difference(second, c), d), 1 << 24);
-    return {nodes_[2], sum(_mm512_sllv_epi32(b, units_.bits), units_.half), sum(_mm512_sllv_epi32(c, units_.bits), units_.half),
-            d};
-  }
+// At the third of five nodes.
+template <class Wraps>
+BISEAM_STEP __m512i slope_at(const __m512i* nodes, Wraps wraps) {
+  const __m512i inner = difference(rise(nodes[2], nodes[3], wraps), rise(nodes[2], nodes[1], wraps));
+  const __m512i outer = difference(rise(nodes[2], nodes[4], wraps), rise(nodes[2], nodes[0], wraps));
+  return _mm512_srai_epi32(sum(sixth(difference(_mm512_slli_epi32(inner, 3), outer)), all(1)), 1);
+}
 
- private:
-  // From one value to another, as near as they can be.
-  BISEAM_STEP __m512i rise(__m512i from, __m512i to) const {
-    const __m512i apart = difference(to, from);
-    if constexpr (std::is_empty_v<Wraps>) {
-      return apart;
-    } else {
-      return _mm512_srav_epi32(_mm512_sllv_epi32(apart, wraps_), wraps_);
-    }
-  }
-
-  BISEAM_STEP __m512i slope_at(const __m512i* nodes) const {
-    const __m512i inner = difference(rise(nodes[2], nodes[3]), rise(nodes[2], nodes[1]));
-    const __m512i outer = difference(rise(nodes[2], nodes[4]), rise(nodes[2], nodes[0]));
-    return _mm512_srai_epi32(sum(sixth(difference(_mm512_slli_epi32(inner, 3), outer)), all(1)), 1);
-  }
-
-  const Units& units_;
-  Wraps wraps_;
-  __m512i nodes_[kCubicNodes], slope_;
-};
-
-BISEAM_STEP __m512i values_at(const Units& units, const Cubics& v, __m512i place) {
-  const __m512i bend = _mm512_srav_epi32(_mm512_add_epi32(_mm512_mullo_epi32(v.d, place), v.c), units.bits);
-  const __m512i slope = _mm512_srav_epi32(_mm512_add_epi32(_mm512_mullo_epi32(bend, place), v.b), units.bits);
-  return _mm512_add_epi32(v.a, _mm512_srav_epi32(_mm512_add_epi32(_mm512_mullo_epi32(slope, place), units.half), units.bits));
+// From a node to the next one, which is so much more, by the slopes at both.
+BISEAM_STEP Cubics cubic_between(__m512i node, __m512i more, __m512i slope, __m512i next_slope) {
+  const __m512i both = sum(slope, next_slope), twice = sum(more, more);
+  const __m512i d = held(difference(both, twice), 1 << 22);
+  const __m512i c = held(difference(sum(twice, more), sum(both, slope)), 1 << 22);
+  const __m512i b = held(difference(difference(more, c), d), 1 << 24);
+  return {node, b, c, d};
 }
 
 // Sixteen samples of a run: where each lies in its stretch between two nodes, and which of them lie in the first stretch, the
@@ -127,36 +93,40 @@ BISEAM_STEP void divide_run(const SampleRun& run, int bits, RunVector* vectors) 
   }
 }
 
-// Coefficients of cubics one beside the other.
-template <int count>
+// Cubics side by side, as values are found by them: B and C times 2^bits, with the half that rounds the product added to them.
 struct CubicRow {
-  alignas(64) int32_t a[count], b[count], c[count], d[count];
+  alignas(64) int32_t a[kLanes], b[kLanes], c[kLanes], d[kLanes];
 
-  BISEAM_STEP void store(int at, const Cubics& v) {
-    _mm512_store_si512(a + at, v.a);
-    _mm512_store_si512(b + at, v.b);
-    _mm512_store_si512(c + at, v.c);
-    _mm512_store_si512(d + at, v.d);
+  BISEAM_STEP CubicRow(const Cubics& v, int bits) {
+    const __m128i by = _mm_cvtsi32_si128(bits);
+    const __m512i half = all((1 << bits) >> 1);
+    _mm512_store_si512(a, v.a);
+    _mm512_store_si512(b, sum(_mm512_sll_epi32(v.b, by), half));
+    _mm512_store_si512(c, sum(_mm512_sll_epi32(v.c, by), half));
+    _mm512_store_si512(d, v.d);
   }
 
-  BISEAM_STEP Cubics all_of(int at) const { return {all(a[at]), all(b[at]), all(c[at]), all(d[at])}; }
+  // Of a run's lanes, each by the cubic of its stretch, the run's first being at some place.
+  BISEAM_STEP Cubics of(const RunVector& vector, int first) const {
+    const int at = first + vector.first;
+    Cubics v = {all(a[at]), all(b[at]), all(c[at]), all(d[at])};
+    for (int k = 1; k < vector.stretches; ++k) {
+      v.a = _mm512_mask_set1_epi32(v.a, vector.within[k], a[at + k]);
+      v.b = _mm512_mask_set1_epi32(v.b, vector.within[k], b[at + k]);
+      v.c = _mm512_mask_set1_epi32(v.c, vector.within[k], c[at + k]);
+      v.d = _mm512_mask_set1_epi32(v.d, vector.within[k], d[at + k]);
+    }
+    return v;
+  }
 
-  // Into some lanes.
-  BISEAM_STEP void put(int at, __mmask16 lanes, Cubics& v) const {
-    v.a = _mm512_mask_set1_epi32(v.a, lanes, a[at]);
-    v.b = _mm512_mask_set1_epi32(v.b, lanes, b[at]);
-    v.c = _mm512_mask_set1_epi32(v.c, lanes, c[at]);
-    v.d = _mm512_mask_set1_epi32(v.d, lanes, d[at]);
+  BISEAM_STEP __m512i values_at(const RunVector& vector, int first, int bits) const {
+    const Cubics v = of(vector, first);
+    const __m128i by = _mm_cvtsi32_si128(bits);
+    const __m512i bend = _mm512_sra_epi32(sum(_mm512_mullo_epi32(v.d, vector.place), v.c), by);
+    const __m512i slope = _mm512_sra_epi32(sum(_mm512_mullo_epi32(bend, vector.place), v.b), by);
+    return sum(v.a, _mm512_sra_epi32(sum(_mm512_mullo_epi32(slope, vector.place), all((1 << bits) >> 1)), by));
   }
 };
-
-// Of a run's lanes, each by the cubic of its stretch: number index of each row of them.
-template <int count>
-BISEAM_STEP Cubics cubics_of(const RunVector& vector, int stretches, const CubicRow<count>* rows, int index) {
-  Cubics v = rows[vector.first].all_of(index);
-  for (int k = 1; k < stretches; ++k) rows[vector.first + k].put(index, vector.within[k], v);
-  return v;
-}
 
 // The lower halves of two vectors.
 BISEAM_STEP __m512i halves(__m512i low, __m512i high) { return _mm512_inserti64x4(low, _mm512_castsi512_si256(high), 1); }
@@ -168,7 +138,7 @@ struct NodeRow {
   const int32_t* nodes[coordinates];
   std::ptrdiff_t stride;
   __mmask16 columns;
-  __m512i offset, halvings, wrapped_bits;
+  __m512i offset, halvings, wrapped_bits, slope_bits;
 
   BISEAM_STEP NodeRow(const NodeWindow& w, const NodeValues* of, int count)
       : stride(w.stride), columns(static_cast<__mmask16>((1u << count) - 1)) {
@@ -177,6 +147,7 @@ struct NodeRow {
     offset = sides(all(low.offset - low.halvings), all(high.offset - high.halvings));
     halvings = sides(all(low.halvings), all(high.halvings));
     wrapped_bits = sides(all(low.wrapped_bits), all(high.wrapped_bits));
+    slope_bits = sides(all(low.slope_bits), all(high.slope_bits));
   }
 
   BISEAM_STEP static __m512i sides(__m512i low, __m512i high) { return coordinates == 1 ? low : halves(low, high); }
@@ -188,101 +159,130 @@ struct NodeRow {
   }
 };
 
-using NodeColumns = int32_t[kMostNodes][kBlockHeight];
+BISEAM_STEP __m512i product(__m512i value, __m512i place, int bits) {
+  return _mm512_sra_epi32(sum(_mm512_mullo_epi32(value, place), all((1 << bits) >> 1)), _mm_cvtsi32_si128(bits));
+}
 
-// The values of each column of nodes at the rows of samples.
+// Times 2^up, lane by lane, rounded half up.
+BISEAM_STEP __m512i scaled(__m512i value, __m512i up) {
+  const __m512i none = _mm512_setzero_si512(), down = _mm512_max_epi32(difference(none, up), none);
+  const __m512i half = _mm512_srli_epi32(_mm512_sllv_epi32(all(1), down), 1);
+  return _mm512_srav_epi32(sum(_mm512_sllv_epi32(value, _mm512_max_epi32(up, none)), half), down);
+}
+
+// Where columns are at a row of samples, and how they go on.
+struct Going {
+  __m512i from, first, second, third;
+};
+
+// Of columns of nodes, from the first sample at a place in a stretch between two rows.
+BISEAM_STEP Going going_from(const NodeWindow& w, const Cubics& v, int at, __m512i once_closer) {
+  const __m512i place = all(at), closer = all(bits_closer(w.down, w.bits));
+  const __m512i twice_closer = difference(once_closer, closer), thrice_closer = difference(twice_closer, closer);
+  const __m512i step = product(v.d, place, w.bits), once = sum(v.c, step), twice = sum(once, step), bend = sum(twice, step);
+  const __m512i mean = sum(v.b, product(once, place, w.bits)), slope = sum(mean, product(twice, place, w.bits));
+  const __m512i six = sum(_mm512_slli_epi32(v.d, 2), sum(v.d, v.d));
+  return {sum(v.a, product(mean, place, w.bits)),
+          sum(sum(scaled(slope, once_closer), scaled(bend, twice_closer)), scaled(v.d, thrice_closer)),
+          sum(scaled(sum(bend, bend), twice_closer), scaled(six, thrice_closer)),
+          scaled(six, sum(thrice_closer, all(kThirdBits)))};
+}
+
+// Between neighbouring lanes: from the third of a coordinate on.
+template <class Wraps>
+BISEAM_STEP Cubics cubics_across(__m512i values, Wraps wraps) {
+  const __m512i next[kNodesAround] = {values, _mm512_alignr_epi32(values, values, 1), _mm512_alignr_epi32(values, values, 2),
+                                      _mm512_alignr_epi32(values, values, 3), _mm512_alignr_epi32(values, values, 4)};
+  const __m512i slope = slope_at(next, wraps);
+  return cubic_between(next[2], rise(next[2], next[3], wraps), slope, _mm512_alignr_epi32(slope, slope, 1));
+}
+
+// From columns of nodes to columns of samples.
+struct Spread {
+  CubicRow from, first, second, third;
+  int bits;
+
+  template <class Wraps>
+  BISEAM_STEP Spread(const Going& nodes, Wraps wraps, int spacing_bits)
+      : from(cubics_across(nodes.from, wraps), spacing_bits),
+        first(cubics_across(nodes.first, NoWraps{}), spacing_bits),
+        second(cubics_across(nodes.second, NoWraps{}), spacing_bits),
+        third(cubics_across(nodes.third, NoWraps{}), spacing_bits),
+        bits(spacing_bits) {}
+
+  BISEAM_STEP Going to(const RunVector& vector, int lane) const {
+    return {from.values_at(vector, lane, bits), first.values_at(vector, lane, bits), second.values_at(vector, lane, bits),
+            third.values_at(vector, lane, bits)};
+  }
+};
+
+// Rows of a block, of those that a stretch has.
+struct Rows {
+  int before, count;
+};
+
+BISEAM_STEP __m512i times(__m512i value, int factor) { return _mm512_mullo_epi32(value, all(factor)); }
+
+// Sixteen columns or less.
+BISEAM_STEP void fill_columns(const Going& start, int fraction, const Rows& rows, __mmask16 lanes, int32_t* out) {
+  const __m128i by = _mm_cvtsi32_si128(fraction);
+  const __m512i third = _mm512_srai_epi32(sum(start.third, all(1 << (kThirdBits - 1))), kThirdBits);
+  __m512i way = all((1 << fraction) >> 1), first = start.first, second = start.second;
+  if (rows.before > 0) {
+    const int pairs = rows.before * (rows.before - 1) / 2, triples = pairs * (rows.before - 2) / 3;
+    way = sum(sum(way, times(first, rows.before)), sum(times(second, pairs), times(third, triples)));
+    first = sum(first, sum(times(second, rows.before), times(third, pairs)));
+    second = sum(second, times(third, rows.before));
+  }
+  for (int y = 0; y < rows.count; ++y) {
+    _mm512_mask_storeu_epi32(out + y * kBlockWidth, lanes, sum(start.from, _mm512_sra_epi32(way, by)));
+    way = sum(way, first);
+    first = sum(first, second);
+    second = sum(second, third);
+  }
+}
+
 template <int coordinates>
-BISEAM_STEP void fill_columns(const NodeWindow& w, const Units& units, const NodeValues* values, int nodes,
-                              const RunVector* down, NodeColumns* columns) {
-  const NodeRow<coordinates> row(w, values, nodes);
-  const int stretches = ((w.down.start + (w.down.count - 1) * w.down.step) >> w.bits) + 1;
-  CubicRow<kMostNodes> cubics[kMostStretches];
-  __m512i first[kNodesAround];
-  for (int k = 0; k < kNodesAround; ++k) first[k] = row.load(k);
-  CubicChain chain(units, row.wrapped_bits);
-  chain.begin(first);
-  for (int j = 0; j < stretches; ++j) cubics[j].store(0, chain.next(row.load(j + kNodesAround)));
-  for (int y = 0; y < w.down.count; y += kLanes) {
-    const RunVector& vector = down[y / kLanes];
+BISEAM_STEP void fill_blocks(const NodeWindow& w, const NodeValues* values, int columns, const RunVector* across,
+                             int32_t* const* out) {
+  const NodeRow<coordinates> row(w, values, columns);
+  __m512i nodes[kCubicNodes];
+  for (int k = 0; k < kNodesAround; ++k) nodes[k + 1] = row.load(k);
+  __m512i slope = slope_at(nodes + 1, row.wrapped_bits);
+  const int down = stretches(w.down, w.bits), closer = bits_closer(w.down, w.bits), count = w.across.count;
+  for (int j = 0; j < down; ++j) {
+    for (int k = 0; k < kNodesAround; ++k) nodes[k] = nodes[k + 1];
+    nodes[kNodesAround] = row.load(j + kNodesAround);
+    const __m512i next_slope = slope_at(nodes + 1, row.wrapped_bits);
+    const Cubics cubics = cubic_between(nodes[2], rise(nodes[2], nodes[3], row.wrapped_bits), slope, next_slope);
+    slope = next_slope;
+    const Stretch stretch = stretch_of(w.down, j, w.bits);
+    const Rows rows = {stretch.place / w.down.step, stretch.end - stretch.first};
+    if (rows.count == 0) continue;
+    const Spread spread(going_from(w, cubics, stretch.place % w.down.step, row.slope_bits), row.wrapped_bits, w.bits);
     for (int k = 0; k < coordinates; ++k) {
-      for (int i = 0; i < nodes; ++i) {
-        const Cubics column = cubics_of(vector, vector.stretches, cubics, kFewNodes * k + i);
-        _mm512_store_si512(columns[k][i] + y, values_at(units, column, vector.place));
+      for (int i = 0; i < count; i += kLanes) {
+        const auto lanes = static_cast<__mmask16>((1u << std::min(kLanes, count - i)) - 1);
+        fill_columns(spread.to(across[i / kLanes], kFewNodes * k), values[k].slope_bits + closer, rows, lanes,
+                     out[k] + stretch.first * kBlockWidth + i);
       }
     }
-  }
-}
-
-// All rows of so many whole vectors, each of which has lanes in so many stretches.
-template <int vectors, int stretches>
-BISEAM_STEP void fill_vectors(const NodeWindow& w, const Units& units, const RunVector* across,
-                              const CubicRow<kBlockHeight>* cubics, int32_t* out) {
-  for (int y = 0; y < w.down.count; ++y) {
-    for (int i = 0; i < vectors; ++i) {
-      const Cubics row = cubics_of(across[i], stretches, cubics, y);
-      _mm512_storeu_si512(out + y * kBlockWidth + i * kLanes, values_at(units, row, across[i].place));
-    }
-  }
-}
-
-// Any vector.
-BISEAM_STEP void fill_vector(const NodeWindow& w, const Units& units, const RunVector& vector,
-                             const CubicRow<kBlockHeight>* cubics, __mmask16 lanes, int32_t* out) {
-  for (int y = 0; y < w.down.count; ++y) {
-    const Cubics row = cubics_of(vector, vector.stretches, cubics, y);
-    _mm512_mask_storeu_epi32(out + y * kBlockWidth, lanes, values_at(units, row, vector.place));
-  }
-}
-
-template <class Wraps>
-BISEAM_STEP void fill_rows(const NodeWindow& w, const Units& units, Wraps wraps, int stretches, const RunVector* across,
-                           const NodeColumns& columns, int32_t* out) {
-  CubicRow<kBlockHeight> cubics[kMostStretches];
-  for (int y = 0; y < w.down.count; y += kLanes) {
-    __m512i first[kNodesAround];
-    for (int k = 0; k < kNodesAround; ++k) first[k] = _mm512_load_si512(columns[k] + y);
-    CubicChain chain(units, wraps);
-    chain.begin(first);
-    for (int i = 0; i < stretches; ++i) cubics[i].store(y, chain.next(_mm512_load_si512(columns[i + kNodesAround] + y)));
-  }
-  const int count = w.across.count, vectors = (count + kLanes - 1) / kLanes;
-  const int each = across[0].stretches;
-  bool alike = count % kLanes == 0;
-  for (int i = 1; i < vectors; ++i) alike = alike && across[i].stretches == each;
-  // Whole blocks of luma, and of chroma.
-  if (alike && vectors == 4 && each == 1) return fill_vectors<4, 1>(w, units, across, cubics, out);
-  if (alike && vectors == 2 && each == 1) return fill_vectors<2, 1>(w, units, across, cubics, out);
-  if (alike && vectors == 2 && each == 2) return fill_vectors<2, 2>(w, units, across, cubics, out);
-  for (int i = 0; i < vectors; ++i) {
-    const int lanes = std::min(kLanes, count - i * kLanes);
-    fill_vector(w, units, across[i], cubics, static_cast<__mmask16>((1u << lanes) - 1), out + i * kLanes);
   }
 }
 
 }  // namespace
 
 BISEAM_AVX512 void interpolate_nodes_avx512(const NodeWindow& window, int32_t* const out[2]) noexcept {
-  const NodeWindow& w = window;
-  const int across = ((w.across.start + (w.across.count - 1) * w.across.step) >> w.bits) + 1;
-  const int down = ((w.down.start + (w.down.count - 1) * w.down.step) >> w.bits) + 1;
-  if (std::max(across, down) > kMostStretches) return kInterpolateNodes.avx2(w, out);
-  const Units units(w);
-  RunVector runs_down[kBlockHeight / kLanes], runs_across[kBlockWidth / kLanes];
-  divide_run(w.down, w.bits, runs_down);
+  const NodeWindow w = window;
+  const int across = stretches(w.across, w.bits);
+  if (across > kMostStretches) return kInterpolateNodes.avx2(w, out);
+  RunVector runs_across[kBlockWidth / kLanes];
   divide_run(w.across, w.bits, runs_across);
-  alignas(64) NodeColumns columns[2];
-  const int nodes = across + kNodesAround;
-  if (nodes <= kFewNodes) {
-    fill_columns<2>(w, units, w.values, nodes, runs_down, columns);
+  const int columns = across + kNodesAround;
+  if (columns <= kFewNodes) {
+    fill_blocks<2>(w, w.values, columns, runs_across, out);
   } else {
-    for (int k = 0; k < 2; ++k) fill_columns<1>(w, units, w.values + k, nodes, runs_down, columns + k);
-  }
-  for (int k = 0; k < 2; ++k) {
-    if (w.values[k].wrapped_bits == 0) {
-      fill_rows(w, units, NoWraps{}, across, runs_across, columns[k], out[k]);
-    } else {
-      fill_rows(w, units, all(w.values[k].wrapped_bits), across, runs_across, columns[k], out[k]);
-    }
+    for (int k = 0; k < 2; ++k) fill_blocks<1>(w, w.values + k, columns, runs_across, out + k);
   }
 }
 

@@ -14,11 +14,17 @@ void set_run(int first, int length, int bits, int half, int spacing_bits, Sample
   run.count = length >> bits;
 }
 
-void set_values(const std::int32_t* first, int offset, int halvings, int wrapped_bits, NodeValues& values) noexcept {
+// Positions go 256 pixels at most from one node to the next, and 64 more or less from there; angles an eighth of a turn, and a
+// thirty-second.
+constexpr int kPositionSlopeBits = 2, kAngleSlopeBits = 5;
+
+void set_values(const std::int32_t* first, int offset, int halvings, int wrapped_bits, int slope_bits,
+                NodeValues& values) noexcept {
   values.first = first;
   values.offset = offset;
   values.halvings = halvings;
   values.wrapped_bits = wrapped_bits;
+  values.slope_bits = slope_bits;
 }
 
 NodeWindow window_of(const MeshShape& shape, const Block& block, const PlaneGrid& grid) noexcept {
@@ -57,8 +63,10 @@ void lens_positions(const Mesh& mesh, int lens, const Block& block, const PlaneG
   constexpr int kHalfPixel = 1 << (kPositionBits - 1);
   const std::ptrdiff_t first = first_node(mesh.shape, block, panorama);
   NodeWindow window = window_of(mesh.shape, block, panorama);
-  set_values(mesh.lens[lens].x.values + first, picture.half_x * kHalfPixel, picture.bits_x, 0, window.values[0]);
-  set_values(mesh.lens[lens].y.values + first, picture.half_y * kHalfPixel, picture.bits_y, 0, window.values[1]);
+  set_values(mesh.lens[lens].x.values + first, picture.half_x * kHalfPixel, picture.bits_x, 0, kPositionSlopeBits,
+             window.values[0]);
+  set_values(mesh.lens[lens].y.values + first, picture.half_y * kHalfPixel, picture.bits_y, 0, kPositionSlopeBits,
+             window.values[1]);
   interpolate(window, x, y);
 }
 
@@ -66,8 +74,8 @@ void luma_positions(const Mesh& mesh, int lens, const Block& block, const PlaneG
                     BlockValues& x, BlockValues& y) noexcept {
   const std::ptrdiff_t first = first_node(mesh.shape, block, panorama);
   NodeWindow window = coarse_window(mesh.shape, block, panorama, coarse);
-  set_values(mesh.lens[lens].x.values + first, 0, 0, 0, window.values[0]);
-  set_values(mesh.lens[lens].y.values + first, 0, 0, 0, window.values[1]);
+  set_values(mesh.lens[lens].x.values + first, 0, 0, 0, kPositionSlopeBits, window.values[0]);
+  set_values(mesh.lens[lens].y.values + first, 0, 0, 0, kPositionSlopeBits, window.values[1]);
   interpolate(window, x.values, y.values);
 }
 
@@ -75,8 +83,8 @@ void ring_positions(const Mesh& mesh, const Block& block, const PlaneGrid& panor
                     BlockValues& b) noexcept {
   const std::ptrdiff_t first = first_node(mesh.shape, block, panorama);
   NodeWindow window = coarse_window(mesh.shape, block, panorama, coarse);
-  set_values(mesh.t.values + first, 0, 0, 32 - kTurnBits, window.values[0]);
-  set_values(mesh.b.values + first, 0, 0, 0, window.values[1]);
+  set_values(mesh.t.values + first, 0, 0, 32 - kTurnBits, kAngleSlopeBits, window.values[0]);
+  set_values(mesh.b.values + first, 0, 0, 0, kAngleSlopeBits, window.values[1]);
   interpolate(window, t.values, b.values);
 }
 

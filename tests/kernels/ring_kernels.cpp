@@ -87,6 +87,7 @@ void interpolate(KernelCall& call, InterpolateNodes* run, int limit, int wrapped
     NodeValues& values = window.values[k];
     values.first = call.input<int32_t>(count, -limit, limit);
     values.wrapped_bits = k == 0 ? wrapped_bits : 0;
+    values.slope_bits = call.number(2, 5);
     values.halvings = wrapped_bits == 0 ? call.number(0, 1) : 0;
     values.offset = values.halvings * (call.number(0, 1) << 15);
     out[k] = call.output<int32_t>(static_cast<std::size_t>((window.down.count - 1) * kBlockWidth + window.across.count));
@@ -111,6 +112,7 @@ void call_interpolate_block(KernelCall& call, InterpolateNodes* run) {
   int32_t* out[2];
   for (int k = 0; k < 2; ++k) {
     window.values[k].first = call.input<int32_t>(kCubicNodes * kStride, 0, 90 << kPositionBits);
+    window.values[k].slope_bits = 2;
     out[k] = call.output<int32_t>(kBlockWidth * kBlockHeight);
   }
   call.run([&] { run(window, out); });

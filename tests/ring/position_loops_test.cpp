@@ -17,6 +17,8 @@ using namespace ring;
 
 int last_node(const SampleRun& run, int bits) { return (run.start + (run.count - 1) * run.step) >> bits; }
 
+constexpr int kSlopeBits = 2;
+
 // Nodes for a block of any grid, node (0, 0) being the one where the runs start.
 struct Nodes {
   NodeWindow window{};
@@ -39,12 +41,15 @@ struct Nodes {
     for (std::size_t k = 0; k < values.size(); ++k) {
       values[k] = value(int(k % std::size_t(window.stride)) - kNodesBefore, int(k / std::size_t(window.stride)) - kNodesBefore);
     }
-    for (NodeValues& of : window.values) of.first = values.data();
+    for (NodeValues& of : window.values) {
+      of.first = values.data();
+      of.slope_bits = kSlopeBits;
+    }
   }
 
   // Both coordinates alike.
   void set(int offset, int halvings, int wrapped_bits) {
-    for (NodeValues& of : window.values) of = {of.first, offset, halvings, wrapped_bits};
+    for (NodeValues& of : window.values) of = {of.first, offset, halvings, wrapped_bits, kSlopeBits};
   }
 
   // Samples between the block's are none of the function's.
@@ -85,10 +90,20 @@ class PositionLoops : public testing::TestWithParam<Isa> {
   RandomSource random_;
 };
 
-// In units, a direction: nodes are half of one off, of which cubics make up to 1.375 times as much; slopes are .92 off at most,
-// which is .23 half-way between nodes; and three products are rounded, each by half of one.  That is 2.42 down, of which across
-// makes 3.33, and adds the other 1.73.
-constexpr double kRoundings = 5.1;
+// In units.  Nodes are half of one off, of which cubics make up to 1.375 times as much; slopes are .92 off at most, which is
+// .23 half-way between nodes.  From a sample at s on, between nodes, the cubic down is off by .5 + .5 s + .5 s^2, its slope by
+// 1 + 1.5 s and its bend by 1.5: 3 at most on the way to the next node.  Across makes that 1.375 times as much, has slopes of
+// its own, and rounds three products by half of one.
+constexpr double kAcross = .23 + 1.5, kRoundings = 1.375 * (1.375 / 2 + .23 + 3) + kAcross;
+
+// The differences are rounded too: down, the first and the second by two halves of one; across like values.  The third is
+// rounded so in 2^-kThirdBits of these, and then by half of one.  After k samples they count k, k (k - 1) / 2 and
+// k (k - 1) (k - 2) / 6 times; no stretch is longer than a block.
+double roundings(const NodeWindow& window) {
+  const double k = std::max(1, (1 << window.bits) / window.down.step) - 1;
+  const double first = 1.375 + kAcross, third = (1.375 / 2 + kAcross) / (1 << kThirdBits) + .5;
+  return kRoundings + (first * (k + k * (k - 1) / 2) + third * k * (k - 1) * (k - 2) / 6) / ((k + 1) * (1 << kSlopeBits));
+}
 
 // A cubic in either direction is its own interpolation.
 TEST_P(PositionLoops, GoThroughCubics) {
@@ -114,7 +129,7 @@ TEST_P(PositionLoops, GoThroughCubics) {
     if (!is_flat) continue;
     const std::vector<std::int32_t> got = nodes.interpolated(run_);
     for (std::size_t k = 0; k < got.size(); ++k) {
-      ASSERT_NEAR(value(nodes.across(k), nodes.down(k)), got[k], kRoundings) << nodes.window.bits << ": " << k;
+      ASSERT_NEAR(value(nodes.across(k), nodes.down(k)), got[k], roundings(nodes.window)) << nodes.window.bits << ": " << k;
     }
   }
 }
@@ -136,7 +151,7 @@ TEST_P(PositionLoops, HaveTheSlopesOfQuartics) {
     for (std::size_t k = 0; k < got.size(); ++k) {
       const double x = nodes.across(k), y = nodes.down(k), u = x - std::floor(x), v = y - std::floor(y);
       const double less = across * u * u * (1 - u) * (1 - u) + down * v * v * (1 - v) * (1 - v);
-      ASSERT_NEAR(quartic(across, x - middle_x) + quartic(down, y - middle_y) - less, got[k], kRoundings)
+      ASSERT_NEAR(quartic(across, x - middle_x) + quartic(down, y - middle_y) - less, got[k], roundings(nodes.window))
           << nodes.window.bits << ": " << k;
     }
   }
@@ -167,7 +182,7 @@ TEST_P(PositionLoops, NodesAreMovedAndHalved) {
     nodes.fill([&](int x, int y) { return slope * (2 * x + y); });
     const std::vector<std::int32_t> got = nodes.interpolated(run_);
     for (std::size_t k = 0; k < got.size(); ++k) {
-      ASSERT_NEAR((slope * (2 * nodes.across(k) + nodes.down(k)) - (1 << 15)) / 2, got[k], kRoundings) << k;
+      ASSERT_NEAR((slope * (2 * nodes.across(k) + nodes.down(k)) - (1 << 15)) / 2, got[k], roundings(nodes.window)) << k;
     }
   }
 }
@@ -183,7 +198,7 @@ TEST_P(PositionLoops, AnglesWrapAround) {
     const std::vector<std::int32_t> got = nodes.interpolated(run_);
     for (std::size_t k = 0; k < got.size(); ++k) {
       const double exact = start + slope * (nodes.across(k) - nodes.down(k));
-      ASSERT_NEAR(0, std::remainder(exact - got[k], 1 << 24), kRoundings) << k;
+      ASSERT_NEAR(0, std::remainder(exact - got[k], 1 << 24), roundings(nodes.window)) << k;
     }
   }
 }
