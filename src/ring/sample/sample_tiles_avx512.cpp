@@ -64,13 +64,13 @@ BISEAM_STEP __m512i two_weights_down(__m512i y) {
   return _mm512_add_epi16(turned, all(0x00000041));
 }
 
-// Sums of a tile, of each component: all taps of a lane are four bytes, two rows of two.
+// Sums of a tile, of each component, on top of what they are: all taps of a lane are four bytes, two rows of two.
 template <class Window, class Rows, int components>
 BISEAM_STEP void sum_two(const Rows& rows, __m512i x, __m512i y, __m512i (&sums)[components]) {
   const __m512i bytes = _mm512_add_epi8(first_bytes(x, y), all(0x11100100));
   const __m512i across = two_weights_across(x), down = two_weights_down(y);
   for (int c = 0; c < components; ++c) {
-    sums[c] = _mm512_madd_epi16(_mm512_maddubs_epi16(pick_bytes<Window>(rows.of[c], bytes, 0), across), down);
+    sums[c] = _mm512_dpwssd_epi32(sums[c], _mm512_maddubs_epi16(pick_bytes<Window>(rows.of[c], bytes, 0), across), down);
   }
 }
 
@@ -81,7 +81,6 @@ BISEAM_STEP void sum_more(const SampleSource& source, const int8_t* parts, const
   const __m512i bytes = _mm512_add_epi8(first_bytes(x, y), all(0x03020100));
   const auto weights = look_up_all<SampleType::bytes, taps>(parts, bits_from<bit>(x), bits_from<bit>(y));
   for (int c = 0; c < components; ++c) {
-    sums[c] = _mm512_setzero_si512();
     for (int k = 0; k < taps; k += 2) {
       const __m512i picked[2] = {pick_bytes<Window>(rows.of[c], bytes, k), pick_bytes<Window>(rows.of[c], bytes, k + 1)};
       const __m512i upper = weigh_across<SampleType::bytes, taps>(source, weights, &picked[0]);
@@ -92,12 +91,9 @@ BISEAM_STEP void sum_more(const SampleSource& source, const int8_t* parts, const
   }
 }
 
-// Weights between two samples are 64ths both ways.
+// Of a sum, what lies below a result.  Weights between two samples are 64ths both ways.
 template <int taps, SampleOutput output>
-BISEAM_STEP __m512i rounded(__m512i sum) {
-  constexpr int shift = (taps == 2 ? 6 : kTapBits) + (output == SampleOutput::fine ? 0 : kFineBits - 8);
-  return _mm512_srai_epi32(_mm512_add_epi32(sum, all(1 << (shift - 1))), shift);
-}
+constexpr int kBelow = (taps == 2 ? 6 : kTapBits) + (output == SampleOutput::fine ? 0 : kFineBits - 8);
 
 // Packing leaves parts of 128 bits where they are, so that tiles become rows again.
 template <SampleOutput output>
@@ -140,20 +136,20 @@ struct ByteTiles {
   BISEAM_STEP explicit ByteTiles(const SampleJob& job) : source(job.source), parts(job.across->parts) {}
 
   template <class Window>
-  BISEAM_STEP void sample_windows(const Vectors& x, const Vectors& y, const Corners& corners, const SampleRows& at) const {
-    PlacedTiles placed;
-    place_tiles<Window>(source, x, y, corners, placed);
+  BISEAM_STEP void sample_windows(const PlacedTiles& placed, const SampleRows& at) const {
     Vectors results[components];
     for (int i = 0; i < kTiles; ++i) {
       const TileRows<Window, components, ByteLoader<components>> rows(source.first + placed.offsets[kSide * i], source.stride,
                                                                       {});
+      constexpr int below = kBelow<taps, output>;
       __m512i sums[components];
+      for (__m512i& sum : sums) sum = all(1 << (below - 1));
       if constexpr (taps == 2) {
         sum_two<Window>(rows, placed.across.of[i], placed.down.of[i], sums);
       } else {
         sum_more<Window>(source, parts, rows, placed.across.of[i], placed.down.of[i], sums);
       }
-      for (int c = 0; c < components; ++c) results[c].of[i] = rounded<taps, output>(sums[c]);
+      for (int c = 0; c < components; ++c) results[c].of[i] = _mm512_srai_epi32(sums[c], below);
     }
     if constexpr (components == 1) {
       store_samples<output>(results[0], at.results, at.stride);

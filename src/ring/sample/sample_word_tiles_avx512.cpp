@@ -120,9 +120,7 @@ struct WordTiles {
   }
 
   template <class Window>
-  BISEAM_STEP void sample_windows(const Vectors& x, const Vectors& y, const Corners& corners, const SampleRows& at) const {
-    PlacedTiles placed;
-    place_tiles<Window>(source, x, y, corners, placed);
+  BISEAM_STEP void sample_windows(const PlacedTiles& placed, const SampleRows& at) const {
     const WordLoader<components> loader{Values(source)};
     __m512i sums[kTiles][components];
     for (int i = 0; i < kTiles; ++i) {

@@ -30,16 +30,15 @@ struct Vectors {
   __m512i of[kTiles];
 };
 
-// Of first taps, with their phases.
-template <int taps>
 BISEAM_STEP Vectors load_tile_positions(const int32_t* positions, std::ptrdiff_t pitch) {
   Vectors rows;
-  for (int i = 0; i < kSide; ++i) {
-    rows.of[i] =
-        _mm512_add_epi32(_mm512_loadu_si512(positions + i * pitch), all(Phases<taps>::kHalf - (Phases<taps>::kBefore << 16)));
-  }
+  for (int i = 0; i < kSide; ++i) rows.of[i] = _mm512_loadu_si512(positions + i * pitch);
   return rows;
 }
+
+// From a position to its first tap's, rounded to phases once what lies below them is left out.
+template <int taps>
+constexpr int kToFirst = Phases<taps>::kHalf - (Phases<taps>::kBefore << 16);
 
 // Four lanes of each of the four rows instead of a row: the tiles.
 BISEAM_STEP Vectors to_tiles(const Vectors& rows) {
@@ -49,36 +48,17 @@ BISEAM_STEP Vectors to_tiles(const Vectors& rows) {
            _mm512_shuffle_i32x4(c, d, 0xdd)}};
 }
 
-// Of each tile the least and the largest sample, four times.
-struct Range {
-  __m512i least, largest;
-};
-
-BISEAM_STEP Range range_of(const Vectors& rows) {
-  __m512i least = _mm512_min_epi32(_mm512_min_epi32(rows.of[0], rows.of[1]), _mm512_min_epi32(rows.of[2], rows.of[3]));
-  __m512i largest = _mm512_max_epi32(_mm512_max_epi32(rows.of[0], rows.of[1]), _mm512_max_epi32(rows.of[2], rows.of[3]));
-  least = _mm512_min_epi32(least, _mm512_shuffle_epi32(least, _MM_PERM_BADC));
-  largest = _mm512_max_epi32(largest, _mm512_shuffle_epi32(largest, _MM_PERM_BADC));
-  least = _mm512_min_epi32(least, _mm512_shuffle_epi32(least, _MM_PERM_CDAB));
-  largest = _mm512_max_epi32(largest, _mm512_shuffle_epi32(largest, _MM_PERM_CDAB));
-  return {_mm512_srai_epi32(least, 16), _mm512_srai_epi32(largest, 16)};
+// Of the first taps of each tile's four corners the least, four times.  Where positions bend within a tile others may be less.
+template <int taps>
+BISEAM_STEP __m512i least_of_corners(const Vectors& rows) {
+  const __m512i ends = _mm512_min_epi32(rows.of[0], rows.of[kSide - 1]);
+  const __m512i least = _mm512_min_epi32(_mm512_shuffle_epi32(ends, _MM_PERM_AAAA), _mm512_shuffle_epi32(ends, _MM_PERM_DDDD));
+  return _mm512_srai_epi32(_mm512_add_epi32(least, all(kToFirst<taps>)), 16);
 }
 
-// Where the windows of four tiles begin, moved inside the picture; within: whether all taps lie in them.
-struct Corners {
-  __m512i column, row;
-  bool within;
-};
-
-template <class Window>
-BISEAM_STEP Corners corners_of(const SampleSource& source, const Range& across, const Range& down) {
-  const __m512i column = _mm512_min_epi32(across.least, all(source.width - Window::kColumns));
-  const __m512i row = _mm512_min_epi32(down.least, all(source.height - Window::kRows));
-  const __mmask16 inside = _mm512_cmpge_epi32_mask(_mm512_or_si512(column, row), _mm512_setzero_si512());
-  const __mmask16 narrow =
-      _mm512_mask_cmplt_epi32_mask(inside, _mm512_sub_epi32(across.largest, column), all(Window::kColumnPlaces));
-  const __mmask16 low = _mm512_mask_cmplt_epi32_mask(narrow, _mm512_sub_epi32(down.largest, row), all(Window::kPlaces));
-  return {column, row, low == 0xFFFF};
+// Unsigned: what lies left of a window or above it is larger than all that lies within.
+BISEAM_STEP __m512i largest_of(const Vectors& rows) {
+  return _mm512_max_epu32(_mm512_max_epu32(rows.of[0], rows.of[1]), _mm512_max_epu32(rows.of[2], rows.of[3]));
 }
 
 // The same 8 bits of both lanes of 64, from a bit on, in each of their bytes.
@@ -93,18 +73,30 @@ struct PlacedTiles {
   Vectors across, down;                         // positions from the windows' corners
 };
 
+template <int taps>
+BISEAM_STEP Vectors first_taps_from(__m512i sample, const Vectors& positions) {
+  const __m512i less = _mm512_sub_epi32(_mm512_slli_epi32(sample, 16), all(kToFirst<taps>));
+  Vectors from;
+  for (int i = 0; i < kSide; ++i) from.of[i] = _mm512_sub_epi32(positions.of[i], less);
+  return from;
+}
+
+// By windows that begin with samples left and top, or are moved inside the picture.  False: not all taps lie in them.
 template <class Window>
-BISEAM_STEP void place_tiles(const SampleSource& source, const Vectors& x, const Vectors& y, const Corners& corners,
+BISEAM_STEP bool place_tiles(const SampleSource& source, const Vectors& x, const Vectors& y, __m512i left, __m512i top,
                              PlacedTiles& placed) {
-  _mm512_store_si512(placed.offsets, _mm512_add_epi32(_mm512_mullo_epi32(corners.row, all(static_cast<int32_t>(source.stride))),
-                                                      _mm512_mullo_epi32(corners.column, all(Window::kUnit))));
-  Vectors from_left, from_top;
-  for (int i = 0; i < kSide; ++i) {
-    from_left.of[i] = _mm512_sub_epi32(x.of[i], _mm512_slli_epi32(corners.column, 16));
-    from_top.of[i] = _mm512_sub_epi32(y.of[i], _mm512_slli_epi32(corners.row, 16));
-  }
+  const __m512i column = _mm512_min_epi32(left, all(source.width - Window::kColumns));
+  const __m512i row = _mm512_min_epi32(top, all(source.height - Window::kRows));
+  const Vectors from_left = first_taps_from<Window::kTaps>(column, x), from_top = first_taps_from<Window::kTaps>(row, y);
+  const __mmask16 inside = _mm512_cmpge_epi32_mask(_mm512_or_si512(column, row), _mm512_setzero_si512());
+  const __mmask16 narrow = _mm512_mask_cmplt_epu32_mask(inside, largest_of(from_left), all(Window::kColumnPlaces << 16));
+  const __mmask16 low = _mm512_mask_cmplt_epu32_mask(narrow, largest_of(from_top), all(Window::kPlaces << 16));
+  if (low != 0xFFFF) return false;
+  _mm512_store_si512(placed.offsets, _mm512_add_epi32(_mm512_mullo_epi32(row, all(static_cast<int32_t>(source.stride))),
+                                                      _mm512_mullo_epi32(column, all(Window::kUnit))));
   placed.across = to_tiles(from_left);
   placed.down = to_tiles(from_top);
+  return true;
 }
 
 // Two rows of 32 bytes, or one.
@@ -146,7 +138,7 @@ BISEAM_STEP void store_rows(__m512i rows, uint8_t* results, std::ptrdiff_t strid
 // What follows is the same for all kernels of tiles.  Such a one has
 //   kUnit, kTaps, kBytes: bytes of a column in the picture, taps, bytes of a result;
 //   source: of the samples.  A copy: results are bytes, which might lie in the job as far as compilers know;
-//   Window<places>, and sample_windows<Window>(x, y, corners, at): does four tiles that lie in such windows;
+//   Window<places>, and sample_windows<Window>(placed, at): does four tiles that lie in such windows;
 //   kOtherwise: what does tiles that lie in none, row by row.
 
 // Sixteen columns of four rows; false: not all of them lie in windows, nothing is done.
@@ -155,17 +147,20 @@ BISEAM_STEP bool sample_tiles(const Kernel& kernel, const SampleRows& at) {
   constexpr int taps = Kernel::kTaps;
   using Low = typename Kernel::template Window<9 - taps>;
   using High = typename Kernel::template Window<8>;
-  const Vectors x = load_tile_positions<taps>(at.x, at.pitch), y = load_tile_positions<taps>(at.y, at.pitch);
-  const Range across = range_of(x), down = range_of(y);
-  const Corners low = corners_of<Low>(kernel.source, across, down);
-  if (low.within) {
-    kernel.template sample_windows<Low>(x, y, low, at);
+  const Vectors x = load_tile_positions(at.x, at.pitch), y = load_tile_positions(at.y, at.pitch);
+  const __m512i left = least_of_corners<taps>(x), top = least_of_corners<taps>(y);
+  PlacedTiles placed;
+  if (place_tiles<Low>(kernel.source, x, y, left, top, placed)) {
+    kernel.template sample_windows<Low>(placed, at);
     return true;
   }
-  if constexpr (taps == 2) return false;
-  const Corners high = corners_of<High>(kernel.source, across, down);
-  if (high.within) kernel.template sample_windows<High>(x, y, high, at);
-  return high.within;
+  if constexpr (taps > 2) {
+    if (place_tiles<High>(kernel.source, x, y, left, top, placed)) {
+      kernel.template sample_windows<High>(placed, at);
+      return true;
+    }
+  }
+  return false;
 }
 
 template <class Kernel>
