@@ -48,14 +48,18 @@ TEST(Overlap, EndsAtThePicturesEdges) {
       const Lens& lens = camera.lens[k];
       for (int i = 0; i < 720; ++i) {
         const double t = i * 0.5 * kDegree;
-        double b = -5;
-        for (; b < least; b += 0.02) {
+        const auto seen = [&](double b) {
           const double level = std::cos(b * kDegree), beyond = std::sin(b * kDegree) * (k == 0 ? 1 : -1);
           const Place at = reference_place(camera, k, {level * std::cos(t), level * std::sin(t), beyond});
-          const bool inside = at.x >= -0.5 && at.x <= lens.width - 0.5 && at.y >= -0.5 && at.y <= lens.height - 0.5;
-          if (!inside || at.angle > lens.fov / 2 * kDegree) break;
+          return at.angle <= lens.fov / 2 * kDegree && at.x >= -0.5 && at.x <= lens.width - 0.5 && at.y >= -0.5 &&
+                 at.y <= lens.height - 0.5;
+        };
+        double b = -5;
+        for (const double step : {1.0, 0.02}) {
+          while (b < least && seen(b)) b += step;
+          b -= step;
         }
-        least = std::min(least, b);
+        least = std::min(least, b + 0.02);
       }
     }
     EXPECT_NEAR(least, overlap(camera) / kDegree, 0.04);

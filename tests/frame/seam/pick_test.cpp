@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -70,7 +71,7 @@ TEST(PickImage, LargeSizesStayInsideTheSource) {
   fill_picks(size, size, picks.data(), size);
   EXPECT_EQ(0, picks.front());
   EXPECT_EQ(size - 1, picks.back());
-  for (int i = 1; i < size; ++i) ASSERT_LE(picks[i - 1], picks[i]);
+  EXPECT_TRUE(std::is_sorted(picks.begin(), picks.end()));
 }
 
 TEST(PickImage, RowsAreFoundByTheStridesOfTheRecords) {
