@@ -76,10 +76,11 @@ BISEAM_LOOP void fill_stretch(const Cubic& v, const Stretch& stretch, int step, 
   for (; i < count; ++i) out[i] = at(v, stretch.place + i * step, bits);
 }
 
-// Times 2^up, rounded half up.
+// Times 2^up, rounded half up; wrapping around where nodes mean nothing.
 BISEAM_LOOP std::uint32_t scaled(std::int32_t value, int up) noexcept {
   if (up >= 0) return static_cast<std::uint32_t>(value) << up;
-  return static_cast<std::uint32_t>((value + ((1 << -up) >> 1)) >> -up);
+  const std::uint32_t more = static_cast<std::uint32_t>(value) + ((1u << -up) >> 1);
+  return static_cast<std::uint32_t>(static_cast<std::int32_t>(more) >> -up);
 }
 
 // Where columns are at a row of samples, and how they go on.
