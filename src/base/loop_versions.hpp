@@ -48,4 +48,10 @@ inline constexpr Variants<Function> loop_versions{detail::LoopVersions<loop, Fun
                                                   BISEAM_ON_X86_64((detail::LoopVersions<loop, Function>::avx2)),
                                                   BISEAM_ON_X86_64((detail::LoopVersions<loop, Function>::avx512))};
 
+// For rows as short as strips are wide: in vectors of 64 bytes the rest of a row takes longer than whole vectors save.
+template <auto loop, class Function>
+inline constexpr Variants<Function> short_loop_versions{detail::LoopVersions<loop, Function>::scalar,
+                                                        BISEAM_ON_ARM((detail::LoopVersions<loop, Function>::neon)),
+                                                        BISEAM_ON_X86_64((detail::LoopVersions<loop, Function>::avx2))};
+
 }  // namespace biseam

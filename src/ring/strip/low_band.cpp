@@ -33,7 +33,7 @@ void weigh_top(const StripPyramid& pyramid, const StripPyramid& weights) {
 
 }  // namespace
 
-constinit const Variants<CorrectRow> kCorrectRow = loop_versions<correct_row, CorrectRow>;
+constinit const Variants<CorrectRow> kCorrectRow = short_loop_versions<correct_row, CorrectRow>;
 
 ptrdiff_t pyramid_samples(StripShape shape) noexcept {
   ptrdiff_t samples = 0;

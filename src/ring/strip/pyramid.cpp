@@ -84,8 +84,8 @@ BISEAM_LOOP void add_expanded(const int16_t* detail, const int16_t* weights, con
 
 }  // namespace
 
-constinit const Variants<ReduceLevel> kReduceLevel = loop_versions<reduce_level, ReduceLevel>;
-constinit const Variants<SubtractExpanded> kSubtractExpanded = loop_versions<subtract_expanded, SubtractExpanded>;
-constinit const Variants<AddExpanded> kAddExpanded = loop_versions<add_expanded, AddExpanded>;
+constinit const Variants<ReduceLevel> kReduceLevel = short_loop_versions<reduce_level, ReduceLevel>;
+constinit const Variants<SubtractExpanded> kSubtractExpanded = short_loop_versions<subtract_expanded, SubtractExpanded>;
+constinit const Variants<AddExpanded> kAddExpanded = short_loop_versions<add_expanded, AddExpanded>;
 
 }  // namespace biseam::ring

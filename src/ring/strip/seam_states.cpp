@@ -32,6 +32,6 @@ BISEAM_LOOP void fill_states(StripShape shape, const uint16_t* cost, SeamLimits 
 
 }  // namespace
 
-constinit const Variants<SeamStates> kSeamStates = loop_versions<fill_states, SeamStates>;
+constinit const Variants<SeamStates> kSeamStates = short_loop_versions<fill_states, SeamStates>;
 
 }  // namespace biseam::ring
