@@ -133,13 +133,8 @@ BISEAM_LOOP void spread(const NodeWindow& w, int wrapped_bits, const Going<kMost
   }
 }
 
-// Rows of a block, of those that a stretch has.
-struct Rows {
-  int before, count;
-};
-
 // A group of columns or less.
-BISEAM_LOOP void fill_columns(const Going<kBlockWidth>& start, int fraction, const Rows& rows, int column, int columns,
+BISEAM_LOOP void fill_columns(const Going<kBlockWidth>& start, int fraction, const StretchRows& rows, int column, int columns,
                               std::int32_t* out) noexcept {
   const auto before = static_cast<std::uint32_t>(rows.before);
   const std::uint32_t pairs = before * (before - 1) / 2, triples = pairs * (before - 2) / 3;
@@ -168,7 +163,7 @@ BISEAM_LOOP void fill_block(const NodeWindow& w, const NodeValues& values, std::
   const int count = stretches(w.down, w.bits), fraction = values.slope_bits + bits_closer(w.down, w.bits);
   for (int j = 0; j < count; ++j) {
     const Stretch stretch = stretch_of(w.down, j, w.bits);
-    const Rows rows = {stretch.place / w.down.step, stretch.end - stretch.first};
+    const StretchRows rows = rows_of(stretch, w.down.step);
     if (rows.count == 0) continue;
     Going<kMostColumns> start;
     for (int i = 0; i < nodes; i += kGroup) start_group(w, values, j, stretch.place % w.down.step, i, nodes, start);

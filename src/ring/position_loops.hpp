@@ -43,6 +43,15 @@ BISEAM_INLINED Stretch stretch_of(const SampleRun& run, int index, int bits) noe
   return {first, samples_before(index + 1), run.start + first * run.step - (index << bits)};
 }
 
+// A block's rows, of those that a stretch has.
+struct StretchRows {
+  int before, count;
+};
+
+BISEAM_INLINED StretchRows rows_of(const Stretch& stretch, int step) noexcept {
+  return {stretch.place / step, stretch.end - stretch.first};
+}
+
 // Between nodes, the first sample's and the last one's included.
 BISEAM_INLINED int stretches(const SampleRun& run, int bits) noexcept {
   return ((run.start + (run.count - 1) * run.step) >> bits) + 1;

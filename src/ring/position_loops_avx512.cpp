@@ -216,15 +216,10 @@ struct Spread {
   }
 };
 
-// Rows of a block, of those that a stretch has.
-struct Rows {
-  int before, count;
-};
-
 BISEAM_STEP __m512i times(__m512i value, int factor) { return _mm512_mullo_epi32(value, all(factor)); }
 
 // Sixteen columns or less.
-BISEAM_STEP void fill_columns(const Going& start, int fraction, const Rows& rows, __mmask16 lanes, int32_t* out) {
+BISEAM_STEP void fill_columns(const Going& start, int fraction, const StretchRows& rows, __mmask16 lanes, int32_t* out) {
   const __m128i by = _mm_cvtsi32_si128(fraction);
   const __m512i third = _mm512_srai_epi32(sum(start.third, all(1 << (kThirdBits - 1))), kThirdBits);
   __m512i way = all((1 << fraction) >> 1), first = start.first, second = start.second;
@@ -257,7 +252,7 @@ BISEAM_STEP void fill_blocks(const NodeWindow& w, const NodeValues* values, int 
     const Cubics cubics = cubic_between(nodes[2], rise(nodes[2], nodes[3], row.wrapped_bits), slope, next_slope);
     slope = next_slope;
     const Stretch stretch = stretch_of(w.down, j, w.bits);
-    const Rows rows = {stretch.place / w.down.step, stretch.end - stretch.first};
+    const StretchRows rows = rows_of(stretch, w.down.step);
     if (rows.count == 0) continue;
     const Spread spread(going_from(w, cubics, stretch.place % w.down.step, row.slope_bits), row.wrapped_bits, w.bits);
     for (int k = 0; k < coordinates; ++k) {
