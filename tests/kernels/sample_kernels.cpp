@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <map>
 #include <numbers>
 #include <vector>
 
@@ -218,30 +219,43 @@ constexpr Look kLooks[] = {{0.1, 0.1, 0},   {0.8, 0.2, 0},    {1.45, 0.1, 0},   
                            {1.4, 0.1, 0.8}, {0.2, 0.3, 1.57}, {1.0, 0.4, 1.57}, {1.4, 0.2, 1.57}};
 constexpr int kRows = 32, kBlock = 64;
 
+struct Columns {
+  std::vector<int32_t> x, y;
+};
+
+// Positions of all looks at a picture of this size, found once, as each costs several functions of angles.
+const Columns& positions_of_looks(int size) {
+  static std::map<int, Columns> of_sizes;
+  auto [place, is_new] = of_sizes.try_emplace(size);
+  Columns& at = place->second;
+  if (!is_new) return at;
+  const double step = std::numbers::pi / size;
+  for (const Look& look : kLooks) {
+    for (int row = 0; row < kRows; ++row) {
+      for (int i = 0; i < kBlock; ++i) {
+        const Point point = project(look.longitude + step * i, look.latitude + step * row, look.roll, size);
+        at.x.push_back(to_fixed(point.x)), at.y.push_back(to_fixed(point.y));
+      }
+    }
+  }
+  return at;
+}
+
 template <Case kind>
 void call_lens(KernelCall& call, SampleAll* sample) {
   const int size = is_pairs(kind.type) ? call.size() / 2 : call.size();
   const int shift = is_words(kind.type) ? 16 - kind.bits : 0, stride = size * bytes_of(kind.type);
   const uint8_t* bytes = call.input<uint8_t>(static_cast<std::size_t>(stride) * static_cast<std::size_t>(size), 0, 255);
   const SampleSource source{bytes, stride, size, size, kind.type, static_cast<uint8_t>(kind.bits), static_cast<uint8_t>(shift)};
-  std::vector<int32_t> x, y;
-  const double step = std::numbers::pi / size;
-  for (const Look& look : kLooks) {
-    for (int row = 0; row < kRows; ++row) {
-      for (int i = 0; i < kBlock; ++i) {
-        const Point at = project(look.longitude + step * i, look.latitude + step * row, look.roll, size);
-        x.push_back(to_fixed(at.x)), y.push_back(to_fixed(at.y));
-      }
-    }
-  }
+  const Columns& at = positions_of_looks(size);
   const AxisWeights& weights = axis_weights(kind.quality, 0);
   const SampleJob job{source, &weights, &weights, kind.output};
   const std::size_t each = static_cast<std::size_t>(output_bytes_of(kind.type, kind.output));
   uint8_t* const out = call.output<uint8_t>(each * kBlock * kRows);
   const auto below = static_cast<std::ptrdiff_t>(each * kBlock);
   call.run([&] {
-    for (std::size_t i = 0; i < x.size(); i += kBlock * kRows) {
-      sample(job, {x.data() + i, y.data() + i, kBlock, out, below, kBlock, kRows});
+    for (std::size_t i = 0; i < at.x.size(); i += kBlock * kRows) {
+      sample(job, {at.x.data() + i, at.y.data() + i, kBlock, out, below, kBlock, kRows});
     }
   });
 }
