@@ -5,7 +5,6 @@
 
 #include <climits>
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -20,52 +19,35 @@ uint8_t rounded(double value) {
   return static_cast<uint8_t>(whole < 0 ? 0 : whole > 255 ? 255 : whole);
 }
 
-// Red, green and blue of all 256 lumas, for one pair.
-std::vector<uint8_t> colours_of_pair(int u, int v) {
-  const double red = 1.402 * (v - 128), green_u = 0.3441 * (u - 128), green_v = 0.7141 * (v - 128), blue = 1.772 * (u - 128);
-  std::vector<uint8_t> rgb;
+class ToRgbRows : public testing::TestWithParam<Isa> {};
+
+// A row of all 256 lumas with one pair, for all 65536 pairs.
+TEST_P(ToRgbRows, RowsOfEveryColour) {
+  Yuv422RowToRgb* const one_row = kYuv422RowToRgb.of(GetParam());
+  Yuv420RowsToRgb* const two_rows = kYuv420RowsToRgb.of(GetParam());
+  uint8_t luma[256], chroma[256], reds[256][256], blues[256];
   for (int y = 0; y < 256; ++y) {
-    rgb.insert(rgb.end(), {rounded(y + red), rounded(y - green_u - green_v), rounded(y + blue)});
+    luma[y] = static_cast<uint8_t>(y);
+    for (int v = 0; v < 256; ++v) reds[v][y] = rounded(y + 1.402 * (v - 128));
   }
-  return rgb;
-}
-
-class ToRgbRows : public testing::TestWithParam<Isa> {
- protected:
-  void SetUp() override {
-    for (int y = 0; y < 256; ++y) luma_[y] = static_cast<uint8_t>(y);
-  }
-
-  // Compares a row of 256 pixels, all with one pair, for all 65536 pairs.
-  template <class Convert>
-  void check(Convert convert) {
-    std::vector<uint8_t> rgb(768);
-    uint8_t chroma[256];
-    for (int u = 0; u < 256; ++u) {
-      for (int v = 0; v < 256; ++v) {
-        for (int i = 0; i < 256; ++i) chroma[i] = static_cast<uint8_t>(i % 2 == 0 ? u : v);
-        const std::vector<uint8_t> want = colours_of_pair(u, v);
-        convert(luma_, chroma, rgb.data());
-        ASSERT_EQ(want, rgb) << "u " << u << " v " << v;
+  std::vector<uint8_t> want(768), one(768), upper(768), lower(768);
+  for (int u = 0; u < 256; ++u) {
+    for (int y = 0; y < 256; ++y) blues[y] = rounded(y + 1.772 * (u - 128));
+    for (int v = 0; v < 256; ++v) {
+      const double green_u = 0.3441 * (u - 128), green_v = 0.7141 * (v - 128);
+      for (int y = 0; y < 256; ++y) {
+        want[size_t(3 * y)] = reds[v][y];
+        want[size_t(3 * y + 1)] = rounded(y - green_u - green_v);
+        want[size_t(3 * y + 2)] = blues[y];
+        chroma[y] = static_cast<uint8_t>(y % 2 == 0 ? u : v);
       }
+      one_row(luma, chroma, one.data(), 128);
+      two_rows(luma, luma, chroma, upper.data(), lower.data(), 128);
+      ASSERT_EQ(want, one) << "u " << u << " v " << v;
+      ASSERT_EQ(want, upper) << "u " << u << " v " << v;
+      ASSERT_EQ(want, lower) << "u " << u << " v " << v;
     }
   }
-
-  uint8_t luma_[256];
-};
-
-TEST_P(ToRgbRows, OneRowOfEveryColour) {
-  Yuv422RowToRgb* const convert = kYuv422RowToRgb.of(GetParam());
-  check([&](const uint8_t* luma, const uint8_t* chroma, uint8_t* rgb) { convert(luma, chroma, rgb, 128); });
-}
-
-TEST_P(ToRgbRows, TwoRowsOfEveryColour) {
-  Yuv420RowsToRgb* const convert = kYuv420RowsToRgb.of(GetParam());
-  std::vector<uint8_t> upper(768);
-  check([&](const uint8_t* luma, const uint8_t* chroma, uint8_t* rgb) {
-    convert(luma, luma, chroma, upper.data(), rgb, 128);
-    ASSERT_EQ(0, std::memcmp(upper.data(), rgb, 768));
-  });
 }
 
 TEST_P(ToRgbRows, NoPairsWriteNothing) {
