@@ -11,12 +11,12 @@ namespace biseam::ring {
 namespace {
 
 // Sums of a sample and a correction lie within 17 bits, weighed by up to 256 within 26.
-BISEAM_LOOP int32_t stored(int32_t fine, int shift, int32_t highest) {
+BISEAM_TERM int32_t stored(int32_t fine, int shift, int32_t highest) {
   const int32_t code = (fine + (1 << (shift - 1))) >> shift;
   return code < 0 ? 0 : code > highest ? highest : code;
 }
 
-BISEAM_LOOP int32_t corrected(FineRow row, ptrdiff_t i) { return int32_t{row.samples[i]} + row.corrections[i]; }
+BISEAM_TERM int32_t corrected(FineRow row, ptrdiff_t i) { return int32_t{row.samples[i]} + row.corrections[i]; }
 
 constexpr int kByteShift = kFineBits - 8;
 
@@ -31,7 +31,7 @@ struct BetweenRows {
         above(kAnchorSpacing - (row & (kAnchorSpacing - 1))),
         below(row & (kAnchorSpacing - 1)) {}
 
-  BISEAM_LOOP int32_t operator[](ptrdiff_t i) const noexcept { return (upper[i] * above + lower[i] * below + 8) >> 4; }
+  BISEAM_TERM int32_t operator[](ptrdiff_t i) const noexcept { return (upper[i] * above + lower[i] * below + 8) >> 4; }
 };
 
 template <class Sample, int channels, bool edge>

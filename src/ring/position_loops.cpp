@@ -18,26 +18,27 @@ struct Cubic {
   std::int32_t a, b, c, d;
 };
 
-BISEAM_LOOP std::int32_t held(std::int32_t value, std::int32_t limit) noexcept {
+BISEAM_TERM std::int32_t held(std::int32_t value, std::int32_t limit) noexcept {
   const std::int32_t low = value < -limit ? -limit : value;
   return low > limit ? limit : low;
 }
 
 // From one value to another, as near as they can be modulo 2^(32 - wrapped_bits).
-BISEAM_LOOP std::uint32_t rise(std::int32_t from, std::int32_t to, int wrapped_bits) noexcept {
+BISEAM_TERM std::uint32_t rise(std::int32_t from, std::int32_t to, int wrapped_bits) noexcept {
   const std::uint32_t apart = (static_cast<std::uint32_t>(to) - static_cast<std::uint32_t>(from)) << wrapped_bits;
   return static_cast<std::uint32_t>(static_cast<std::int32_t>(apart) >> wrapped_bits);
 }
 
 // At the third of five nodes of equal distance: a twelfth, as a sixth rounded towards 0 and its half rounded half up.
-BISEAM_LOOP std::uint32_t slope_at(int wrapped_bits, const std::int32_t* nodes) noexcept {
-  const auto rise_to = [&](int node) { return rise(nodes[2], nodes[node], wrapped_bits); };
-  const std::uint32_t twelve = 8 * (rise_to(3) - rise_to(1)) - (rise_to(4) - rise_to(0));
-  return static_cast<std::uint32_t>((static_cast<std::int32_t>(twelve) / 6 + 1) >> 1);
+BISEAM_TERM std::uint32_t slope_at(int wrapped_bits, const std::int32_t* nodes) noexcept {
+  const std::int32_t here = nodes[2];
+  const std::uint32_t once = rise(here, nodes[3], wrapped_bits) - rise(here, nodes[1], wrapped_bits);
+  const std::uint32_t twice = rise(here, nodes[4], wrapped_bits) - rise(here, nodes[0], wrapped_bits);
+  return static_cast<std::uint32_t>((static_cast<std::int32_t>(8 * once - twice) / 6 + 1) >> 1);
 }
 
 // Between the third and the fourth of six nodes of equal distance.  Sums wrap around where nodes mean nothing.
-BISEAM_LOOP Cubic cubic_between(int wrapped_bits, const std::int32_t (&nodes)[kCubicNodes]) noexcept {
+BISEAM_TERM Cubic cubic_between(int wrapped_bits, const std::int32_t (&nodes)[kCubicNodes]) noexcept {
   const std::uint32_t second = rise(nodes[2], nodes[3], wrapped_bits);
   const std::uint32_t slope = slope_at(wrapped_bits, nodes), both = slope + slope_at(wrapped_bits, nodes + 1);
   const std::int32_t d = held(static_cast<std::int32_t>(both - 2 * second), 1 << 22);
@@ -47,16 +48,16 @@ BISEAM_LOOP Cubic cubic_between(int wrapped_bits, const std::int32_t (&nodes)[kC
   return {nodes[2], b, c, d};
 }
 
-BISEAM_LOOP std::int32_t product(std::int32_t value, std::int32_t place, int bits) noexcept {
+BISEAM_TERM std::int32_t product(std::int32_t value, std::int32_t place, int bits) noexcept {
   return (value * place + ((1 << bits) >> 1)) >> bits;
 }
 
-BISEAM_LOOP std::int32_t at(const Cubic& v, std::int32_t place, int bits) noexcept {
+BISEAM_TERM std::int32_t at(const Cubic& v, std::int32_t place, int bits) noexcept {
   const std::int32_t more = product(v.b + product(v.c + product(v.d, place, bits), place, bits), place, bits);
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(v.a) + static_cast<std::uint32_t>(more));
 }
 
-BISEAM_LOOP std::int32_t node_value(const NodeValues& of, std::int32_t node) noexcept {
+BISEAM_TERM std::int32_t node_value(const NodeValues& of, std::int32_t node) noexcept {
   const std::uint32_t value = static_cast<std::uint32_t>(node) - static_cast<std::uint32_t>(of.offset);
   return static_cast<std::int32_t>(value + static_cast<std::uint32_t>(of.halvings)) >> of.halvings;
 }
@@ -77,7 +78,7 @@ BISEAM_LOOP void fill_stretch(const Cubic& v, const Stretch& stretch, int step, 
 }
 
 // Times 2^up, rounded half up; wrapping around where nodes mean nothing.
-BISEAM_LOOP std::uint32_t scaled(std::int32_t value, int up) noexcept {
+BISEAM_TERM std::uint32_t scaled(std::int32_t value, int up) noexcept {
   if (up >= 0) return static_cast<std::uint32_t>(value) << up;
   const std::uint32_t more = static_cast<std::uint32_t>(value) + ((1u << -up) >> 1);
   return static_cast<std::uint32_t>(static_cast<std::int32_t>(more) >> -up);
@@ -114,7 +115,7 @@ BISEAM_LOOP void start_group(const NodeWindow& w, const NodeValues& values, int 
   }
 }
 
-BISEAM_LOOP Cubic cubic_from(const std::int32_t* first, int wrapped_bits) noexcept {
+BISEAM_TERM Cubic cubic_from(const std::int32_t* first, int wrapped_bits) noexcept {
   std::int32_t nodes[kCubicNodes];
   for (int k = 0; k < kCubicNodes; ++k) nodes[k] = first[k];
   return cubic_between(wrapped_bits, nodes);
