@@ -7,6 +7,7 @@
 #if defined(BISEAM_X86_64)
 
 #include <cstdlib>
+#include <type_traits>
 
 // Bytes.  Pairs are taken apart when they are loaded.
 namespace biseam::ring {
@@ -16,6 +17,9 @@ namespace {
 constexpr int kWindowBytes = 16;
 
 BISEAM_STEP __m512i all_bytes(int8_t value) { return _mm512_set1_epi8(value); }
+
+// As many columns as rows: what tiles need unless they are stretched.
+constexpr int kNarrowColumns = 8;
 
 // Where a lane's first tap lies in its window.  Positions count from the window's corner.
 BISEAM_STEP __m512i first_bytes(__m512i x, __m512i y) {
@@ -64,13 +68,57 @@ BISEAM_STEP __m512i two_weights_down(__m512i y) {
   return _mm512_add_epi16(turned, all(0x00000041));
 }
 
-// Sums of a tile, of each component, on top of what they are: all taps of a lane are four bytes, two rows of two.
-template <class Window, class Rows, int components>
+// Rows of a window; and a lane's four bytes, two rows of two, where its taps are two either way.
+template <class Window, int components, bool narrow = Window::kColumns == kNarrowColumns>
+struct ByteRows : TileRows<Window, components, ByteLoader<components>> {
+  BISEAM_STEP ByteRows(const uint8_t* window, std::ptrdiff_t stride)
+      : TileRows<Window, components, ByteLoader<components>>(window, stride, {}) {}
+
+  BISEAM_STEP static __m512i places_of_four(__m512i x, __m512i y) {
+    return _mm512_add_epi8(first_bytes(x, y), all(0x11100100));
+  }
+  BISEAM_STEP __m512i pick_four(__m512i places, int c) const { return pick_bytes<Window>(this->of[c], places, 0); }
+};
+
+// Everything in one vector.
+template <class Window>
+struct ByteRows<Window, 1, true> {
+  __m512i rows;
+
+  BISEAM_STEP ByteRows(const uint8_t* window, std::ptrdiff_t stride) : rows(load_8x8(window, stride)) {}
+
+  BISEAM_STEP static __m512i places_of_four(__m512i x, __m512i y) {
+    const __m512i first = _mm512_ternarylogic_epi32(bits_from<13>(y), bits_from<16>(x), all_bytes(0x07), 0xd8);
+    return _mm512_add_epi8(first, all(0x09080100));
+  }
+  BISEAM_STEP __m512i pick_four(__m512i places, int) const { return _mm512_permutexvar_epi8(places, rows); }
+};
+
+// Pairs lie in two vectors as they lie in the picture.
+template <class Window>
+struct ByteRows<Window, 2, true> {
+  __m512i upper, lower;
+
+  BISEAM_STEP ByteRows(const uint8_t* window, std::ptrdiff_t stride)
+      : upper(load_4x16<4>(window, stride)), lower(load_4x16<4>(window + 4 * stride, stride)) {}
+
+  BISEAM_STEP static __m512i places_of_four(__m512i x, __m512i y) {
+    const __m512i column = _mm512_and_si512(bits_from<15>(x), all_bytes(0x0e));
+    const __m512i first = _mm512_ternarylogic_epi32(column, bits_from<12>(y), all_bytes(0x70), 0xf8);  // a | b & c
+    return _mm512_add_epi8(first, all(0x12100200));
+  }
+  BISEAM_STEP __m512i pick_four(__m512i places, int c) const {
+    return _mm512_permutex2var_epi8(upper, _mm512_add_epi8(places, all_bytes(static_cast<int8_t>(c))), lower);
+  }
+};
+
+// Sums of a tile, of each component, on top of what they are.
+template <class Rows, int components>
 BISEAM_STEP void sum_two(const Rows& rows, __m512i x, __m512i y, __m512i (&sums)[components]) {
-  const __m512i bytes = _mm512_add_epi8(first_bytes(x, y), all(0x11100100));
+  const __m512i places = Rows::places_of_four(x, y);
   const __m512i across = two_weights_across(x), down = two_weights_down(y);
   for (int c = 0; c < components; ++c) {
-    sums[c] = _mm512_dpwssd_epi32(sums[c], _mm512_maddubs_epi16(pick_bytes<Window>(rows.of[c], bytes, 0), across), down);
+    sums[c] = _mm512_dpwssd_epi32(sums[c], _mm512_maddubs_epi16(rows.pick_four(places, c), across), down);
   }
 }
 
@@ -127,8 +175,10 @@ struct ByteTiles {
   static constexpr int kUnit = components, kTaps = taps;
   static constexpr int kBytes = output_bytes_of(components == 1 ? SampleType::bytes : SampleType::byte_pairs, output);
   static constexpr SampleRow* kOtherwise = sample_row_avx2;
-  template <int places>
-  using Window = TileWindow<kUnit, kWindowBytes, taps, places>;
+  template <int columns, int places>
+  using Window = TileWindow<kUnit, columns, taps, places>;
+  using Windows = std::conditional_t<taps == 2, TileWindows<Window<kNarrowColumns, 7>, Window<kWindowBytes, 7>>,
+                                     TileWindows<Window<kWindowBytes, 9 - taps>, Window<kWindowBytes, 8>>>;
 
   SampleSource source;
   const int8_t* parts;
@@ -139,13 +189,12 @@ struct ByteTiles {
   BISEAM_STEP void sample_windows(const PlacedTiles& placed, const SampleRows& at) const {
     Vectors results[components];
     for (int i = 0; i < kTiles; ++i) {
-      const TileRows<Window, components, ByteLoader<components>> rows(source.first + placed.offsets[kSide * i], source.stride,
-                                                                      {});
+      const ByteRows<Window, components> rows(source.first + placed.offsets[kSide * i], source.stride);
       constexpr int below = kBelow<taps, output>;
       __m512i sums[components];
       for (__m512i& sum : sums) sum = all(1 << (below - 1));
       if constexpr (taps == 2) {
-        sum_two<Window>(rows, placed.across.of[i], placed.down.of[i], sums);
+        sum_two(rows, placed.across.of[i], placed.down.of[i], sums);
       } else {
         sum_more<Window>(source, parts, rows, placed.across.of[i], placed.down.of[i], sums);
       }

@@ -6,6 +6,8 @@
 
 #if defined(BISEAM_X86_64)
 
+#include <type_traits>
+
 // Words.  A vector holds two taps of each lane; pairs are taken apart when they are loaded.
 namespace biseam::ring {
 
@@ -71,6 +73,7 @@ struct WordTiles {
   static constexpr SampleRow* kOtherwise = sample_row_avx512;
   template <int places>
   using Window = TileWindow<kUnit, kWindowWords, taps, places>;
+  using Windows = std::conditional_t<taps == 2, TileWindows<Window<7>>, TileWindows<Window<9 - taps>, Window<8>>>;
   template <class Window>
   using Rows = TileRows<Window, components, WordLoader<components>>;
 

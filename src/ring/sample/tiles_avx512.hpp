@@ -1,5 +1,5 @@
 // Tiles of four by four positions: however rows of the panorama are turned in the picture, what a tile needs lies in a window
-// of some rows of 16 bytes of a component.  These are loaded whole, and the taps are taken out of registers.  A lane of 32 bits
+// of some rows of 8 or 16 samples.  These are loaded whole, and the taps are taken out of registers.  A lane of 32 bits
 // is a sample, or a component of a pair.
 #pragma once
 
@@ -25,6 +25,10 @@ struct TileWindow {
   static constexpr int kRows = kPlaces + kTaps - 1, kColumnPlaces = kColumns - kTaps + 1;
   static constexpr bool kOne = kRows <= 8;  // everything lies in one pair of vectors
 };
+
+// Windows in the order in which they are tried.
+template <class... Windows>
+struct TileWindows {};
 
 struct Vectors {
   __m512i of[kTiles];
@@ -138,29 +142,24 @@ BISEAM_STEP void store_rows(__m512i rows, uint8_t* results, std::ptrdiff_t strid
 // What follows is the same for all kernels of tiles.  Such a one has
 //   kUnit, kTaps, kBytes: bytes of a column in the picture, taps, bytes of a result;
 //   source: of the samples.  A copy: results are bytes, which might lie in the job as far as compilers know;
-//   Window<places>, and sample_windows<Window>(placed, at): does four tiles that lie in such windows;
+//   Windows, and sample_windows<Window>(placed, at): does four tiles that lie in such windows;
 //   kOtherwise: what does tiles that lie in none, row by row.
+
+template <class Kernel, class... Windows>
+BISEAM_STEP bool sample_in(TileWindows<Windows...>, const Kernel& kernel, const SampleRows& at) {
+  constexpr int taps = Kernel::kTaps;
+  const Vectors x = load_tile_positions(at.x, at.pitch), y = load_tile_positions(at.y, at.pitch);
+  const __m512i left = least_of_corners<taps>(x), top = least_of_corners<taps>(y);
+  PlacedTiles placed;
+  return ((place_tiles<Windows>(kernel.source, x, y, left, top, placed) &&
+           (kernel.template sample_windows<Windows>(placed, at), true)) ||
+          ...);
+}
 
 // Sixteen columns of four rows; false: not all of them lie in windows, nothing is done.
 template <class Kernel>
 BISEAM_STEP bool sample_tiles(const Kernel& kernel, const SampleRows& at) {
-  constexpr int taps = Kernel::kTaps;
-  using Low = typename Kernel::template Window<9 - taps>;
-  using High = typename Kernel::template Window<8>;
-  const Vectors x = load_tile_positions(at.x, at.pitch), y = load_tile_positions(at.y, at.pitch);
-  const __m512i left = least_of_corners<taps>(x), top = least_of_corners<taps>(y);
-  PlacedTiles placed;
-  if (place_tiles<Low>(kernel.source, x, y, left, top, placed)) {
-    kernel.template sample_windows<Low>(placed, at);
-    return true;
-  }
-  if constexpr (taps > 2) {
-    if (place_tiles<High>(kernel.source, x, y, left, top, placed)) {
-      kernel.template sample_windows<High>(placed, at);
-      return true;
-    }
-  }
-  return false;
+  return sample_in(typename Kernel::Windows{}, kernel, at);
 }
 
 template <class Kernel>

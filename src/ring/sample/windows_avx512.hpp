@@ -70,6 +70,20 @@ BISEAM_STEP __m512i load_4x16(const uint8_t* bytes, std::ptrdiff_t stride) {
   return four;
 }
 
+BISEAM_STEP __m128i load_2x8(const uint8_t* bytes, std::ptrdiff_t stride) {
+  const __m128i upper = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes));
+  return _mm_castpd_si128(_mm_loadh_pd(_mm_castsi128_pd(upper), reinterpret_cast<const double*>(bytes + stride)));
+}
+
+// Eight rows of 8 bytes.
+BISEAM_STEP __m512i load_8x8(const uint8_t* bytes, std::ptrdiff_t stride) {
+  const __m256i above =
+      _mm256_inserti128_si256(_mm256_castsi128_si256(load_2x8(bytes, stride)), load_2x8(bytes + 2 * stride, stride), 1);
+  const __m256i below = _mm256_inserti128_si256(_mm256_castsi128_si256(load_2x8(bytes + 4 * stride, stride)),
+                                                load_2x8(bytes + 6 * stride, stride), 1);
+  return _mm512_inserti64x4(_mm512_castsi256_si512(above), below, 1);
+}
+
 // Where the lanes' bytes lie in a window of width bytes, for the first four taps.
 template <SampleType type, int width>
 BISEAM_STEP __m512i byte_indices(__m512i column, __m512i row) {
