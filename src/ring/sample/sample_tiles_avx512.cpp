@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <type_traits>
 
-// Bytes.  Pairs are taken apart when they are loaded.
+// Bytes.  Pairs are taken apart when they are loaded, or when their taps are taken out of registers.
 namespace biseam::ring {
 
 namespace {
@@ -80,7 +80,7 @@ struct ByteRows : TileRows<Window, components, ByteLoader<components>> {
   BISEAM_STEP __m512i pick_four(__m512i places, int c) const { return pick_bytes<Window>(this->of[c], places, 0); }
 };
 
-// Everything in one vector.
+// Eight rows of eight bytes.
 template <class Window>
 struct ByteRows<Window, 1, true> {
   __m512i rows;
