@@ -5,7 +5,7 @@
 // Marks a loop that loop_versions compiles for several instruction sets.
 #define BISEAM_LOOP BISEAM_INLINED
 
-// Marks a term of such a loop that works on values, to which sanitizers add little: part of the loop there too.
+// Marks a term of such a loop, arithmetic for one sample, to which sanitizers add little: part of the loop there too.
 #define BISEAM_TERM [[gnu::always_inline]] inline
 
 // Before a loop that writes nothing that a later turn of it reads: g++ makes no checks for that then, and vectorises loops over

@@ -219,15 +219,16 @@ constexpr Look kLooks[] = {{0.1, 0.1, 0},   {0.8, 0.2, 0},    {1.45, 0.1, 0},   
                            {1.4, 0.1, 0.8}, {0.2, 0.3, 1.57}, {1.0, 0.4, 1.57}, {1.4, 0.2, 1.57}};
 constexpr int kRows = 32, kBlock = 64;
 
-struct Columns {
+// Of blocks, one after the other.
+struct LookPositions {
   std::vector<int32_t> x, y;
 };
 
 // Positions of all looks at a picture of this size, found once, as each costs several functions of angles.
-const Columns& positions_of_looks(int size) {
-  static std::map<int, Columns> of_sizes;
+const LookPositions& positions_of_looks(int size) {
+  static std::map<int, LookPositions> of_sizes;
   auto [place, is_new] = of_sizes.try_emplace(size);
-  Columns& at = place->second;
+  LookPositions& at = place->second;
   if (!is_new) return at;
   const double step = std::numbers::pi / size;
   for (const Look& look : kLooks) {
@@ -247,7 +248,7 @@ void call_lens(KernelCall& call, SampleAll* sample) {
   const int shift = is_words(kind.type) ? 16 - kind.bits : 0, stride = size * bytes_of(kind.type);
   const uint8_t* bytes = call.input<uint8_t>(static_cast<std::size_t>(stride) * static_cast<std::size_t>(size), 0, 255);
   const SampleSource source{bytes, stride, size, size, kind.type, static_cast<uint8_t>(kind.bits), static_cast<uint8_t>(shift)};
-  const Columns& at = positions_of_looks(size);
+  const LookPositions& at = positions_of_looks(size);
   const AxisWeights& weights = axis_weights(kind.quality, 0);
   const SampleJob job{source, &weights, &weights, kind.output};
   const std::size_t each = static_cast<std::size_t>(output_bytes_of(kind.type, kind.output));

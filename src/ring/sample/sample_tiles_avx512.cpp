@@ -177,8 +177,10 @@ struct ByteTiles {
   static constexpr SampleRow* kOtherwise = sample_row_avx2;
   template <int columns, int places>
   using Window = TileWindow<kUnit, columns, taps, places>;
-  using Windows = std::conditional_t<taps == 2, TileWindows<Window<kNarrowColumns, 7>, Window<kWindowBytes, 7>>,
-                                     TileWindows<Window<kWindowBytes, 9 - taps>, Window<kWindowBytes, 8>>>;
+  using Windows =
+      std::conditional_t<taps == 2,
+                         TileWindows<Window<kNarrowColumns, kLowPlaces<taps>>, Window<kWindowBytes, kLowPlaces<taps>>>,
+                         TileWindows<Window<kWindowBytes, kLowPlaces<taps>>, Window<kWindowBytes, 8>>>;
 
   SampleSource source;
   const int8_t* parts;

@@ -73,7 +73,8 @@ struct WordTiles {
   static constexpr SampleRow* kOtherwise = sample_row_avx512;
   template <int places>
   using Window = TileWindow<kUnit, kWindowWords, taps, places>;
-  using Windows = std::conditional_t<taps == 2, TileWindows<Window<7>>, TileWindows<Window<9 - taps>, Window<8>>>;
+  using Low = Window<kLowPlaces<taps>>;
+  using Windows = std::conditional_t<taps == 2, TileWindows<Low>, TileWindows<Low, Window<8>>>;
   template <class Window>
   using Rows = TileRows<Window, components, WordLoader<components>>;
 

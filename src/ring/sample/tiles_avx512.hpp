@@ -26,6 +26,10 @@ struct TileWindow {
   static constexpr bool kOne = kRows <= 8;  // everything lies in one pair of vectors
 };
 
+// So many that a window has eight rows.
+template <int taps>
+constexpr int kLowPlaces = 9 - taps;
+
 // Windows in the order in which they are tried.
 template <class... Windows>
 struct TileWindows {};

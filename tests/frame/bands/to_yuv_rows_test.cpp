@@ -36,6 +36,7 @@ class ToYuvRows : public testing::TestWithParam<Isa> {
           row[size_t(3 * i)] = r * 64, row[size_t(3 * i + 1)] = g * 64 + 63;
           want[size_t(i)] = static_cast<uint8_t>(rounded(red_and_green + 0.114 * (first + i * step)));
         }
+        luma.assign(size, 7);
         luma_(row.data(), luma.data(), count);
         ASSERT_EQ(want, luma) << "red " << r << " green " << g;
       }
